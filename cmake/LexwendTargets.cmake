@@ -1,0 +1,55 @@
+# SPDX-License-Identifier: MIT
+# How every target of the project is made: one place for the language level, the warnings and the include root.
+
+option(LEXWEND_WERROR "Treat warnings as errors" OFF)
+set(LEXWEND_SANITIZE "" CACHE STRING "Sanitizers for every target, for example address,undefined")
+option(LEXWEND_COVERAGE "Compile with gcov instrumentation" OFF)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# Line numbers are what a stack trace needs; the rest of the debug information doubles the time of a debug build.
+set(CMAKE_CXX_FLAGS_DEBUG "-g1")
+
+add_library(lexwend_flags INTERFACE)
+target_include_directories(lexwend_flags INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(lexwend_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # g++ 12 sees overlapping copies in "literal" + std::string when it optimises (GCC bug 105329).
+  target_compile_options(lexwend_flags INTERFACE -Wno-restrict)
+endif()
+if(LEXWEND_WERROR)
+  target_compile_options(lexwend_flags INTERFACE -Werror)
+endif()
+if(LEXWEND_SANITIZE)
+  target_compile_options(lexwend_flags INTERFACE "-fsanitize=${LEXWEND_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(lexwend_flags INTERFACE "-fsanitize=${LEXWEND_SANITIZE}")
+endif()
+if(LEXWEND_COVERAGE)
+  target_compile_options(lexwend_flags INTERFACE --coverage -O0)
+  target_link_options(lexwend_flags INTERFACE --coverage)
+endif()
+
+# lexwend_library(NAME SOURCES a.cpp b.cpp [DEPS targets])
+function(lexwend_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC lexwend_flags ${ARG_DEPS})
+endfunction()
+
+# lexwend_executable(NAME SOURCES main.cpp [DEPS targets])
+function(lexwend_executable name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE lexwend_flags ${ARG_DEPS})
+endfunction()
+
+# lexwend_test(NAME SOURCES a_test.cpp [DEPS targets]): one GoogleTest program, each of its tests known to ctest.
+function(lexwend_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE lexwend_flags ${ARG_DEPS} GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,1 @@
+// denied: this folder is no room of the house

@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+#include "core/converter.h"
+#include "input/input_sources.h"
+#include "platform/host.h"
+#include "platform/pasteboard.h"    // denied
+#include "app/app_delegate.h"       // denied
+#include "platform/posix/byte_stream.h"
+#include <unistd.h>                 // denied

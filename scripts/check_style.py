@@ -1,0 +1,148 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""The checks of style.
+
+    check_style.py format            clang-format agrees with every source
+    check_style.py format-canary     clang-format refuses scripts/canaries/format.cpp
+    check_style.py tidy DATABASE     clang-tidy accepts every source of the product in the compilation database, with its headers
+    check_style.py tidy-canary       clang-tidy refuses the lines of scripts/canaries/naming.cpp that say "denied", no others
+
+clang-tidy remembers in build/tidy-cache which translation units it has accepted, by a digest of everything that it
+reads, so that a second run looks at what has changed only.
+"""
+
+import concurrent.futures
+import hashlib
+import json
+import os
+import re
+import shlex
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+from sources import CANARIES, ROOT, sources
+
+CLANG_FORMAT = "clang-format-14"
+CLANG_TIDY = "clang-tidy-14"
+CACHE = ROOT / "build" / "tidy-cache"
+
+# What the check looks at. Tests, benchmarks and fuzz targets are two thirds of the translation units and would take more
+# time than all builds together; the preset `tidy` looks at them as well.
+CHECKED = {"app", "core", "hotkey", "input", "platform", "support", "text", "tools"}
+
+
+def run(command, folder=ROOT):
+    return subprocess.run(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          text=True, encoding="utf-8", errors="replace")
+
+
+def check_format():
+    files = sources()
+    if not files:
+        print("format: there are no sources")
+        return False
+    result = run([CLANG_FORMAT, "--dry-run", "-Werror", *map(str, files)])
+    print(result.stdout, end="")
+    print(f"format: {len(files)} files")
+    return result.returncode == 0
+
+
+def check_format_canary():
+    result = run([CLANG_FORMAT, "--dry-run", "-Werror", str(CANARIES / "format.cpp")])
+    refused = result.returncode != 0 and "-Wclang-format-violations" in result.stdout
+    print("format: the canary was " + ("refused" if refused else "accepted, so the check is switched off:\n" + result.stdout))
+    return refused
+
+
+def check_tidy_canary():
+    canary = CANARIES / "naming.cpp"
+    lines = canary.read_text(encoding="utf-8").split("\n")
+    expected = {n for n, line in enumerate(lines, start=1) if line.endswith("// denied")}
+    result = run([CLANG_TIDY, "--quiet", str(canary), "--", "-std=c++20"])
+    refused = {int(n) for n in re.findall(r"naming\.cpp:(\d+):\d+: error: .*\[readability-identifier-naming", result.stdout)}
+    for number in sorted(expected - refused):
+        print(f"scripts/canaries/naming.cpp:{number}: should be refused and was accepted")
+    for number in sorted(refused - expected):
+        print(f"scripts/canaries/naming.cpp:{number}: should be accepted and was refused")
+    good = result.returncode != 0 and refused == expected and expected
+    if not good:
+        print(result.stdout)
+    print(f"tidy: {len(expected)} wrong names in the canary, {len(expected & refused)} of them refused")
+    return bool(good)
+
+
+def digest_of(entry):
+    """A digest of everything that decides what clang-tidy says about one entry; None when it does not even preprocess."""
+    command = shlex.split(entry["command"])
+    if "-o" in command:
+        at = command.index("-o")
+        del command[at:at + 2]
+    command = [part for part in command if part != "-c"]
+    text = subprocess.run([*command, "-E", "-C"], cwd=entry["directory"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.DEVNULL)
+    if text.returncode != 0:
+        return None
+    digest = hashlib.sha256()
+    for part in (run([CLANG_TIDY, "--version"]).stdout, (ROOT / ".clang-tidy").read_text(encoding="utf-8"), *command):
+        digest.update(part.encode() + b"\0")
+    digest.update(text.stdout)
+    return digest.hexdigest()
+
+
+def tidy_one(entry, database):
+    file = Path(entry["file"])
+    digest = digest_of(entry)
+    if digest and (CACHE / digest).exists():
+        return file, True, "", 0.0
+    start = time.monotonic()
+    command = [CLANG_TIDY, "--quiet", "-p", str(database), str(file)]
+    result = run(command)
+    said = "\n".join(line for line in result.stdout.split("\n") if not re.match(r"^\d+ warnings? (generated|treated)", line)).strip()
+    good = result.returncode == 0
+    if good and digest:
+        (CACHE / digest).touch()
+    return file, good, said, time.monotonic() - start
+
+
+def check_tidy(database):
+    entries = {}
+    for entry in json.loads((database / "compile_commands.json").read_text(encoding="utf-8")):
+        entry["file"] = os.path.normpath(os.path.join(entry["directory"], entry["file"]))
+        file = Path(entry["file"])
+        if ROOT in file.parents and file.relative_to(ROOT).parts[0] in CHECKED:
+            entries.setdefault(entry["file"], entry)
+    if not entries:
+        print(f"tidy: {database} names no source of the tree")
+        return False
+    CACHE.mkdir(parents=True, exist_ok=True)
+    start, wrong, seconds = time.monotonic(), 0, []
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 2) as pool:
+        todo = [pool.submit(tidy_one, entry, database) for _, entry in sorted(entries.items())]
+        for done, future in enumerate(concurrent.futures.as_completed(todo), start=1):
+            file, good, said, took = future.result()
+            seconds.append((took, file.relative_to(ROOT)))
+            print(f"  [{done}/{len(entries)}] {file.relative_to(ROOT)}" + (f"  {took:.1f} s" if took else "  unchanged"))
+            if not good:
+                wrong += 1
+                print(said)
+    slowest = ", ".join(f"{file} {took:.1f} s" for took, file in sorted(seconds, reverse=True)[:3])
+    print(f"tidy: {len(entries)} files, {wrong} wrong, {time.monotonic() - start:.0f} s; slowest: {slowest}")
+    return wrong == 0
+
+
+def main(arguments):
+    if arguments == ["format"]:
+        return check_format()
+    if arguments == ["format-canary"]:
+        return check_format_canary()
+    if arguments == ["tidy-canary"]:
+        return check_tidy_canary()
+    if len(arguments) == 2 and arguments[0] == "tidy":
+        return check_tidy((ROOT / arguments[1]).resolve())
+    sys.exit(__doc__)
+
+
+if __name__ == "__main__":
+    sys.exit(0 if main(sys.argv[1:]) else 1)

@@ -1,0 +1,150 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""The test run that ./test starts once everything is installed: builds, tests and checks, and one closing line.
+
+Every build and every check counts as one, every test of ctest counts as one in each build that runs it. Nothing is run
+again after a failure, and a failed build does not hide the steps after it. A skipped test is a failed one when CI=true.
+"""
+
+import argparse
+import os
+import platform
+import subprocess
+import sys
+import time
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+SKIPPED = ("SKIP_REGULAR_EXPRESSION_MATCHED", "SKIP_RETURN_CODE")
+
+
+class Tally:
+    """What has passed, failed and been skipped so far, and the table at the end."""
+
+    def __init__(self):
+        self.passed, self.failed, self.skipped = 0, 0, 0
+        self.rows, self.wrong = [], []
+
+    def add(self, name, seconds, passed, failed, skipped=0):
+        self.passed += passed
+        self.failed += failed
+        self.skipped += skipped
+        self.rows.append((name, seconds, passed, failed, skipped))
+
+    def close(self):
+        print("\n== summary")
+        for name, seconds, passed, failed, skipped in self.rows:
+            print(f"  {'FAILED' if failed else 'ok':6}  {seconds:5.0f} s  {name}: {passed} passed, {failed} failed, {skipped} skipped")
+        for line in self.wrong:
+            print(f"  failed: {line}")
+        failed, skipped = self.failed, self.skipped
+        if skipped and os.environ.get("CI") == "true":
+            print(f"  {skipped} skipped tests count as failures here, because CI=true")
+            failed, skipped = failed + skipped, 0
+        print(f"\n{self.passed} passed, {failed} failed" + (f", {skipped} skipped" if skipped else ""))
+        return 0 if failed == 0 and self.passed > 0 else 1
+
+
+def run(*command):
+    print("$ " + " ".join(map(str, command)), flush=True)
+    return subprocess.run(list(map(str, command)), cwd=ROOT, stdin=subprocess.DEVNULL).returncode
+
+
+def check(tally, name, *command):
+    """One command that passes or fails as a whole."""
+    print(f"\n== {name}", flush=True)
+    start = time.monotonic()
+    good = run(*command) == 0
+    tally.add(name, time.monotonic() - start, 1 if good else 0, 0 if good else 1)
+    if not good:
+        tally.wrong.append(name)
+    return good
+
+
+def build(tally, preset, *options):
+    print(f"\n== build {preset}", flush=True)
+    start = time.monotonic()
+    good = run("cmake", "--preset", preset, *options) == 0 and run("cmake", "--build", "--preset", preset) == 0
+    tally.add(f"build {preset}", time.monotonic() - start, 1 if good else 0, 0 if good else 1)
+    if not good:
+        tally.wrong.append(f"build {preset}")
+    return good
+
+
+def outcomes(report):
+    """(name, outcome) for each test in ctest's report; a test that could not be started has failed."""
+    for case in ElementTree.parse(report).getroot().iter("testcase"):
+        status, skip = case.get("status"), case.find("skipped")
+        if status == "run":
+            yield case.get("name"), "passed"
+        elif status == "disabled":
+            yield case.get("name"), "skipped"
+        elif status == "notrun" and skip is not None and (skip.get("message") or "").startswith(SKIPPED):
+            yield case.get("name"), "skipped"
+        else:
+            yield case.get("name"), "failed"
+
+
+def tests(tally, preset, *options):
+    print(f"\n== tests {preset}", flush=True)
+    start = time.monotonic()
+    folder = ROOT / "build" / preset
+    report = folder / "tests.xml"
+    report.unlink(missing_ok=True)
+    status = run("ctest", "--test-dir", folder, "-j", os.cpu_count() or 2, "--output-on-failure", "--no-tests=error",
+                 "--output-junit", report, *options)
+    counts = {"passed": 0, "failed": 0, "skipped": 0}
+    if report.exists():
+        for name, outcome in outcomes(report):
+            counts[outcome] += 1
+            if outcome != "passed":
+                tally.wrong.append(f"{preset}: {name}" + (" (skipped)" if outcome == "skipped" else ""))
+    if (status != 0) and counts["failed"] == 0:
+        counts["failed"] = 1
+        tally.wrong.append(f"{preset}: ctest itself ended with {status}")
+    tally.add(f"tests {preset}", time.monotonic() - start, counts["passed"], counts["failed"], counts["skipped"])
+
+
+def build_and_test(tally, preset, build_options=(), test_options=()):
+    if build(tally, preset, *build_options):
+        tests(tally, preset, *test_options)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--all", action="store_true")
+    wanted = parser.parse_args()
+    linux = platform.system() == "Linux"
+    if linux:
+        os.environ["LC_ALL"] = "C.UTF-8"
+    tally = Tally()
+    python = sys.executable
+
+    # The desktop tests drive real applications; one build of them is enough. The same build counts the lines that the
+    # other tests reach: instrumented code runs a little slower, a build of its own would take minutes.
+    large = f"-DLEXWEND_LARGE_APPS={'ON' if wanted.all else 'OFF'}"
+    if build(tally, "dev", large, "-DLEXWEND_COVERAGE=ON"):
+        check(tally, "coverage counters at zero", "scripts/coverage.sh", "--reset", "build/dev")
+        tests(tally, "dev", "-LE", "desktop")
+        check(tally, "coverage", "scripts/coverage.sh", "--report", "build/dev")
+        if linux:
+            tests(tally, "dev", "-L", "desktop")
+    if not wanted.quick:
+        if linux:
+            build_and_test(tally, "clang", test_options=["-LE", "desktop"])
+        build_and_test(tally, "asan", test_options=["-LE", "desktop|bundle"])
+        check(tally, "layers", python, "scripts/check_layers.py")
+        check(tally, "canary of the layers", python, "scripts/check_layers.py", "--canaries")
+        # Style is judged by one version of the tools, the one that Debian 12 has.
+        if linux:
+            check(tally, "format", python, "scripts/check_style.py", "format")
+            check(tally, "canary of the format", python, "scripts/check_style.py", "format-canary")
+            check(tally, "canary of the names", python, "scripts/check_style.py", "tidy-canary")
+            check(tally, "clang-tidy", python, "-u", "scripts/check_style.py", "tidy", "build/clang")
+    return tally.close()
+
+
+if __name__ == "__main__":
+    sys.exit(main())
