@@ -1,0 +1,277 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""Figures of the agent on a private desktop: latency, wake-ups, memory, time to the tray, and many fixes in a row.
+
+usage: desktop_figures.py AGENT [--qt6-editor PROGRAM] [--only NAME]... [--samples N] [--fixes N] [--idle SECONDS]
+
+Each figure is printed with its target and the machine's load average at that moment. Exits 1 when one misses its target.
+"""
+import argparse
+import os
+import statistics
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / 'tests' / 'desktop'))
+
+from large_apps import APPLICATIONS, open_application  # noqa: E402
+from panel import Panel  # noqa: E402
+from session import Session, run_scene, until  # noqa: E402
+from stage import Stage  # noqa: E402
+
+LATIN, HEBREW = 'akuo nv akunl', 'שלום מה שלומך'
+WARM_UP = 20  # fixes after which caches and allocators have settled
+MEGABYTE_IN_KILOBYTES = 1024
+QUIET_SECONDS = 20.0  # longer than the threads of a start are kept for more work
+missed = []
+
+
+def figure(name, value, unit, limit, detail=''):
+    good = value <= limit
+    if not good:
+        missed.append(name)
+    print(f'{name}: {value:.1f} {unit} (at most {limit:g}{"" if good else ", MISSED"}; load {os.getloadavg()[0]:.1f}{detail})', flush=True)
+
+
+def spread(values):
+    ordered = sorted(values)
+    return f'; {len(ordered)} samples, fastest {ordered[0]:.1f}, 90 % within {ordered[int(len(ordered) * 0.9) - 1]:.1f}, slowest {ordered[-1]:.1f}'
+
+
+class Changes:
+    """Notes when a text was inserted and when one was deleted, as the editor announces it."""
+
+    def __init__(self):
+        import gi
+        gi.require_version('Atspi', '2.0')
+        from gi.repository import Atspi, GLib
+        self.context = GLib.MainContext.default()
+        self.listener = Atspi.EventListener.new(self._heard)
+        for kind in ('insert', 'delete'):
+            self.listener.register(f'object:text-changed:{kind}')
+        self.forget()
+
+    def forget(self):
+        while self.context.iteration(False):
+            pass
+        self.seen = {}
+
+    def _heard(self, event):
+        kind = 'insert' if ':insert' in event.type else 'delete'
+        self.seen[kind] = time.monotonic()
+
+    def both(self):
+        while self.context.iteration(False):
+            pass
+        return len(self.seen) == 2 and max(self.seen.values())
+
+
+class Editor:
+    """An application with one line of text, and fixes in it in alternating directions."""
+
+    def __init__(self, session, arguments, compat):
+        self.stage = Stage(session, arguments.agent, arguments.qt6_editor)
+        self.stage.start_agent(compatMode=compat)
+        self.compat = compat
+        self.text = LATIN
+
+    def open(self, application='mousepad'):
+        if application in APPLICATIONS:
+            open_application(self.stage, application, self.text)
+            until(lambda: self.stage.field.text() == self.text, f'{application} to show the text')
+        else:
+            self.stage.open(application, self.text)
+
+    def fix(self, changes=None):
+        """Milliseconds from the press to the replaced text, when changes are listened to."""
+        meant = HEBREW if self.text == LATIN else LATIN
+        self.stage.select_all()
+        if changes:
+            changes.forget()
+        pressed = time.monotonic()
+        self.stage.keyboard.down('F2')
+        self.stage.keyboard.up('F2')
+        replaced = until(changes.both, 'the editor to announce the change') if changes else pressed
+        until(lambda: self.stage.field.text() == meant, f'the field to hold "{meant}"')
+        self.stage.expect_group(1 if meant == HEBREW else 0)
+        self.text = meant
+        return (replaced - pressed) * 1000
+
+
+def memory(process):
+    """Resident kilobytes."""
+    for line in Path(f'/proc/{process.pid}/status').read_text().splitlines():
+        if line.startswith('VmRSS:'):
+            return int(line.split()[1])
+    raise AssertionError('the agent has ended')
+
+
+def switches(process):
+    """By thread, how often it gave up the processor by itself, which is once for each time it was woken."""
+    counts = {}
+    for status in Path(f'/proc/{process.pid}/task').glob('*/status'):
+        for line in status.read_text().splitlines():
+            if line.startswith('voluntary_ctxt_switches:'):
+                counts[status.parent.name] = int(line.split()[1])
+    return counts
+
+
+def wakeups(before, after):
+    """A thread that has ended was woken for it."""
+    return sum(count - before.get(thread, 0) for thread, count in after.items()) + len(before.keys() - after.keys())
+
+
+def clipboard_bytes():
+    found = subprocess.run(['xclip', '-o', '-selection', 'clipboard', '-t', 'image/png'], capture_output=True, check=False)
+    return found.stdout if found.returncode == 0 else None
+
+
+def put_on_clipboard(session, contents):
+    """An image of which nothing can be lost unseen."""
+    path = session.folder / 'picture'
+    path.write_bytes(contents)
+    session.start(['xclip', '-quiet', '-selection', 'clipboard', '-t', 'image/png', '-i', str(path)])
+    until(lambda: clipboard_bytes() == contents, 'the clipboard to hold the picture')
+
+
+def latency(arguments, name, compat, limit):
+    with Session() as session:
+        changes = Changes()
+        editor = Editor(session, arguments, compat)
+        contents = os.urandom(10000)
+        put_on_clipboard(session, contents)
+        editor.open()
+        values = []
+        for _ in range(arguments.samples + 1):
+            values.append(editor.fix(changes))
+            if compat:
+                until(lambda: clipboard_bytes() == contents, 'the clipboard to come back')
+        figure(name, statistics.median(values[1:]), 'ms', limit, spread(values[1:]))  # the first one finds the focus
+        print(f'  the first one, with the focus still to be found: {values[0]:.1f} ms')
+
+
+def accessibility(arguments):
+    latency(arguments, 'key press to replaced text in mousepad by Accessibility, median', False, 25)
+
+
+def clipboard(arguments):
+    latency(arguments, 'key press to replaced text in mousepad through the clipboard, median', True, 110)
+
+
+def applications(arguments):
+    """No targets: what each application takes, by the path that serves it."""
+    if not arguments.application:
+        names = list(APPLICATIONS) + [name for name in Stage.EDITORS if name != 'qt6_editor' or arguments.qt6_editor]
+        for name in names:
+            run_alone(arguments, 'applications', '--application', name)
+        return
+    with Session() as session:
+        changes = Changes()
+        editor = Editor(session, arguments, False)
+        contents = os.urandom(10000)
+        put_on_clipboard(session, contents)
+        editor.open(arguments.application)
+        values = []
+        for _ in range(arguments.samples // 5 + 1):
+            values.append(editor.fix(changes))
+            until(lambda: clipboard_bytes() == contents, 'the clipboard to come back')
+        paths = {line.partition(' AX path: ')[2] for line in session.log().splitlines() if ' AX path: ' in line}
+        print(f'{arguments.application}: {statistics.median(values[1:]):.1f} ms, median (load {os.getloadavg()[0]:.1f}'
+              f'{spread(values[1:])}); Accessibility: {", ".join(sorted(paths))}', flush=True)
+
+
+def idle(arguments):
+    with Session() as session:
+        panel = Panel(session)
+        panel.start()
+        agent = session.start_agent(arguments.agent)
+        panel.expect_item()
+
+        def quiet():
+            before = switches(agent)
+            time.sleep(QUIET_SECONDS)
+            return switches(agent) == before
+        until(quiet, 'the start to be over', 10 * QUIET_SECONDS)
+        before = switches(agent)
+        time.sleep(arguments.idle)
+        figure('wake-ups of the idle agent in a minute', wakeups(before, switches(agent)) * 60 / arguments.idle, '', 0)
+        figure('resident memory of the idle agent', memory(agent) / MEGABYTE_IN_KILOBYTES, 'MB', 40)
+
+
+def start(arguments):
+    with Session() as session:
+        panel = Panel(session)
+        panel.start()
+        times = []
+        for _ in range(11):
+            begun = time.monotonic()
+            agent = session.start([str(arguments.agent)])
+            times.append((panel.next_item() - begun) * 1000)
+            until(lambda: len(panel.items()) == 1, 'the item in the panel')
+            session.end(agent)
+            until(lambda: not panel.items(), 'the item to go')
+        figure('start to the item in the panel, median', statistics.median(times), 'ms', 150, spread(times))
+
+
+def many(arguments, name, compat):
+    with Session() as session:
+        editor = Editor(session, arguments, compat)
+        contents = os.urandom(300000)
+        put_on_clipboard(session, contents)
+        editor.open()
+        for number in range(arguments.fixes + WARM_UP):
+            editor.fix()
+            if compat:
+                until(lambda: clipboard_bytes() == contents, 'the clipboard to come back byte for byte')
+            if number + 1 == WARM_UP:
+                before = memory(editor.stage.agent)
+        assert clipboard_bytes() == contents, 'the clipboard is another one'
+        log = session.log()
+        assert log.count('fix: success') == arguments.fixes + WARM_UP and 'fix: failed' not in log, log[-2000:]
+        growth = (memory(editor.stage.agent) - before) / MEGABYTE_IN_KILOBYTES
+        figure(f'memory grown in {arguments.fixes} fixes {name}, nothing lost', growth, 'MB', 1,
+               f'; {memory(editor.stage.agent) / MEGABYTE_IN_KILOBYTES:.1f} MB resident at the end')
+
+
+def many_by_accessibility(arguments):
+    many(arguments, 'by Accessibility', False)
+
+
+def many_through_the_clipboard(arguments):
+    many(arguments, 'through the clipboard', True)
+
+
+FIGURES = [accessibility, clipboard, applications, idle, start, many_by_accessibility, many_through_the_clipboard]
+
+
+def run_alone(arguments, name, *more):
+    """In a process of its own, because the accessibility library binds to the first bus that it sees."""
+    command = [sys.executable, '-B', __file__, str(arguments.agent), '--only', name, '--samples', str(arguments.samples),
+               '--fixes', str(arguments.fixes), '--idle', str(arguments.idle), *more]
+    if arguments.qt6_editor:
+        command += ['--qt6-editor', str(arguments.qt6_editor)]
+    return subprocess.run(command, check=False).returncode
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument('agent', type=lambda path: Path(path).resolve())
+    parser.add_argument('--only', action='append', choices=[f.__name__ for f in FIGURES])
+    parser.add_argument('--samples', type=int, default=50)
+    parser.add_argument('--fixes', type=int, default=500)
+    parser.add_argument('--idle', type=float, default=60, metavar='SECONDS')
+    parser.add_argument('--qt6-editor', type=lambda path: Path(path).resolve())
+    parser.add_argument('--application', help='only this one of the applications')
+    arguments = parser.parse_args()
+    chosen = arguments.only or [f.__name__ for f in FIGURES]
+    if len(chosen) > 1:
+        sys.exit(max(run_alone(arguments, name) for name in chosen))
+    globals()[chosen[0]](arguments)
+    if missed:
+        sys.exit(1)
+
+
+if __name__ == '__main__':
+    run_scene(main)

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/layout_map.h"
+
+namespace lexwend {
+
+/// Turns text that was typed in the wrong keyboard layout into what was meant.
+///
+/// Text with letters of one script is converted away from that script; text with both is converted away from
+/// the layout that is active, and only its words of that script. White space stays as it is. Text is UTF-8;
+/// ill-formed bytes come back as they are. A map key matches a character when both are the same sequence of
+/// scalars.
+///
+/// An immutable value: copies share their map, and any thread may use its own copy.
+class Converter {
+ public:
+  explicit Converter(LayoutMap map);
+
+  struct Result {
+    std::string text;
+    bool targetIsHebrew = false;  ///< Set whether or not anything changed.
+    bool changed = false;         ///< False when `text` is canonically equivalent to the input.
+
+    friend bool operator==(const Result&, const Result&) = default;
+  };
+
+  /// Never fails. Takes time linear in the text.
+  Result convert(std::string_view text, bool currentLayoutIsHebrew) const;
+
+ private:
+  /// A run of characters, all white space or none of them.
+  struct Token {
+    std::string_view text;
+    bool isSpace = false;
+  };
+
+  struct LetterCounts {
+    std::size_t hebrew = 0;
+    std::size_t latin = 0;
+  };
+
+  struct Tables;
+
+  static std::vector<Token> tokenize(std::string_view text);
+  static LetterCounts letterCounts(std::string_view text);
+
+  /// Appends what the token becomes to `output`. With `onlySourceLetters` only letters of the source script
+  /// are looked up, else every character is.
+  void convertToken(std::string_view token, bool sourceIsHebrew, bool onlySourceLetters,
+                    std::string& output) const;
+
+  std::shared_ptr<const Tables> tables_;
+};
+
+}  // namespace lexwend

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lexwend {
+
+/// What one physical key types in a layout, in UTF-8. Either may be empty (a dead key) or longer than one
+/// character.
+struct KeyChars {
+  std::string plain;    ///< With no modifier.
+  std::string shifted;  ///< With Shift alone.
+
+  friend bool operator==(const KeyChars&, const KeyChars&) = default;
+};
+
+/// Virtual key code to what the key types.
+using KeyTable = std::map<int, KeyChars>;
+
+/// The two questions that building a map asks about the keyboard layouts that the user has enabled.
+class LayoutQueries {
+ public:
+  /// One enabled layout, known only to the implementation; null stands for none.
+  using Layout = std::shared_ptr<const void>;
+
+  virtual ~LayoutQueries() = default;
+
+  /// The enabled layout for a language code ("en", "he"), null when there is none.
+  virtual Layout keyboardLayout(std::string_view language) const = 0;
+
+  /// What every key of a layout types, at least for `LayoutMap::keyCodes`. None when the layout carries no
+  /// such data; an empty table is an answer of its own.
+  virtual std::optional<KeyTable> keyTable(const Layout& layout) const = 0;
+};
+
+/// Character to string, both UTF-8. Iteration is in scalar order, which is the byte order of UTF-8.
+using CharacterMap = std::map<std::string, std::string, std::less<>>;
+
+/// For each character of the Latin layout what the Hebrew layout types on the same physical key, and the
+/// reverse.
+///
+/// A plain value that does not change once it is built. The two maps need not be inverses of each other:
+/// capitals have no way back, and where two keys type the same character the first pairing stays.
+class LayoutMap {
+ public:
+  CharacterMap toHebrew;   ///< A character of the Latin layout to what the Hebrew layout types on its key.
+  CharacterMap toEnglish;  ///< A character of the Hebrew layout to what the Latin layout types on its key.
+  bool builtFromSystem = false;  ///< From the enabled layouts; false means from the built-in table.
+
+  /// The maps of the enabled layouts, or `fallback()` when a layout for "en" or "he" or its key table is
+  /// missing. Maps that come out empty are no reason for the fallback.
+  static LayoutMap build(const LayoutQueries& queries);
+
+  /// The maps of the built-in table: the US layout and the standard Hebrew one.
+  static LayoutMap fallback();
+
+  /// The virtual key codes of the 47 keys that type characters, ascending.
+  static const std::vector<int>& keyCodes();
+
+  /// What the US layout types on a key of `keyCodes` with no modifier; none for every other code.
+  static std::optional<std::string> usCharacter(std::uint32_t keyCode);
+
+  friend bool operator==(const LayoutMap&, const LayoutMap&) = default;
+};
+
+}  // namespace lexwend

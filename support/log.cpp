@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "support/log.h"
+
+#include <unicode/ustring.h>
+
+#include "platform/date_formatter.h"
+#include "platform/files.h"
+
+namespace lexwend::Log {
+namespace {
+
+constexpr std::string_view kRelativePath = "Library/Logs/Lexwend.log";
+constexpr std::string_view kTimePattern = "yyyy-MM-dd HH:mm:ss.SSS";
+
+bool isWellFormedUtf8(std::string_view text) {
+  int32_t length = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  u_strFromUTF8(nullptr, 0, &length, text.data(), static_cast<int32_t>(text.size()), &status);
+  return status != U_INVALID_CHAR_FOUND;
+}
+
+}  // namespace
+
+std::string url() {
+  std::string path = platform::files().homeDirectoryForCurrentUser();
+  if (path.empty() || path.back() != '/') path += '/';
+  path += kRelativePath;
+  return path;
+}
+
+void write(std::string_view message) {
+  if (!isWellFormedUtf8(message)) return;
+  std::string line = platform::dateFormatters().withPattern(kTimePattern).stringFromNow();
+  line += ' ';
+  line += message;
+  line += '\n';
+
+  platform::Files& files = platform::files();
+  if (files.homeDirectoryForCurrentUser().empty()) return;
+  const std::string path = url();
+  if (const auto handle = files.fileHandleForWriting(path)) {
+    handle->seekToEndOfFile();
+    handle->write(line);
+    handle->close();  // an error on closing is discarded
+  } else {
+    files.writeWholeFile(path, line);  // so is an error here
+  }
+}
+
+}  // namespace lexwend::Log

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "platform/user_defaults.h"
+
+/// The user's persistent choices: their keys, types and defaults. Every call reads the store afresh. A value
+/// that is absent or of another type reads as its default; defaults are never written to the store.
+namespace lexwend::Settings {
+
+inline constexpr std::string_view kHotKeyCodeKey = "hotKeyCode";                      // integer
+inline constexpr std::string_view kHotKeyModifiersKey = "hotKeyModifiers";            // integer
+inline constexpr std::string_view kSwitchLayoutAfterKey = "switchLayoutAfterFix";     // boolean
+inline constexpr std::string_view kCompatModeKey = "compatMode";                      // boolean
+inline constexpr std::string_view kDidRegisterLoginItemKey = "didRegisterLoginItem";  // boolean
+
+/// The store itself, for those who write.
+platform::UserDefaults& d();
+
+/// macOS virtual key code, 120 (F2) by default. A stored number outside of 32 unsigned bits is fatal.
+std::uint32_t hotKeyCode();
+/// Carbon modifier mask, 0 by default. A stored number outside of 32 unsigned bits is fatal.
+std::uint32_t hotKeyModifiers();
+/// Whether a fix makes the layout of the target language active; true by default.
+bool switchLayoutAfter();
+/// Whether every fix goes through the clipboard; false by default.
+bool compatMode();
+
+/// Writes a combination: the key code first, then the mask.
+void setHotKey(std::uint32_t keyCode, std::uint32_t modifiers);
+
+}  // namespace lexwend::Settings
