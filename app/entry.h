@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace lexwend {
+
+class HotKeyCenter;
+
+/// The program: reports and exits when one of --selftest, --help and --version is among the arguments (the
+/// first of these three wins, whatever their order), else runs the agent, of which one instance per user
+/// stays. Other arguments are ignored. `arguments` starts with the program's path. Needs an installed host;
+/// the three reports need no display. Returns the exit status: 0, also for a second instance, which leaves
+/// silently; 1 with a line on `err` when no agent can run here.
+int runEntry(const std::vector<std::string>& arguments, HotKeyCenter& hotKeyCenter, std::ostream& out,
+             std::ostream& err);
+
+/// The same with the program's own hot key center, standard output and standard error.
+int runEntry(const std::vector<std::string>& arguments);
+
+}  // namespace lexwend

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#include "hotkey/hot_key_center.h"
+
+#include <limits>
+#include <utility>
+
+#include "core/characters.h"
+#include "core/layout_map.h"
+#include "hotkey/function_keys.h"
+#include "support/fatal.h"
+
+namespace lexwend {
+namespace {
+
+/// The agent's own four-character code, "TKVR".
+constexpr std::uint32_t kSignature = 0x544B5652;
+
+constexpr std::uint32_t kReturnKeyCode = 36;
+constexpr std::uint32_t kTabKeyCode = 48;
+constexpr std::uint32_t kSpaceKeyCode = 49;
+constexpr std::uint32_t kDeleteKeyCode = 51;
+
+std::string keyName(std::uint32_t keyCode) {
+  if (const auto name = functionKeyName(keyCode)) return std::string(*name);
+  if (keyCode == kReturnKeyCode) return "↩";
+  if (keyCode == kTabKeyCode) return "⇥";
+  if (keyCode == kSpaceKeyCode) return " ";
+  if (keyCode == kDeleteKeyCode) return "⌫";
+  if (const auto character = LayoutMap::usCharacter(keyCode)) return uppercased(*character);
+  return "מקש " + std::to_string(keyCode);
+}
+
+}  // namespace
+
+HotKeyCenter& HotKeyCenter::shared() {
+  // Never destroyed: at exit the host that holds the registrations is gone before the statics are.
+  static auto* const kShared = new HotKeyCenter;
+  return *kShared;
+}
+
+bool HotKeyCenter::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, Action action) {
+  installIfNeeded();
+
+  const std::uint32_t id = nextId_;
+  if (id == std::numeric_limits<std::uint32_t>::max()) fatal("the ids of hot keys ran out");
+  nextId_ = id + 1;
+
+  const platform::HotKeyRegistration registration =
+      platform::hotKeyService().registerHotKey(keyCode, modifiers, {kSignature, id});
+  if (registration.status != platform::kNoErr || registration.ref == nullptr) return false;
+
+  (*actions_)[id] = std::move(action);
+  refs_[id] = registration.ref;
+  return true;
+}
+
+void HotKeyCenter::unregisterAll() {
+  for (const auto& [id, ref] : refs_) platform::hotKeyService().unregisterHotKey(ref);
+  refs_.clear();
+  actions_->clear();
+}
+
+std::string HotKeyCenter::displayName(std::uint32_t keyCode, std::uint32_t modifiers) {
+  std::string name;
+  if ((modifiers & platform::kControlKey) != 0) name += "⌃";
+  if ((modifiers & platform::kOptionKey) != 0) name += "⌥";
+  if ((modifiers & platform::kShiftKey) != 0) name += "⇧";
+  if ((modifiers & platform::kCmdKey) != 0) name += "⌘";
+  return name + keyName(keyCode);
+}
+
+void HotKeyCenter::installIfNeeded() {
+  if (installed_) return;
+  platform::hotKeyService().installHandler(
+      [actions = std::weak_ptr<Actions>(actions_)](const platform::HotKeyEvent& event) {
+        return dispatch(actions, event);
+      });
+  // Also after a failure: a second try would not be told from a second handler.
+  installed_ = true;
+}
+
+platform::OSStatus HotKeyCenter::dispatch(const std::weak_ptr<Actions>& actions,
+                                          const platform::HotKeyEvent& event) {
+  // A failed read leaves id 0, which is never registered.
+  platform::HotKeyID pressed;
+  event.hotKeyID(pressed);
+
+  Action action;
+  if (const auto registered = actions.lock()) {
+    const auto found = registered->find(pressed.id);
+    // A copy: the action may unregister itself while it runs.
+    if (found != registered->end()) action = found->second;
+  }
+  if (action) action();
+  return platform::kNoErr;
+}
+
+}  // namespace lexwend

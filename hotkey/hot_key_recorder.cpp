@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: MIT
+#include "hotkey/hot_key_recorder.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "hotkey/function_keys.h"
+#include "hotkey/hot_key_center.h"
+#include "platform/application.h"
+#include "platform/hot_key_service.h"
+#include "support/settings.h"
+
+namespace lexwend {
+namespace {
+
+using platform::ColorRole;
+
+constexpr std::uint32_t kReturnKeyCode = 36;
+constexpr std::uint32_t kEscapeKeyCode = 53;
+
+/// The modifiers that make up a combination. Caps lock, function and the other flags of an event do not
+/// count.
+constexpr platform::EventFlags kCombinationFlags = platform::kEventFlagShift | platform::kEventFlagControl |
+                                                   platform::kEventFlagOption | platform::kEventFlagCommand;
+
+/// With one of these a key types nothing, so taking it away from all applications does little harm.
+constexpr std::uint32_t kNonTypingModifiers =
+    platform::kCmdKey | platform::kOptionKey | platform::kControlKey;
+
+/// The shortcuts that every application uses, by display name: so only the exact combination is meant.
+constexpr std::array<std::string_view, 14> kReserved = {"⌘Q", "⌘W", "⌘C", "⌘V", "⌘X", "⌘Z", "⌘A",
+                                                        "⌘S", "⌘N", "⌘T", "⌘H", "⌘M", "⌘,", "⌘ "};
+
+constexpr std::string_view kCurrentMessage =
+    "הצירוף הנוכחי. מקש F לבד, או מקש אחר יחד עם ⌘, ⌃ או ⌥. במקלדת מק, מקשי F נלחצים עם מקש הגלובוס.";
+constexpr std::string_view kValidMessage = "אפשר לשמור. הצירוף יחליף את הקודם מיד.";
+constexpr std::string_view kPlainKeyMessage =
+    "מקש רגיל לבד יחסום את ההקלדה שלו בכל המחשב. הוסף ⌘, ⌃ או ⌥, או בחר מקש F.";
+
+constexpr int kFloatingWindowLevel = 3;
+
+/// The window as it opens, before the current combination is put into it.
+platform::RecorderWindowLook look() {
+  platform::RecorderWindowLook look;
+  look.contentRect = {0, 0, 400, 210};
+  look.title = "מקש קיצור";
+  look.titled = true;
+  look.closable = true;
+  look.resizable = false;
+  look.miniaturizable = false;
+  look.deferred = false;
+  look.level = kFloatingWindowLevel;
+  look.releasedWhenClosed = false;
+  look.centered = true;
+
+  // Hebrew runs from right to left, so the sentences stand at the right; the combination stands in the
+  // middle.
+  look.prompt.text = "לחץ על צירוף המקשים שתרצה להפעיל בו את התיקון";
+  look.prompt.frame = {20, 170, 360, 20};
+  look.prompt.alignment = platform::TextAlignment::right;
+  look.prompt.fontSize = 13;
+  look.prompt.fontWeight = platform::FontWeight::medium;
+
+  look.combination.frame = {20, 108, 360, 50};
+  look.combination.alignment = platform::TextAlignment::center;
+  look.combination.fontSize = 30;
+  look.combination.fontWeight = platform::FontWeight::semibold;
+  look.combination.background = ColorRole::quaternaryLabel;
+  look.combination.cornerRadius = 10;
+
+  look.message.frame = {20, 56, 360, 44};
+  look.message.alignment = platform::TextAlignment::right;
+  look.message.fontSize = 11;
+  look.message.color = ColorRole::secondaryLabel;
+  look.message.wraps = true;
+
+  look.save.title = "שמור";
+  look.save.frame = {20, 14, 110, 32};
+  look.save.bezel = platform::BezelStyle::rounded;
+
+  look.cancel.title = "ביטול";
+  look.cancel.frame = {136, 14, 110, 32};
+  look.cancel.bezel = platform::BezelStyle::rounded;
+  return look;
+}
+
+std::uint32_t carbonModifiers(platform::EventFlags flags) {
+  std::uint32_t mask = 0;
+  if ((flags & platform::kEventFlagCommand) != 0) mask |= platform::kCmdKey;
+  if ((flags & platform::kEventFlagShift) != 0) mask |= platform::kShiftKey;
+  if ((flags & platform::kEventFlagOption) != 0) mask |= platform::kOptionKey;
+  if ((flags & platform::kEventFlagControl) != 0) mask |= platform::kControlKey;
+  return mask;
+}
+
+}  // namespace
+
+std::shared_ptr<HotKeyRecorderWindowController> HotKeyRecorderWindowController::create(Completion onDone) {
+  std::shared_ptr<HotKeyRecorderWindowController> controller(
+      new HotKeyRecorderWindowController(std::move(onDone)));
+  controller->buildUI();
+  controller->showCurrent();
+  return controller;
+}
+
+HotKeyRecorderWindowController::HotKeyRecorderWindowController(Completion onDone)
+    : onDone_(std::move(onDone)) {}
+
+void HotKeyRecorderWindowController::buildUI() {
+  const auto weakly = [weak = weak_from_this()](void (HotKeyRecorderWindowController::*action)()) {
+    return [weak, action] {
+      if (const auto self = weak.lock()) (self.get()->*action)();
+    };
+  };
+  window_ = platform::recorderWindows().create(
+      look(), {.save = weakly(&HotKeyRecorderWindowController::save),
+               .cancel = weakly(&HotKeyRecorderWindowController::cancel),
+               .willClose = weakly(&HotKeyRecorderWindowController::windowWillClose)});
+}
+
+void HotKeyRecorderWindowController::showCurrent() {
+  window_->setCombination(HotKeyCenter::displayName(Settings::hotKeyCode(), Settings::hotKeyModifiers()));
+  window_->setMessage(kCurrentMessage, ColorRole::secondaryLabel);
+  window_->setSaveEnabled(false);
+}
+
+void HotKeyRecorderWindowController::present() {
+  monitor_ = platform::keyMonitor().addLocalKeyDownMonitor(
+      [weak = weak_from_this()](const platform::KeyDownEvent& event) {
+        const auto self = weak.lock();
+        return self ? self->keyDown(event) : platform::KeyDisposition::passedOn;
+      });
+  platform::application().activate(/*ignoringOtherApps=*/true);
+  window_->showAndMakeKey();
+}
+
+platform::KeyDisposition HotKeyRecorderWindowController::keyDown(const platform::KeyDownEvent& event) {
+  const platform::EventFlags mods = event.modifierFlags & kCombinationFlags;
+  if (mods == 0 && event.keyCode == kEscapeKeyCode) {
+    finish(false);
+  } else if (mods == 0 && event.keyCode == kReturnKeyCode) {
+    save();
+  } else {
+    record(event.keyCode, mods);
+  }
+  return platform::KeyDisposition::consumed;
+}
+
+void HotKeyRecorderWindowController::record(std::uint32_t code, platform::EventFlags flags) {
+  const std::uint32_t mask = carbonModifiers(flags);
+  const std::string name = HotKeyCenter::displayName(code, mask);
+  window_->setCombination(name);
+
+  if (const auto error = validate(code, mask, name)) {
+    window_->setMessage(*error, ColorRole::systemRed);
+    window_->setSaveEnabled(false);
+    recorded_.reset();
+  } else {
+    window_->setMessage(kValidMessage, ColorRole::secondaryLabel);
+    window_->setSaveEnabled(true);
+    recorded_ = Combination{code, mask};
+  }
+}
+
+std::optional<std::string> HotKeyRecorderWindowController::validate(std::uint32_t code, std::uint32_t mods,
+                                                                    std::string_view name) {
+  if (functionKeyName(code)) return std::nullopt;
+  if ((mods & kNonTypingModifiers) == 0) return std::string(kPlainKeyMessage);
+  if (std::find(kReserved.begin(), kReserved.end(), name) != kReserved.end()) {
+    return "הצירוף " + std::string(name) + " שמור למערכת (העתקה, הדבקה, סגירה וכדומה). בחר צירוף אחר.";
+  }
+  return std::nullopt;
+}
+
+void HotKeyRecorderWindowController::save() {
+  if (!recorded_) return;
+  Settings::setHotKey(recorded_->code, recorded_->mods);
+  finish(true);
+}
+
+void HotKeyRecorderWindowController::cancel() {
+  finish(false);
+}
+
+void HotKeyRecorderWindowController::windowWillClose() {
+  finish(false);
+}
+
+void HotKeyRecorderWindowController::finish(bool saved) {
+  // Closing the window comes back here through windowWillClose.
+  if (finished_) return;
+  finished_ = true;
+
+  // The completion may let go of this object: the event that led here holds it until it returns.
+  monitor_.reset();
+  window_->close();
+  onDone_(saved);
+}
+
+}  // namespace lexwend

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include "input/input_sources.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <utility>
+#include <variant>
+
+#include <unicode/unistr.h>
+
+#include "support/fatal.h"
+
+namespace lexwend::InputSources {
+namespace {
+
+using platform::InputSourceProperty;
+using platform::InputSourceRef;
+
+constexpr int kFirstKeyCode = 0;
+constexpr int kLastKeyCode = 50;  // the main typing block; the keypad and the function keys lie above
+constexpr std::uint32_t kNoModifiers = 0;
+constexpr std::uint32_t kShift = 2;
+constexpr std::size_t kMaxTranslatedLength = 8;  // UTF-16 code units
+
+std::string stringProp(const InputSourceRef& source, InputSourceProperty key) {
+  auto value = platform::inputSourceService().property(source, key);
+  auto* text = std::get_if<std::string>(&value);
+  return text != nullptr ? std::move(*text) : std::string();
+}
+
+bool contains(const std::vector<std::string>& languages, std::string_view language) {
+  return std::find(languages.begin(), languages.end(), language) != languages.end();
+}
+
+/// A lone surrogate becomes U+FFFD, as the Unicode Standard advises for ill-formed UTF-16.
+std::string utf8FromUtf16(const std::u16string& units) {
+  std::string out;
+  icu::UnicodeString(units.data(), static_cast<int32_t>(units.size())).toUTF8String(out);
+  return out;
+}
+
+class SystemLayoutQueries final : public LayoutQueries {
+ public:
+  Layout keyboardLayout(std::string_view language) const override {
+    auto layout = InputSources::keyboardLayout(language);
+    if (!layout) return nullptr;
+    return std::make_shared<const KeyboardLayout>(std::move(*layout));
+  }
+  std::optional<KeyTable> keyTable(const Layout& layout) const override {
+    return InputSources::keyTable(*static_cast<const KeyboardLayout*>(layout.get()));
+  }
+};
+
+}  // namespace
+
+std::vector<KeyboardLayout> enabledKeyboardLayouts() {
+  platform::InputSourceFilter filter;
+  filter.type = platform::InputSourceType::keyboardLayout;
+  filter.isEnabled = true;
+  const auto sources =
+      platform::inputSourceService().createInputSourceList(filter, /*includeAllInstalled=*/false);
+
+  std::vector<KeyboardLayout> layouts;
+  if (!sources) return layouts;
+  layouts.reserve(sources->size());
+  for (const InputSourceRef& source : *sources) {
+    layouts.push_back({source, stringProp(source, InputSourceProperty::id),
+                       arrayProp(source, InputSourceProperty::languages)});
+  }
+  return layouts;
+}
+
+std::optional<KeyboardLayout> keyboardLayout(std::string_view language) {
+  const std::vector<KeyboardLayout> layouts = enabledKeyboardLayouts();
+  if (language == "en") {
+    for (const KeyboardLayout& layout : layouts) {
+      if (layout.id == "com.apple.keylayout.ABC" || layout.id == "com.apple.keylayout.US") return layout;
+    }
+  }
+  for (const KeyboardLayout& layout : layouts) {
+    if (!layout.languages.empty() && layout.languages.front() == language) return layout;
+  }
+  for (const KeyboardLayout& layout : layouts) {
+    if (contains(layout.languages, language)) return layout;
+  }
+  return std::nullopt;
+}
+
+std::optional<KeyTable> keyTable(const KeyboardLayout& layout) {
+  const auto value =
+      platform::inputSourceService().property(layout.source, InputSourceProperty::unicodeKeyLayoutData);
+  const auto* data = std::get_if<platform::KeyLayoutDataRef>(&value);
+  if (data == nullptr || *data == nullptr) return std::nullopt;
+
+  KeyTable table;
+  if ((*data)->empty()) return table;
+  for (int keyCode = kFirstKeyCode; keyCode <= kLastKeyCode; ++keyCode) {
+    std::string plain = translate(**data, keyCode, kNoModifiers);
+    std::string shifted = translate(**data, keyCode, kShift);
+    table[keyCode] = KeyChars{std::move(plain), std::move(shifted)};
+  }
+  return table;
+}
+
+std::string translate(const platform::KeyLayoutData& data, int keyCode, std::uint32_t modifierState) {
+  if (keyCode < 0 || keyCode > std::numeric_limits<std::uint16_t>::max()) {
+    fatal("a key code does not fit into 16 unsigned bits");
+  }
+  platform::InputSourceService& service = platform::inputSourceService();
+  platform::KeyTranslation translation;
+  translation.keyCode = static_cast<std::uint16_t>(keyCode);
+  translation.action = platform::KeyAction::down;
+  translation.modifierState = modifierState;
+  translation.keyboardType = service.keyboardType();
+  translation.options = 0;
+  translation.maxLength = kMaxTranslatedLength;
+  std::uint32_t deadKeyState = 0;  // thrown away: every key is looked at by itself
+  const auto units = service.translate(data, translation, deadKeyState);
+  return units ? utf8FromUtf16(*units) : std::string();
+}
+
+std::vector<std::string> arrayProp(const InputSourceRef& source, InputSourceProperty key) {
+  auto value = platform::inputSourceService().property(source, key);
+  auto* list = std::get_if<std::vector<std::string>>(&value);
+  return list != nullptr ? std::move(*list) : std::vector<std::string>();
+}
+
+bool currentLayoutIsHebrew() {
+  const InputSourceRef source = platform::inputSourceService().copyCurrentKeyboardLayoutInputSource();
+  if (source == nullptr) return false;
+  return contains(arrayProp(source, InputSourceProperty::languages), "he");
+}
+
+const LayoutQueries& layoutQueries() {
+  static const SystemLayoutQueries kQueries;
+  return kQueries;
+}
+
+}  // namespace lexwend::InputSources

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace lexwend::platform {
+
+/// A user-interface element of some application. Opaque; alive as long as any copy of its reference.
+class AccessibilityElement {
+ public:
+  virtual ~AccessibilityElement() = default;
+};
+using AccessibilityElementRef = std::shared_ptr<const AccessibilityElement>;
+
+/// The system's own error code; 0 is success. Only ever printed.
+using AccessibilityError = std::int32_t;
+
+/// A value that is neither text nor an element.
+struct OtherAccessibilityValue {
+  bool operator==(const OtherAccessibilityValue&) const = default;
+};
+/// std::monostate: no value. Text is UTF-8.
+using AccessibilityValue =
+    std::variant<std::monostate, OtherAccessibilityValue, std::string, AccessibilityElementRef>;
+
+struct AttributeResult {
+  AccessibilityError error = 0;
+  AccessibilityValue value;
+};
+struct SettableResult {
+  AccessibilityError error = 0;
+  bool settable = false;
+};
+
+/// Attribute names, as the system spells them.
+inline constexpr std::string_view kFocusedUIElementAttribute = "AXFocusedUIElement";
+inline constexpr std::string_view kRoleAttribute = "AXRole";
+inline constexpr std::string_view kSelectedTextAttribute = "AXSelectedText";
+inline constexpr std::string_view kValueAttribute = "AXValue";
+
+/// Reads and writes the elements of other applications. Main thread only. A call blocks until the application
+/// answers or the host's own time limit has passed, which is then reported as an error.
+class Accessibility {
+ public:
+  virtual ~Accessibility() = default;
+  /// True when this process may use the interface. Never prompts.
+  virtual bool isProcessTrusted() = 0;
+  /// The same, and when not trusted the system shows its own prompt. Does not wait for the user.
+  virtual bool isProcessTrustedWithPrompt() = 0;
+  virtual AccessibilityElementRef createSystemWideElement() = 0;
+  virtual AttributeResult copyAttributeValue(const AccessibilityElementRef& element,
+                                             std::string_view attribute) = 0;
+  virtual SettableResult isAttributeSettable(const AccessibilityElementRef& element,
+                                             std::string_view attribute) = 0;
+  /// Sets a text attribute (UTF-8).
+  virtual AccessibilityError setAttributeValue(const AccessibilityElementRef& element,
+                                               std::string_view attribute, std::string_view value) = 0;
+};
+
+/// The service of the installed host.
+Accessibility& accessibility();
+
+}  // namespace lexwend::platform

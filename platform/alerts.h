@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace lexwend::platform {
+
+struct Alert {
+  std::string messageText;           ///< UTF-8
+  std::string informativeText;       ///< UTF-8
+  std::vector<std::string> buttons;  ///< the first is the default; at least one
+};
+/// The response of the first button; each further button counts one more.
+inline constexpr int kAlertFirstButtonReturn = 1000;
+
+/// Modal alerts. Main thread only.
+class Alerts {
+ public:
+  virtual ~Alerts() = default;
+  /// Shows the alert and blocks until it is answered; timers and observers go on meanwhile. Closing the
+  /// window without a button is the last button's response.
+  virtual int runModal(const Alert& alert) = 0;
+};
+
+/// The service of the installed host.
+Alerts& alerts();
+
+}  // namespace lexwend::platform

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace lexwend::platform {
+
+enum class ActivationPolicy { regular = 0, accessory = 1 };
+
+/// This process as an application of the system. Main thread only.
+class Application {
+ public:
+  virtual ~Application() = default;
+  /// The identifier of the main bundle; nothing when the executable runs outside of one.
+  virtual std::optional<std::string> bundleIdentifier() = 0;
+  virtual std::string displayName() = 0;
+  /// "CFBundleShortVersionString" of the main bundle; nothing when it is missing or not a string.
+  virtual std::optional<std::string> shortVersionString() = 0;
+
+  /// Takes the shared application object. On failure one sentence for the user says why no agent can run
+  /// here.
+  virtual std::optional<std::string> takeSharedApplication() = 0;
+  /// `didFinishLaunching` runs once, at the start of run().
+  virtual void setDelegate(std::function<void()> didFinishLaunching) = 0;
+  virtual void setActivationPolicy(ActivationPolicy policy) = 0;
+  /// The event loop. Returns when it has ended; a system may end the process instead.
+  virtual void run() = 0;
+  /// Ends the event loop in the system's standard way.
+  virtual void terminate() = 0;
+
+  /// Brings this application to the front.
+  virtual void activate(bool ignoringOtherApps) = 0;
+  /// The system's alert sound.
+  virtual void beep() = 0;
+};
+
+/// The service of the installed host.
+Application& application();
+
+}  // namespace lexwend::platform

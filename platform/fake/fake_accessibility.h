@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+
+#include "platform/accessibility.h"
+#include "platform/fake/fake_apps.h"
+#include "platform/fake/fake_system.h"
+
+namespace lexwend::platform {
+
+/// Accessibility over the applications in memory: honest unless a field was told otherwise. Without trust
+/// every call fails, as on the real system.
+class FakeAccessibility : public Accessibility {
+ public:
+  FakeAccessibility(FakeSystem& system, FakeApps& apps) : system_(system), apps_(apps) {}
+
+  bool isProcessTrusted() override;
+  bool isProcessTrustedWithPrompt() override;
+  AccessibilityElementRef createSystemWideElement() override;
+  AttributeResult copyAttributeValue(const AccessibilityElementRef& element,
+                                     std::string_view attribute) override;
+  SettableResult isAttributeSettable(const AccessibilityElementRef& element,
+                                     std::string_view attribute) override;
+  AccessibilityError setAttributeValue(const AccessibilityElementRef& element, std::string_view attribute,
+                                       std::string_view value) override;
+
+  /// Controls of a test.
+  void setTrusted(bool trusted) { trusted_ = trusted; }
+  bool trusted() const { return trusted_; }
+  /// The user grants the permission that much later.
+  void grantAfter(std::chrono::milliseconds delay);
+  /// How often the system showed its prompt.
+  int prompts() const { return prompts_; }
+  /// How often any element was asked or told anything.
+  int elementCalls() const { return elementCalls_; }
+  /// What the next questions for the focused element get instead of the truth; nothing: the truth again.
+  void answerFocus(std::optional<FakeAnswer> answer) { focusAnswer_ = std::move(answer); }
+
+ private:
+  FakeSystem& system_;
+  FakeApps& apps_;
+  AccessibilityElementRef systemWide_;
+  std::optional<FakeAnswer> focusAnswer_;
+  bool trusted_ = true;
+  int prompts_ = 0;
+  int elementCalls_ = 0;
+};
+
+}  // namespace lexwend::platform

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/date_formatter.h"
+#include "platform/fake/fake_system.h"
+
+namespace lexwend::platform {
+
+/// Renders a local time that the test sets and that follows the manual clock. Knows the pattern letters y M d
+/// H m s S; any other letter is a complaint.
+class FakeDateFormatters : public DateFormatters {
+ public:
+  explicit FakeDateFormatters(FakeSystem& system) : system_(system) {}
+
+  DateFormatter& withPattern(std::string_view pattern) override;
+
+  /// Controls of a test.
+  /// The local time now. At the start the host's first moment is 2024-03-05 14:07:09.042.
+  void setLocalTime(std::chrono::sys_time<std::chrono::milliseconds> now);
+  std::chrono::sys_time<std::chrono::milliseconds> localTime() const;
+  std::string render(std::string_view pattern) const;
+  std::size_t made() const { return formatters_.size(); }
+
+ private:
+  FakeSystem& system_;
+  std::chrono::sys_time<std::chrono::milliseconds> start_ =
+      std::chrono::sys_days(std::chrono::year(2024) / 3 / 5) + std::chrono::hours(14) +
+      std::chrono::minutes(7) + std::chrono::seconds(9) + std::chrono::milliseconds(42);
+  std::map<std::string, std::unique_ptr<DateFormatter>, std::less<>> formatters_;
+};
+
+}  // namespace lexwend::platform

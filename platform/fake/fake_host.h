@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/fake/fake_accessibility.h"
+#include "platform/fake/fake_alerts.h"
+#include "platform/fake/fake_application.h"
+#include "platform/fake/fake_apps.h"
+#include "platform/fake/fake_date_formatter.h"
+#include "platform/fake/fake_files.h"
+#include "platform/fake/fake_hot_keys.h"
+#include "platform/fake/fake_input_sources.h"
+#include "platform/fake/fake_key_events.h"
+#include "platform/fake/fake_key_monitor.h"
+#include "platform/fake/fake_login_item.h"
+#include "platform/fake/fake_pasteboard.h"
+#include "platform/fake/fake_recorder_window.h"
+#include "platform/fake/fake_run_loop.h"
+#include "platform/fake/fake_running_applications.h"
+#include "platform/fake/fake_secure_input.h"
+#include "platform/fake/fake_status_bar.h"
+#include "platform/fake/fake_system.h"
+#include "platform/fake/fake_user_defaults.h"
+#include "platform/fake/fake_workspace.h"
+#include "platform/host.h"
+
+namespace lexwend::platform {
+
+/// Where a key that the user pressed went.
+enum class KeyFate { ownHotKey, othersHotKey, ownWindow, application, nobody };
+
+/// An operating system in memory. Each accessor gives a service that is at the same time the test's control
+/// over it; what belongs to no single service is here. Time stands still until somebody sleeps or advances
+/// it.
+///
+///   FakeHost host;
+///   HostScope scope(host);
+///   auto editor = host.apps().open("Editor", "com.example.editor", "akuo");
+///   editor->focus()->selectAll();
+///   ... run the code under test ...
+///   host.advance(500ms);
+///   EXPECT_EQ(editor->focus()->text(), "שלום");
+///
+/// Its destructor reports what was prepared and not used, and what could not be done (fake_complaints.h).
+class FakeHost : public Host {
+ public:
+  FakeHost();
+  ~FakeHost() override;
+  FakeHost(const FakeHost&) = delete;
+  FakeHost& operator=(const FakeHost&) = delete;
+
+  FakeInputSources& inputSourceService() override { return inputSources_; }
+  FakeAccessibility& accessibility() override { return accessibility_; }
+  FakeSecureInput& secureInput() override { return secureInput_; }
+  FakeKeyEvents& keyEvents() override { return keyEvents_; }
+  FakeHotKeys& hotKeyService() override { return hotKeys_; }
+  FakeStatusBar& statusBar() override { return statusBar_; }
+  FakeRecorderWindows& recorderWindows() override { return recorderWindows_; }
+  FakeKeyMonitor& keyMonitor() override { return keyMonitor_; }
+  FakeAlerts& alerts() override { return alerts_; }
+  FakeWorkspace& workspace() override { return workspace_; }
+  FakeRunningApplications& runningApplications() override { return runningApplications_; }
+  FakeUserDefaults& standardUserDefaults() override { return userDefaults_; }
+  FakeLoginItem& loginItem() override { return loginItem_; }
+  FakeRunLoop& runLoop() override { return runLoop_; }
+  FakeApplication& application() override { return application_; }
+  FakeFiles& files() override { return files_; }
+  FakeDateFormatters& dateFormatters() override { return dateFormatters_; }
+  std::shared_ptr<Pasteboard> generalPasteboard() override { return pasteboard_; }
+
+  /// Controls of a test.
+  FakePasteboard& pasteboard() { return *pasteboard_; }
+  FakeApps& apps() { return apps_; }
+  FakeCallLog& calls() { return system_.calls; }
+  FakeComplaints& complaints() { return system_.complaints; }
+  FakeClock& clock() { return system_.clock; }
+  /// Time passes and the run loop turns.
+  void advance(std::chrono::milliseconds duration) { runLoop_.advance(duration); }
+  /// The next `times` calls of the operation fail, once `after` calls went well. What never gets called is a
+  /// complaint.
+  void failNext(FakeOperation operation, std::int32_t code = -1, int times = 1, int after = 0) {
+    system_.injections.failNext(operation, code, times, after);
+  }
+  /// The user presses a key: it goes to whoever holds it as a hot key, else to the program's own window if
+  /// one has the keyboard, else to the application in front, which copies, pastes or types by the layout in
+  /// use.
+  KeyFate userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers = 0);
+  /// The process ends: the system forgets its hot keys, its observers, its menu-bar item and whatever it
+  /// deferred. What the user and the other applications have stays. Another run may follow.
+  void processEnds();
+  /// The program's log file as it stands; empty when there is none.
+  std::string logFile() const;
+  /// The messages of its lines, without the timestamps.
+  std::vector<std::string> logMessages() const;
+
+  /// Everything to complain of by now: what happened and what is still unused. Takes it, so that the
+  /// destructor is content unless something new happens; a test of this host uses it.
+  std::vector<std::string> settle();
+
+ private:
+  std::vector<std::string> collectComplaints() const;
+
+  FakeSystem system_;
+  std::shared_ptr<FakePasteboard> pasteboard_;
+  FakeApps apps_;
+  FakeInputSources inputSources_;
+  FakeAccessibility accessibility_;
+  FakeSecureInput secureInput_;
+  FakeKeyEvents keyEvents_;
+  FakeHotKeys hotKeys_;
+  FakeApplication application_;
+  FakeStatusBar statusBar_;
+  FakeRecorderWindows recorderWindows_;
+  FakeKeyMonitor keyMonitor_;
+  FakeAlerts alerts_;
+  FakeWorkspace workspace_;
+  FakeRunningApplications runningApplications_;
+  FakeUserDefaults userDefaults_;
+  FakeLoginItem loginItem_;
+  FakeRunLoop runLoop_;
+  FakeFiles files_;
+  FakeDateFormatters dateFormatters_;
+  bool settled_ = false;
+};
+
+}  // namespace lexwend::platform

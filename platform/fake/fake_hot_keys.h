@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "platform/fake/fake_system.h"
+#include "platform/hot_key_service.h"
+
+namespace lexwend::platform {
+
+/// The system's code for a combination that somebody holds already.
+inline constexpr OSStatus kHotKeyExists = -9878;
+
+/// System-wide hot keys in memory.
+class FakeHotKeys : public HotKeyService {
+ public:
+  using Combination = std::pair<std::uint32_t, std::uint32_t>;  ///< key code, Carbon modifiers
+
+  explicit FakeHotKeys(FakeSystem& system) : system_(system) {}
+
+  OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
+  HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                    HotKeyID identity) override;
+  OSStatus unregisterHotKey(const HotKeyRef& ref) override;
+
+  /// Controls of a test.
+  /// Another program holds the combination.
+  void otherAppTakes(std::uint32_t keyCode, std::uint32_t modifiers) { taken_.insert({keyCode, modifiers}); }
+  void otherAppReleases(std::uint32_t keyCode, std::uint32_t modifiers) {
+    taken_.erase({keyCode, modifiers});
+  }
+  /// The user presses the combination; false when this program does not hold it.
+  bool press(std::uint32_t keyCode, std::uint32_t modifiers);
+  /// The system reports a press under that identity, registered or not. The handler's result; nothing when no
+  /// handler is installed.
+  std::optional<OSStatus> dispatch(HotKeyID identity);
+  /// The system forgets everything about this process.
+  void processEnds() {
+    registered_.clear();
+    handler_ = nullptr;
+    handlerInstallations_ = 0;
+  }
+  /// The system forgets every registration, as it may across sleep.
+  void loseRegistrations() { registered_.clear(); }
+  bool holds(std::uint32_t keyCode, std::uint32_t modifiers) const;
+  bool isTaken(std::uint32_t keyCode, std::uint32_t modifiers) const {
+    return taken_.contains({keyCode, modifiers});
+  }
+  /// What is registered now.
+  const std::map<Combination, HotKeyID>& registered() const { return registered_; }
+  /// Every identity that was offered for registration, refused ones included.
+  const std::vector<HotKeyID>& offered() const { return offered_; }
+  std::size_t handlerInstallations() const { return handlerInstallations_; }
+
+ private:
+  FakeSystem& system_;
+  std::function<OSStatus(const HotKeyEvent&)> handler_;
+  std::size_t handlerInstallations_ = 0;
+  std::map<Combination, HotKeyID> registered_;
+  std::set<Combination> taken_;
+  std::vector<HotKeyID> offered_;
+};
+
+}  // namespace lexwend::platform

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <vector>
+
+#include "platform/fake/fake_apps.h"
+#include "platform/fake/fake_system.h"
+#include "platform/key_events.h"
+
+namespace lexwend::platform {
+
+/// A simulated key event that was posted.
+struct FakePostedKey {
+  std::uint16_t keyCode = 0;
+  bool keyDown = false;
+  EventFlags flags = 0;
+  std::optional<EventSourceState> source;  ///< nothing: made without a source
+  EventTap tap = EventTap::hid;
+  bool operator==(const FakePostedKey&) const = default;
+};
+
+/// Simulated typing that reaches the application in front: exactly Command with C or V there copies or
+/// pastes.
+class FakeKeyEvents : public KeyEvents {
+ public:
+  FakeKeyEvents(FakeSystem& system, FakeApps& apps) : system_(system), apps_(apps) {}
+
+  EventFlags flagsState(EventSourceState state) override;
+  EventSourceRef createSource(EventSourceState state) override;
+  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, std::uint16_t keyCode,
+                                                bool keyDown) override;
+  void post(EventTap tap, const KeyEvent& event) override;
+
+  /// Controls of a test.
+  /// The user holds these modifiers (event flags, any of them).
+  void holdModifiers(EventFlags flags) { held_ = flags; }
+  void releaseModifiersAfter(std::chrono::milliseconds delay);
+  const std::vector<FakePostedKey>& posted() const { return posted_; }
+  void forgetPosted() { posted_.clear(); }
+
+ private:
+  FakeSystem& system_;
+  FakeApps& apps_;
+  EventFlags held_ = 0;
+  std::vector<FakePostedKey> posted_;
+};
+
+}  // namespace lexwend::platform

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "platform/fake/fake_system.h"
+#include "platform/key_monitor.h"
+
+namespace lexwend::platform {
+
+/// Local key monitors in memory; the one installed last sees a key first.
+class FakeKeyMonitor : public KeyMonitor {
+ public:
+  explicit FakeKeyMonitor(FakeSystem& system) : system_(system) {}
+
+  [[nodiscard]] KeyMonitorTokenRef addLocalKeyDownMonitor(
+      std::function<KeyDisposition(const KeyDownEvent&)> handler) override;
+
+  /// Controls of a test.
+  /// A key reaches this application; passed on when no monitor consumed it.
+  KeyDisposition deliver(const KeyDownEvent& event);
+  std::size_t installed() const;
+
+ private:
+  using Handler = std::function<KeyDisposition(const KeyDownEvent&)>;
+  FakeSystem& system_;
+  std::vector<std::weak_ptr<Handler>> handlers_;
+};
+
+}  // namespace lexwend::platform

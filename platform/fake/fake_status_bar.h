@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/fake/fake_system.h"
+#include "platform/status_item.h"
+
+namespace lexwend::platform {
+
+struct FakeSymbolImage : SymbolImage {
+  void setTemplate(bool value) override { isTemplate = value; }
+  std::string name;
+  std::string accessibilityDescription;
+  bool isTemplate = false;
+};
+
+/// An entry of a menu with everything that was set on it.
+struct FakeMenuItem : MenuItem {
+  void setTitle(std::string_view text) override { title = text; }
+  void setAction(std::function<void()> function) override { action = std::move(function); }
+  void setTerminatesApplication() override { terminatesApplication = true; }
+  void setKeyEquivalent(std::string_view key) override { keyEquivalent = key; }
+  void setChecked(bool value) override { checked = value; }
+  void setHidden(bool value) override { hidden = value; }
+  void setEnabled(bool value) override { enabled = value; }
+
+  std::string title;
+  std::function<void()> action;
+  bool terminatesApplication = false;
+  std::string keyEquivalent;
+  bool checked = false;
+  bool hidden = false;
+  bool enabled = true;
+  bool separator = false;
+};
+
+struct FakeMenu : Menu {
+  void setAutoenablesItems(bool value) override { autoenablesItems = value; }
+  void addItem(const MenuItemRef& item) override;
+  void addSeparator() override;
+  /// Whether the user can choose it: a menu that enables by itself looks at the actions, any other at the
+  /// items.
+  bool canChoose(const FakeMenuItem& item) const;
+
+  bool autoenablesItems = true;
+  std::vector<std::shared_ptr<FakeMenuItem>> items;
+};
+
+struct FakeStatusItem : StatusItem {
+  void setImage(const SymbolImageRef& newImage) override;
+  void setMenu(const MenuRef& newMenu) override;
+
+  FakeSystem* system = nullptr;
+  double length = 0;
+  std::shared_ptr<FakeSymbolImage> image;
+  std::shared_ptr<FakeMenu> menu;
+  std::vector<std::string> icons;  ///< every image set so far, by name; empty for a cleared one
+};
+
+/// The menu bar in memory.
+class FakeStatusBar : public StatusBar {
+ public:
+  FakeStatusBar(FakeSystem& system, std::function<void()> terminate)
+      : system_(system), terminate_(std::move(terminate)) {}
+
+  StatusItemRef statusItem(double length) override;
+  MenuRef makeMenu() override;
+  MenuItemRef makeMenuItem() override;
+  SymbolImageRef symbolImage(std::string_view name, std::string_view accessibilityDescription) override;
+
+  /// Controls of a test.
+  /// The status item that was made last and still lives; null when there is none.
+  std::shared_ptr<FakeStatusItem> item() const { return item_.lock(); }
+  /// Its menu; null when there is none.
+  std::shared_ptr<FakeMenu> menu() const;
+  /// The name of the symbol shown now; empty when none is.
+  std::string icon() const;
+  /// The menu's item of exactly that title, or null.
+  std::shared_ptr<FakeMenuItem> menuItem(std::string_view title) const;
+  /// The user chooses an item. One that is hidden, disabled or not there cannot be chosen: a complaint, and
+  /// false.
+  bool choose(std::string_view title);
+  bool choose(const std::shared_ptr<FakeMenuItem>& item);
+
+ private:
+  FakeSystem& system_;
+  std::function<void()> terminate_;
+  std::weak_ptr<FakeStatusItem> item_;
+};
+
+}  // namespace lexwend::platform

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include "platform/host.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/accessibility.h"
+#include "platform/alerts.h"
+#include "platform/application.h"
+#include "platform/date_formatter.h"
+#include "platform/files.h"
+#include "platform/hot_key_service.h"
+#include "platform/input_sources.h"
+#include "platform/key_events.h"
+#include "platform/key_monitor.h"
+#include "platform/login_item.h"
+#include "platform/pasteboard.h"
+#include "platform/recorder_window.h"
+#include "platform/run_loop.h"
+#include "platform/running_applications.h"
+#include "platform/secure_input.h"
+#include "platform/status_item.h"
+#include "platform/user_defaults.h"
+#include "platform/workspace.h"
+
+namespace lexwend::platform {
+namespace {
+
+Host* current = nullptr;
+
+Host& installedHost() {
+  if (current == nullptr) {
+    std::fputs("lexwend: a service of the operating system was used while no host is installed\n", stderr);
+    std::abort();
+  }
+  return *current;
+}
+
+}  // namespace
+
+HostScope::HostScope(Host& host) : previous_(current) {
+  current = &host;
+}
+
+HostScope::~HostScope() {
+  current = previous_;
+}
+
+InputSourceService& inputSourceService() {
+  return installedHost().inputSourceService();
+}
+Accessibility& accessibility() {
+  return installedHost().accessibility();
+}
+SecureInput& secureInput() {
+  return installedHost().secureInput();
+}
+KeyEvents& keyEvents() {
+  return installedHost().keyEvents();
+}
+HotKeyService& hotKeyService() {
+  return installedHost().hotKeyService();
+}
+StatusBar& statusBar() {
+  return installedHost().statusBar();
+}
+RecorderWindows& recorderWindows() {
+  return installedHost().recorderWindows();
+}
+KeyMonitor& keyMonitor() {
+  return installedHost().keyMonitor();
+}
+Alerts& alerts() {
+  return installedHost().alerts();
+}
+Workspace& workspace() {
+  return installedHost().workspace();
+}
+RunningApplications& runningApplications() {
+  return installedHost().runningApplications();
+}
+UserDefaults& standardUserDefaults() {
+  return installedHost().standardUserDefaults();
+}
+LoginItem& loginItem() {
+  return installedHost().loginItem();
+}
+RunLoop& runLoop() {
+  return installedHost().runLoop();
+}
+Application& application() {
+  return installedHost().application();
+}
+Files& files() {
+  return installedHost().files();
+}
+DateFormatters& dateFormatters() {
+  return installedHost().dateFormatters();
+}
+PasteboardRef generalPasteboard() {
+  return installedHost().generalPasteboard();
+}
+
+}  // namespace lexwend::platform

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+namespace lexwend::platform {
+
+/// Carbon modifier bits of a hot key.
+inline constexpr std::uint32_t kCmdKey = 0x0100;
+inline constexpr std::uint32_t kShiftKey = 0x0200;
+inline constexpr std::uint32_t kOptionKey = 0x0800;
+inline constexpr std::uint32_t kControlKey = 0x1000;
+
+/// The system's status code; 0 (noErr) is success.
+using OSStatus = std::int32_t;
+inline constexpr OSStatus kNoErr = 0;
+
+/// The identity of a registration: a four-character code and a number.
+struct HotKeyID {
+  std::uint32_t signature = 0;
+  std::uint32_t id = 0;
+  bool operator==(const HotKeyID&) const = default;
+};
+
+/// A registration of the system. Opaque.
+class HotKey {
+ public:
+  virtual ~HotKey() = default;
+};
+using HotKeyRef = std::shared_ptr<HotKey>;
+
+struct HotKeyRegistration {
+  OSStatus status = kNoErr;
+  HotKeyRef ref;  ///< may be null even when the status is 0
+};
+
+/// A press that the system reports. Valid during the handler's call only.
+class HotKeyEvent {
+ public:
+  virtual ~HotKeyEvent() = default;
+  /// Reads the identity of the pressed hot key; on failure `out` is left as it was.
+  virtual OSStatus hotKeyID(HotKeyID& out) const = 0;
+};
+
+/// System-wide hot keys. Main thread only; the handler is called there, from the run loop, once per press (a
+/// held key does not repeat). A registered key does not reach any other application.
+class HotKeyService {
+ public:
+  virtual ~HotKeyService() = default;
+  /// Installs the handler of all hot keys of this process. Called once.
+  virtual OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) = 0;
+  /// Key code and Carbon modifier mask as given. A combination that another program holds is a non-zero
+  /// status.
+  virtual HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                            HotKeyID identity) = 0;
+  virtual OSStatus unregisterHotKey(const HotKeyRef& ref) = 0;
+};
+
+/// The service of the installed host.
+HotKeyService& hotKeyService();
+
+}  // namespace lexwend::platform

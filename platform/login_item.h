@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+namespace lexwend::platform {
+
+enum class LoginItemStatus { notRegistered = 0, enabled = 1, requiresApproval = 2, notFound = 3 };
+
+/// Whether the application starts when the user logs in. Main thread only.
+class LoginItem {
+ public:
+  virtual ~LoginItem() = default;
+  virtual LoginItemStatus status() = 0;
+  /// False when the system refused.
+  [[nodiscard]] virtual bool registerItem() = 0;
+  /// False when the system refused.
+  [[nodiscard]] virtual bool unregisterItem() = 0;
+};
+
+/// The service of the installed host, for this application.
+LoginItem& loginItem();
+
+}  // namespace lexwend::platform

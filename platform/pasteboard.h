@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace lexwend::platform {
+
+using Bytes = std::vector<std::byte>;
+
+/// One item of the pasteboard as it stands now, read piece by piece.
+class PasteboardItem {
+ public:
+  virtual ~PasteboardItem() = default;
+  /// Type identifiers in the item's order; a type may stand twice.
+  virtual std::vector<std::string> types() = 0;
+  /// The bytes of a type, promised data fetched from its owner; nothing when they cannot be had. May block
+  /// for the host's own time limit.
+  virtual std::optional<Bytes> data(const std::string& type) = 0;
+};
+
+/// One item to write: types with their bytes, in the order in which they are to be set.
+using PasteboardItemData = std::vector<std::pair<std::string, Bytes>>;
+
+/// A pasteboard. Main thread only; a host goes on serving what it wrote while the main thread sleeps.
+class Pasteboard {
+ public:
+  virtual ~Pasteboard() = default;
+  /// The items in order; nothing when the pasteboard reports none.
+  virtual std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() = 0;
+  /// Grows with every change of the contents, whoever made it.
+  virtual std::int64_t changeCount() = 0;
+  virtual void clearContents() = 0;
+  /// The plain text (UTF-8), or nothing when there is none.
+  virtual std::optional<std::string> string() = 0;
+  /// Writes the plain text. Follows a clearContents().
+  virtual void setString(std::string_view text) = 0;
+  /// Makes a new item of each entry and writes all of them at once. Follows a clearContents().
+  virtual void writeItems(const std::vector<PasteboardItemData>& items) = 0;
+};
+using PasteboardRef = std::shared_ptr<Pasteboard>;
+
+/// The general pasteboard of the installed host, the one of Copy and Paste. The reference may outlive the
+/// call.
+PasteboardRef generalPasteboard();
+
+}  // namespace lexwend::platform

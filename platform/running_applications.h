@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace lexwend::platform {
+
+using ProcessIdentifier = std::int64_t;
+
+/// Who else runs in this user's session. Main thread only.
+class RunningApplications {
+ public:
+  virtual ~RunningApplications() = default;
+  /// Processes with that bundle identifier, in the system's order; this process may be among them. Where the
+  /// system keeps no such list, asking also makes this process known under the identifier.
+  virtual std::vector<ProcessIdentifier> withBundleIdentifier(std::string_view identifier) = 0;
+  virtual ProcessIdentifier ownProcessIdentifier() = 0;
+};
+
+/// The service of the installed host.
+RunningApplications& runningApplications();
+
+}  // namespace lexwend::platform

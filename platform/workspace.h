@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace lexwend::platform {
+
+struct FrontApplication {
+  std::optional<std::string> bundleIdentifier;  ///< on X11 the window's class
+};
+/// A parsed URL. Opaque.
+class Url {
+ public:
+  virtual ~Url() = default;
+};
+using UrlRef = std::shared_ptr<const Url>;
+
+/// The user's session. Main thread only.
+class Workspace {
+ public:
+  virtual ~Workspace() = default;
+  /// The application that has the keyboard; nothing when none has.
+  virtual std::optional<FrontApplication> frontmostApplication() = 0;
+  /// Null when the text is no URL.
+  virtual UrlRef urlFromString(std::string_view text) = 0;
+  /// Asks the system to open it; does not wait, and the result is not examined.
+  virtual void open(const UrlRef& url) = 0;
+  /// Calls the handler on the main thread after each wake from sleep, for the rest of the run; the handler
+  /// holds what it needs weakly.
+  virtual void observeDidWake(std::function<void()> handler) = 0;
+};
+
+/// The service of the installed host.
+Workspace& workspace();
+
+}  // namespace lexwend::platform

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <vector>
+
+#include "platform/pasteboard.h"
+
+namespace lexwend {
+
+/// What stood on a pasteboard: copies of the bytes, valid whatever happens to the pasteboard later. Promised
+/// data is fetched when the snapshot is made. Main thread only.
+struct PasteboardSnapshot {
+  /// One entry per item in the pasteboard's order, each type once with its bytes. A type whose data could not
+  /// be had is missing, so an entry may be empty.
+  std::vector<platform::PasteboardItemData> items;
+
+  explicit PasteboardSnapshot(platform::Pasteboard& pasteboard);
+
+  /// Clears the pasteboard and writes the items back in one write; entries without types are left out.
+  void restoreTo(platform::Pasteboard& pasteboard) const;
+};
+
+}  // namespace lexwend
