@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/application.h"
+
+#include <QApplication>
+#include <QSessionManager>
+#include <QTimer>
+#include <QWidget>
+#include <array>
+#include <csignal>
+#include <cstdio>
+
+#include <glib-unix.h>
+
+#include "platform/linux/identity.h"
+#include "platform/linux/session_notice.h"
+#include "platform/linux/symbol_image.h"
+#include "platform/linux/x11_connection.h"
+
+namespace lexwend::platform {
+namespace {
+
+constexpr std::array kEndingSignals = {SIGTERM, SIGINT, SIGHUP};
+
+bool x11DisplayOpens() {
+  int screenNumber = 0;
+  return connectToDisplay(screenNumber) != nullptr;
+}
+
+/// Where no window is ever shown, as in a test, Qt needs no display.
+bool displayIsWanted() {
+  return qgetenv("QT_QPA_PLATFORM") != "offscreen";
+}
+
+std::string failure(const SessionNotice& notice) {
+  writeToLog(notice.english);
+  notifyUser(notice.hebrew);
+  return std::string(notice.english);
+}
+
+gboolean endByASignal(gpointer application) {
+  static_cast<LinuxApplication*>(application)->terminate();
+  return G_SOURCE_CONTINUE;
+}
+
+}  // namespace
+
+LinuxApplication::LinuxApplication(std::function<void()> finishWork) : finishWork_(std::move(finishWork)) {}
+LinuxApplication::~LinuxApplication() = default;
+
+std::optional<std::string> LinuxApplication::bundleIdentifier() {
+  return std::string(kIdentifier);
+}
+
+std::string LinuxApplication::displayName() {
+  return std::string(kDisplayName);
+}
+
+std::optional<std::string> LinuxApplication::shortVersionString() {
+  return LEXWEND_VERSION;
+}
+
+std::optional<std::string> LinuxApplication::takeSharedApplication() {
+  if (application_ != nullptr) return std::nullopt;
+  // Qt ends the process where it finds no display.
+  if (displayIsWanted() && !x11DisplayOpens()) {
+    return failure(sessionIsWayland() ? kWaylandOnly : kNoDisplay);
+  }
+  qunsetenv("QT_NO_GLIB");  // deferred work and every service live in GLib's main context
+  QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+  QCoreApplication::setApplicationName(QString::fromLatin1(kDisplayName.data(), kDisplayName.size()));
+  QCoreApplication::setApplicationVersion(LEXWEND_VERSION);
+  QGuiApplication::setDesktopFileName(QString::fromLatin1(kIdentifier.data(), kIdentifier.size()));
+  // As arguments, since what is set in the environment would be inherited by the programs that the agent
+  // starts.
+  static char programName[] = "lexwend";
+  static char platformOption[] = "-platform";
+  static char platform[] = "xcb";
+  static char* arguments[] = {programName, platformOption, platform, nullptr};
+  static int argumentCount = displayIsWanted() ? 3 : 1;
+  application_ = std::make_unique<QApplication>(argumentCount, arguments);
+  QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+  QGuiApplication::setWindowIcon(applicationIcon());
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  // The autostart entry starts the agent again, not the session manager as well.
+  const auto neverRestart = [](QSessionManager& manager) {
+    manager.setRestartHint(QSessionManager::RestartNever);
+  };
+  QObject::connect(application_.get(), &QGuiApplication::commitDataRequest, application_.get(), neverRestart,
+                   Qt::DirectConnection);
+  QObject::connect(application_.get(), &QGuiApplication::saveStateRequest, application_.get(), neverRestart,
+                   Qt::DirectConnection);
+  if (displayIsWanted() && sessionIsWayland()) {
+    std::fprintf(stderr, "lexwend: %s\n", failure(kWaylandWithX11).c_str());
+  }
+  return std::nullopt;
+}
+
+void LinuxApplication::setDelegate(std::function<void()> didFinishLaunching) {
+  didFinishLaunching_ = std::move(didFinishLaunching);
+}
+
+void LinuxApplication::setActivationPolicy(ActivationPolicy) {}
+
+void LinuxApplication::run() {
+  std::array<guint, kEndingSignals.size()> sources{};
+  for (std::size_t i = 0; i < kEndingSignals.size(); ++i) {
+    sources[i] = g_unix_signal_add(kEndingSignals[i], &endByASignal, this);
+  }
+  // From within the loop, where terminate() counts.
+  QTimer::singleShot(0, application_.get(), [this] {
+    if (didFinishLaunching_) didFinishLaunching_();
+  });
+  QApplication::exec();
+  // Hidden, not closed: closing a window would be answered by work that the end makes vain.
+  for (QWidget* window : QApplication::topLevelWidgets()) window->hide();
+  finishWork_();
+  for (const guint source : sources) g_source_remove(source);
+}
+
+void LinuxApplication::terminate() {
+  QCoreApplication::exit();  // quit() would close the windows first
+}
+
+void LinuxApplication::activate(bool) {
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    if (!window->isVisible() || window->windowType() == Qt::Popup) continue;
+    window->raise();
+    window->activateWindow();
+  }
+}
+
+void LinuxApplication::beep() {
+  if (application_ != nullptr) QApplication::beep();
+}
+
+}  // namespace lexwend::platform

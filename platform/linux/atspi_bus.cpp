@@ -1,0 +1,312 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/atspi_bus.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "platform/linux/buses.h"
+
+namespace lexwend::platform {
+namespace {
+
+constexpr const char* kRegistry = "org.a11y.atspi.Registry";
+constexpr const char* kRootPath = "/org/a11y/atspi/accessible/root";
+
+std::vector<AtspiObject> objectsOf(GVariant* array) {
+  std::vector<AtspiObject> objects;
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, array);
+  const char* bus = nullptr;
+  const char* path = nullptr;
+  while (g_variant_iter_next(&iterator, "(&s&o)", &bus, &path) != FALSE) objects.push_back({bus, path});
+  return objects;
+}
+
+constexpr const char* kStatesReply = "(au)";
+constexpr const char* kChildrenReply = "(a(so))";
+
+std::optional<std::uint64_t> statesIn(const GVariantRef& reply) {
+  if (!reply) return std::nullopt;
+  const GVariantRef words(g_variant_get_child_value(reply.get(), 0));
+  std::uint64_t bits = 0;
+  for (gsize i = 0; i < std::min<gsize>(2, g_variant_n_children(words.get())); ++i) {
+    const GVariantRef word(g_variant_get_child_value(words.get(), i));
+    bits |= std::uint64_t{g_variant_get_uint32(word.get())} << (32 * i);
+  }
+  return bits;
+}
+
+std::optional<std::vector<AtspiObject>> childrenIn(const GVariantRef& reply) {
+  if (!reply) return std::nullopt;
+  const GVariantRef array(g_variant_get_child_value(reply.get(), 0));
+  return objectsOf(array.get());
+}
+
+}  // namespace
+
+AtspiBus::~AtspiBus() {
+  if (cancellable_) g_cancellable_cancel(cancellable_.get());
+  disconnected();
+}
+
+void AtspiBus::start() {
+  if (connecting_ || isConnected()) return;
+  GDBusConnection* const session = sessionBus();
+  if (session == nullptr) return;
+  connecting_ = true;
+  if (!cancellable_) cancellable_.reset(g_cancellable_new());
+  askForAddress(session);
+}
+
+void AtspiBus::askForAddress(GDBusConnection* session) {
+  // Toolkits offer their objects only while somebody has asked for it; no reader library does this by itself.
+  g_dbus_connection_call(session, "org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set",
+                         g_variant_new("(ssv)", "org.a11y.Status", "IsEnabled", g_variant_new_boolean(TRUE)),
+                         nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+  g_dbus_connection_call(
+      session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr, G_VARIANT_TYPE("(s)"),
+      G_DBUS_CALL_FLAGS_NONE, -1, cancellable_.get(),
+      [](GObject* source, GAsyncResult* result, gpointer self) {
+        GError* error = nullptr;
+        const GVariantRef reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
+        const GErrorRef owned(error);
+        if (error != nullptr && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) return;
+        auto* bus = static_cast<AtspiBus*>(self);
+        if (!reply) {
+          bus->connecting_ = false;
+          return;
+        }
+        const char* address = nullptr;
+        g_variant_get(reply.get(), "(&s)", &address);
+        bus->connectTo(address);
+      },
+      this);
+}
+
+void AtspiBus::connectTo(const char* address) {
+  g_dbus_connection_new_for_address(
+      address,
+      static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                        G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+      nullptr, cancellable_.get(),
+      [](GObject*, GAsyncResult* result, gpointer self) {
+        GError* error = nullptr;
+        GDBusConnection* connection = g_dbus_connection_new_for_address_finish(result, &error);
+        const GErrorRef owned(error);
+        if (error != nullptr && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) return;
+        auto* bus = static_cast<AtspiBus*>(self);
+        bus->connecting_ = false;
+        if (connection != nullptr) bus->connected(connection);
+      },
+      this);
+}
+
+void AtspiBus::connected(GDBusConnection* connection) {
+  connection_.reset(connection);
+  closedHandler_ = g_signal_connect(connection, "closed",
+                                    G_CALLBACK(+[](GDBusConnection*, gboolean, GError*, gpointer self) {
+                                      static_cast<AtspiBus*>(self)->disconnected();
+                                    }),
+                                    this);
+  subscription_ = g_dbus_connection_signal_subscribe(
+      connection, nullptr, "org.a11y.atspi.Event.Object", "StateChanged", nullptr, "focused",
+      G_DBUS_SIGNAL_FLAGS_NONE,
+      [](GDBusConnection*, const char* sender, const char* path, const char*, const char*,
+         GVariant* parameters, gpointer self) {
+        // "(siiv...)": what changed, and whether it is so now.
+        if (g_variant_n_children(parameters) < 2 || sender == nullptr) return;
+        const GVariantRef isSo(g_variant_get_child_value(parameters, 1));
+        if (g_variant_is_of_type(isSo.get(), G_VARIANT_TYPE_INT32) == FALSE ||
+            g_variant_get_int32(isSo.get()) == 0)
+          return;
+        static_cast<AtspiBus*>(self)->lastFocus_ = AtspiObject{sender, path};
+      },
+      this, nullptr);
+  // Applications send an event only when somebody is registered for it.
+  g_dbus_connection_call(connection, kRegistry, "/org/a11y/atspi/registry", kRegistry, "RegisterEvent",
+                         g_variant_new("(sass)", "object:state-changed:focused", nullptr, ""), nullptr,
+                         G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+}
+
+void AtspiBus::disconnected() {
+  if (!connection_) return;
+  if (subscription_ != 0) g_dbus_connection_signal_unsubscribe(connection_.get(), subscription_);
+  if (closedHandler_ != 0) g_signal_handler_disconnect(connection_.get(), closedHandler_);
+  subscription_ = 0;
+  closedHandler_ = 0;
+  connection_.reset();
+  lastFocus_.reset();
+  processes_.clear();
+}
+
+void AtspiBus::beginRound() {
+  roundStart_ = std::chrono::steady_clock::now();
+  silent_.clear();
+}
+
+void AtspiBus::joinRound() {
+  const auto now = std::chrono::steady_clock::now();
+  if (roundStart_ == std::chrono::steady_clock::time_point::min() || now - roundStart_ > kSameFix)
+    beginRound();
+}
+
+GVariantRef AtspiBus::call(const AtspiObject& object, const char* interface, const char* method,
+                           GVariant* arguments, const char* replyType) {
+  return callName(object.bus, object.path.c_str(), interface, method, arguments, replyType);
+}
+
+GVariantRef AtspiBus::callToWrite(const AtspiObject& object, const char* interface, const char* method,
+                                  GVariant* arguments, const char* replyType) {
+  return callName(object.bus, object.path.c_str(), interface, method, arguments, replyType, kRoundLimit);
+}
+
+void AtspiBus::send(const AtspiObject& object, const char* interface, const char* method,
+                    GVariant* arguments) {
+  const GVariantRef owned(g_variant_ref_sink(arguments));
+  if (!isConnected()) return;
+  g_dbus_connection_call(connection_.get(), object.bus.c_str(), object.path.c_str(), interface, method,
+                         owned.get(), nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr,
+                         nullptr);
+}
+
+GVariantRef AtspiBus::callName(const std::string& bus, const char* path, const char* interface,
+                               const char* method, GVariant* arguments, const char* replyType,
+                               std::chrono::milliseconds limit) {
+  GVariant* const sunk = arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr;
+  const GVariantRef ownedArguments(sunk);
+  const auto left = timeLeft();
+  if (!isConnected() || left.count() <= 0 || silent_.count(bus) != 0) return nullptr;
+
+  GError* error = nullptr;
+  GVariantRef reply(g_dbus_connection_call_sync(
+      connection_.get(), bus.c_str(), path, interface, method, sunk, G_VARIANT_TYPE(replyType),
+      G_DBUS_CALL_FLAGS_NO_AUTO_START, static_cast<int>(std::min(left, limit).count()), nullptr, &error));
+  const GErrorRef owned(error);
+  if (error != nullptr && (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE ||
+                           g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY) != FALSE)) {
+    silent_.insert(bus);
+  }
+  return reply;
+}
+
+std::chrono::milliseconds AtspiBus::timeLeft() {
+  if (roundStart_ == std::chrono::steady_clock::time_point::min()) beginRound();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(roundStart_ + kRoundLimit -
+                                                               std::chrono::steady_clock::now());
+}
+
+std::vector<GVariantRef> AtspiBus::callAll(const std::vector<AtspiObject>& objects, const char* interface,
+                                           const char* method, const char* replyType) {
+  struct Round {
+    std::vector<GVariantRef> answers;
+    std::size_t waiting = 0;
+    bool someTimedOut = false;
+  };
+  struct Slot {
+    std::shared_ptr<Round> round;
+    std::size_t index;
+  };
+  const auto round = std::make_shared<Round>();
+  round->answers.resize(objects.size());
+  const auto left = timeLeft();
+  if (!isConnected() || left.count() <= 0) return std::move(round->answers);
+
+  // The answers come to a context of this call alone, so that nothing else of the program runs meanwhile.
+  GMainContext* const context = g_main_context_new();
+  g_main_context_push_thread_default(context);
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    if (timedOut(objects[i])) continue;
+    ++round->waiting;
+    g_dbus_connection_call(
+        connection_.get(), objects[i].bus.c_str(), objects[i].path.c_str(), interface, method, nullptr,
+        G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NO_AUTO_START,
+        static_cast<int>(std::min(left, kCallLimit).count()), nullptr,
+        [](GObject* connection, GAsyncResult* result, gpointer data) {
+          const std::unique_ptr<Slot> slot(static_cast<Slot*>(data));
+          GError* error = nullptr;
+          slot->round->answers[slot->index].reset(
+              g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result, &error));
+          const GErrorRef owned(error);
+          if (error != nullptr && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE) {
+            slot->round->someTimedOut = true;
+          }
+          --slot->round->waiting;
+        },
+        new Slot{round, i});
+  }
+  while (round->waiting > 0) g_main_context_iteration(context, TRUE);
+  g_main_context_pop_thread_default(context);
+  g_main_context_unref(context);
+  if (round->someTimedOut && !objects.empty()) silent_.insert(objects.front().bus);
+  return std::move(round->answers);
+}
+
+GVariantRef AtspiBus::property(const AtspiObject& object, const char* interface, const char* name) {
+  const GVariantRef reply =
+      call(object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", interface, name), "(v)");
+  if (!reply) return nullptr;
+  GVariant* value = nullptr;
+  g_variant_get(reply.get(), "(v)", &value);
+  return GVariantRef(value);
+}
+
+std::optional<std::uint64_t> AtspiBus::states(const AtspiObject& object) {
+  return statesIn(call(object, kAccessible, "GetState", nullptr, kStatesReply));
+}
+
+std::optional<std::vector<AtspiObject>> AtspiBus::children(const AtspiObject& object) {
+  return childrenIn(call(object, kAccessible, "GetChildren", nullptr, kChildrenReply));
+}
+
+std::vector<std::optional<std::uint64_t>> AtspiBus::statesOf(const std::vector<AtspiObject>& objects) {
+  std::vector<std::optional<std::uint64_t>> all;
+  for (const GVariantRef& reply : callAll(objects, kAccessible, "GetState", kStatesReply))
+    all.push_back(statesIn(reply));
+  return all;
+}
+
+std::vector<std::optional<std::vector<AtspiObject>>> AtspiBus::childrenOf(
+    const std::vector<AtspiObject>& objects) {
+  std::vector<std::optional<std::vector<AtspiObject>>> all;
+  for (const GVariantRef& reply : callAll(objects, kAccessible, "GetChildren", kChildrenReply)) {
+    all.push_back(childrenIn(reply));
+  }
+  return all;
+}
+
+bool AtspiBus::hasInterface(const AtspiObject& object, const char* interface) {
+  const GVariantRef reply = call(object, kAccessible, "GetInterfaces", nullptr, "(as)");
+  if (!reply) return false;
+  const GVariantRef names(g_variant_get_child_value(reply.get(), 0));
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, names.get());
+  const char* name = nullptr;
+  while (g_variant_iter_next(&iterator, "&s", &name) != FALSE) {
+    if (std::strcmp(name, interface) == 0) return true;
+  }
+  return false;
+}
+
+std::optional<std::uint32_t> AtspiBus::processOf(const std::string& bus) {
+  if (const auto known = processes_.find(bus); known != processes_.end()) return known->second;
+  const GVariantRef reply = callName("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                     "GetConnectionUnixProcessID", g_variant_new("(s)", bus.c_str()), "(u)");
+  if (!reply) return std::nullopt;
+  std::uint32_t process = 0;
+  g_variant_get(reply.get(), "(u)", &process);
+  processes_[bus] = process;
+  return process;
+}
+
+std::vector<AtspiObject> AtspiBus::applicationsOf(std::uint32_t process) {
+  std::vector<AtspiObject> found;
+  const auto applications = children(AtspiObject{kRegistry, kRootPath});
+  if (!applications) return found;
+  for (const AtspiObject& application : *applications) {
+    if (processOf(application.bus) == process) found.push_back(application);
+  }
+  return found;
+}
+
+}  // namespace lexwend::platform

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string_view>
+
+#include "platform/key_events.h"
+#include "platform/linux/x11_connection.h"
+
+namespace lexwend::platform {
+
+/// Whether a window of this class (WM_CLASS) shows a terminal. Letter case does not matter.
+bool isTerminalClass(std::string_view windowClass);
+
+/// Keys simulated with XTEST. Command is Control here, Option is Alt, and Control is Super.
+///
+/// Command with C is played as Control+Insert, Command with V as Shift+Insert: the letters move with the
+/// active layout, and with a Hebrew layout alone most applications know neither Control+C nor Control+V.
+///
+/// A modifier that the user holds is let go before a key is pressed, since the key is to have its own
+/// modifiers only. It is not pressed again afterwards: the user may have let go meanwhile, and it would stay
+/// down. So to the applications a held modifier is up until it is pressed anew.
+///
+/// No event is made while a terminal has the keyboard: there the copy shortcut stops the running program or
+/// types an escape sequence, and no selection can be replaced in place.
+class LinuxKeyEvents : public KeyEvents {
+ public:
+  /// `mayPost` is asked before an event is made; false refuses it. Without a display no event can be made.
+  LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayPost);
+
+  /// The modifier keys that are held; locked and latched modifiers do not count. Both states are the same.
+  EventFlags flagsState(EventSourceState state) override;
+  EventSourceRef createSource(EventSourceState state) override;
+  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, std::uint16_t keyCode,
+                                                bool keyDown) override;
+  void post(EventTap tap, const KeyEvent& event) override;
+
+ private:
+  void releaseHeldModifiers();
+
+  std::shared_ptr<X11Connection> x11_;
+  std::function<bool()> mayPost_;
+};
+
+}  // namespace lexwend::platform

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/linux_host.h"
+
+#include <chrono>
+
+#include "platform/linux/buses.h"
+
+namespace lexwend::platform {
+namespace {
+
+/// The longest deferral that counts as part of a fix; the clipboard is put back half a second after it.
+constexpr std::chrono::milliseconds kLastWork(1000);
+
+template <typename Service, typename... Arguments>
+Service& made(std::optional<Service>& service, Arguments&&... arguments) {
+  if (!service) service.emplace(std::forward<Arguments>(arguments)...);
+  return *service;
+}
+
+}  // namespace
+
+InputSourceService& LinuxHost::inputSourceService() {
+  return made(inputSources_, x11(), sessionBus);
+}
+
+Accessibility& LinuxHost::accessibility() {
+  return linuxAccessibility();
+}
+
+SecureInput& LinuxHost::secureInput() {
+  return made(secureInput_, &linuxAccessibility());
+}
+
+KeyEvents& LinuxHost::keyEvents() {
+  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy.
+  return made(keyEvents_, x11(), [this] { return !pasteboard()->lastReadWasOverBudget(); });
+}
+
+HotKeyService& LinuxHost::hotKeyService() {
+  return made(hotKeyService_, x11());
+}
+
+StatusBar& LinuxHost::statusBar() {
+  return made(statusBar_,
+              LinuxStatusBar::Needs{[this] { application().terminate(); }, [this] { return x11(); },
+                                    [this]() -> RunLoop& { return runLoop(); }});
+}
+
+RecorderWindows& LinuxHost::recorderWindows() {
+  return recorderWindows_;
+}
+
+KeyMonitor& LinuxHost::keyMonitor() {
+  return keyMonitor_;
+}
+
+Alerts& LinuxHost::alerts() {
+  return alerts_;
+}
+
+Workspace& LinuxHost::workspace() {
+  return made(workspace_, [this] { return x11() != nullptr ? x11()->activeWindowClass() : std::nullopt; });
+}
+
+RunningApplications& LinuxHost::runningApplications() {
+  return runningApplications_;
+}
+
+UserDefaults& LinuxHost::standardUserDefaults() {
+  return made(userDefaults_, LinuxUserDefaults::standardPath());
+}
+
+LoginItem& LinuxHost::loginItem() {
+  return made(loginItem_, LinuxLoginItem::standardPath(), LinuxLoginItem::ownProgram());
+}
+
+RunLoop& LinuxHost::runLoop() {
+  return linuxRunLoop();
+}
+
+Application& LinuxHost::application() {
+  return made(application_, [this] { finishWork(); });
+}
+
+Files& LinuxHost::files() {
+  return files_;
+}
+
+DateFormatters& LinuxHost::dateFormatters() {
+  return dateFormatters_;
+}
+
+std::shared_ptr<Pasteboard> LinuxHost::generalPasteboard() {
+  return pasteboard();
+}
+
+const std::shared_ptr<X11Connection>& LinuxHost::x11() {
+  if (!x11_) x11_ = X11Connection::open();
+  return *x11_;
+}
+
+const std::shared_ptr<LinuxPasteboard>& LinuxHost::pasteboard() {
+  if (pasteboard_ == nullptr) pasteboard_ = std::make_shared<LinuxPasteboard>();
+  return pasteboard_;
+}
+
+LinuxAccessibility& LinuxHost::linuxAccessibility() {
+  if (!accessibility_) accessibility_.emplace(x11()).start();
+  return *accessibility_;
+}
+
+LinuxRunLoop& LinuxHost::linuxRunLoop() {
+  return made(runLoop_);
+}
+
+void LinuxHost::finishWork() {
+  if (hotKeyService_) hotKeyService_->stop();
+  linuxRunLoop().finishPending(kLastWork);
+}
+
+}  // namespace lexwend::platform

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "platform/host.h"
+#include "platform/linux/accessibility.h"
+#include "platform/linux/alerts.h"
+#include "platform/linux/application.h"
+#include "platform/linux/date_formatter.h"
+#include "platform/linux/files.h"
+#include "platform/linux/hot_key_service.h"
+#include "platform/linux/key_events.h"
+#include "platform/linux/key_monitor.h"
+#include "platform/linux/keyboard.h"
+#include "platform/linux/login_item.h"
+#include "platform/linux/pasteboard.h"
+#include "platform/linux/recorder_window.h"
+#include "platform/linux/run_loop.h"
+#include "platform/linux/running_applications.h"
+#include "platform/linux/secure_input.h"
+#include "platform/linux/status_item.h"
+#include "platform/linux/user_defaults.h"
+#include "platform/linux/workspace.h"
+#include "platform/linux/x11_connection.h"
+
+namespace lexwend::platform {
+
+/// The X11 desktop. Nothing is connected, opened or read before the service that needs it is asked for, so a
+/// program that prints a report runs without a display, a bus, a home or a disk to write on.
+class LinuxHost : public Host {
+ public:
+  LinuxHost() = default;
+  ~LinuxHost() override = default;
+  LinuxHost(const LinuxHost&) = delete;
+  LinuxHost& operator=(const LinuxHost&) = delete;
+
+  InputSourceService& inputSourceService() override;
+  Accessibility& accessibility() override;
+  SecureInput& secureInput() override;
+  KeyEvents& keyEvents() override;
+  HotKeyService& hotKeyService() override;
+  StatusBar& statusBar() override;
+  RecorderWindows& recorderWindows() override;
+  KeyMonitor& keyMonitor() override;
+  Alerts& alerts() override;
+  Workspace& workspace() override;
+  RunningApplications& runningApplications() override;
+  UserDefaults& standardUserDefaults() override;
+  LoginItem& loginItem() override;
+  RunLoop& runLoop() override;
+  Application& application() override;
+  Files& files() override;
+  DateFormatters& dateFormatters() override;
+  std::shared_ptr<Pasteboard> generalPasteboard() override;
+
+ private:
+  /// The one connection of the services that share it; null without a display.
+  const std::shared_ptr<X11Connection>& x11();
+  const std::shared_ptr<LinuxPasteboard>& pasteboard();
+  LinuxAccessibility& linuxAccessibility();
+  LinuxRunLoop& linuxRunLoop();
+  /// At the end of the program: no fix begins any more, and one that has begun puts the clipboard back.
+  void finishWork();
+
+  // Destroyed from the last to the first: deferred work goes before what it uses, grabs and held keys before
+  // the clipboard is handed over, and the toolkit and the display at the end.
+  std::optional<std::shared_ptr<X11Connection>> x11_;
+  LinuxFiles files_;
+  LinuxDateFormatters dateFormatters_;
+  std::optional<LinuxUserDefaults> userDefaults_;
+  std::optional<LinuxLoginItem> loginItem_;
+  LinuxRunningApplications runningApplications_;
+  std::optional<LinuxApplication> application_;
+  std::shared_ptr<LinuxPasteboard> pasteboard_;
+  std::optional<LinuxInputSources> inputSources_;
+  std::optional<LinuxAccessibility> accessibility_;
+  std::optional<LinuxSecureInput> secureInput_;
+  std::optional<LinuxWorkspace> workspace_;
+  LinuxAlerts alerts_;
+  LinuxKeyMonitor keyMonitor_;
+  LinuxRecorderWindows recorderWindows_;
+  std::optional<LinuxStatusBar> statusBar_;
+  std::optional<LinuxKeyEvents> keyEvents_;
+  std::optional<LinuxHotKeyService> hotKeyService_;
+  std::optional<LinuxRunLoop> runLoop_;
+};
+
+}  // namespace lexwend::platform

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/menu.h"
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QKeySequence>
+#include <QThread>
+#include <algorithm>
+
+namespace lexwend::platform {
+namespace {
+
+/// An ampersand would mark a key of the menu, a tab would begin the shortcut's column.
+QString literally(const std::string& text) {
+  return QString::fromStdString(text).replace('&', "&&").replace('\t', ' ');
+}
+
+}  // namespace
+
+void LinuxMenuItem::setTitle(std::string_view title) {
+  title_ = title;
+  changed();
+}
+
+void LinuxMenuItem::setAction(std::function<void()> action) {
+  action_ = std::move(action);
+  changed();
+}
+
+void LinuxMenuItem::setTerminatesApplication() {
+  terminates_ = true;
+  changed();
+}
+
+void LinuxMenuItem::setKeyEquivalent(std::string_view key) {
+  keyEquivalent_ = key;
+  changed();
+}
+
+void LinuxMenuItem::setChecked(bool checked) {
+  checked_ = checked;
+  changed();
+}
+
+void LinuxMenuItem::setHidden(bool hidden) {
+  hidden_ = hidden;
+  changed();
+}
+
+void LinuxMenuItem::setEnabled(bool enabled) {
+  enabled_ = enabled;
+  changed();
+}
+
+std::optional<std::string> LinuxMenuItem::information() const {
+  if (hidden_ || enabled_ || action_ || terminates_) return std::nullopt;
+  return title_;
+}
+
+void LinuxMenuItem::addTo(QMenu& menu) {
+  shown_ = menu.addAction(QString());
+  shown_->setShortcutVisibleInContextMenu(true);
+  QObject::connect(shown_, &QAction::triggered, shown_, [this] {
+    if (checked_ && shown_) shown_->setChecked(*checked_);  // the mark follows the setting, not the click
+    const auto action = terminates_ ? terminate_ : action_;
+    if (action) action();
+  });
+  show(*shown_);
+}
+
+void LinuxMenuItem::changed() {
+  if (shown_) show(*shown_);
+  observers_.erase(std::remove_if(observers_.begin(), observers_.end(),
+                                  [](const auto& observer) { return observer.expired(); }),
+                   observers_.end());
+  for (const auto& weak : std::vector(observers_)) {
+    if (const auto observer = weak.lock()) (*observer)();
+  }
+}
+
+void LinuxMenuItem::show(QAction& action) const {
+  action.setText(literally(title_));
+  action.setCheckable(checked_.has_value());
+  action.setChecked(checked_.value_or(false));
+  action.setVisible(!hidden_);
+  action.setEnabled(enabled_);
+  action.setShortcut(keyEquivalent_.empty()
+                         ? QKeySequence()
+                         : QKeySequence("Ctrl+" + QString::fromStdString(keyEquivalent_).toUpper()));
+}
+
+namespace {
+
+/// A menu whose shortcuts work while it is open. The toolkit offers those of a menu to windows only, and the
+/// tray's menu belongs to none.
+class TrayMenu : public QMenu {
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    for (QAction* action : actions()) {
+      const bool meant = action->isVisible() && action->isEnabled() &&
+                         action->shortcut().matches(event->keyCombination()) == QKeySequence::ExactMatch;
+      if (!meant) continue;
+      close();
+      action->trigger();
+      return;
+    }
+    QMenu::keyPressEvent(event);
+  }
+};
+
+}  // namespace
+
+LinuxMenu::~LinuxMenu() {
+  if (!menu_ || QCoreApplication::instance() == nullptr) return;
+  // One of its own items may be what takes the menu away: then the toolkit is still busy with it.
+  if (QThread::currentThread()->loopLevel() > 0) {
+    menu_->close();
+    menu_->deleteLater();
+  } else {
+    delete menu_.data();
+  }
+}
+
+void LinuxMenu::setAutoenablesItems(bool) {}
+
+void LinuxMenu::addItem(const MenuItemRef& item) {
+  auto entry = std::dynamic_pointer_cast<LinuxMenuItem>(item);
+  if (entry == nullptr) return;
+  if (menu_) entry->addTo(*menu_);
+  entries_.push_back(std::move(entry));
+}
+
+void LinuxMenu::addSeparator() {
+  if (menu_) menu_->addSeparator();
+  entries_.push_back(nullptr);
+}
+
+QMenu& LinuxMenu::shown() {
+  if (!menu_) {
+    menu_ = new TrayMenu;
+    menu_->setLayoutDirection(Qt::RightToLeft);
+    for (const auto& entry : entries_) {
+      if (entry != nullptr) {
+        entry->addTo(*menu_);
+      } else {
+        menu_->addSeparator();
+      }
+    }
+  }
+  return *menu_;
+}
+
+std::optional<std::string> LinuxMenu::information() const {
+  for (const auto& entry : entries_) {
+    if (entry == nullptr) continue;
+    if (auto information = entry->information()) return information;
+  }
+  return std::nullopt;
+}
+
+void LinuxMenu::observe(const std::weak_ptr<std::function<void()>>& observer) {
+  for (const auto& entry : entries_) {
+    if (entry != nullptr) entry->observe(observer);
+  }
+}
+
+}  // namespace lexwend::platform

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QAction>
+#include <QMenu>
+#include <QPointer>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/status_item.h"
+
+namespace lexwend::platform {
+
+/// Plain data, and the action of the toolkit that shows it once there is an application object.
+class LinuxMenuItem : public MenuItem {
+ public:
+  /// `terminate` ends the application.
+  explicit LinuxMenuItem(std::function<void()> terminate) : terminate_(std::move(terminate)) {}
+
+  void setTitle(std::string_view title) override;
+  void setAction(std::function<void()> action) override;
+  void setTerminatesApplication() override;
+  /// One character, shown and used with Control.
+  void setKeyEquivalent(std::string_view key) override;
+  void setChecked(bool checked) override;
+  void setHidden(bool hidden) override;
+  void setEnabled(bool enabled) override;
+
+  /// The title of an item that only informs: shown, disabled and without an action.
+  std::optional<std::string> information() const;
+  /// Calls the observer after every change, until the observer's owner is gone.
+  void observe(std::weak_ptr<std::function<void()>> observer) { observers_.push_back(std::move(observer)); }
+  /// Adds the item's action to the menu, which owns it.
+  void addTo(QMenu& menu);
+
+ private:
+  void changed();
+  void show(QAction& action) const;
+
+  std::function<void()> terminate_;
+  std::string title_;
+  std::function<void()> action_;
+  bool terminates_ = false;
+  std::string keyEquivalent_;
+  std::optional<bool> checked_;  ///< nothing: the item never had a check mark
+  bool hidden_ = false;
+  bool enabled_ = true;
+  QPointer<QAction> shown_;
+  std::vector<std::weak_ptr<std::function<void()>>> observers_;
+};
+
+class LinuxMenu : public Menu {
+ public:
+  ~LinuxMenu() override;
+  /// Items are enabled by what is set on them, whatever this says.
+  void setAutoenablesItems(bool autoenables) override;
+  void addItem(const MenuItemRef& item) override;
+  void addSeparator() override;
+
+  /// The right-to-left menu that shows the items. The application object must exist.
+  QMenu& shown();
+  /// The first item that only informs.
+  std::optional<std::string> information() const;
+  void observe(const std::weak_ptr<std::function<void()>>& observer);
+
+ private:
+  std::vector<std::shared_ptr<LinuxMenuItem>> entries_;  ///< null: a separator
+  QPointer<QMenu> menu_;
+};
+
+}  // namespace lexwend::platform

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <xcb/xcb.h>
+
+namespace lexwend::platform {
+
+/// Which bits of a core modifier state stand for which keys, by the server's modifier map; 0 for a modifier
+/// that no key sets.
+struct ModifierMasks {
+  std::uint16_t shift = XCB_MOD_MASK_SHIFT;
+  std::uint16_t control = XCB_MOD_MASK_CONTROL;
+  std::uint16_t capsLock = XCB_MOD_MASK_LOCK;
+  std::uint16_t alt = 0;
+  std::uint16_t super = 0;
+  std::uint16_t levelThree = 0;
+  std::uint16_t numLock = 0;
+  std::uint16_t scrollLock = 0;
+  bool operator==(const ModifierMasks&) const = default;
+
+  /// Every combination of the three locks, the empty one included.
+  std::vector<std::uint16_t> lockCombinations() const;
+};
+
+ModifierMasks readModifierMasks(xcb_connection_t* connection);
+
+}  // namespace lexwend::platform

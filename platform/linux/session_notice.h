@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string_view>
+
+namespace lexwend::platform {
+
+/// A sentence about the session, in English for the log and the terminal and in Hebrew for the user.
+struct SessionNotice {
+  std::string_view english;
+  std::string_view hebrew;
+};
+
+/// True where the desktop's windows are not X11 windows.
+bool sessionIsWayland();
+/// What works and what does not in a Wayland session that also has an X11 display.
+extern const SessionNotice kWaylandWithX11;
+/// Why no agent can run in a Wayland session without one.
+extern const SessionNotice kWaylandOnly;
+/// Why no agent can run without any display.
+extern const SessionNotice kNoDisplay;
+
+/// One line in the agent's log, in the form of all its lines. The folder is not created; failures are silent.
+void writeToLog(std::string_view message);
+/// Asks the desktop to show the sentence, without waiting for it; nothing happens where nobody shows
+/// notifications.
+void notifyUser(std::string_view sentence);
+
+}  // namespace lexwend::platform

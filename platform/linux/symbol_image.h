@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+#include <QImage>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/status_item.h"
+
+namespace lexwend::platform {
+
+/// One of the agent's own drawings, by the name that the symbol has in the interface.
+class LinuxSymbolImage : public SymbolImage {
+ public:
+  /// Null when there is no drawing of that name.
+  static std::shared_ptr<LinuxSymbolImage> named(std::string_view name, std::string_view description);
+
+  void setTemplate(bool isTemplate) override { isTemplate_ = isTemplate; }
+  const std::string& description() const { return description_; }
+  /// The drawing on a transparent square of `side` device pixels; a template image wholly in `color`.
+  QImage rendered(int side, const QColor& color) const;
+  /// The same in all sizes that trays use.
+  QIcon icon(const QColor& color) const;
+
+ private:
+  LinuxSymbolImage(std::string path, std::string description);
+
+  std::string path_;
+  std::string description_;
+  bool isTemplate_ = false;
+};
+
+/// The agent's own icon, for its windows.
+QIcon applicationIcon();
+
+/// Side lengths of tray icons in device pixels, for panels from small to high-density.
+inline constexpr int kTrayIconSides[] = {16, 22, 24, 32, 48, 64};
+
+}  // namespace lexwend::platform
