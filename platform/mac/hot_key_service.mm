@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "platform/hot_key_service.h"
+
+#import <Carbon/Carbon.h>
+
+#include <utility>
+
+#include "platform/mac/callback.h"
+#include "platform/mac/mac_services.h"
+
+namespace lexwend::platform::mac {
+namespace {
+
+using PressHandler = std::function<OSStatus(const HotKeyEvent&)>;
+
+class MacHotKey : public HotKey {
+ public:
+  explicit MacHotKey(EventHotKeyRef registration) : registration_(registration) {}
+  EventHotKeyRef get() const { return registration_; }
+
+ private:
+  EventHotKeyRef registration_;
+};
+
+class MacHotKeyEvent : public HotKeyEvent {
+ public:
+  explicit MacHotKeyEvent(EventRef event) : event_(event) {}
+
+  OSStatus hotKeyID(HotKeyID& out) const override {
+    EventHotKeyID identity{};
+    const ::OSStatus status = GetEventParameter(event_, kEventParamDirectObject, typeEventHotKeyID, nullptr,
+                                                sizeof identity, nullptr, &identity);
+    if (status == noErr) out = {.signature = identity.signature, .id = identity.id};
+    return status;
+  }
+
+ private:
+  EventRef event_;
+};
+
+/// The handler of this process. The system's callback carries no user data and is never removed, so it finds
+/// the handler here, or nothing once the service is gone.
+std::shared_ptr<PressHandler>& installedHandler() {
+  static std::shared_ptr<PressHandler> handler;
+  return handler;
+}
+
+::OSStatus hotKeyPressed(EventHandlerCallRef, EventRef event, void*) {
+  ::OSStatus status = noErr;
+  guarded([&] {
+    if (const auto handler = installedHandler()) status = (*handler)(MacHotKeyEvent(event));
+  });
+  return status;
+}
+
+class MacHotKeyService : public HotKeyService {
+ public:
+  ~MacHotKeyService() override { installedHandler() = nullptr; }
+
+  OSStatus installHandler(PressHandler handler) override {
+    installedHandler() = shared(std::move(handler));
+    const EventTypeSpec pressed = {kEventClassKeyboard, kEventHotKeyPressed};
+    return InstallEventHandler(GetApplicationEventTarget(), hotKeyPressed, 1, &pressed, nullptr, nullptr);
+  }
+
+  HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                    HotKeyID identity) override {
+    EventHotKeyRef registration = nullptr;
+    const ::OSStatus status =
+        RegisterEventHotKey(keyCode, modifiers, EventHotKeyID{identity.signature, identity.id},
+                            GetApplicationEventTarget(), kEventHotKeyNoOptions, &registration);
+    if (registration == nullptr) return {.status = status, .ref = nullptr};
+    return {.status = status, .ref = std::make_shared<MacHotKey>(registration)};
+  }
+
+  OSStatus unregisterHotKey(const HotKeyRef& ref) override {
+    return UnregisterEventHotKey(static_cast<const MacHotKey&>(*ref).get());
+  }
+};
+
+static_assert(kCmdKey == cmdKey && kShiftKey == shiftKey && kOptionKey == optionKey &&
+              kControlKey == controlKey);
+
+}  // namespace
+
+std::unique_ptr<HotKeyService> makeHotKeyService() { return std::make_unique<MacHotKeyService>(); }
+
+}  // namespace lexwend::platform::mac

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#include "platform/key_events.h"
+
+#import <ApplicationServices/ApplicationServices.h>
+
+#include <utility>
+
+#include "platform/mac/cf_ref.h"
+#include "platform/mac/mac_services.h"
+
+namespace lexwend::platform::mac {
+namespace {
+
+class MacEventSource : public EventSource {
+ public:
+  explicit MacEventSource(CFRef<CGEventSourceRef> source) : source_(std::move(source)) {}
+  CGEventSourceRef get() const { return source_.get(); }
+
+ private:
+  CFRef<CGEventSourceRef> source_;
+};
+
+class MacKeyEvent : public KeyEvent {
+ public:
+  explicit MacKeyEvent(CFRef<CGEventRef> event) : event_(std::move(event)) {}
+  void setFlags(EventFlags flags) override { CGEventSetFlags(event_.get(), flags); }
+  CGEventRef get() const { return event_.get(); }
+
+ private:
+  CFRef<CGEventRef> event_;
+};
+
+class MacKeyEvents : public KeyEvents {
+ public:
+  EventFlags flagsState(EventSourceState state) override {
+    return CGEventSourceFlagsState(static_cast<CGEventSourceStateID>(state));
+  }
+
+  EventSourceRef createSource(EventSourceState state) override {
+    auto source =
+        CFRef<CGEventSourceRef>::adopt(CGEventSourceCreate(static_cast<CGEventSourceStateID>(state)));
+    if (!source) return nullptr;
+    return std::make_shared<MacEventSource>(std::move(source));
+  }
+
+  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, std::uint16_t keyCode,
+                                                bool keyDown) override {
+    const CGEventSourceRef from =
+        source == nullptr ? nullptr : static_cast<const MacEventSource&>(*source).get();
+    auto event = CFRef<CGEventRef>::adopt(CGEventCreateKeyboardEvent(from, keyCode, keyDown));
+    if (!event) return nullptr;
+    return std::make_unique<MacKeyEvent>(std::move(event));
+  }
+
+  void post(EventTap tap, const KeyEvent& event) override {
+    CGEventPost(static_cast<CGEventTapLocation>(tap), static_cast<const MacKeyEvent&>(event).get());
+  }
+};
+
+static_assert(static_cast<int>(EventSourceState::combinedSession) == kCGEventSourceStateCombinedSessionState);
+static_assert(static_cast<int>(EventSourceState::hidSystem) == kCGEventSourceStateHIDSystemState);
+static_assert(static_cast<unsigned>(EventTap::hid) == kCGHIDEventTap);
+static_assert(kEventFlagShift == kCGEventFlagMaskShift && kEventFlagControl == kCGEventFlagMaskControl &&
+              kEventFlagOption == kCGEventFlagMaskAlternate && kEventFlagCommand == kCGEventFlagMaskCommand &&
+              kEventFlagSecondaryFn == kCGEventFlagMaskSecondaryFn);
+
+}  // namespace
+
+std::unique_ptr<KeyEvents> makeKeyEvents() { return std::make_unique<MacKeyEvents>(); }
+
+}  // namespace lexwend::platform::mac

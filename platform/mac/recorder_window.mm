@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: MIT
+#include "platform/recorder_window.h"
+
+#import <AppKit/AppKit.h>
+#import <QuartzCore/QuartzCore.h>
+
+#include <utility>
+
+#include "platform/mac/callback.h"
+#include "platform/mac/cf_text.h"
+#include "platform/mac/mac_services.h"
+
+namespace lexwend::platform::mac {
+namespace {
+
+NSString* nsText(std::string_view text) { return (__bridge NSString*)cfTextOrEmpty(text).get(); }
+
+NSRect nsRect(const Frame& frame) { return NSMakeRect(frame.x, frame.y, frame.width, frame.height); }
+
+NSColor* nsColor(ColorRole role) {
+  switch (role) {
+    case ColorRole::label:
+      return [NSColor labelColor];
+    case ColorRole::secondaryLabel:
+      return [NSColor secondaryLabelColor];
+    case ColorRole::quaternaryLabel:
+      return [NSColor quaternaryLabelColor];
+    case ColorRole::systemRed:
+      return [NSColor systemRedColor];
+  }
+  return nil;
+}
+
+NSTextAlignment nsAlignment(TextAlignment alignment) {
+  switch (alignment) {
+    case TextAlignment::natural:
+      return NSTextAlignmentNatural;
+    case TextAlignment::right:
+      return NSTextAlignmentRight;
+    case TextAlignment::center:
+      return NSTextAlignmentCenter;
+  }
+  return NSTextAlignmentNatural;
+}
+
+NSFontWeight nsWeight(FontWeight weight) {
+  switch (weight) {
+    case FontWeight::regular:
+      return NSFontWeightRegular;
+    case FontWeight::medium:
+      return NSFontWeightMedium;
+    case FontWeight::semibold:
+      return NSFontWeightSemibold;
+  }
+  return NSFontWeightRegular;
+}
+
+NSBezelStyle nsBezel(BezelStyle bezel) {
+  switch (bezel) {
+    case BezelStyle::rounded:
+      return NSBezelStyleRounded;
+  }
+  return NSBezelStyleRounded;
+}
+
+NSWindowStyleMask styleMask(const RecorderWindowLook& look) {
+  NSWindowStyleMask mask = NSWindowStyleMaskBorderless;
+  if (look.titled) mask |= NSWindowStyleMaskTitled;
+  if (look.closable) mask |= NSWindowStyleMaskClosable;
+  if (look.resizable) mask |= NSWindowStyleMaskResizable;
+  if (look.miniaturizable) mask |= NSWindowStyleMaskMiniaturizable;
+  return mask;
+}
+
+NSWindow* makeWindow(const RecorderWindowLook& look) {
+  NSWindow* window = [[NSWindow alloc] initWithContentRect:nsRect(look.contentRect)
+                                                 styleMask:styleMask(look)
+                                                   backing:NSBackingStoreBuffered
+                                                     defer:look.deferred];
+  window.title = nsText(look.title);
+  window.level = look.level;
+  window.releasedWhenClosed = look.releasedWhenClosed;
+  if (look.centered) [window center];
+  return window;
+}
+
+NSTextField* makeLabel(const LabelLook& look) {
+  NSTextField* label = look.wraps ? [NSTextField wrappingLabelWithString:nsText(look.text)]
+                                  : [NSTextField labelWithString:nsText(look.text)];
+  label.frame = nsRect(look.frame);
+  label.alignment = nsAlignment(look.alignment);
+  label.font = [NSFont systemFontOfSize:look.fontSize weight:nsWeight(look.fontWeight)];
+  label.textColor = nsColor(look.color);
+  if (look.background) {
+    label.wantsLayer = YES;
+    label.layer.backgroundColor = nsColor(*look.background).CGColor;
+    label.layer.cornerRadius = look.cornerRadius;
+  }
+  return label;
+}
+
+NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
+  NSButton* button = [NSButton buttonWithTitle:nsText(look.title) target:target action:action];
+  button.frame = nsRect(look.frame);
+  button.bezelStyle = nsBezel(look.bezel);
+  button.enabled = look.enabled;
+  return button;
+}
+
+}  // namespace
+}  // namespace lexwend::platform::mac
+
+/// Controls the recorder's window, is its delegate and receives its buttons' actions.
+@interface LXWRecorderWindowController : NSWindowController <NSWindowDelegate>
+@property(nonatomic, readonly) NSTextField* combination;
+@property(nonatomic, readonly) NSTextField* message;
+@property(nonatomic, readonly) NSButton* saveButton;
+- (instancetype)initWithLook:(const lexwend::platform::RecorderWindowLook&)look
+                      events:(lexwend::platform::RecorderWindowEvents)events;
+- (void)closeWindow;
+- (void)abandonWindow;
+- (void)save:(id)sender;
+- (void)cancel:(id)sender;
+@end
+
+@implementation LXWRecorderWindowController {
+  std::shared_ptr<lexwend::platform::RecorderWindowEvents> events_;
+  BOOL closed_;
+}
+
+- (instancetype)initWithLook:(const lexwend::platform::RecorderWindowLook&)look
+                      events:(lexwend::platform::RecorderWindowEvents)events {
+  using namespace lexwend::platform::mac;
+  self = [super initWithWindow:makeWindow(look)];
+  if (self == nil) return nil;
+  self.window.delegate = self;
+  events_ = shared(std::move(events));
+
+  NSView* content = self.window.contentView;
+  [content addSubview:makeLabel(look.prompt)];
+  _combination = makeLabel(look.combination);
+  [content addSubview:_combination];
+  _message = makeLabel(look.message);
+  [content addSubview:_message];
+  _saveButton = makeButton(look.save, self, @selector(save:));
+  [content addSubview:_saveButton];
+  [content addSubview:makeButton(look.cancel, self, @selector(cancel:))];
+  return self;
+}
+
+/// Closing tells the delegate, which may close again: that second time there is nothing left to close.
+- (void)closeWindow {
+  if (!closed_) [self.window close];
+}
+
+/// The owner is gone and must not be called again; what is still on the screen goes too.
+- (void)abandonWindow {
+  self.window.delegate = nil;
+  [self closeWindow];
+}
+
+- (void)save:(id)sender {
+  const auto events = events_;
+  lexwend::platform::mac::guarded(events->save);
+}
+
+- (void)cancel:(id)sender {
+  const auto events = events_;
+  lexwend::platform::mac::guarded(events->cancel);
+}
+
+- (void)windowWillClose:(NSNotification*)notification {
+  closed_ = YES;
+  const auto events = events_;
+  lexwend::platform::mac::guarded(events->willClose);
+}
+
+@end
+
+namespace lexwend::platform::mac {
+namespace {
+
+class MacRecorderWindow : public RecorderWindow {
+ public:
+  MacRecorderWindow(const RecorderWindowLook& look, RecorderWindowEvents events)
+      : controller_([[LXWRecorderWindowController alloc] initWithLook:look events:std::move(events)]) {}
+  ~MacRecorderWindow() override { [controller_ abandonWindow]; }
+  MacRecorderWindow(const MacRecorderWindow&) = delete;
+  MacRecorderWindow& operator=(const MacRecorderWindow&) = delete;
+
+  void setCombination(std::string_view text) override { controller_.combination.stringValue = nsText(text); }
+  void setMessage(std::string_view text, ColorRole color) override {
+    controller_.message.stringValue = nsText(text);
+    controller_.message.textColor = nsColor(color);
+  }
+  void setSaveEnabled(bool enabled) override { controller_.saveButton.enabled = enabled; }
+  void showAndMakeKey() override {
+    [controller_ showWindow:nil];
+    [controller_.window makeKeyAndOrderFront:nil];
+  }
+  void close() override {
+    // The last thing that happens may be this object's own destruction.
+    LXWRecorderWindowController* controller = controller_;
+    [controller closeWindow];
+  }
+
+ private:
+  LXWRecorderWindowController* controller_;
+};
+
+class MacRecorderWindows : public RecorderWindows {
+ public:
+  std::unique_ptr<RecorderWindow> create(const RecorderWindowLook& look,
+                                         RecorderWindowEvents events) override {
+    return std::make_unique<MacRecorderWindow>(look, std::move(events));
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<RecorderWindows> makeRecorderWindows() { return std::make_unique<MacRecorderWindows>(); }
+
+}  // namespace lexwend::platform::mac

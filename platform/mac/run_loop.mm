@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "platform/run_loop.h"
+
+#import <Foundation/Foundation.h>
+#include <dispatch/dispatch.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include "platform/mac/callback.h"
+#include "platform/mac/mac_services.h"
+
+namespace lexwend::platform::mac {
+namespace {
+
+class MacTimer : public Timer {
+ public:
+  explicit MacTimer(NSTimer* timer) : timer_(timer) {}
+  void invalidate() override { [timer_ invalidate]; }
+
+ private:
+  NSTimer* timer_;
+};
+
+class MacRunLoop : public RunLoop {
+ public:
+  void dispatchAfter(std::chrono::milliseconds delay, std::function<void()> work) override {
+    const auto kept = shared(std::move(work));
+    const std::int64_t nanoseconds = std::chrono::nanoseconds(delay).count();
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanoseconds), dispatch_get_main_queue(), ^{
+      guarded(*kept);
+    });
+  }
+
+  TimerRef scheduledRepeatingTimer(std::chrono::milliseconds interval,
+                                   std::function<void(Timer&)> handler) override {
+    const auto kept = shared(std::move(handler));
+    const NSTimeInterval seconds = std::chrono::duration<double>(interval).count();
+    void (^tick)(NSTimer*) = ^(NSTimer* timer) {
+      // Invalidating the timer may release this block.
+      const auto running = kept;
+      MacTimer fired(timer);
+      guarded([&] { (*running)(fired); });
+    };
+    NSTimer* scheduled = [NSTimer scheduledTimerWithTimeInterval:seconds repeats:YES block:tick];
+    // Scheduled in the default mode alone, it would stand still while an alert or a menu is open.
+    [[NSRunLoop mainRunLoop] addTimer:scheduled forMode:NSRunLoopCommonModes];
+    return std::make_shared<MacTimer>(scheduled);
+  }
+
+  void sleep(std::chrono::microseconds duration) override {
+    usleep(static_cast<useconds_t>(duration.count()));
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<RunLoop> makeRunLoop() { return std::make_unique<MacRunLoop>(); }
+
+}  // namespace lexwend::platform::mac
