@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "platform/hot_key_service.h"
+#include "tests/contract/contract_test.h"
+
+namespace lexwend::contract {
+namespace {
+
+using platform::HotKeyID;
+
+constexpr std::uint32_t kF9 = 101;
+constexpr std::uint32_t kF8 = 100;
+constexpr HotKeyID kFirst{0x54455354, 1};
+constexpr HotKeyID kSecond{0x54455354, 2};
+
+class HotKeyContract : public ContractTest {
+ protected:
+  HotKeyContract() {
+    host().hotKeyService().installHandler([this](const platform::HotKeyEvent& event) {
+      HotKeyID identity;
+      EXPECT_EQ(event.hotKeyID(identity), platform::kNoErr);
+      pressed.push_back(identity);
+      return platform::kNoErr;
+    });
+  }
+  platform::HotKeyRegistration add(std::uint32_t keyCode, HotKeyID identity) {
+    return host().hotKeyService().registerHotKey(keyCode, kRareModifiers, identity);
+  }
+  void settle() {
+    underTest->waitUntil([] { return false; }, 150ms);
+  }
+
+  std::vector<HotKeyID> pressed;
+};
+
+TEST_F(HotKeyContract, aPressReachesTheHandlerOnceWithItsIdentity) {
+  const auto registration = add(kF9, kFirst);
+  EXPECT_EQ(registration.status, platform::kNoErr);
+  EXPECT_NE(registration.ref, nullptr);
+  underTest->userPresses(kF9, kRareModifiers);
+  EXPECT_TRUE(underTest->waitUntil([&] { return !pressed.empty(); }));
+  settle();
+  EXPECT_EQ(pressed, std::vector<HotKeyID>{kFirst});
+}
+
+TEST_F(HotKeyContract, twoHotKeysAreToldApart) {
+  const auto first = add(kF9, kFirst);
+  const auto second = add(kF8, kSecond);
+  underTest->userPresses(kF8, kRareModifiers);
+  EXPECT_TRUE(underTest->waitUntil([&] { return pressed.size() == 1; }));
+  underTest->userPresses(kF9, kRareModifiers);
+  EXPECT_TRUE(underTest->waitUntil([&] { return pressed.size() == 2; }));
+  EXPECT_EQ(pressed, (std::vector<HotKeyID>{kSecond, kFirst}));
+}
+
+TEST_F(HotKeyContract, otherModifiersAreAnotherCombination) {
+  const auto registration = add(kF9, kFirst);
+  underTest->userPresses(kF9, 0x1000);
+  settle();
+  EXPECT_TRUE(pressed.empty());
+}
+
+TEST_F(HotKeyContract, anUnregisteredHotKeyIsSilentAndCanBeRegisteredAgain) {
+  const auto registration = add(kF9, kFirst);
+  EXPECT_EQ(host().hotKeyService().unregisterHotKey(registration.ref), platform::kNoErr);
+  underTest->userPresses(kF9, kRareModifiers);
+  settle();
+  EXPECT_TRUE(pressed.empty());
+
+  const auto again = add(kF9, kSecond);
+  EXPECT_EQ(again.status, platform::kNoErr);
+  underTest->userPresses(kF9, kRareModifiers);
+  EXPECT_TRUE(underTest->waitUntil([&] { return !pressed.empty(); }));
+  EXPECT_EQ(pressed, std::vector<HotKeyID>{kSecond});
+}
+
+TEST_F(HotKeyContract, aCombinationOfAnotherProgramIsRefused) {
+  underTest->otherProgramTakesHotKey(kF9, kRareModifiers);
+  const auto registration = add(kF9, kFirst);
+  EXPECT_NE(registration.status, platform::kNoErr);
+  underTest->userPresses(kF9, kRareModifiers);
+  settle();
+  EXPECT_TRUE(pressed.empty());
+}
+
+}  // namespace
+}  // namespace lexwend::contract

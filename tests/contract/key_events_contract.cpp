@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "platform/key_events.h"
+#include "platform/pasteboard.h"
+#include "tests/contract/contract_test.h"
+
+namespace lexwend::contract {
+namespace {
+
+using platform::EventSourceState;
+using platform::EventTap;
+
+constexpr std::uint16_t kCopyKey = 8;
+constexpr std::uint16_t kPasteKey = 9;
+
+class KeyEventsContract : public ContractTest {
+ protected:
+  platform::KeyEvents& keys() { return host().keyEvents(); }
+  void postCommand(const platform::EventSourceRef& source, std::uint16_t keyCode) {
+    const auto down = keys().createKeyboardEvent(source, keyCode, true);
+    const auto up = keys().createKeyboardEvent(source, keyCode, false);
+    ASSERT_NE(down, nullptr);
+    ASSERT_NE(up, nullptr);
+    down->setFlags(platform::kEventFlagCommand);
+    up->setFlags(platform::kEventFlagCommand);
+    keys().post(EventTap::hid, *down);
+    keys().post(EventTap::hid, *up);
+  }
+  bool copied(std::string_view text) {
+    return underTest->waitUntil([&] { return host().generalPasteboard()->string() == text; });
+  }
+};
+
+TEST_F(KeyEventsContract, commandCCopiesTheSelectionInFront) {
+  underTest->openEditor("akuo nv");
+  postCommand(keys().createSource(EventSourceState::hidSystem), kCopyKey);
+  EXPECT_TRUE(copied("akuo nv"));
+}
+
+TEST_F(KeyEventsContract, commandVReplacesTheSelectionInFront) {
+  underTest->openEditor("akuo nv");
+  host().generalPasteboard()->clearContents();
+  host().generalPasteboard()->setString("שלום מה");
+  postCommand(keys().createSource(EventSourceState::hidSystem), kPasteKey);
+  EXPECT_TRUE(underTest->waitUntil([&] { return underTest->editorText() == "שלום מה"; }));
+}
+
+TEST_F(KeyEventsContract, anEventNeedsNoSource) {
+  underTest->openEditor("akuo");
+  postCommand(nullptr, kCopyKey);
+  EXPECT_TRUE(copied("akuo"));
+}
+
+TEST_F(KeyEventsContract, theFlagsAreExactlyThoseThatWereSetWhateverTheUserHolds) {
+  underTest->openEditor("akuo");
+  underTest->userHolds(platform::kEventFlagShift);
+  postCommand(keys().createSource(EventSourceState::hidSystem), kCopyKey);
+  EXPECT_TRUE(copied("akuo"));
+  underTest->userHolds(0);
+}
+
+TEST_F(KeyEventsContract, anEventThatIsNotPostedDoesNothing) {
+  underTest->openEditor("akuo");
+  const auto down = keys().createKeyboardEvent(nullptr, kCopyKey, true);
+  ASSERT_NE(down, nullptr);
+  down->setFlags(platform::kEventFlagCommand);
+  underTest->waitUntil([] { return false; }, 100ms);
+  EXPECT_EQ(host().generalPasteboard()->string(), std::nullopt);
+}
+
+TEST_F(KeyEventsContract, flagsSayWhatIsHeldNow) {
+  const auto flags = [&] { return keys().flagsState(EventSourceState::combinedSession); };
+  constexpr auto kAll = platform::kEventFlagShift | platform::kEventFlagControl | platform::kEventFlagOption |
+                        platform::kEventFlagCommand;
+  EXPECT_EQ(flags() & kAll, 0U);
+  for (const auto modifier :
+       {platform::kEventFlagShift, platform::kEventFlagOption, platform::kEventFlagCommand}) {
+    underTest->userHolds(modifier);
+    EXPECT_TRUE(underTest->waitUntil([&] { return (flags() & kAll) == modifier; })) << modifier;
+  }
+  underTest->userHolds(0);
+  EXPECT_TRUE(underTest->waitUntil([&] { return (flags() & kAll) == 0; }));
+}
+
+}  // namespace
+}  // namespace lexwend::contract

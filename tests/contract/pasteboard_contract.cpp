@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+
+#include "platform/pasteboard.h"
+#include "platform/run_loop.h"
+#include "tests/contract/contract_test.h"
+
+namespace lexwend::contract {
+namespace {
+
+using platform::Bytes;
+
+Bytes bytes(std::string_view text) {
+  Bytes made;
+  for (const char c : text) made.push_back(static_cast<std::byte>(c));
+  return made;
+}
+
+class PasteboardContract : public ContractTest {
+ protected:
+  platform::PasteboardRef pasteboard = host().generalPasteboard();
+  void write(std::string_view text) {
+    pasteboard->clearContents();
+    pasteboard->setString(text);
+  }
+};
+
+TEST_F(PasteboardContract, textThatWasWrittenIsThere) {
+  const std::string text = "שלום עולם\nsecond line — ₪ 👋🏽";
+  write(text);
+  EXPECT_EQ(pasteboard->string(), text);
+}
+
+TEST_F(PasteboardContract, anotherApplicationReadsTheTextThatWasWritten) {
+  write("יקךךם");
+  EXPECT_EQ(underTest->otherApplicationPastes(), "יקךךם");
+}
+
+TEST_F(PasteboardContract, aCopyOfAnotherApplicationIsSeen) {
+  underTest->otherApplicationCopies("akuo");
+  EXPECT_TRUE(underTest->waitUntil([&] { return pasteboard->string() == "akuo"; }));
+}
+
+TEST_F(PasteboardContract, everyChangeRaisesTheChangeCount) {
+  const auto start = pasteboard->changeCount();
+  write("one");
+  const auto own = pasteboard->changeCount();
+  EXPECT_GT(own, start);
+  underTest->otherApplicationCopies("two");
+  EXPECT_TRUE(underTest->waitUntil([&] { return pasteboard->changeCount() > own; }));
+  const auto first = pasteboard->changeCount();
+  underTest->otherApplicationCopies("two");
+  EXPECT_TRUE(underTest->waitUntil([&] { return pasteboard->changeCount() > first; }))
+      << "the same text again";
+}
+
+TEST_F(PasteboardContract, readingDoesNotChangeTheCount) {
+  write("one");
+  const auto before = pasteboard->changeCount();
+  (void)pasteboard->string();
+  if (const auto items = pasteboard->items()) {
+    for (const auto& item : *items) {
+      for (const auto& type : item->types()) (void)item->data(type);
+    }
+  }
+  EXPECT_EQ(pasteboard->changeCount(), before);
+}
+
+TEST_F(PasteboardContract, aCopyIsSeenWhileTheProgramOnlySleeps) {
+  const auto before = pasteboard->changeCount();
+  underTest->otherApplicationCopies("akuo");
+  for (int i = 0; i < 100 && pasteboard->changeCount() == before; ++i) host().runLoop().sleep(20ms);
+  EXPECT_NE(pasteboard->changeCount(), before);
+  EXPECT_EQ(pasteboard->string(), "akuo");
+}
+
+TEST_F(PasteboardContract, clearingLeavesNoTextAndNoItemWithData) {
+  write("one");
+  pasteboard->clearContents();
+  EXPECT_EQ(pasteboard->string(), std::nullopt);
+  if (const auto items = pasteboard->items()) {
+    EXPECT_TRUE(items->empty());
+  }
+}
+
+TEST_F(PasteboardContract, anItemKeepsItsTypesInOrderAndItsBytes) {
+  Bytes large(300'000);
+  for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<std::byte>(i * 7 % 256);
+  const platform::PasteboardItemData data = {
+      {"application/x-lexwend-one", bytes(std::string_view("a\0b", 3))},
+      {"application/x-lexwend-two", large},
+      {"application/x-lexwend-empty", {}}};
+  pasteboard->clearContents();
+  pasteboard->writeItems({data});
+
+  const auto items = pasteboard->items();
+  ASSERT_TRUE(items.has_value());
+  ASSERT_EQ(items->size(), 1U);
+  auto types = items->front()->types();
+  std::erase_if(types, [](const std::string& type) { return !type.starts_with("application/x-lexwend-"); });
+  EXPECT_EQ(types, (std::vector<std::string>{data[0].first, data[1].first, data[2].first}));
+  for (const auto& [type, expected] : data) {
+    EXPECT_EQ(items->front()->data(type), expected) << type;
+  }
+}
+
+TEST_F(PasteboardContract, aTypeThatIsNotThereHasNoData) {
+  write("one");
+  const auto items = pasteboard->items();
+  ASSERT_TRUE(items.has_value());
+  ASSERT_FALSE(items->empty());
+  EXPECT_EQ(items->front()->data("application/x-lexwend-nowhere"), std::nullopt);
+}
+
+TEST_F(PasteboardContract, theReferenceOutlivesTheCallThatGaveIt) {
+  platform::PasteboardRef other = host().generalPasteboard();
+  write("kept");
+  other.reset();
+  EXPECT_EQ(host().generalPasteboard()->string(), "kept");
+}
+
+}  // namespace
+}  // namespace lexwend::contract

@@ -1,0 +1,197 @@
+# SPDX-License-Identifier: MIT
+"""The agent's item in a panel, and its windows and menu as a screen reader perceives them."""
+import subprocess
+from dataclasses import dataclass
+
+from session import DesktopError, until
+from stage import HERE
+
+WATCHER = 'org.kde.StatusNotifierWatcher'
+ITEM = 'org.kde.StatusNotifierItem'
+PROPERTIES = 'org.freedesktop.DBus.Properties'
+
+
+def call(destination, path, interface, method, signature=None, *arguments):
+    from gi.repository import Gio, GLib
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    parameters = GLib.Variant(signature, arguments) if signature else None
+    return bus.call_sync(destination, path, interface, method, parameters, None, Gio.DBusCallFlags.NONE, -1, None).unpack()
+
+
+class Panel:
+    """A StatusNotifier panel and what it is told about the agent."""
+
+    def __init__(self, session):
+        self.session = session
+        self.process = None
+
+    def start(self):
+        self.process = self.session.start(['/usr/bin/python3', '-B', str(HERE / 'status_watcher.py')],
+                                          stdout=subprocess.PIPE, text=True)
+        if self.process.stdout.readline() != 'ready\n':
+            raise DesktopError('the panel did not start')
+
+    def next_item(self):
+        """The monotonic time at which the next item came, or came since this was last asked."""
+        return float(self.process.stdout.readline())
+
+    def end(self):
+        self.session.end(self.process)
+
+    def items(self):
+        return call(WATCHER, '/StatusNotifierWatcher', PROPERTIES, 'Get', '(ss)', WATCHER, 'RegisteredStatusNotifierItems')[0]
+
+    def expect_item(self):
+        """Waits until the agent's item is there, and no second one."""
+        until(lambda: len(self.items()) == 1, 'one item in the panel')
+        assert self.item('Id') == 'org.lexwend.Lexwend', self.item('Id')
+
+    def item(self, name):
+        return call(self.items()[0], '/StatusNotifierItem', PROPERTIES, 'Get', '(ss)', ITEM, name)[0]
+
+    def expect_drawn_icon(self):
+        """Every size has its pixels, and more than one of them is seen."""
+        pictures = self.item('IconPixmap')
+        assert pictures, 'there is no icon'
+        for width, height, pixels in pictures:
+            assert len(pixels) == width * height * 4, (width, height, len(pixels))
+            assert sum(alpha > 0 for alpha in pixels[::4]) > width, f'the icon of {width} pixels is empty'
+
+    def click_item(self):
+        self.expect_item()
+        call(self.items()[0], '/StatusNotifierItem', ITEM, 'Activate', '(ii)', 0, 0)
+
+
+@dataclass
+class Item:
+    is_shown: bool
+    is_enabled: bool
+    is_checked: bool
+
+
+class ScreenReader:
+    """Reads the agent's windows from the accessibility tree, and its menu, which stands in no window, from events."""
+
+    def __init__(self, session):
+        call('org.a11y.Bus', '/org/a11y/bus', PROPERTIES, 'Set', '(ssv)', 'org.a11y.Status', 'IsEnabled', _true())
+        import gi
+        gi.require_version('Atspi', '2.0')
+        from gi.repository import Atspi, GLib
+        self.session = session
+        self.atspi = Atspi
+        self.error = GLib.Error
+        self.context = GLib.MainContext.default()
+        self.menu = None
+        self.focus = None
+        self.listener = Atspi.EventListener.new(self._heard)
+        for event in ('object:state-changed:focused', 'object:state-changed:showing'):
+            self.listener.register(event)
+
+    def _heard(self, event):
+        try:
+            role = event.source.get_role()
+        except self.error:
+            return  # it was gone before its event arrived
+        if role == self.atspi.Role.POPUP_MENU and event.type.startswith('object:state-changed:showing'):
+            self.menu = event.source if event.detail1 else None
+            self.focus = None
+        elif role == self.atspi.Role.MENU_ITEM and event.type.startswith('object:state-changed:focused') and event.detail1:
+            self.focus = event.source.get_name()
+
+    def _listen(self):
+        while self.context.iteration(False):
+            pass
+
+    def hear_menu(self):
+        def shown():
+            self._listen()
+            return self.menu
+        until(shown, 'the menu to open')
+
+    def menu_is_closed(self):
+        self._listen()
+        return self.menu is None
+
+    def focused_item(self):
+        self._listen()
+        return self.focus
+
+    def _entries(self):
+        return [self.menu.get_child_at_index(i) for i in range(self.menu.get_child_count())]
+
+    def menu_titles(self):
+        """From top to bottom; a separator has none."""
+        return [None if entry.get_role() == self.atspi.Role.SEPARATOR else entry.get_name() for entry in self._entries()]
+
+    def menu_items(self):
+        state = self.atspi.StateType
+        return {entry.get_name(): Item(*(entry.get_state_set().contains(s) for s in (state.VISIBLE, state.ENABLED, state.CHECKED)))
+                for entry in self._entries() if entry.get_role() != self.atspi.Role.SEPARATOR}
+
+    def press_item(self, title):
+        """As a screen reader does it for its user, without the keyboard."""
+        self._press(next(entry for entry in self._entries() if entry.get_name() == title))
+
+    def press_button(self, window, title):
+        self._press(next(button for button in self._parts(window, self.atspi.Role.PUSH_BUTTON) if button.get_name() == title))
+
+    def _press(self, node):
+        action = next(i for i in range(node.get_n_actions()) if self.atspi.Action.get_action_name(node, i) == 'Press')
+        self.atspi.Action.do_action(node, action)
+
+    def window(self, title):
+        try:
+            desktop = self.atspi.get_desktop(0)
+            for application in (desktop.get_child_at_index(i) for i in range(desktop.get_child_count())):
+                if application is None or application.get_name() != 'Lexwend':
+                    continue
+                application.clear_cache()
+                for window in (application.get_child_at_index(i) for i in range(application.get_child_count())):
+                    if window is not None and window.get_name() == title:
+                        return window
+        except self.error:
+            pass  # a window that goes while it is looked at
+        return None
+
+    def _within(self, node, role):
+        found = [node] if node.get_role() == role else []
+        for child in (node.get_child_at_index(i) for i in range(node.get_child_count())):
+            if child is not None:
+                found += self._within(child, role)
+        return found
+
+    def _parts(self, title, role):
+        window = self.window(title)
+        return self._within(window, role) if window else []
+
+    def labels(self, title):
+        """The texts of a window; a label that only holds a picture has none."""
+        try:
+            return [name for name in (label.get_name() for label in self._parts(title, self.atspi.Role.LABEL)) if name]
+        except self.error:
+            return []
+
+    def buttons(self, title):
+        return [button.get_name() for button in self._parts(title, self.atspi.Role.PUSH_BUTTON)]
+
+    def button(self, title, name):
+        """Whether that button can be pressed; nothing where it is missing."""
+        try:
+            for button in self._parts(title, self.atspi.Role.PUSH_BUTTON):
+                if button.get_name() == name:
+                    return button.get_state_set().contains(self.atspi.StateType.ENABLED)
+        except self.error:
+            pass
+        return None
+
+    def is_active(self, title):
+        window = self.window(title)
+        try:
+            return window is not None and window.get_state_set().contains(self.atspi.StateType.ACTIVE)
+        except self.error:
+            return False
+
+
+def _true():
+    from gi.repository import GLib
+    return GLib.Variant('b', True)

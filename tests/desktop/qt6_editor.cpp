@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+// A small Qt 6 editor for the desktop tests: `qt6_editor FILE` shows a text, `qt6_editor --password TEXT` a
+// masked field.
+#include <QApplication>
+#include <QFile>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  const QStringList arguments = application.arguments();
+  if (arguments.size() == 3 && arguments[1] == "--password") {
+    auto* field = new QLineEdit(arguments[2]);
+    field->setEchoMode(QLineEdit::Password);
+    field->setWindowTitle("password");
+    field->resize(400, 40);
+    field->show();
+    field->setFocus();
+    return application.exec();
+  }
+  if (arguments.size() != 2) {
+    qCritical("usage: qt6_editor FILE | --password TEXT");
+    return 2;
+  }
+  QFile file(arguments[1]);
+  if (!file.open(QIODevice::ReadOnly)) {
+    qCritical("qt6_editor: cannot read %s", qUtf8Printable(arguments[1]));
+    return 1;
+  }
+  auto* editor = new QPlainTextEdit(QString::fromUtf8(file.readAll()));
+  editor->setWindowTitle("qt6_editor");
+  editor->resize(640, 400);
+  editor->show();
+  editor->setFocus();
+  return application.exec();
+}

@@ -1,0 +1,273 @@
+# SPDX-License-Identifier: MIT
+"""A private desktop for tests: virtual display, session bus, window manager, keyboard layouts, nothing of the user's.
+
+Everything lives in a temporary folder and ends with the session. Nothing sleeps for a guess: `until` polls a condition
+against a deadline and says what it waited for. One session per process, because the accessibility library binds to the
+first bus that it sees.
+"""
+import ctypes
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+POLL_SECONDS = 0.01
+DEADLINE_SECONDS = 20.0
+
+# Key codes of an evdev keyboard under X: the kernel's code plus 8.
+KEYS = {
+    'Escape': 9, '1': 10, '2': 11, 'BackSpace': 22, 'Tab': 23, 'q': 24, 'w': 25, 'e': 26, 'r': 27, 't': 28, 'y': 29,
+    'u': 30, 'i': 31, 'o': 32, 'p': 33, 'Return': 36, 'Control': 37, 'a': 38, 's': 39, 'd': 40, 'f': 41, 'g': 42,
+    'h': 43, 'j': 44, 'k': 45, 'l': 46, 'Shift': 50, 'z': 52, 'x': 53, 'c': 54, 'v': 55, 'b': 56, 'n': 57, 'm': 58,
+    'Alt': 64, 'space': 65, 'CapsLock': 66, 'F1': 67, 'F2': 68, 'F3': 69, 'F4': 70, 'F5': 71, 'F6': 72, 'F7': 73,
+    'F8': 74, 'F9': 75, 'F10': 76, 'NumLock': 77, 'F11': 95, 'F12': 96, 'Home': 110, 'Up': 111, 'Left': 113,
+    'Right': 114, 'End': 115, 'Down': 116, 'Insert': 118, 'Delete': 119, 'Super': 133,
+}
+
+
+class DesktopError(Exception):
+    """Something did not happen in time, or a program of the desktop ended when it should not."""
+
+
+def until(condition, what, seconds=DEADLINE_SECONDS):
+    """Polls until the condition gives something true, and returns that."""
+    deadline = time.monotonic() + seconds
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise DesktopError(f'waited {seconds:g} s in vain for: {what}')
+        time.sleep(POLL_SECONDS)
+
+
+class XkbState(ctypes.Structure):
+    _fields_ = [('group', ctypes.c_ubyte), ('locked_group', ctypes.c_ubyte), ('base_group', ctypes.c_ushort),
+                ('latched_group', ctypes.c_ushort), ('mods', ctypes.c_ubyte), ('base_mods', ctypes.c_ubyte),
+                ('latched_mods', ctypes.c_ubyte), ('locked_mods', ctypes.c_ubyte), ('compat_state', ctypes.c_ubyte),
+                ('grab_mods', ctypes.c_ubyte), ('compat_grab_mods', ctypes.c_ubyte),
+                ('lookup_mods', ctypes.c_ubyte), ('compat_lookup_mods', ctypes.c_ubyte),
+                ('ptr_buttons', ctypes.c_ushort)]
+
+
+class Keyboard:
+    """Raw key events and keyboard groups of one display."""
+    CORE_KEYBOARD = 0x100  # XkbUseCoreKbd
+
+    def __init__(self, display_name):
+        self.x11 = ctypes.CDLL('libX11.so.6')
+        self.xtst = ctypes.CDLL('libXtst.so.6')
+        self.x11.XOpenDisplay.restype = ctypes.c_void_p
+        self.display = ctypes.c_void_p(self.x11.XOpenDisplay(display_name.encode()))
+        if not self.display:
+            raise DesktopError(f'cannot open display {display_name}')
+
+    def _event(self, key, is_down):
+        self.xtst.XTestFakeKeyEvent(self.display, ctypes.c_uint(KEYS[key]), ctypes.c_int(is_down), ctypes.c_ulong(0))
+        self.x11.XSync(self.display, 0)
+
+    def down(self, key):
+        self._event(key, 1)
+
+    def up(self, key):
+        self._event(key, 0)
+
+    def press(self, combination):
+        """Presses and releases one combination, for example 'Control+a' or 'F2'."""
+        keys = combination.split('+')
+        for key in keys:
+            self.down(key)
+        for key in reversed(keys):
+            self.up(key)
+
+    def click(self, x, y):
+        """Presses and releases the first button there, in pixels of the screen."""
+        self.xtst.XTestFakeMotionEvent(self.display, -1, x, y, ctypes.c_ulong(0))
+        for is_down in (1, 0):
+            self.xtst.XTestFakeButtonEvent(self.display, 1, is_down, ctypes.c_ulong(0))
+        self.x11.XSync(self.display, 0)
+
+    def group(self):
+        """The active keyboard group, 0 for the first layout."""
+        state = XkbState()
+        self.x11.XkbGetState(self.display, ctypes.c_uint(self.CORE_KEYBOARD), ctypes.byref(state))
+        return state.group
+
+    def lock_group(self, group):
+        self.x11.XkbLockGroup(self.display, ctypes.c_uint(self.CORE_KEYBOARD), ctypes.c_uint(group))
+        self.x11.XSync(self.display, 0)
+        until(lambda: self.group() == group, f'keyboard group {group}')
+
+
+class Session:
+    """A desktop from __enter__ to __exit__. Changes this process's environment to it."""
+
+    def __init__(self, layouts='us,il', size='1280x800x24', panel=None, window_manager='openbox',
+                 server_options=()):
+        self.layouts = layouts
+        self.size = size
+        self.panel = panel
+        self.window_manager = window_manager
+        self.server_options = tuple(server_options)
+        self.processes = []
+        self.folder = None
+
+    def __enter__(self):
+        self.folder = Path(tempfile.mkdtemp(prefix='lexwend-desktop-'))
+        try:
+            self._start()
+        except BaseException:
+            self.__exit__(None, None, None)
+            raise
+        return self
+
+    def __exit__(self, *_):
+        for process in reversed(self.processes):
+            self.end(process)
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _start(self):
+        home = self.folder / 'home'
+        runtime = self.folder / 'run'
+        (home / 'Library' / 'Logs').mkdir(parents=True)
+        runtime.mkdir(mode=0o700)
+        for name in [n for n in os.environ if n.startswith(('XDG_', 'DBUS_', 'WAYLAND_', 'GTK_', 'QT_'))]:
+            del os.environ[name]
+        os.environ.update(HOME=str(home), XDG_RUNTIME_DIR=str(runtime), GSETTINGS_BACKEND='memory', LANG='C.UTF-8',
+                          LC_ALL='C.UTF-8', XDG_SESSION_TYPE='x11', GDK_BACKEND='x11', NO_AT_BRIDGE='0',
+                          LIBGL_ALWAYS_SOFTWARE='1')
+        self.home = home
+
+        read_end, write_end = os.pipe()
+        self.start(['Xvfb', '-displayfd', str(write_end), '-screen', '0', self.size, '-nolisten', 'tcp', '-noreset',
+                    *self.server_options],
+                   pass_fds=(write_end,))
+        os.close(write_end)
+        with os.fdopen(read_end) as pipe:
+            number = pipe.readline().strip()
+        if not number:
+            raise DesktopError('Xvfb did not start')
+        os.environ['DISPLAY'] = f':{number}'
+
+        bus = self.start(['dbus-daemon', '--session', '--nofork', '--print-address=1'], stdout=subprocess.PIPE, text=True)
+        os.environ['DBUS_SESSION_BUS_ADDRESS'] = bus.stdout.readline().strip()
+
+        self.set_layouts(self.layouts)
+        self.keyboard = Keyboard(os.environ['DISPLAY'])
+        if self.window_manager:
+            self.start([self.window_manager])
+            until(self._window_manager_runs, 'the window manager')
+        if self.panel:
+            self.start(self.panel)
+
+    def _window_manager_runs(self):
+        found = subprocess.run(['xprop', '-root', '_NET_SUPPORTING_WM_CHECK'], capture_output=True, text=True, check=False)
+        return 'window id' in found.stdout
+
+    def start(self, command, **options):
+        """Starts a program of this desktop; it ends with the session."""
+        options.setdefault('stdout', subprocess.DEVNULL)
+        options.setdefault('stderr', None if os.environ.get('LEXWEND_DESKTOP_VERBOSE') else subprocess.DEVNULL)
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, start_new_session=True, **options)
+        self.processes.append(process)
+        return process
+
+    def end(self, process, seconds=5.0):
+        """Asks a program to end and returns its exit status; insists when it does not."""
+        if process.poll() is None:
+            process.send_signal(signal.SIGTERM)
+            try:
+                process.wait(seconds)
+            except subprocess.TimeoutExpired:
+                os.killpg(process.pid, signal.SIGKILL)
+                process.wait()
+        if process in self.processes:
+            self.processes.remove(process)
+        return process.returncode
+
+    def set_layouts(self, layouts):
+        """Layouts in the order given; a variant stands in parentheses: 'us(dvorak),il'."""
+        names = [entry.partition('(') for entry in layouts.split(',')]
+        subprocess.run(['setxkbmap', '-model', 'pc105', '-layout', ','.join(name[0] for name in names),
+                        '-variant', ','.join(name[2].rstrip(')') for name in names)], check=True)
+
+    def start_agent(self, program):
+        """Starts the agent and waits until it has registered its hot key."""
+        agent = self.start([str(program)], stderr=subprocess.PIPE)
+
+        def registered():
+            if agent.poll() is not None:
+                raise DesktopError(f'the agent ended with {agent.returncode}: {agent.stderr.read().decode().strip()}')
+            return 'hotkey: register' in self.log()
+
+        until(registered, 'the hot key to be registered')
+        return agent
+
+    def log(self):
+        path = self.home / 'Library' / 'Logs' / 'Lexwend.log'
+        return path.read_text(encoding='utf-8') if path.exists() else ''
+
+    def screenshot(self, path):
+        Path(path).parent.mkdir(parents=True, exist_ok=True)
+        subprocess.run(['import', '-window', 'root', str(path)], check=True)
+
+
+class FocusedText:
+    """The text field that has the keyboard, seen through the desktop's accessibility interface."""
+
+    def __init__(self, application):
+        import gi
+        gi.require_version('Atspi', '2.0')
+        from gi.repository import Atspi, GLib
+        self.atspi = Atspi
+        self.error = GLib.Error
+        self.application = application
+
+    def _children(self, node):
+        return [child for child in (node.get_child_at_index(i) for i in range(node.get_child_count())) if child]
+
+    def _find(self, node, depth=0):
+        if node.get_state_set().contains(self.atspi.StateType.FOCUSED) and node.get_text_iface():
+            return node
+        if depth > 25:
+            return None
+        for child in self._children(node):
+            found = self._find(child, depth + 1)
+            if found:
+                return found
+        return None
+
+    def find(self):
+        try:
+            for application in self._children(self.atspi.get_desktop(0)):
+                if self.application in (application.get_name() or '').lower():
+                    found = self._find(application)
+                    if found:
+                        return found
+        except self.error:
+            pass  # a window that goes while it is looked at
+        return None
+
+    def text(self):
+        node = self.find()
+        return None if node is None else self.atspi.Text.get_text(node, 0, -1)
+
+    def selection_length(self):
+        node = self.find()
+        if node is None or self.atspi.Text.get_n_selections(node) == 0:
+            return 0
+        selected = self.atspi.Text.get_selection(node, 0)
+        return abs(selected.end_offset - selected.start_offset)
+
+
+def run_scene(scene):
+    """Runs a scene's function; a failure is one sentence on standard error and a non-zero exit."""
+    try:
+        scene()
+    except (DesktopError, AssertionError, subprocess.SubprocessError, OSError) as error:
+        print(f'failed: {error}', file=sys.stderr)
+        sys.exit(1)

@@ -1,0 +1,176 @@
+# SPDX-License-Identifier: MIT
+"""What the scenes share: one agent and one document on a desktop of its own, and the choice of the scene to run."""
+import subprocess
+import sys
+from pathlib import Path
+
+from session import DesktopError, FocusedText, Session, until
+
+HERE = Path(__file__).resolve().parent
+SCENES = {}
+DESKTOPS = {}  # the options of a scene's desktop
+ANSWER_SECONDS = 2.0
+
+
+def scene(function):
+    SCENES[function.__name__] = function
+    return function
+
+
+def scene_on(**options):
+    """A scene on a desktop that differs from the usual one."""
+    def add(function):
+        DESKTOPS[function.__name__] = options
+        return scene(function)
+    return add
+
+
+class Stage:
+    """One agent and one document on a desktop of its own."""
+
+    EDITORS = {
+        'mousepad': ['mousepad', '--disable-server'],
+        'gnome-text-editor': ['gnome-text-editor', '--standalone'],
+        'featherpad': ['featherpad', '--standalone'],
+        'qt6_editor': None,  # built with the tests
+    }
+
+    def __init__(self, session, agent, qt6_editor):
+        self.session = session
+        self.agent_path = agent
+        self.qt6_editor = qt6_editor
+        self.keyboard = session.keyboard
+
+    def start_agent(self, **settings):
+        if settings:
+            folder = self.session.home / '.config' / 'lexwend'
+            folder.mkdir(parents=True, exist_ok=True)
+            lines = [f'{key} = boolean {"true" if value else "false"}\n' for key, value in settings.items()]
+            (folder / 'settings').write_text(f'# Lexwend settings\n{"".join(lines)}end\n', encoding='utf-8')
+        self.agent = self.session.start_agent(self.agent_path)
+
+    def open(self, editor, text):
+        document = self.session.folder / 'letter.txt'
+        document.write_text(text, encoding='utf-8')
+        command = self.EDITORS[editor] or [str(self.qt6_editor)]
+        program = self.show(command + [str(document)], editor)
+        until(lambda: self.field.text() == text, f'{editor} to show the text')
+        return program
+
+    def show(self, command, application):
+        """Starts a program whose focused field is looked at from now on."""
+        self.field = FocusedText(application)
+        return self.session.start(command)
+
+    def select_all(self):
+        # Not Control+A, which toolkits look up by letter: with a Hebrew layout alone there is none.
+        length = len(self.field.text())
+        self.keyboard.press('Control+Home')
+        self.keyboard.press('Control+Shift+End')
+        until(lambda: self.field.selection_length() >= length, 'the text to be selected')
+
+    def select_until(self, selected):
+        """Selects everything, again and again until the program has taken it: a page takes no keys before it is ready."""
+        def tried():
+            self.keyboard.press('Control+Home')
+            self.keyboard.press('Control+Shift+End')
+            return selected()
+        until(tried, 'the text to be selected')
+
+    def fix_ends(self):
+        """Presses the hot key and waits until the fix has ended."""
+        ended = self._ends()
+        self.keyboard.press('F2')
+        until(lambda: self._ends() > ended, 'the fix to end')
+
+    def _ends(self):
+        log = self.session.log()
+        return log.count('fix: success') + log.count('fix: failed')
+
+    def fix(self, expected):
+        """Presses the hot key and waits until the field holds the text and the fix has ended."""
+        self.fix_ends()
+        try:
+            until(lambda: self.field.text() == expected, f'the field to hold "{expected[:60]}"')
+        except DesktopError as error:
+            raise DesktopError(f'{error}; it holds "{self.field.text()[:60]}"\n{self.session.log()}') from None
+
+    def fix_that_fails(self, failure):
+        self.keyboard.press('F2')
+        until(lambda: f'fix: failed {failure}' in self.session.log(), f'the fix to fail with {failure}')
+
+    def expect_refused_password(self):
+        """No text leaves the field: the clipboard is neither read from nor written to, and the log names the reason."""
+        self.fix_that_fails('secureInput')
+        log = self.session.log()
+        assert 'secureInput=true' in log, log
+        assert 'AX' not in log and 'clipboard:' not in log, log
+        assert self.clipboard() == 'kept'
+        assert self.clipboard_owner_is_still_the_first(), 'the clipboard has changed hands'
+
+    def expect_paths(self, expected):
+        """How Accessibility ended, fix by fix."""
+        paths = [line.partition(' AX path: ')[2] for line in self.session.log().splitlines() if ' AX path: ' in line]
+        assert paths == expected, f'Accessibility ended with {paths}'
+
+    def expect_group(self, group):
+        until(lambda: self.keyboard.group() == group, f'keyboard group {group} to be active')
+
+    def put_on_clipboard(self, text, target='UTF8_STRING'):
+        self._feed(text, target)
+        until(lambda: self.clipboard(target) == text, 'the clipboard to hold its contents')
+
+    def _feed(self, text, target):
+        program = subprocess.Popen(['xclip', '-quiet', '-selection', 'clipboard', '-t', target], stdin=subprocess.PIPE,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+        self.session.processes.append(program)
+        program.stdin.write(text.encode())
+        program.stdin.close()
+        self.owner = program
+
+    def clipboard_owner_is_still_the_first(self):
+        """The owner ends as soon as another takes the clipboard."""
+        return self.owner.poll() is None
+
+    def clipboard(self, target='UTF8_STRING'):
+        """What the clipboard holds; nothing where its owner does not answer, which may be about to change."""
+        try:
+            found = subprocess.run(['xclip', '-o', '-selection', 'clipboard', '-t', target], capture_output=True, check=False,
+                                   timeout=ANSWER_SECONDS)
+        except subprocess.TimeoutExpired:
+            return None
+        return found.stdout.decode() if found.returncode == 0 else None
+
+    def clipboard_targets(self):
+        """What the clipboard offers, without the targets that are part of the protocol."""
+        return sorted(set((self.clipboard('TARGETS') or '').split()) - {'TARGETS', 'MULTIPLE', 'TIMESTAMP', 'SAVE_TARGETS'})
+
+
+def active_window_says(*arguments):
+    """What xprop tells about the window that has the keyboard."""
+    window = subprocess.run(['xprop', '-root', '_NET_ACTIVE_WINDOW'], capture_output=True, text=True, check=False)
+    name = window.stdout.split()[-1] if window.returncode == 0 and window.stdout else ''
+    if not name.startswith('0x') or name == '0x0':
+        return ''
+    return subprocess.run(['xprop', '-id', name, *arguments], capture_output=True, text=True, check=False).stdout
+
+
+def active_class():
+    return active_window_says('WM_CLASS')
+
+
+def active_title():
+    """The title of the window that has the keyboard, in quotes."""
+    return active_window_says('-f', '_NET_WM_NAME', '8u', '_NET_WM_NAME').partition(' = ')[2].strip()
+
+
+def main(usage):
+    if sys.argv[1:] == ['--list']:
+        print('\n'.join(SCENES))
+        return
+    if len(sys.argv) != 4 or sys.argv[1] not in SCENES:
+        print(usage.strip(), file=sys.stderr)
+        sys.exit(2)
+    name, agent, qt6_editor = sys.argv[1], Path(sys.argv[2]).resolve(), Path(sys.argv[3]).resolve()
+    with Session(**DESKTOPS.get(name, {})) as session:
+        SCENES[name](Stage(session, agent, qt6_editor))

@@ -1,0 +1,366 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""What a user does with the agent from its first start to its end, on a private desktop, one scene per run.
+
+usage: story.py --list | story.py SCENE AGENT QT6_EDITOR
+
+The menu, the recorder and the alerts are read as a screen reader reads them, and operated by raw key events.
+"""
+import ctypes
+import subprocess
+
+from panel import Panel, ScreenReader
+from session import KEYS, run_scene, until
+from stage import main, scene, scene_on
+
+FIX = 'תקן טקסט מסומן    '
+CHANGE_KEY = 'שנה מקש קיצור…'
+SWITCH_LAYOUT = 'החלף שפת מקלדת אחרי תיקון'
+LOGIN_ITEM = 'הפעל עם הכניסה למחשב'
+COMPATIBILITY = 'מצב תאימות (דרך הלוח)'
+PERMISSION = 'נדרש אישור נגישות…'
+STATUS = 'גרסה 0.1.0 · פריסה מהמערכת · פעיל'
+QUIT = 'יציאה'
+WAITING_STATUS = 'גרסה 0.1.0 · ממתין לאישור נגישות'
+
+RECORDER = 'מקש קיצור'
+PROMPT = 'לחץ על צירוף המקשים שתרצה להפעיל בו את התיקון'
+CURRENT_KEY = 'הצירוף הנוכחי. מקש F לבד, או מקש אחר יחד עם ⌘, ⌃ או ⌥. במקלדת מק, מקשי F נלחצים עם מקש הגלובוס.'
+VALID_KEY = 'אפשר לשמור. הצירוף יחליף את הקודם מיד.'
+PLAIN_KEY = 'מקש רגיל לבד יחסום את ההקלדה שלו בכל המחשב. הוסף ⌘, ⌃ או ⌥, או בחר מקש F.'
+RESERVED_KEY = 'הצירוף ⌘C שמור למערכת (העתקה, הדבקה, סגירה וכדומה). בחר צירוף אחר.'
+TAKEN_KEY = 'הצירוף תפוס'
+TAKEN_KEY_WHY = ('המערכת לא אפשרה לרשום את הצירוף הזה, כנראה אפליקציה אחרת כבר משתמשת בו. '
+                 'חזרנו לצירוף הקודם.')
+
+
+NEEDS_PERMISSION = 'נדרש אישור נגישות'
+NEEDS_PERMISSION_WHY = ('כדי לתקן טקסט מסומן, האפליקציה צריכה אישור לשלוט במחשב דרך הנגישות. '
+                        'האישור ניתן פעם אחת בהגדרות המערכת. '
+                        'האפליקציה לא שומרת ולא שולחת שום הקלדה.')
+
+
+class User:
+    """Somebody in front of that desktop: sees the panel, hears the screen reader, has a keyboard."""
+
+    def __init__(self, stage):
+        self.stage = stage
+        self.session = stage.session
+        self.keyboard = stage.keyboard
+        self.reader = ScreenReader(stage.session)
+        self.panel = Panel(stage.session)
+
+    def open_menu(self):
+        """Opens the menu by the item in the panel and returns its entries, by title."""
+        self.panel.click_item()
+        self.reader.hear_menu()
+        self.keyboard.press('Down')
+        until(self.reader.focused_item, 'an item of the menu to be highlighted')
+        return self.reader.menu_items()
+
+    def close_menu(self):
+        self.keyboard.press('Escape')
+        until(self.reader.menu_is_closed, 'the menu to close')
+
+    def choose(self, title):
+        self.open_menu()
+        while self.reader.focused_item() != title:
+            before = self.reader.focused_item()
+            self.keyboard.press('Down')
+            until(lambda b=before: self.reader.focused_item() != b, 'the next item of the menu')
+        self.keyboard.press('Return')
+        until(self.reader.menu_is_closed, 'the menu to close')
+
+    def checked(self, title):
+        item = self.open_menu()[title]
+        self.close_menu()
+        return item.is_checked
+
+    def open_recorder(self):
+        self.choose(CHANGE_KEY)
+        until(lambda: self.reader.is_active(RECORDER), 'the recorder to have the keyboard')
+
+    def expect_recorder(self, combination, message, may_save):
+        wanted = [PROMPT, combination, message]
+        until(lambda: self.reader.labels(RECORDER) == wanted and self.reader.button(RECORDER, 'שמור') == may_save,
+              f'the recorder to show {wanted}')
+
+    def expect_no_recorder(self):
+        until(lambda: not self.reader.window(RECORDER), 'the recorder to close')
+
+
+def registrations(stage):
+    return [line.partition(' hotkey: ')[2] for line in stage.session.log().splitlines() if ' hotkey: ' in line]
+
+
+def select_in_mousepad(stage, text='akuo'):
+    stage.open('mousepad', text)
+    stage.select_all()
+
+
+@scene
+def the_menu_reads_to_the_letter(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.panel.expect_item()
+    assert user.panel.item('Title') == 'Lexwend'
+    assert user.panel.item('ToolTip')[2:] == ('Lexwend', STATUS), user.panel.item('ToolTip')
+    user.panel.expect_drawn_icon()
+
+    items = user.open_menu()
+    titles = [FIX + 'F2', CHANGE_KEY, None, SWITCH_LAYOUT, LOGIN_ITEM, COMPATIBILITY, None, PERMISSION, STATUS, None, QUIT]
+    assert user.reader.menu_titles() == titles, user.reader.menu_titles()
+    states = {title: (item.is_enabled, item.is_checked) for title, item in items.items() if item.is_shown}
+    assert states == {FIX + 'F2': (True, False), CHANGE_KEY: (True, False), SWITCH_LAYOUT: (True, True),
+                      LOGIN_ITEM: (True, True), COMPATIBILITY: (True, False), STATUS: (False, False),
+                      QUIT: (True, False)}, states  # and so the permission's item is not shown
+    user.close_menu()
+
+
+@scene
+def fixes_from_the_menu(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    select_in_mousepad(stage)
+    user.choose(FIX + 'F2')
+    until(lambda: stage.field.text() == 'שלום', 'the fix')
+    stage.expect_group(1)
+
+
+@scene
+def the_hot_key_is_changed_in_the_recorder(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.open_recorder()
+    user.expect_recorder('F2', CURRENT_KEY, may_save=False)
+    stage.keyboard.press('a')
+    user.expect_recorder('A', PLAIN_KEY, may_save=False)
+    stage.keyboard.press('Control+c')
+    user.expect_recorder('⌘C', RESERVED_KEY, may_save=False)
+    stage.keyboard.press('Control+F5')
+    user.expect_recorder('⌘F5', VALID_KEY, may_save=True)
+    stage.keyboard.press('Return')
+    user.expect_no_recorder()
+    assert registrations(stage) == ['register F2 ok=true', 'register ⌘F5 ok=true'], stage.session.log()
+    assert FIX + '⌘F5' in user.open_menu()
+    user.close_menu()
+
+    select_in_mousepad(stage)
+    stage.keyboard.press('F2')  # reaches the editor, which has no use for it
+    stage.keyboard.press('Control+F5')
+    until(lambda: stage.field.text() == 'שלום', 'the fix')
+    assert stage.session.log().count('fix: front=') == 1, stage.session.log()
+
+    assert stage.session.end(stage.agent) == 0
+    stage.start_agent()
+    until(lambda: registrations(stage)[-1] == 'register ⌘F5 ok=true' and len(registrations(stage)) == 3,
+          'the new combination after a restart')
+
+
+@scene
+def escape_leaves_the_recorder_with_the_old_key(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.open_recorder()
+    stage.keyboard.press('Control+F5')
+    user.expect_recorder('⌘F5', VALID_KEY, may_save=True)
+    stage.keyboard.press('Escape')
+    user.expect_no_recorder()
+    assert registrations(stage) == ['register F2 ok=true', 'register F2 ok=true'], stage.session.log()
+    assert FIX + 'F2' in user.open_menu()
+    user.close_menu()
+    select_in_mousepad(stage)
+    stage.fix('שלום')
+
+
+class OtherProgram:
+    """A client of the display that takes a combination for itself."""
+    CONTROL_MASK = 4
+    GRAB_ASYNC = 1
+
+    def __init__(self, stage):
+        self.keyboard = stage.keyboard
+
+    def take(self, key, modifiers):
+        x11, display = self.keyboard.x11, self.keyboard.display
+        x11.XDefaultRootWindow.restype = ctypes.c_ulong
+        root = ctypes.c_ulong(x11.XDefaultRootWindow(display))
+        x11.XGrabKey(display, KEYS[key], ctypes.c_uint(modifiers), root, 0, self.GRAB_ASYNC, self.GRAB_ASYNC)
+        x11.XSync(display, 0)
+
+
+@scene
+def a_taken_key_is_rolled_back_with_an_alert(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.open_recorder()
+    stage.keyboard.press('Control+F5')
+    user.expect_recorder('⌘F5', VALID_KEY, may_save=True)
+    OtherProgram(stage).take('F5', OtherProgram.CONTROL_MASK)
+    stage.keyboard.press('Return')
+    until(lambda: user.reader.labels('Lexwend') == [TAKEN_KEY, TAKEN_KEY_WHY], 'the alert')
+    assert user.reader.buttons('Lexwend') == ['אישור'], user.reader.buttons('Lexwend')
+    assert registrations(stage) == ['register F2 ok=true', 'register ⌘F5 ok=false', 'register F2 ok=true']
+    until(lambda: user.reader.is_active('Lexwend'), 'the alert to have the keyboard')
+    stage.keyboard.press('Return')
+    until(lambda: not user.reader.window('Lexwend'), 'the alert to close')
+    assert FIX + 'F2' in user.open_menu()
+    user.close_menu()
+    select_in_mousepad(stage)
+    stage.fix('שלום')
+
+
+@scene
+def toggles_are_kept_over_a_restart(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.choose(SWITCH_LAYOUT)
+    user.choose(COMPATIBILITY)
+    assert not user.checked(SWITCH_LAYOUT) and user.checked(COMPATIBILITY)
+    assert stage.session.end(stage.agent) == 0
+    stage.start_agent()
+    user.panel.expect_item()
+    assert not user.checked(SWITCH_LAYOUT) and user.checked(COMPATIBILITY)
+
+    select_in_mousepad(stage)
+    stage.fix('שלום')
+    assert 'compat=true' in stage.session.log() and 'clipboard: pasted 4 chars' in stage.session.log()
+    assert stage.keyboard.group() == 0, 'the layout was switched'
+
+
+@scene
+def the_login_item_appears_at_the_first_start_and_obeys_the_menu(stage):
+    entry = stage.session.home / '.config' / 'autostart' / 'org.lexwend.Lexwend.desktop'
+    user = User(stage)
+    user.panel.start()
+    assert not entry.exists()
+    stage.start_agent()
+    until(entry.exists, 'the login item')
+    assert f'\nExec="{stage.agent_path}"\n' in entry.read_text(encoding='utf-8'), entry.read_text(encoding='utf-8')
+    user.choose(LOGIN_ITEM)
+    until(lambda: not entry.exists(), 'the login item to go')
+    assert not user.checked(LOGIN_ITEM)
+
+    assert stage.session.end(stage.agent) == 0
+    stage.start_agent()
+    user.panel.expect_item()
+    assert not user.checked(LOGIN_ITEM) and not entry.exists()  # who switched it off is not asked again
+    user.choose(LOGIN_ITEM)
+    until(entry.exists, 'the login item')
+    assert user.checked(LOGIN_ITEM)
+
+
+@scene
+def quit_from_the_menu_ends_the_agent(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.choose(QUIT)
+    until(lambda: stage.agent.poll() is not None, 'the agent to end')
+    assert stage.agent.returncode == 0, stage.agent.returncode
+    until(lambda: user.panel.items() == [], 'the item to leave the panel')
+
+
+@scene
+def a_panel_that_comes_late_gets_the_item(stage):
+    user = User(stage)
+    stage.start_agent()
+    select_in_mousepad(stage)
+    stage.fix('שלום')  # works without any panel
+    user.panel.start()
+    user.panel.expect_item()
+    user.panel.expect_drawn_icon()
+    assert FIX + 'F2' in user.open_menu()
+    user.close_menu()
+
+
+@scene
+def a_panel_that_restarts_gets_the_item_again(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.panel.expect_item()
+    for _ in range(2):
+        user.panel.end()
+        user.panel.start()
+        user.panel.expect_item()
+    assert FIX + 'F2' in user.open_menu()
+    user.close_menu()
+
+
+def windows():
+    """The display's windows line by line, or nothing where one went while they were listed."""
+    tree = subprocess.run(['xwininfo', '-root', '-tree'], capture_output=True, text=True, check=False)
+    return tree.stdout.splitlines() if tree.returncode == 0 else None
+
+
+def tray_is_gone():
+    lines = windows()
+    return lines is not None and not any('"tint2"' in line for line in lines)
+
+
+def icon_in_tray():
+    """The middle of the agent's icon in an XEmbed tray, or nothing."""
+    depth_of_panel = None
+    for line in windows() or []:
+        depth = len(line) - len(line.lstrip())
+        if '"tint2"' in line:
+            depth_of_panel = depth
+        elif depth_of_panel is not None and depth <= depth_of_panel:
+            depth_of_panel = None
+        elif depth_of_panel is not None and 'lexwend' in line.lower():
+            size, place = line.split()[-2:]
+            width, height = (int(n) for n in size.split('+')[0].split('x'))
+            left, top = (int(n) for n in place.split('+')[1:])
+            window = subprocess.run(['xwininfo', '-id', line.split()[0]], capture_output=True, text=True, check=False).stdout
+            return (left + width // 2, top + height // 2) if 'IsViewable' in window and width > 1 else None
+    return None
+
+
+@scene
+def an_embedded_tray_shows_the_icon_and_opens_the_menu(stage):
+    user = User(stage)
+    panel = stage.session.start(['tint2'])
+    stage.start_agent()
+    for _ in range(2):
+        x, y = until(icon_in_tray, 'the icon in the tray')
+        stage.keyboard.click(x, y)
+        user.reader.hear_menu()
+        stage.keyboard.press('Down')
+        until(user.reader.focused_item, 'an item of the menu to be highlighted')
+        assert user.reader.menu_titles()[0] == FIX + 'F2', user.reader.menu_titles()
+        user.close_menu()
+        stage.session.end(panel)
+        until(tray_is_gone, 'the tray to go')
+        panel = stage.session.start(['tint2'])
+
+
+@scene_on(server_options=('-extension', 'XTEST'))
+def a_desktop_that_cannot_be_controlled_is_told(stage):
+    """No key can be simulated there, by nobody, so the screen reader presses what is to be pressed."""
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.panel.expect_item()
+    assert user.panel.item('ToolTip')[3] == WAITING_STATUS, user.panel.item('ToolTip')
+    user.panel.click_item()
+    user.reader.hear_menu()
+    assert user.reader.menu_items()[PERMISSION].is_shown, user.reader.menu_items()
+    assert WAITING_STATUS in user.reader.menu_titles(), user.reader.menu_titles()
+    user.reader.press_item(FIX + 'F2')
+    until(lambda: user.reader.labels('Lexwend') == [NEEDS_PERMISSION, NEEDS_PERMISSION_WHY], 'the alert')
+    assert user.reader.buttons('Lexwend') == ['פתח הגדרות', 'ביטול'], user.reader.buttons('Lexwend')
+    assert 'fix: no permission' in stage.session.log(), stage.session.log()
+    user.reader.press_button('Lexwend', 'ביטול')
+    until(lambda: not user.reader.window('Lexwend'), 'the alert to close')
+    assert stage.agent.poll() is None, 'the agent has ended'
+
+
+if __name__ == '__main__':
+    run_scene(lambda: main(__doc__))

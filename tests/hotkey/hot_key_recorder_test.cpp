@@ -1,0 +1,577 @@
+// SPDX-License-Identifier: MIT
+#include "hotkey/hot_key_recorder.h"
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "hotkey/hot_key_center.h"
+#include "platform/fake/fake_host.h"
+
+namespace lexwend {
+namespace {
+
+using platform::ColorRole;
+using platform::FakeHost;
+using platform::Frame;
+using platform::KeyDisposition;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint32_t kCommand = 0x0100;
+constexpr std::uint32_t kShift = 0x0200;
+constexpr std::uint32_t kOption = 0x0800;
+constexpr std::uint32_t kControl = 0x1000;
+
+constexpr std::uint16_t kA = 0;
+constexpr std::uint16_t kC = 8;
+constexpr std::uint16_t kReturn = 36;
+constexpr std::uint16_t kSpace = 49;
+constexpr std::uint16_t kEscape = 53;
+constexpr std::uint16_t kF5 = 96;
+
+const std::string kCurrent =
+    "הצירוף הנוכחי. מקש F לבד, או מקש אחר יחד עם ⌘, ⌃ או ⌥. במקלדת מק, מקשי F נלחצים עם מקש הגלובוס.";
+const std::string kCanSave = "אפשר לשמור. הצירוף יחליף את הקודם מיד.";
+const std::string kPlainKey = "מקש רגיל לבד יחסום את ההקלדה שלו בכל המחשב. הוסף ⌘, ⌃ או ⌥, או בחר מקש F.";
+
+std::string reservedMessage(const std::string& name) {
+  return "הצירוף " + name + " שמור למערכת (העתקה, הדבקה, סגירה וכדומה). בחר צירוף אחר.";
+}
+
+/// A recorder on the screen.
+struct Recorder {
+  FakeHost host;
+  platform::HostScope scope{host};
+  std::vector<bool> done;
+  std::shared_ptr<HotKeyRecorderWindowController> controller;
+
+  explicit Recorder(const std::function<void(FakeHost&)>& prepare = {}) {
+    if (prepare) prepare(host);
+    controller = HotKeyRecorderWindowController::create([this](bool saved) { done.push_back(saved); });
+    controller->present();
+  }
+  /// Fails the test that asks when no window is on the screen.
+  platform::FakeRecorderState window() {
+    const auto* const shown = host.recorderWindows().window();
+    EXPECT_NE(shown, nullptr);
+    return shown != nullptr ? *shown : platform::FakeRecorderState{};
+  }
+  bool isOpen() { return host.recorderWindows().window() != nullptr; }
+  void press(std::uint16_t keyCode, std::uint32_t carbonModifiers = 0) {
+    EXPECT_EQ(host.userPresses(keyCode, carbonModifiers), platform::KeyFate::ownWindow);
+  }
+  bool storesNothing() { return host.standardUserDefaults().all().empty(); }
+  std::pair<std::int64_t, std::int64_t> stored() {
+    const auto& all = host.standardUserDefaults().all();
+    return {std::get<std::int64_t>(all.at("hotKeyCode")), std::get<std::int64_t>(all.at("hotKeyModifiers"))};
+  }
+  /// What the window says about the last combination.
+  void expectShows(const std::string& combination, const std::string& message, ColorRole color,
+                   bool canSave) {
+    const auto shown = window();
+    EXPECT_EQ(shown.combination, combination);
+    EXPECT_EQ(shown.message, message);
+    EXPECT_EQ(shown.messageColor, color);
+    EXPECT_EQ(shown.saveEnabled, canSave);
+  }
+};
+
+TEST(HotKeyRecorderLook, windowIsSmallFixedAndFloating) {
+  Recorder r;
+  const auto look = r.window().look;
+  EXPECT_EQ(look.contentRect, (Frame{0, 0, 400, 210}));
+  EXPECT_EQ(look.title, "מקש קיצור");
+  EXPECT_TRUE(look.titled);
+  EXPECT_TRUE(look.closable);
+  EXPECT_FALSE(look.resizable);
+  EXPECT_FALSE(look.miniaturizable);
+  EXPECT_FALSE(look.deferred);
+  EXPECT_EQ(look.level, 3);
+  EXPECT_FALSE(look.releasedWhenClosed);
+  EXPECT_TRUE(look.centered);
+}
+
+TEST(HotKeyRecorderLook, promptStandsAtTheTopRight) {
+  Recorder r;
+  const auto prompt = r.window().look.prompt;
+  EXPECT_EQ(prompt.text, "לחץ על צירוף המקשים שתרצה להפעיל בו את התיקון");
+  EXPECT_EQ(prompt.frame, (Frame{20, 170, 360, 20}));
+  EXPECT_EQ(prompt.alignment, platform::TextAlignment::right);
+  EXPECT_EQ(prompt.fontSize, 13);
+  EXPECT_EQ(prompt.fontWeight, platform::FontWeight::medium);
+  EXPECT_EQ(prompt.color, ColorRole::label);
+  EXPECT_FALSE(prompt.wraps);
+  EXPECT_FALSE(prompt.background.has_value());
+  EXPECT_EQ(prompt.cornerRadius, 0);
+}
+
+TEST(HotKeyRecorderLook, combinationStandsLargeInARoundedField) {
+  Recorder r;
+  const auto combination = r.window().look.combination;
+  EXPECT_EQ(combination.text, "");
+  EXPECT_EQ(combination.frame, (Frame{20, 108, 360, 50}));
+  EXPECT_EQ(combination.alignment, platform::TextAlignment::center);
+  EXPECT_EQ(combination.fontSize, 30);
+  EXPECT_EQ(combination.fontWeight, platform::FontWeight::semibold);
+  EXPECT_EQ(combination.color, ColorRole::label);
+  EXPECT_FALSE(combination.wraps);
+  EXPECT_EQ(combination.background, ColorRole::quaternaryLabel);
+  EXPECT_EQ(combination.cornerRadius, 10);
+}
+
+TEST(HotKeyRecorderLook, messageIsSmallAndWraps) {
+  Recorder r;
+  const auto message = r.window().look.message;
+  EXPECT_EQ(message.text, "");
+  EXPECT_EQ(message.frame, (Frame{20, 56, 360, 44}));
+  EXPECT_EQ(message.alignment, platform::TextAlignment::right);
+  EXPECT_EQ(message.fontSize, 11);
+  EXPECT_EQ(message.fontWeight, platform::FontWeight::regular);
+  EXPECT_EQ(message.color, ColorRole::secondaryLabel);
+  EXPECT_TRUE(message.wraps);
+  EXPECT_FALSE(message.background.has_value());
+}
+
+TEST(HotKeyRecorderLook, buttonsStandAtTheBottom) {
+  Recorder r;
+  const auto look = r.window().look;
+  EXPECT_EQ(look.save.title, "שמור");
+  EXPECT_EQ(look.save.frame, (Frame{20, 14, 110, 32}));
+  EXPECT_EQ(look.save.bezel, platform::BezelStyle::rounded);
+  EXPECT_EQ(look.cancel.title, "ביטול");
+  EXPECT_EQ(look.cancel.frame, (Frame{136, 14, 110, 32}));
+  EXPECT_EQ(look.cancel.bezel, platform::BezelStyle::rounded);
+  EXPECT_TRUE(look.cancel.enabled);
+}
+
+TEST(HotKeyRecorder, opensWithTheFactoryCombinationAndNothingToSave) {
+  Recorder r;
+  r.expectShows("F2", kCurrent, ColorRole::secondaryLabel, false);
+}
+
+TEST(HotKeyRecorder, opensWithTheStoredCombination) {
+  Recorder r([](FakeHost& host) {
+    host.standardUserDefaults().put("hotKeyCode", std::int64_t{17});
+    host.standardUserDefaults().put("hotKeyModifiers", std::int64_t{0x0900});
+  });
+  r.expectShows("⌥⌘T", kCurrent, ColorRole::secondaryLabel, false);
+}
+
+TEST(HotKeyRecorder, isNotShownBeforeItIsPresented) {
+  FakeHost host;
+  const platform::HostScope scope(host);
+  const auto controller = HotKeyRecorderWindowController::create([](bool) { ADD_FAILURE(); });
+  EXPECT_THAT(host.calls().all(), ElementsAre("recorderWindows.create"));
+  EXPECT_EQ(host.recorderWindows().window(), nullptr);
+}
+
+TEST(HotKeyRecorder, presentsInOrder) {
+  FakeHost host;
+  const platform::HostScope scope(host);
+  const auto controller = HotKeyRecorderWindowController::create([](bool) { ADD_FAILURE(); });
+  host.calls().clear();
+  controller->present();
+  EXPECT_THAT(host.calls().all(), ElementsAre("keyMonitor.addLocalKeyDownMonitor",
+                                              "application.activate true", "recorderWindow.showAndMakeKey"));
+}
+
+TEST(HotKeyRecorder, doesNotTouchTheHotKeyService) {
+  Recorder r;
+  r.press(kF5);
+  r.press(kReturn);
+  EXPECT_THAT(r.host.calls().of("hotKeys."), IsEmpty());
+}
+
+TEST(HotKeyRecorder, functionKeyAloneCanBeSaved) {
+  Recorder r;
+  r.press(kF5);
+  r.expectShows("F5", kCanSave, ColorRole::secondaryLabel, true);
+}
+
+TEST(HotKeyRecorder, functionKeyWithShiftCanBeSaved) {
+  Recorder r;
+  r.press(kF5, kShift);
+  r.expectShows("⇧F5", kCanSave, ColorRole::secondaryLabel, true);
+}
+
+TEST(HotKeyRecorder, plainKeyIsShownAndRefusedInRed) {
+  Recorder r;
+  r.press(kA);
+  r.expectShows("A", kPlainKey, ColorRole::systemRed, false);
+}
+
+TEST(HotKeyRecorder, shiftWithALetterIsStillAPlainKey) {
+  Recorder r;
+  r.press(kA, kShift);
+  r.expectShows("⇧A", kPlainKey, ColorRole::systemRed, false);
+}
+
+TEST(HotKeyRecorder, optionWithALetterCanBeSaved) {
+  Recorder r;
+  r.press(kA, kOption);
+  r.expectShows("⌥A", kCanSave, ColorRole::secondaryLabel, true);
+}
+
+TEST(HotKeyRecorder, copyIsReservedAndShiftedCopyIsNot) {
+  Recorder r;
+  r.press(kC, kCommand);
+  r.expectShows("⌘C", reservedMessage("⌘C"), ColorRole::systemRed, false);
+  r.press(kC, kCommand | kShift);
+  r.expectShows("⇧⌘C", kCanSave, ColorRole::secondaryLabel, true);
+}
+
+TEST(HotKeyRecorder, commandWithSpaceIsReserved) {
+  Recorder r;
+  r.press(kSpace, kCommand);
+  r.expectShows("⌘ ", reservedMessage("⌘ "), ColorRole::systemRed, false);
+}
+
+TEST(HotKeyRecorder, escapeAloneClosesWithoutSaving) {
+  Recorder r;
+  r.press(kF5);
+  r.press(kEscape);
+  EXPECT_FALSE(r.isOpen());
+  EXPECT_THAT(r.done, ElementsAre(false));
+  EXPECT_TRUE(r.storesNothing());
+}
+
+TEST(HotKeyRecorder, escapeWithAModifierIsRecorded) {
+  Recorder r;
+  r.press(kEscape, kCommand);
+  r.expectShows("⌘מקש 53", kCanSave, ColorRole::secondaryLabel, true);
+  r.press(kEscape, kShift);
+  r.expectShows("⇧מקש 53", kPlainKey, ColorRole::systemRed, false);
+  EXPECT_THAT(r.done, IsEmpty());
+}
+
+TEST(HotKeyRecorder, returnAloneSavesAValidCombination) {
+  Recorder r;
+  r.press(kA, kControl | kOption);
+  r.press(kReturn);
+  EXPECT_FALSE(r.isOpen());
+  EXPECT_THAT(r.done, ElementsAre(true));
+  EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{0}, std::int64_t{0x1800}));
+}
+
+TEST(HotKeyRecorder, returnAloneWithNothingValidDoesNothing) {
+  Recorder r;
+  r.press(kReturn);
+  r.expectShows("F2", kCurrent, ColorRole::secondaryLabel, false);
+  r.press(kA);
+  r.press(kReturn);
+  r.expectShows("A", kPlainKey, ColorRole::systemRed, false);
+  EXPECT_THAT(r.done, IsEmpty());
+  EXPECT_TRUE(r.storesNothing());
+}
+
+TEST(HotKeyRecorder, returnWithAModifierIsRecorded) {
+  Recorder r;
+  r.press(kF5);
+  r.press(kReturn, kControl);
+  r.expectShows("⌃↩", kCanSave, ColorRole::secondaryLabel, true);
+  EXPECT_THAT(r.done, IsEmpty());
+}
+
+TEST(HotKeyRecorder, anInvalidCombinationMakesItForgetTheValidOne) {
+  Recorder r;
+  r.press(kF5);
+  r.press(kA);
+  r.expectShows("A", kPlainKey, ColorRole::systemRed, false);
+  r.press(kReturn);
+  EXPECT_THAT(r.done, IsEmpty());
+  EXPECT_TRUE(r.storesNothing());
+  r.press(kC, kCommand);
+  r.press(kReturn);
+  EXPECT_THAT(r.done, IsEmpty());
+}
+
+TEST(HotKeyRecorder, theLastValidCombinationIsTheOneThatIsSaved) {
+  Recorder r;
+  r.press(kF5);
+  r.press(kA);
+  r.press(kA, kOption);
+  r.expectShows("⌥A", kCanSave, ColorRole::secondaryLabel, true);
+  r.host.recorderWindows().clickSave();
+  EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{0}, std::int64_t{kOption}));
+}
+
+TEST(HotKeyRecorder, saveButtonWritesCodeThenMaskAndReports) {
+  Recorder r;
+  r.press(kF5, kControl | kOption | kShift | kCommand);
+  r.host.calls().clear();
+  EXPECT_TRUE(r.host.recorderWindows().clickSave());
+  EXPECT_THAT(r.host.calls().all(), ElementsAre("userDefaults.setInteger hotKeyCode 96",
+                                                "userDefaults.setInteger hotKeyModifiers 6912",
+                                                "keyMonitor.remove", "recorderWindow.close"));
+  EXPECT_THAT(r.done, ElementsAre(true));
+  EXPECT_FALSE(r.isOpen());
+}
+
+TEST(HotKeyRecorder, cancelButtonReportsAndWritesNothing) {
+  Recorder r;
+  r.press(kF5);
+  EXPECT_TRUE(r.host.recorderWindows().clickCancel());
+  EXPECT_THAT(r.done, ElementsAre(false));
+  EXPECT_TRUE(r.storesNothing());
+  EXPECT_FALSE(r.isOpen());
+}
+
+TEST(HotKeyRecorder, closeBoxReportsExactlyOnce) {
+  Recorder r;
+  r.press(kF5);
+  EXPECT_TRUE(r.host.recorderWindows().clickCloseBox());
+  EXPECT_THAT(r.done, ElementsAre(false));
+  EXPECT_TRUE(r.storesNothing());
+  EXPECT_FALSE(r.isOpen());
+  EXPECT_EQ(r.host.calls().count("recorderWindow.close"), 1U);
+}
+
+TEST(HotKeyRecorder, reportsLastWhenMonitorAndWindowAreGone) {
+  FakeHost host;
+  const platform::HostScope scope(host);
+  bool reported = false;
+  const auto controller = HotKeyRecorderWindowController::create([&](bool) {
+    reported = true;
+    EXPECT_THAT(host.calls().all(), ElementsAre("keyMonitor.remove", "recorderWindow.close"));
+    EXPECT_EQ(host.recorderWindows().window(), nullptr);
+  });
+  controller->present();
+  host.calls().clear();
+  host.userPresses(kEscape);
+  EXPECT_TRUE(reported);
+  EXPECT_EQ(host.keyMonitor().installed(), 0U);
+}
+
+TEST(HotKeyRecorder, finishedIsFinal) {
+  Recorder r;
+  r.press(kF5);
+  r.host.recorderWindows().clickSave();
+  r.host.standardUserDefaults().put("hotKeyCode", std::int64_t{1});
+  EXPECT_EQ(r.host.keyMonitor().deliver({kEscape, 0}), KeyDisposition::passedOn);
+  EXPECT_THAT(r.done, ElementsAre(true));
+}
+
+TEST(HotKeyRecorder, consumesEveryKeyWhileItIsOpen) {
+  Recorder r;
+  for (std::uint16_t keyCode = 0; keyCode <= 127; ++keyCode) {
+    if (keyCode == kEscape) continue;
+    EXPECT_EQ(r.host.keyMonitor().deliver({keyCode, platform::kEventFlagCommand}), KeyDisposition::consumed);
+    if (keyCode == kReturn) continue;  // would save what was just recorded
+    EXPECT_EQ(r.host.keyMonitor().deliver({keyCode, 0}), KeyDisposition::consumed);
+  }
+  EXPECT_EQ(r.host.keyMonitor().deliver({kA, 0}), KeyDisposition::consumed);
+  EXPECT_EQ(r.host.keyMonitor().deliver({kReturn, 0}), KeyDisposition::consumed);
+  EXPECT_TRUE(r.isOpen());
+  EXPECT_EQ(r.host.keyMonitor().deliver({kEscape, 0}), KeyDisposition::consumed);
+  EXPECT_FALSE(r.isOpen());
+}
+
+TEST(HotKeyRecorder, eachEventFlagBecomesItsCarbonBit) {
+  struct Case {
+    platform::EventFlags flag;
+    std::int64_t mask;
+  };
+  for (const auto& [flag, mask] : {Case{0x100000, 0x0100}, Case{0x20000, 0x0200}, Case{0x80000, 0x0800},
+                                   Case{0x40000, 0x1000}, Case{0x1E0000, 0x1B00}}) {
+    Recorder r;
+    r.host.keyMonitor().deliver({kF5, flag});
+    r.host.recorderWindows().clickSave();
+    EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{kF5}, mask));
+  }
+}
+
+TEST(HotKeyRecorder, capsLockFunctionAndOtherFlagsDoNotCount) {
+  constexpr platform::EventFlags kNoise = ~platform::EventFlags{0x1E0000};
+  Recorder r;
+  r.host.keyMonitor().deliver({kA, kNoise | platform::kEventFlagOption});
+  r.expectShows("⌥A", kCanSave, ColorRole::secondaryLabel, true);
+  r.host.keyMonitor().deliver({kF5, kNoise});
+  r.expectShows("F5", kCanSave, ColorRole::secondaryLabel, true);
+  r.host.keyMonitor().deliver({kReturn, kNoise});
+  EXPECT_THAT(r.done, ElementsAre(true));
+  EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{kF5}, std::int64_t{0}));
+}
+
+TEST(HotKeyRecorder, capsLockedEscapeStillCancels) {
+  Recorder r;
+  r.host.keyMonitor().deliver({kEscape, 0x10000});
+  EXPECT_THAT(r.done, ElementsAre(false));
+}
+
+/// Every way in which the recorder ends.
+const std::vector<std::pair<std::string, std::function<void(FakeHost&)>>>& endings() {
+  static const std::vector<std::pair<std::string, std::function<void(FakeHost&)>>> kEndings = {
+      {"Escape",
+       [](FakeHost& host) {
+         host.keyMonitor().deliver({kEscape, 0});
+       }},
+      {"Return",
+       [](FakeHost& host) {
+         host.keyMonitor().deliver({kReturn, 0});
+       }},
+      {"save", [](FakeHost& host) { host.recorderWindows().clickSave(); }},
+      {"cancel", [](FakeHost& host) { host.recorderWindows().clickCancel(); }},
+      {"close box", [](FakeHost& host) { host.recorderWindows().clickCloseBox(); }}};
+  return kEndings;
+}
+
+TEST(HotKeyRecorder, mayBeLetGoInItsOwnCompletion) {
+  for (const auto& [name, end] : endings()) {
+    SCOPED_TRACE(name);
+    Recorder r;
+    int told = 0;
+    std::shared_ptr<HotKeyRecorderWindowController> controller =
+        HotKeyRecorderWindowController::create([&controller, &told](bool) {
+          ++told;
+          controller.reset();
+        });
+    r.controller.reset();
+    controller->present();
+    const std::weak_ptr<HotKeyRecorderWindowController> weak = controller;
+    r.host.keyMonitor().deliver({kF5, 0});
+    end(r.host);
+    EXPECT_EQ(told, 1);
+    EXPECT_TRUE(weak.expired());
+    EXPECT_EQ(r.host.recorderWindows().alive(), 0U);
+    EXPECT_EQ(r.host.keyMonitor().installed(), 0U);
+  }
+}
+
+TEST(HotKeyRecorder, letGoWhileOpenTakesMonitorAndWindowAlongAndReportsNothing) {
+  Recorder r;
+  r.press(kF5);
+  r.controller.reset();
+  EXPECT_EQ(r.host.keyMonitor().installed(), 0U);
+  EXPECT_EQ(r.host.recorderWindows().alive(), 0U);
+  EXPECT_THAT(r.done, IsEmpty());
+  EXPECT_TRUE(r.storesNothing());
+}
+
+/// A system that goes on calling whom it was told to call, whatever was taken back since.
+class ForgetfulHost : public FakeHost {
+ public:
+  class Monitor : public platform::FakeKeyMonitor {
+   public:
+    using FakeKeyMonitor::FakeKeyMonitor;
+    [[nodiscard]] platform::KeyMonitorTokenRef addLocalKeyDownMonitor(
+        std::function<KeyDisposition(const platform::KeyDownEvent&)> handler) override {
+      kept = handler;
+      return FakeKeyMonitor::addLocalKeyDownMonitor(std::move(handler));
+    }
+    std::function<KeyDisposition(const platform::KeyDownEvent&)> kept;
+  };
+  class Windows : public platform::FakeRecorderWindows {
+   public:
+    using FakeRecorderWindows::FakeRecorderWindows;
+    std::unique_ptr<platform::RecorderWindow> create(const platform::RecorderWindowLook& look,
+                                                     platform::RecorderWindowEvents events) override {
+      kept = events;
+      return FakeRecorderWindows::create(look, std::move(events));
+    }
+    platform::RecorderWindowEvents kept;
+  };
+  Monitor& keyMonitor() override { return monitor_; }
+  Windows& recorderWindows() override { return windows_; }
+
+ private:
+  platform::FakeSystem system_;
+  Monitor monitor_{system_};
+  Windows windows_{system_};
+};
+
+TEST(HotKeyRecorder, callsThatComeTooLateDoNothing) {
+  ForgetfulHost host;
+  const platform::HostScope scope(host);
+  int told = 0;
+  auto controller = HotKeyRecorderWindowController::create([&](bool) { ++told; });
+  controller->present();
+  EXPECT_EQ(host.keyMonitor().kept({kF5, 0}), KeyDisposition::consumed);
+  controller.reset();
+  for (const std::uint16_t keyCode : {kF5, kReturn, kEscape}) {
+    EXPECT_EQ(host.keyMonitor().kept({keyCode, 0}), KeyDisposition::passedOn);
+  }
+  host.recorderWindows().kept.save();
+  host.recorderWindows().kept.cancel();
+  host.recorderWindows().kept.willClose();
+  EXPECT_EQ(told, 0);
+  EXPECT_TRUE(host.standardUserDefaults().all().empty());
+}
+
+TEST(HotKeyRecorder, saveWithoutAValidCombinationDoesNothingEvenIfTheButtonFires) {
+  ForgetfulHost host;
+  const platform::HostScope scope(host);
+  int told = 0;
+  const auto controller = HotKeyRecorderWindowController::create([&](bool) { ++told; });
+  controller->present();
+  host.recorderWindows().kept.save();
+  EXPECT_EQ(told, 0);
+  EXPECT_NE(host.recorderWindows().window(), nullptr);
+  EXPECT_TRUE(host.standardUserDefaults().all().empty());
+}
+
+// The rules, restated by key codes: no display name is looked at.
+
+enum class Verdict { valid, plainKey, reserved };
+
+Verdict verdict(std::uint32_t code, std::uint32_t mask) {
+  static const std::set<std::uint32_t> kFunctionCodes = {122, 120, 99,  118, 96,  97,  98, 100, 101, 109,
+                                                         103, 111, 105, 107, 113, 106, 64, 79,  80};
+  // Q W C V X Z A S N T H M , and Space
+  static const std::set<std::uint32_t> kReservedCodes = {12, 13, 8, 9, 7, 6, 0, 1, 45, 17, 4, 46, 43, 49};
+  if (kFunctionCodes.contains(code)) return Verdict::valid;
+  const bool command = (mask & kCommand) != 0;
+  const bool shift = (mask & kShift) != 0;
+  const bool option = (mask & kOption) != 0;
+  const bool control = (mask & kControl) != 0;
+  if (!command && !option && !control) return Verdict::plainKey;
+  if (command && !shift && !option && !control && kReservedCodes.contains(code)) return Verdict::reserved;
+  return Verdict::valid;
+}
+
+TEST(HotKeyRecorderRules, agreeWithThePlainRestatementForEveryKeyAndMask) {
+  constexpr std::uint32_t kOtherBit = 0x0400;  // caps lock: no part of a combination
+  int counts[3] = {};
+  for (std::uint32_t code = 0; code <= 0xFFFF; ++code) {
+    for (unsigned bits = 0; bits < 32; ++bits) {
+      // The codes of real keyboards end at 127; above, one pass without the extra bit is enough.
+      if (code > 255 && bits >= 16) break;
+      const std::uint32_t mask = ((bits & 1) != 0 ? kCommand : 0) | ((bits & 2) != 0 ? kShift : 0) |
+                                 ((bits & 4) != 0 ? kOption : 0) | ((bits & 8) != 0 ? kControl : 0) |
+                                 ((bits & 16) != 0 ? kOtherBit : 0);
+      const std::string name = HotKeyCenter::displayName(code, mask);
+      const auto error = HotKeyRecorderWindowController::validate(code, mask, name);
+      const Verdict expected = verdict(code, mask);
+      ++counts[static_cast<int>(expected)];
+      switch (expected) {
+        case Verdict::valid:
+          ASSERT_EQ(error, std::nullopt) << code << ' ' << mask;
+          break;
+        case Verdict::plainKey:
+          ASSERT_EQ(error, kPlainKey) << code << ' ' << mask;
+          break;
+        case Verdict::reserved:
+          ASSERT_EQ(error, reservedMessage(name)) << code << ' ' << mask;
+          break;
+      }
+    }
+  }
+  EXPECT_EQ(counts[static_cast<int>(Verdict::reserved)], 14 * 2);
+  EXPECT_GT(counts[static_cast<int>(Verdict::plainKey)], 100000);
+}
+
+TEST(HotKeyRecorderRules, reservedIsDecidedByTheNameThatIsGiven) {
+  EXPECT_EQ(HotKeyRecorderWindowController::validate(0, kCommand, "⌘Q"), reservedMessage("⌘Q"));
+  EXPECT_EQ(HotKeyRecorderWindowController::validate(0, kCommand, "⌘B"), std::nullopt);
+  EXPECT_EQ(HotKeyRecorderWindowController::validate(0, kShift, "⌘Q"), kPlainKey);
+  EXPECT_EQ(HotKeyRecorderWindowController::validate(kF5, 0, "⌘Q"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace lexwend

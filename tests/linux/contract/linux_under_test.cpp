@@ -1,0 +1,331 @@
+// SPDX-License-Identifier: MIT
+#include "tests/linux/contract/linux_under_test.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QWindow>
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+#include <linux/input-event-codes.h>
+#include <sys/stat.h>
+
+#include "platform/accessibility.h"
+#include "platform/application.h"
+#include "platform/hot_key_service.h"
+#include "platform/linux/buses.h"
+#include "platform/linux/mac_key_codes.h"
+#include "platform/run_loop.h"
+
+namespace lexwend::contract {
+namespace {
+
+using namespace platform;
+
+constexpr const char* kSleepManagerName = "org.freedesktop.login1";
+/// Far longer than a loaded machine needs to start a program.
+constexpr std::chrono::seconds kProgramStart(60);
+
+/// What all tests of a process share: the message bus, and the folder in which its programs meet.
+struct Session {
+  Session() { ::setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1); }
+  test::TemporaryFolder folder;
+  std::optional<PrivateBus> bus;
+};
+
+std::unique_ptr<Session>& session() {
+  static std::unique_ptr<Session> instance;
+  return instance;
+}
+
+/// Ends the session with the tests, before anything static goes.
+struct SessionsEnd : ::testing::Environment {
+  void TearDown() override { session().reset(); }
+};
+const auto* const kSessionsEnd = ::testing::AddGlobalTestEnvironment(new SessionsEnd);
+
+/// The environment of a fresh user; the display is there already.
+void enterSession(const std::string& home) {
+  if (session() == nullptr) session() = std::make_unique<Session>();
+  ::setenv("HOME", home.c_str(), 1);
+  const std::pair<const char*, const char*> folders[] = {{"XDG_CONFIG_HOME", "/.config"},
+                                                         {"XDG_DATA_HOME", "/.local/share"},
+                                                         {"XDG_STATE_HOME", "/.local/state"},
+                                                         {"XDG_CACHE_HOME", "/.cache"}};
+  for (const auto& [name, place] : folders) ::setenv(name, (home + place).c_str(), 1);
+  ::setenv("QT_IM_MODULE", "none", 1);
+  ::setenv("GSETTINGS_BACKEND", "memory", 1);
+  for (const char* name : {"WAYLAND_DISPLAY", "XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM",
+                           "QT_ACCESSIBILITY", "AT_SPI_BUS_ADDRESS"}) {
+    ::unsetenv(name);
+  }
+  if (!session()->bus) session()->bus.emplace();
+}
+
+/// Programs that the bus starts come to this test's display.
+void tellBusOfDisplay(BusPeer& peer) {
+  GVariantBuilder variables;
+  g_variant_builder_init(&variables, G_VARIANT_TYPE("a{ss}"));
+  for (const char* name : {"DISPLAY", "HOME"})
+    g_variant_builder_add(&variables, "{ss}", name, std::getenv(name));
+  peer.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+            "UpdateActivationEnvironment", g_variant_new("(a{ss})", &variables));
+}
+
+bool accessibilityIsOn(BusPeer& peer) {
+  const auto reply = peer.call("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Get",
+                               g_variant_new("(ss)", "org.a11y.Status", "IsEnabled"));
+  if (reply == nullptr) return false;
+  GVariant* value = nullptr;
+  g_variant_get(reply.get(), "(v)", &value);
+  const bool on = g_variant_get_boolean(value) != FALSE;
+  g_variant_unref(value);
+  return on;
+}
+
+/// One modifier in the three ways in which it is spoken of. Where macOS has Command, X11 has Control.
+struct Modifier {
+  std::uint32_t carbon;
+  EventFlags flag;
+  int evdevKey;
+  std::uint16_t xMask;
+};
+constexpr Modifier kModifiers[] = {{kCmdKey, kEventFlagCommand, KEY_LEFTCTRL, XCB_MOD_MASK_CONTROL},
+                                   {kShiftKey, kEventFlagShift, KEY_LEFTSHIFT, XCB_MOD_MASK_SHIFT},
+                                   {kOptionKey, kEventFlagOption, KEY_LEFTALT, XCB_MOD_MASK_1},
+                                   {kControlKey, kEventFlagControl, KEY_LEFTMETA, XCB_MOD_MASK_4}};
+
+QWidget* shownRecorder() {
+  QWidget* window = QApplication::activeWindow();
+  const bool isRecorder = window != nullptr && qobject_cast<QMessageBox*>(window) == nullptr &&
+                          !window->findChildren<QPushButton*>().isEmpty();
+  return isRecorder && window->isVisible() ? window : nullptr;
+}
+
+bool isOnTheScreen(const QWidget& window) {
+  return window.isVisible() && window.windowHandle() != nullptr && window.windowHandle()->isExposed();
+}
+
+}  // namespace
+
+LinuxUnderTest::LinuxUnderTest() {
+  VirtualDisplay::setLayouts("us,il");
+  enterSession(home_.path());
+  sleepManager_ = std::make_unique<BusPeer>();
+  sleepManager_->ownName(kSleepManagerName);
+  tellBusOfDisplay(*sleepManager_);
+  host_ = std::make_unique<LinuxHost>();
+  if (const auto reason = host_->application().takeSharedApplication()) throw std::runtime_error(*reason);
+}
+
+LinuxUnderTest::~LinuxUnderTest() {
+  userHolds(0);
+}
+
+bool LinuxUnderTest::waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+  return pumpUntil(condition, limit);
+}
+
+void LinuxUnderTest::bringToFront(std::unique_ptr<OtherEditor>& place, OtherEditor::Kind kind,
+                                  std::string_view text) {
+  // Applications look once, when they start, whether anybody wants to read them; the agent wants it from its
+  // start.
+  ASSERT_TRUE(host_->accessibility().isProcessTrusted());
+  ASSERT_TRUE(pumpUntil([this] { return accessibilityIsOn(*sleepManager_); }));
+  place = std::make_unique<OtherEditor>(kind, text);
+  ASSERT_TRUE(pumpUntil([&place] { return place->isReady(); }, kProgramStart));
+}
+
+void LinuxUnderTest::openEditor(std::string_view text) {
+  bringToFront(editor_, OtherEditor::Kind::plain, text);
+}
+
+std::string LinuxUnderTest::editorText() {
+  return editor_->text();
+}
+
+void LinuxUnderTest::focusPasswordField() {
+  bringToFront(passwordField_, OtherEditor::Kind::password, "secret");
+}
+
+void LinuxUnderTest::otherApplicationCopies(std::string_view text) {
+  CopyingApplication::Behaviour behaviour;
+  behaviour.targets = {{"UTF8_STRING", {"UTF8_STRING", 8, std::string(text)}}};
+  // The one before goes after the new one has the clipboard, so that there is one change.
+  copying_ = std::make_unique<CopyingApplication>(behaviour);
+}
+
+std::optional<std::string> LinuxUnderTest::otherApplicationPastes() {
+  PastingApplication pasting;
+  const auto value = pasting.paste("UTF8_STRING");
+  return value ? std::optional(value->bytes) : std::nullopt;
+}
+
+void LinuxUnderTest::userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
+  const auto key = evdevFromMacKeyCode(keyCode);
+  ASSERT_TRUE(key.has_value()) << keyCode;
+  for (const auto& modifier : kModifiers) {
+    if ((carbonModifiers & modifier.carbon) != 0) typist_.pressPhysically(modifier.evdevKey);
+  }
+  typist_.pressPhysically(*key);
+  typist_.releasePhysically(*key);
+  for (const auto& modifier : kModifiers) {
+    if ((carbonModifiers & modifier.carbon) != 0) typist_.releasePhysically(modifier.evdevKey);
+  }
+}
+
+void LinuxUnderTest::userHolds(EventFlags modifiers) {
+  for (const auto& modifier : kModifiers) {
+    const bool holds = heldKeys_.count(modifier.evdevKey) != 0;
+    const bool shallHold = (modifiers & modifier.flag) != 0;
+    if (shallHold && !holds) {
+      typist_.pressPhysically(modifier.evdevKey);
+      heldKeys_.insert(modifier.evdevKey);
+    } else if (!shallHold && holds) {
+      typist_.releasePhysically(modifier.evdevKey);
+      heldKeys_.erase(modifier.evdevKey);
+    }
+  }
+}
+
+void LinuxUnderTest::otherProgramTakesHotKey(std::uint32_t keyCode, std::uint32_t carbonModifiers) {
+  const auto key = xFromMacKeyCode(keyCode);
+  ASSERT_TRUE(key.has_value()) << keyCode;
+  std::uint16_t mask = 0;
+  for (const auto& modifier : kModifiers) {
+    if ((carbonModifiers & modifier.carbon) != 0) mask = static_cast<std::uint16_t>(mask | modifier.xMask);
+  }
+  // Taken on the connection of the keyboard's user, which is another client of the server than the host's.
+  auto* connection = typist_.connection();
+  xcb_generic_error_t* refusal =
+      xcb_request_check(connection, xcb_grab_key_checked(connection, 0, typist_.root(), mask, *key,
+                                                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+  EXPECT_EQ(refusal, nullptr);
+  std::free(refusal);
+}
+
+void LinuxUnderTest::disableHebrew() {
+  VirtualDisplay::setLayouts("us");
+}
+
+void LinuxUnderTest::wakeFromSleep() {
+  // The bus works off what one client sends in its order: the answer says that the host's subscription is
+  // there.
+  GVariant* answer = g_dbus_connection_call_sync(systemBus(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                 "org.freedesktop.DBus", "GetId", nullptr, nullptr,
+                                                 G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+  ASSERT_NE(answer, nullptr);
+  g_variant_unref(answer);
+  for (const bool falling : {true, false}) {
+    sleepManager_->emit("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
+                        g_variant_new("(b)", falling ? TRUE : FALSE));
+  }
+}
+
+QMenu* LinuxUnderTest::openMenu() {
+  if (panel_ == nullptr) panel_ = std::make_unique<Panel>();
+  const auto open = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
+  if (open() == nullptr) {
+    if (!pumpUntil([this] { return !panel_->item().empty(); })) return nullptr;
+    panel_->click();
+  }
+  return pumpUntil([&] { return open() != nullptr && isOnTheScreen(*open()); }) ? open() : nullptr;
+}
+
+std::vector<std::string> LinuxUnderTest::visibleMenu() {
+  std::vector<std::string> titles;
+  const QMenu* menu = openMenu();
+  if (menu == nullptr) return titles;
+  for (const QAction* entry : menu->actions()) {
+    if (!entry->isVisible()) continue;
+    titles.push_back(entry->isSeparator() ? "---" : entry->text().replace("&&", "&").toStdString());
+  }
+  return titles;
+}
+
+bool LinuxUnderTest::chooseMenuEntry(std::string_view title) {
+  const QMenu* menu = openMenu();
+  if (menu == nullptr) return false;
+  for (QAction* entry : menu->actions()) {
+    if (entry->text().replace("&&", "&").toStdString() != title || !entry->isVisible()) continue;
+    const bool canBeChosen = entry->isEnabled();
+    // Also where it cannot: the click then must do nothing.
+    return pointer_.clickOn(*menu, menu->actionGeometry(entry).center()) && canBeChosen;
+  }
+  return false;
+}
+
+std::optional<std::string> LinuxUnderTest::shownCombination() {
+  const QWidget* window = shownRecorder();
+  if (window == nullptr) return std::nullopt;
+  // The prompt, the combination, the message, from the top down.
+  auto labels = window->findChildren<QLabel*>();
+  std::sort(labels.begin(), labels.end(), [](const QLabel* a, const QLabel* b) { return a->y() < b->y(); });
+  constexpr qsizetype kLabels = 3;
+  return labels.size() == kLabels ? std::optional(labels[1]->text().toStdString()) : std::nullopt;
+}
+
+bool LinuxUnderTest::clickRecorder(RecorderButton which) {
+  QWidget* window = shownRecorder();
+  if (window == nullptr) return false;
+  if (which == RecorderButton::closeBox) {
+    pointer_.closeBox(*window);
+    return true;
+  }
+  const QString title = which == RecorderButton::save ? "שמור" : "ביטול";
+  for (const auto* button : window->findChildren<QPushButton*>()) {
+    if (button->text() != title) continue;
+    const bool canBeClicked = button->isEnabled();
+    if (canBeClicked) return pointer_.clickOn(*button, button->rect().center());
+    // The toolkit tells a disabled button nothing of the pointer; a click there must do nothing.
+    pointer_.moveTo(*button, button->rect().center());
+    pointer_.click();
+    return false;
+  }
+  return false;
+}
+
+void LinuxUnderTest::answerNextAlert(std::size_t button, std::chrono::milliseconds after) {
+  constexpr std::chrono::milliseconds kLook(10);
+  using Clock = std::chrono::steady_clock;
+  const auto shownSince = std::make_shared<std::optional<Clock::time_point>>();
+  answering_ = host_->runLoop().scheduledRepeatingTimer(kLook, [=, this](Timer& look) {
+    const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    if (box == nullptr || !isOnTheScreen(*box)) return;
+    if (!*shownSince) *shownSince = Clock::now();
+    if (Clock::now() - **shownSince < after) return;
+    const auto buttons = box->buttons();
+    const auto index = static_cast<qsizetype>(button);
+    if (index >= buttons.size()) return;
+    const QAbstractButton& wanted = *buttons[index];
+    if (!wanted.underMouse()) {
+      // The window may still be on its way to its place: the pointer follows.
+      pointer_.moveTo(wanted, wanted.rect().center());
+      return;
+    }
+    look.invalidate();
+    pointer_.click();
+  });
+}
+
+std::string LinuxUnderTest::writableFolder() {
+  return home_.path();
+}
+
+std::optional<std::string> LinuxUnderTest::fileBytes(const std::string& path) {
+  struct stat state {};
+  if (::stat(path.c_str(), &state) != 0) return std::nullopt;
+  return test::contentsOf(path);
+}
+
+std::unique_ptr<HostUnderTest> makeHostUnderTest() {
+  return std::make_unique<LinuxUnderTest>();
+}
+
+}  // namespace lexwend::contract

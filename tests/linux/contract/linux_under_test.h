@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/linux/linux_host.h"
+#include "tests/contract/host_under_test.h"
+#include "tests/linux/contract/other_editor.h"
+#include "tests/linux/contract/panel.h"
+#include "tests/linux/contract/pointer.h"
+#include "tests/linux/other_application.h"
+#include "tests/linux/ui/temporary_folder.h"
+#include "tests/linux/virtual_display.h"
+
+class QMenu;
+
+namespace lexwend::contract {
+
+/// The X11 host on an X server, a keyboard and a home of its own. The message bus is one for all tests of a
+/// process, because a process has one connection to it.
+class LinuxUnderTest : public HostUnderTest {
+ public:
+  LinuxUnderTest();
+  ~LinuxUnderTest() override;
+  LinuxUnderTest(const LinuxUnderTest&) = delete;
+  LinuxUnderTest& operator=(const LinuxUnderTest&) = delete;
+
+  platform::Host& host() override { return *host_; }
+  bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) override;
+
+  void openEditor(std::string_view text) override;
+  std::string editorText() override;
+  void focusPasswordField() override;
+  void otherApplicationCopies(std::string_view text) override;
+  std::optional<std::string> otherApplicationPastes() override;
+
+  void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) override;
+  void userHolds(platform::EventFlags modifiers) override;
+  void otherProgramTakesHotKey(std::uint32_t keyCode, std::uint32_t carbonModifiers) override;
+
+  void disableHebrew() override;
+  void wakeFromSleep() override;
+
+  std::vector<std::string> visibleMenu() override;
+  bool chooseMenuEntry(std::string_view title) override;
+
+  std::optional<std::string> shownCombination() override;
+  bool clickRecorder(RecorderButton button) override;
+
+  void answerNextAlert(std::size_t button, std::chrono::milliseconds after) override;
+
+  std::string writableFolder() override;
+  std::optional<std::string> fileBytes(const std::string& path) override;
+
+ private:
+  void bringToFront(std::unique_ptr<OtherEditor>& place, OtherEditor::Kind kind, std::string_view text);
+  QMenu* openMenu();
+
+  test::TemporaryFolder home_;
+  platform::VirtualDisplay display_;
+  platform::Typist typist_;
+  Pointer pointer_{typist_.connection(), typist_.root()};
+  std::set<int> heldKeys_;
+  /// Stands for logind, and asks the bus on the test's behalf.
+  std::unique_ptr<platform::BusPeer> sleepManager_;
+  std::unique_ptr<platform::LinuxHost> host_;
+  std::unique_ptr<Panel> panel_;
+  std::unique_ptr<OtherEditor> editor_;
+  std::unique_ptr<OtherEditor> passwordField_;
+  std::unique_ptr<platform::CopyingApplication> copying_;
+  platform::TimerRef answering_;
+};
+
+}  // namespace lexwend::contract

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/key_events.h"
+
+#include <gtest/gtest.h>
+#include <linux/input-event-codes.h>
+
+#include "platform/linux/accessibility.h"
+#include "platform/linux/secure_input.h"
+#include "tests/linux/virtual_display.h"
+
+namespace lexwend::platform {
+namespace {
+
+constexpr std::uint16_t kMacC = 8;
+constexpr std::uint16_t kMacV = 9;
+constexpr std::uint16_t kMacA = 0;
+
+struct SimulatedKeys : testing::Test {
+  VirtualDisplay display;
+  Typist typist;
+  std::shared_ptr<X11Connection> x11 = X11Connection::open();
+  bool mayPost = true;
+  LinuxKeyEvents keyEvents{x11, [this] { return mayPost; }};
+
+  SimulatedKeys() { display.setLayouts("us,il"); }
+  EventFlags held() { return keyEvents.flagsState(EventSourceState::combinedSession); }
+  void type(std::uint16_t keyCode, EventFlags flags) {
+    for (const bool down : {true, false}) {
+      const auto event =
+          keyEvents.createKeyboardEvent(keyEvents.createSource(EventSourceState::hidSystem), keyCode, down);
+      ASSERT_NE(event, nullptr);
+      event->setFlags(flags);
+      keyEvents.post(EventTap::hid, *event);
+    }
+  }
+  bool canMakeEvent() { return keyEvents.createKeyboardEvent(nullptr, kMacC, true) != nullptr; }
+};
+
+TEST_F(SimulatedKeys, playCopyAndPasteTheSameInEveryLayout) {
+  for (const std::uint8_t group : {std::uint8_t{0}, std::uint8_t{1}}) {
+    typist.lockGroup(group);
+    FocusedWindow window("Mousepad");
+    type(kMacC, kEventFlagCommand);
+    type(kMacV, kEventFlagCommand);
+    EXPECT_TRUE(pumpUntil([&] { return window.keys() == "+37 +118 -118 -37 +50 +118 -118 -50"; }))
+        << window.keys();
+  }
+}
+
+TEST_F(SimulatedKeys, playOtherKeysWithTheirModifiers) {
+  FocusedWindow window;
+  type(kMacA, kEventFlagCommand | kEventFlagShift);
+  type(kMacC, 0);
+  type(kMacA, kEventFlagOption);
+  type(kMacA, kEventFlagControl);
+  EXPECT_TRUE(pumpUntil([&] {
+    return window.keys() == "+37 +50 +38 -38 -50 -37 +54 -54 +64 +38 -38 -64 +133 +38 -38 -133";
+  })) << window.keys();
+}
+
+TEST_F(SimulatedKeys, leaveNoKeyDown) {
+  type(kMacC, kEventFlagCommand);
+  EXPECT_TRUE(pumpUntil([&] { return held() == 0; }));
+  EXPECT_FALSE(typist.isDown(KEY_INSERT));
+  EXPECT_FALSE(typist.isDown(KEY_LEFTCTRL));
+}
+
+TEST_F(SimulatedKeys, haveTheirOwnModifiersOnlyWhateverTheUserHolds) {
+  typist.pressPhysically(KEY_LEFTSHIFT);
+  typist.pressPhysically(KEY_LEFTCTRL);
+  EXPECT_EQ(held(), kEventFlagShift | kEventFlagCommand);
+  {
+    FocusedWindow window;
+    type(kMacC, kEventFlagCommand);
+    EXPECT_TRUE(pumpUntil([&] { return window.keys() == "-50 -37 +37 +118 -118 -37"; })) << window.keys();
+  }
+  EXPECT_EQ(held(), 0U);
+  typist.releasePhysically(KEY_LEFTSHIFT);
+  typist.releasePhysically(KEY_LEFTCTRL);
+  EXPECT_EQ(held(), 0U);
+  typist.pressPhysically(KEY_LEFTSHIFT);
+  EXPECT_EQ(held(), kEventFlagShift);
+  typist.releasePhysically(KEY_LEFTSHIFT);
+  EXPECT_EQ(held(), 0U);
+}
+
+TEST_F(SimulatedKeys, knowTheModifiersThatAreHeld) {
+  struct Row {
+    int key;
+    EventFlags flag;
+  };
+  for (const Row& row : {Row{KEY_LEFTCTRL, kEventFlagCommand}, Row{KEY_RIGHTCTRL, kEventFlagCommand},
+                         Row{KEY_LEFTSHIFT, kEventFlagShift}, Row{KEY_RIGHTSHIFT, kEventFlagShift},
+                         Row{KEY_LEFTALT, kEventFlagOption}, Row{KEY_RIGHTALT, kEventFlagOption},
+                         Row{KEY_LEFTMETA, kEventFlagControl}, Row{KEY_A, 0}}) {
+    typist.press(row.key);
+    EXPECT_EQ(held(), row.flag) << row.key;
+    typist.release(row.key);
+    EXPECT_EQ(held(), 0U) << row.key;
+  }
+}
+
+TEST_F(SimulatedKeys, doNotTakeLocksForHeldModifiers) {
+  typist.lockModifiers(0xFF);
+  EXPECT_EQ(held(), 0U);
+}
+
+TEST_F(SimulatedKeys, areRefusedInATerminal) {
+  for (const char* windowClass : {"XTerm", "URxvt", "Gnome-terminal", "konsole", "Alacritty", "kitty",
+                                  "st-256color", "foot", "Terminator", "Xfce4-terminal", "Tilix",
+                                  "org.wezfurlong.wezterm", "org.gnome.Console", "UXTerm", "qterminal"}) {
+    FocusedWindow window(windowClass);
+    EXPECT_FALSE(canMakeEvent()) << windowClass;
+  }
+  for (const char* windowClass : {"Mousepad", "firefox", "Gedit", "libreoffice-writer", "Studio", "kate"}) {
+    FocusedWindow window(windowClass);
+    EXPECT_TRUE(canMakeEvent()) << windowClass;
+  }
+}
+
+TEST_F(SimulatedKeys, areRefusedWhenTheHostSaysSo) {
+  mayPost = false;
+  EXPECT_FALSE(canMakeEvent());
+}
+
+TEST_F(SimulatedKeys, areRefusedForKeysThatDoNotExist) {
+  EXPECT_EQ(keyEvents.createKeyboardEvent(nullptr, 52, true), nullptr);
+}
+
+TEST_F(SimulatedKeys, makeTheProcessTrusted) {
+  EXPECT_TRUE(LinuxAccessibility(x11).isProcessTrusted());
+}
+
+TEST(KeyEventsWithoutDisplay, areRefused) {
+  LinuxKeyEvents keyEvents(nullptr, [] { return true; });
+  EXPECT_EQ(keyEvents.createSource(EventSourceState::hidSystem), nullptr);
+  EXPECT_EQ(keyEvents.createKeyboardEvent(nullptr, kMacC, true), nullptr);
+  EXPECT_EQ(keyEvents.flagsState(EventSourceState::combinedSession), 0U);
+  EXPECT_FALSE(LinuxAccessibility(nullptr).isProcessTrusted());
+}
+
+class FixedRole : public FocusedRole {
+ public:
+  explicit FixedRole(bool isPassword) : isPassword_(isPassword) {}
+  bool focusIsPasswordField() override { return isPassword_; }
+
+ private:
+  bool isPassword_;
+};
+
+TEST(LinuxSecureInput, followsTheRoleOfTheFocus) {
+  FixedRole password(true);
+  FixedRole other(false);
+  EXPECT_TRUE(LinuxSecureInput(&password).isSecureEventInputEnabled());
+  EXPECT_FALSE(LinuxSecureInput(&other).isSecureEventInputEnabled());
+  EXPECT_FALSE(LinuxSecureInput(nullptr).isSecureEventInputEnabled());
+}
+
+}  // namespace
+}  // namespace lexwend::platform

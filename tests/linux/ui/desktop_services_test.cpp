@@ -1,0 +1,280 @@
+// SPDX-License-Identifier: MIT
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QWindow>
+#include <csignal>
+
+#include <gtest/gtest.h>
+#include <linux/input-event-codes.h>
+
+#include "platform/alerts.h"
+#include "platform/application.h"
+#include "platform/key_monitor.h"
+#include "platform/linux/xcb_xkb.h"
+#include "platform/recorder_window.h"
+#include "platform/workspace.h"
+#include "tests/linux/ui/private_desktop.h"
+
+namespace lexwend::platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct Desktop : ::testing::Test {
+  LinuxHost& host = PrivateDesktop::shared().host();
+};
+
+struct AlertOnTheDesktop : Desktop {
+  Typist typist;
+  const Alert alert{"נדרש אישור נגישות",
+                    "כדי לתקן טקסט מסומן, האפליקציה צריכה אישור לשלוט במחשב דרך הנגישות. האישור ניתן פעם אחת "
+                    "בהגדרות המערכת. האפליקציה לא שומרת ולא שולחת שום הקלדה.",
+                    {"פתח הגדרות", "ביטול"}};
+
+  static QMessageBox* shown() { return qobject_cast<QMessageBox*>(QApplication::activeWindow()); }
+  /// Runs the alert and, when it is there, the user's answer.
+  int runWith(std::function<void(QMessageBox&)> answer) {
+    const auto timer = host.runLoop().scheduledRepeatingTimer(10ms, [&](Timer& own) {
+      if (shown() == nullptr) return;
+      own.invalidate();
+      answer(*shown());
+    });
+    return host.alerts().runModal(alert);
+  }
+};
+
+TEST_F(AlertOnTheDesktop, showsItsTextsRightToLeftAboveOtherWindows) {
+  runWith([this](QMessageBox& box) {
+    EXPECT_EQ(box.windowTitle(), QString("Lexwend"));
+    EXPECT_EQ(box.text().toStdString(), alert.messageText);
+    EXPECT_EQ(box.informativeText().toStdString(), alert.informativeText);
+    EXPECT_EQ(box.layoutDirection(), Qt::RightToLeft);
+    EXPECT_TRUE(box.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_EQ(box.buttons().size(), 2);
+    for (const auto* label : box.findChildren<QLabel*>()) {
+      if (label->text().isEmpty()) continue;
+      EXPECT_LE(label->heightForWidth(label->width()), label->height()) << label->text().toStdString();
+    }
+    // For looking at: the folder that gets a picture is named by whoever runs the test.
+    if (const auto folder = qEnvironmentVariable("LEXWEND_PICTURES"); !folder.isEmpty()) {
+      box.grab().save(folder + "/alert-permission.png");
+    }
+    box.close();
+  });
+}
+
+TEST_F(AlertOnTheDesktop, isAnsweredByReturnWithTheFirstButton) {
+  EXPECT_EQ(runWith([this](QMessageBox&) { typist.tap(KEY_ENTER); }), 1000);
+}
+
+TEST_F(AlertOnTheDesktop, isAnsweredByEscapeAndByItsCloseBoxWithTheLastButton) {
+  EXPECT_EQ(runWith([this](QMessageBox&) { typist.tap(KEY_ESC); }), 1001);
+  EXPECT_EQ(runWith([](QMessageBox& box) { box.close(); }), 1001);
+}
+
+TEST_F(AlertOnTheDesktop, leavesNoKeyAndNoClickToTheRecorderBehindIt) {
+  RecorderWindowLook look;
+  look.contentRect = {0, 0, 400, 210};
+  std::unique_ptr<RecorderWindow> recorder = host.recorderWindows().create(look, {});
+  recorder->showAndMakeKey();
+  ASSERT_TRUE(pumpUntil([] { return QApplication::activeWindow() != nullptr; }));
+  QWidget* behind = QApplication::activeWindow();
+  int seen = 0;
+  const auto monitor = host.keyMonitor().addLocalKeyDownMonitor([&](const KeyDownEvent&) {
+    ++seen;
+    return KeyDisposition::consumed;
+  });
+  EXPECT_EQ(runWith([&](QMessageBox& box) {
+              EXPECT_EQ(QApplication::activeModalWidget(), &box);
+              EXPECT_NE(behind, &box);
+              EXPECT_TRUE(box.windowHandle()->modality() == Qt::ApplicationModal);
+              typist.tap(KEY_ENTER);
+            }),
+            1000);
+  EXPECT_EQ(seen, 0);
+}
+
+TEST_F(AlertOnTheDesktop, isAnsweredByEachButton) {
+  EXPECT_EQ(runWith([](QMessageBox& box) { box.buttons()[1]->click(); }) +
+                runWith([](QMessageBox& box) { box.buttons()[0]->click(); }),
+            2001);
+}
+
+constexpr std::uint32_t kMacF9 = 101;
+constexpr std::uint32_t kMacF10 = 109;
+
+struct ApplicationOnTheDesktop : Desktop {
+  Application& application = host.application();
+  int launches = 0;
+
+  void runWith(std::function<void()> launched) {
+    application.setDelegate([this, launched] {
+      ++launches;
+      launched();
+    });
+    application.run();
+  }
+};
+
+TEST_F(ApplicationOnTheDesktop, namesItself) {
+  EXPECT_EQ(application.bundleIdentifier(), "org.lexwend.Lexwend");
+  EXPECT_EQ(application.displayName(), "Lexwend");
+  ASSERT_TRUE(application.shortVersionString().has_value());
+  EXPECT_NE(application.shortVersionString()->find('.'), std::string::npos);
+}
+
+TEST_F(ApplicationOnTheDesktop, tellsProgramsThatItStartsNothingOfItsDisplay) {
+  EXPECT_EQ(QGuiApplication::platformName(), QString("xcb"));
+  EXPECT_FALSE(qEnvironmentVariableIsSet("QT_QPA_PLATFORM"));
+}
+
+TEST_F(ApplicationOnTheDesktop, launchesOnceAndEndsWhenItIsToldTo) {
+  runWith([this] { application.terminate(); });
+  EXPECT_EQ(launches, 1);
+}
+
+TEST_F(ApplicationOnTheDesktop, endsByTheSystemsSignals) {
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+    runWith([signal] { ::raise(signal); });
+  }
+  EXPECT_EQ(launches, 3);
+}
+
+TEST_F(ApplicationOnTheDesktop, putsThingsBackBeforeItEnds) {
+  bool restored = false;
+  runWith([&] {
+    host.runLoop().dispatchAfter(60ms, [&] { restored = true; });
+    application.terminate();
+  });
+  EXPECT_TRUE(restored);
+}
+
+TEST_F(ApplicationOnTheDesktop, windowsAndHotKeysGoAtItsEndBeforeTheLastWork) {
+  int closes = 0;
+  OSStatus before = kHotKeyInvalidErr;
+  OSStatus after = kNoErr;
+  int visible = 0;
+  std::unique_ptr<RecorderWindow> window =
+      host.recorderWindows().create({}, {.save = {}, .cancel = {}, .willClose = [&] { ++closes; }});
+  runWith([&] {
+    window->showAndMakeKey();
+    before = host.hotKeyService().registerHotKey(kMacF9, 0, {}).status;
+    application.terminate();
+    host.runLoop().dispatchAfter(60ms, [&] {
+      for (const QWidget* each : QApplication::topLevelWidgets()) visible += each->isVisible() ? 1 : 0;
+      after = host.hotKeyService().registerHotKey(kMacF10, 0, {}).status;
+    });
+  });
+  EXPECT_EQ(closes, 0);
+  EXPECT_EQ(visible, 0);
+  EXPECT_EQ(before, kNoErr);
+  EXPECT_NE(after, kNoErr);
+}
+
+TEST_F(ApplicationOnTheDesktop, endsAlsoWhileAnAlertIsOpen) {
+  int response = 0;
+  runWith([&] {
+    host.runLoop().dispatchAfter(50ms, [this] { application.terminate(); });
+    response = host.alerts().runModal({"a", "b", {"c", "d"}});
+  });
+  EXPECT_EQ(response, 1001);
+}
+
+/// Counts the bells of the display.
+class BellListener {
+ public:
+  BellListener() {
+    xcb_discard_reply(c(), xcb_xkb_use_extension(c(), 1, 0).sequence);
+    constexpr std::uint16_t kBell = XCB_XKB_EVENT_TYPE_BELL_NOTIFY;
+    xcb_xkb_select_events(c(), XCB_XKB_ID_USE_CORE_KBD, kBell, 0, kBell, 0, 0, nullptr);
+    x11_->flush();
+    observation_ = x11_->observe([this](const xcb_generic_event_t& event) {
+      rings += eventType(event) == x11_->xkbFirstEvent() && event.pad0 == XCB_XKB_BELL_NOTIFY ? 1 : 0;
+    });
+  }
+  int rings = 0;
+
+ private:
+  xcb_connection_t* c() { return x11_->get(); }
+  std::shared_ptr<X11Connection> x11_ = X11Connection::open();
+  X11Connection::Observation observation_;
+};
+
+TEST_F(ApplicationOnTheDesktop, beepsByTheBellOfTheDisplay) {
+  BellListener listener;
+  pumpFor(20ms);
+  application.beep();
+  EXPECT_TRUE(pumpUntil([&] { return listener.rings == 1; }));
+}
+
+struct WorkspaceOnTheDesktop : Desktop {
+  Workspace& workspace = host.workspace();
+  BusPeer peer;
+};
+
+TEST_F(WorkspaceOnTheDesktop, tellsOfEachWakeFromSleepAndNotOfFallingAsleep) {
+  int wakes = 0;
+  workspace.observeDidWake([&] { ++wakes; });
+  peer.ownName("org.freedesktop.login1");
+  const auto sleep = [&](bool falling) {
+    peer.emit("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
+              g_variant_new("(b)", falling ? TRUE : FALSE));
+  };
+  sleep(true);
+  sleep(false);
+  EXPECT_TRUE(pumpUntil([&] { return wakes == 1; }));
+  sleep(true);
+  sleep(false);
+  EXPECT_TRUE(pumpUntil([&] { return wakes == 2; }));
+}
+
+TEST_F(WorkspaceOnTheDesktop, switchesAccessibilityOnWhereMacSettingsAreToBeOpened) {
+  std::atomic<bool> switchedOn = false;
+  peer.answer([&](const std::string& method, GVariant* arguments) -> GVariant* {
+    const char* interface = nullptr;
+    const char* name = nullptr;
+    GVariant* value = nullptr;
+    if (method != "Set") return nullptr;
+    g_variant_get(arguments, "(&s&sv)", &interface, &name, &value);
+    switchedOn = std::string(interface) == "org.a11y.Status" && std::string(name) == "IsEnabled" &&
+                 g_variant_get_boolean(value) != FALSE;
+    g_variant_unref(value);
+    return g_variant_new("()");
+  });
+  peer.ownName("org.a11y.Bus");
+  const auto url = workspace.urlFromString(
+      "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility");
+  ASSERT_NE(url, nullptr);
+  workspace.open(url);
+  EXPECT_TRUE(pumpUntil([&] { return switchedOn.load(); }));
+}
+
+TEST_F(WorkspaceOnTheDesktop, takesNoTextThatIsNoUrl) {
+  EXPECT_EQ(workspace.urlFromString(""), nullptr);
+  EXPECT_EQ(workspace.urlFromString("no url"), nullptr);
+  workspace.open(nullptr);
+}
+
+TEST_F(WorkspaceOnTheDesktop, namesNoApplicationWhereNoneHasTheKeyboard) {
+  EXPECT_EQ(workspace.frontmostApplication().has_value(), QApplication::activeWindow() != nullptr);
+}
+
+TEST_F(Desktop, makesThisProcessKnownOnTheSessionBusWhenItIsAskedWhoRuns) {
+  BusPeer peer;
+  const auto isOwned = [&peer] {
+    const auto reply = peer.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                 "NameHasOwner", g_variant_new("(s)", "org.lexwend.Test"));
+    gboolean owned = FALSE;
+    g_variant_get(reply.get(), "(b)", &owned);
+    return owned != FALSE;
+  };
+  EXPECT_FALSE(isOwned());
+  EXPECT_EQ(host.runningApplications().withBundleIdentifier("org.lexwend.Test"),
+            std::vector<ProcessIdentifier>{host.runningApplications().ownProcessIdentifier()});
+  EXPECT_TRUE(isOwned());
+}
+
+}  // namespace
+}  // namespace lexwend::platform

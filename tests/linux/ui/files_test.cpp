@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/files.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/linux/posix.h"
+#include "tests/linux/ui/temporary_folder.h"
+
+namespace lexwend::platform {
+namespace {
+
+struct UsersFiles : ::testing::Test {
+  test::TemporaryFolder folder;
+  std::string path = folder.file("a.log");
+  LinuxFiles files;
+};
+
+TEST_F(UsersFiles, openForWritingOnlyWhenTheyExist) {
+  EXPECT_EQ(files.fileHandleForWriting(path), nullptr);
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(UsersFiles, areWrittenInPlaceAndAtTheEnd) {
+  test::putContents(path, "abc");
+  auto handle = files.fileHandleForWriting(path);
+  ASSERT_NE(handle, nullptr);
+  handle->write("X");
+  handle->seekToEndOfFile();
+  handle->write("\n");
+  EXPECT_TRUE(handle->close());
+  EXPECT_FALSE(handle->close());
+  EXPECT_EQ(test::contentsOf(path), "Xbc\n");
+}
+
+TEST_F(UsersFiles, areReplacedAsAWhole) {
+  test::putContents(path, "a longer text");
+  EXPECT_TRUE(files.writeWholeFile(path, "short"));
+  EXPECT_EQ(test::contentsOf(path), "short");
+}
+
+TEST_F(UsersFiles, neverBringTheirFolder) {
+  EXPECT_FALSE(files.writeWholeFile(folder.file("missing/a.log"), "x"));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("missing")));
+}
+
+TEST_F(UsersFiles, onAFullDiskReportFailure) {
+  EXPECT_FALSE(files.writeWholeFile("/dev/full", "x"));
+}
+
+TEST(HomeFolder, isTheEnvironmentsElseTheAccounts) {
+  {
+    const test::EnvironmentVariable home("HOME", "/home/someone");
+    EXPECT_EQ(posix::homeDirectory(), "/home/someone");
+  }
+  const test::EnvironmentVariable home("HOME", nullptr);
+  EXPECT_EQ(posix::homeDirectory().substr(0, 1), "/");
+}
+
+}  // namespace
+}  // namespace lexwend::platform

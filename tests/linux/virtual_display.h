@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <sys/types.h>
+#include <xcb/xcb.h>
+
+namespace lexwend::platform {
+
+/// A private X server; from its construction to its destruction it is the display of DISPLAY.
+class VirtualDisplay {
+ public:
+  VirtualDisplay();
+  ~VirtualDisplay();
+  VirtualDisplay(const VirtualDisplay&) = delete;
+  VirtualDisplay& operator=(const VirtualDisplay&) = delete;
+
+  /// Configures the keyboard as setxkbmap does: "us,il" and variants ",lyx". Fails the test when that fails.
+  static void setLayouts(const std::string& layouts, const std::string& variants = "");
+
+ private:
+  pid_t server_ = -1;
+};
+
+/// Runs a program to its end; its exit status.
+int runProgram(const std::string& commandLine);
+
+/// Iterates the default main context until the condition holds; false when it does not within the time.
+bool pumpUntil(const std::function<bool()>& condition,
+               std::chrono::milliseconds time = std::chrono::seconds(10));
+/// Iterates the default main context for the whole time.
+void pumpFor(std::chrono::milliseconds time);
+
+/// What a user at the keyboard does, on a connection of its own. Each call returns when the server has
+/// handled it. Key codes are those of evdev.
+class Typist {
+ public:
+  Typist();
+  ~Typist();
+  Typist(const Typist&) = delete;
+  Typist& operator=(const Typist&) = delete;
+
+  void press(int evdevKey);
+  void release(int evdevKey);
+  void tap(int evdevKey);
+  /// The same on the server's own keyboard, where a person types, not on the one that simulated keys share.
+  void pressPhysically(int evdevKey);
+  void releasePhysically(int evdevKey);
+  /// Locks exactly these modifiers (core mask).
+  void lockModifiers(std::uint8_t mask);
+  void lockGroup(std::uint8_t group);
+  int group();
+  /// True while the server holds the key for pressed.
+  bool isDown(int evdevKey);
+
+  xcb_connection_t* connection() { return connection_; }
+  xcb_window_t root() const { return root_; }
+
+ private:
+  void fake(std::uint8_t type, int evdevKey, std::uint8_t device = 0);
+  std::uint8_t physicalKeyboard();
+  void sync();
+  xcb_connection_t* connection_;
+  xcb_window_t root_;
+};
+
+/// A window that has the input focus and remembers the keys that it gets.
+class FocusedWindow {
+ public:
+  /// `windowClass` becomes WM_CLASS; empty for none.
+  explicit FocusedWindow(const std::string& windowClass = "");
+  ~FocusedWindow();
+  FocusedWindow(const FocusedWindow&) = delete;
+  FocusedWindow& operator=(const FocusedWindow&) = delete;
+
+  /// The key events so far: "+37 +118 -118 -37" (X key codes).
+  std::string keys();
+
+ private:
+  xcb_connection_t* connection_;
+  xcb_window_t window_;
+  std::string keys_;
+};
+
+}  // namespace lexwend::platform

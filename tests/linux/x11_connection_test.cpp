@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/x11_connection.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include <glib.h>
+#include <gtest/gtest.h>
+
+#include "platform/linux/atspi_bus.h"
+#include "tests/linux/ui/temporary_folder.h"
+#include "tests/linux/virtual_display.h"
+
+namespace lexwend::platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(WindowClass, isUtf8WhateverTheWindowSays) {
+  const VirtualDisplay display;
+  const auto x11 = X11Connection::open();
+  {
+    const FocusedWindow window("Caf\xE9");
+    EXPECT_EQ(x11->activeWindowClass(), "Café");
+  }
+  const FocusedWindow window("Editor");
+  EXPECT_EQ(x11->activeWindowClass(), "Editor");
+}
+
+TEST(ConnectionWhoseServerDies, wakesNobody) {
+  auto display = std::make_unique<VirtualDisplay>();
+  const auto x11 = X11Connection::open();
+  display.reset();
+  pumpFor(50ms);
+  bool over = false;
+  int turns = 0;
+  const auto end = [](gpointer flag) -> gboolean {
+    *static_cast<bool*>(flag) = true;
+    return G_SOURCE_REMOVE;
+  };
+  g_timeout_add(100, end, &over);
+  while (!over) {
+    g_main_context_iteration(nullptr, TRUE);
+    ++turns;
+  }
+  EXPECT_LT(turns, 10);
+}
+
+TEST(AccessibilityWithoutASessionBus, startsNone) {
+  const VirtualDisplay display;
+  const test::TemporaryFolder folder;
+  const test::EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", nullptr);
+  const test::EnvironmentVariable runtime("XDG_RUNTIME_DIR", folder.path().c_str());
+  const auto trace = folder.file("started");
+  const auto launcher = folder.file("dbus-launch");
+  test::putContents(launcher, "#!/bin/sh\n: > '" + trace + "'\nexit 1\n");
+  std::filesystem::permissions(launcher, std::filesystem::perms::owner_all);
+  const test::EnvironmentVariable path("PATH", (folder.path() + ":" + std::getenv("PATH")).c_str());
+  AtspiBus bus;
+  bus.start();
+  pumpFor(500ms);
+  EXPECT_FALSE(bus.isConnected());
+  EXPECT_FALSE(std::filesystem::exists(trace));
+}
+
+}  // namespace
+}  // namespace lexwend::platform

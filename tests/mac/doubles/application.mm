@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: MIT
+// The application object, the running applications and the workspace.
+#include "tests/mac/doubles/user_interface.h"
+#include "tests/mac/runtime/runtime.h"
+
+using namespace lexwend;
+using namespace lexwend::doubles;
+
+extern "C" {
+id objc_storeWeak(id* location, id value);
+id objc_loadWeak(id* location);
+}
+
+__kindof NSApplication* NSApp = nil;
+NSNotificationName const NSWorkspaceDidWakeNotification = @"NSWorkspaceDidWakeNotification";
+NSNotificationName const NSWorkspaceWillSleepNotification = @"NSWorkspaceWillSleepNotification";
+
+namespace {
+struct State {
+  std::optional<long> policy;
+  int activations = 0;
+  int beeps = 0;
+  bool isTerminated = false;
+  bool isRunning = false;
+  std::function<void()> eventLoop;
+  std::optional<workspace::Running> frontmost;
+  std::vector<workspace::Running> running;
+  std::vector<std::string> openedUrls;
+};
+State& state() {
+  static auto* the = new State;
+  return *the;
+}
+/// A fresh process has no application object.
+void dropApplication() {
+  NSApp.delegate = nil;
+  [NSApp release];
+  NSApp = nil;
+}
+const ResetHook kReset([] {
+  state() = State{};
+  dropApplication();
+});
+const ProcessEndHook kProcessEnd([] {
+  dropApplication();
+  state().policy.reset();
+  state().isTerminated = false;
+  state().eventLoop = nullptr;
+});
+}  // namespace
+
+@interface NSApplication () {
+  id delegate_;
+}
+@end
+@implementation NSApplication
++ (NSApplication*)sharedApplication {
+  requireMainThread("+[NSApplication sharedApplication]");
+  record("+[NSApplication sharedApplication]");
+  if (NSApp == nil) NSApp = [[NSApplication alloc] init];
+  return NSApp;
+}
+- (id<NSApplicationDelegate>)delegate {
+  return objc_loadWeak(&delegate_);
+}
+- (void)setDelegate:(id<NSApplicationDelegate>)delegate {
+  requireMainThread("-[NSApplication setDelegate:]");
+  if (delegate != nil) record("-[NSApplication setDelegate:]");
+  objc_storeWeak(&delegate_, delegate);
+}
+- (void)dealloc {
+  objc_storeWeak(&delegate_, nil);
+  [super dealloc];
+}
+- (void)activateIgnoringOtherApps:(BOOL)ignoresOtherApps {
+  requireMainThread("-[NSApplication activateIgnoringOtherApps:]");
+  record("-[NSApplication activateIgnoringOtherApps:]", truth(ignoresOtherApps));
+  ++state().activations;
+}
+- (NSApplicationActivationPolicy)activationPolicy {
+  return static_cast<NSApplicationActivationPolicy>(state().policy.value_or(0));
+}
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
+  requireMainThread("-[NSApplication setActivationPolicy:]");
+  record("-[NSApplication setActivationPolicy:]", std::to_string(policy));
+  state().policy = policy;
+  return YES;
+}
+- (void)finishLaunching {
+  const id delegate = self.delegate;
+  NSNotification* notification =
+      [NSNotification notificationWithName:@"NSApplicationDidFinishLaunchingNotification" object:self];
+  if ([delegate respondsToSelector:@selector(applicationDidFinishLaunching:)])
+    [delegate applicationDidFinishLaunching:notification];
+}
+- (void)run {
+  requireMainThread("-[NSApplication run]");
+  record("-[NSApplication run]");
+  if (state().isRunning) die("-[NSApplication run] within itself");
+  if (self.delegate == nil) die("-[NSApplication run] without a delegate that is still alive");
+  state().isRunning = true;
+  @autoreleasepool {
+    [self finishLaunching];
+    if (state().eventLoop) state().eventLoop();
+  }
+  state().isRunning = false;
+}
+- (void)stop:(id)sender {
+  record("-[NSApplication stop:]");
+}
+- (void)terminate:(id)sender {
+  requireMainThread("-[NSApplication terminate:]");
+  record("-[NSApplication terminate:]");
+  // The real one ends the process here; a test goes on and sees that it was asked for.
+  state().isTerminated = true;
+}
+- (void)postEvent:(NSEvent*)event atStart:(BOOL)atStart {
+  record("-[NSApplication postEvent:atStart:]");
+}
+- (BOOL)sendAction:(SEL)action to:(id)target from:(id)sender {
+  sendAction(action, target, sender);
+  return target != nil;
+}
+- (BOOL)isRunning {
+  return state().isRunning;
+}
+- (BOOL)isActive {
+  return state().activations > 0;
+}
+- (NSWindow*)keyWindow {
+  return nil;
+}
+@end
+
+void NSBeep() {
+  record("NSBeep");
+  ++state().beeps;
+}
+
+@interface NSRunningApplication () {
+ @public
+  workspace::Running running_;
+}
+@end
+@implementation NSRunningApplication
+static NSRunningApplication* makeRunning(const workspace::Running& running) {
+  NSRunningApplication* made = [[[NSRunningApplication alloc] init] autorelease];
+  made->running_ = running;
+  return made;
+}
++ (NSArray*)runningApplicationsWithBundleIdentifier:(NSString*)identifier {
+  requireKind(identifier, [NSString class],
+              "+[NSRunningApplication runningApplicationsWithBundleIdentifier:]");
+  record("+[NSRunningApplication runningApplicationsWithBundleIdentifier:]", utf8(identifier));
+  NSMutableArray* found = [NSMutableArray array];
+  for (const auto& each : state().running)
+    if (each.bundleIdentifier == utf8(identifier)) [found addObject:makeRunning(each)];
+  return found;
+}
++ (NSRunningApplication*)currentApplication {
+  return makeRunning(
+      {utf8([NSBundle mainBundle].bundleIdentifier), [NSProcessInfo processInfo].processIdentifier});
+}
+- (NSString*)bundleIdentifier {
+  return running_.bundleIdentifier ? string(*running_.bundleIdentifier) : nil;
+}
+- (NSString*)localizedName {
+  return self.bundleIdentifier;
+}
+- (pid_t)processIdentifier {
+  return running_.processIdentifier;
+}
+- (BOOL)isTerminated {
+  return NO;
+}
+@end
+
+@interface NSNotificationCenter ()
++ (NSNotificationCenter*)makeOfKind:(const char*)kind;
+@end
+@implementation NSWorkspace
++ (NSWorkspace*)sharedWorkspace {
+  record("+[NSWorkspace sharedWorkspace]");
+  static NSWorkspace* the = keptForever([[NSWorkspace alloc] init]);
+  return the;
+}
+- (NSNotificationCenter*)notificationCenter {
+  static NSNotificationCenter* the = [NSNotificationCenter makeOfKind:"workspace"];
+  return the;
+}
+- (NSRunningApplication*)frontmostApplication {
+  record("-[NSWorkspace frontmostApplication]");
+  return state().frontmost ? makeRunning(*state().frontmost) : nil;
+}
+- (NSArray*)runningApplications {
+  NSMutableArray* found = [NSMutableArray array];
+  for (const auto& each : state().running) [found addObject:makeRunning(each)];
+  return found;
+}
+- (BOOL)openURL:(NSURL*)url {
+  requireKind(url, [NSURL class], "-[NSWorkspace openURL:]");
+  record("-[NSWorkspace openURL:]", utf8(url.absoluteString));
+  state().openedUrls.push_back(utf8(url.absoluteString));
+  return YES;
+}
+@end
+
+namespace lexwend::doubles::app {
+bool exists() { return NSApp != nil; }
+std::optional<long> activationPolicy() { return state().policy; }
+int activations() { return state().activations; }
+bool isTerminated() { return state().isTerminated; }
+int beeps() { return state().beeps; }
+void setEventLoop(std::function<void()> body) { state().eventLoop = std::move(body); }
+}  // namespace lexwend::doubles::app
+
+namespace lexwend::doubles::workspace {
+void setFrontmost(const std::optional<Running>& application) { state().frontmost = application; }
+void setRunning(const std::vector<Running>& applications) { state().running = applications; }
+std::vector<std::string> openedUrls() { return state().openedUrls; }
+void postDidWake() {
+  postTo([NSWorkspace sharedWorkspace].notificationCenter, NSWorkspaceDidWakeNotification);
+}
+}  // namespace lexwend::doubles::workspace

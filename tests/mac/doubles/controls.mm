@@ -1,0 +1,515 @@
+// SPDX-License-Identifier: MIT
+// Fonts, colours, images, views, labels and buttons.
+#include "tests/mac/doubles/system_objects.h"
+#include "tests/mac/doubles/user_interface.h"
+#include "tests/mac/runtime/runtime.h"
+
+using namespace lexwend;
+using namespace lexwend::doubles;
+
+// The weights are fractions between -1 and 1 on the real system too.
+const NSFontWeight NSFontWeightRegular = 0.0;
+const NSFontWeight NSFontWeightMedium = 0.23;
+const NSFontWeight NSFontWeightSemibold = 0.3;
+const NSFontWeight NSFontWeightBold = 0.4;
+
+@interface NSFont () {
+ @public
+  CGFloat size_;
+  NSFontWeight weight_;
+}
+@end
+@implementation NSFont
++ (NSFont*)systemFontOfSize:(CGFloat)size {
+  return [self systemFontOfSize:size weight:NSFontWeightRegular];
+}
++ (NSFont*)systemFontOfSize:(CGFloat)size weight:(NSFontWeight)weight {
+  NSFont* made = [[self alloc] init];
+  made->size_ = size;
+  made->weight_ = weight;
+  return [made autorelease];
+}
+- (CGFloat)pointSize {
+  return size_;
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  return [self retain];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
++ (BOOL)supportsSecureCoding {
+  return YES;
+}
+@end
+
+@implementation LXWColorValue
+@end
+@interface NSColor () {
+ @public
+  std::string name_;
+}
+@end
+@implementation NSColor
++ (NSColor*)makeNamed:(const char*)name {
+  NSColor* made = [[self alloc] init];
+  made->name_ = name;
+  return [made autorelease];
+}
++ (NSColor*)labelColor {
+  return [self makeNamed:"labelColor"];
+}
++ (NSColor*)secondaryLabelColor {
+  return [self makeNamed:"secondaryLabelColor"];
+}
++ (NSColor*)tertiaryLabelColor {
+  return [self makeNamed:"tertiaryLabelColor"];
+}
++ (NSColor*)quaternaryLabelColor {
+  return [self makeNamed:"quaternaryLabelColor"];
+}
++ (NSColor*)systemRedColor {
+  return [self makeNamed:"systemRedColor"];
+}
+- (CGColorRef)CGColor {
+  LXWColorValue* value = [[[LXWColorValue alloc] init] autorelease];
+  value->name = name_;
+  return (CGColorRef)value;
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  return [self retain];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
++ (BOOL)supportsSecureCoding {
+  return YES;
+}
+@end
+
+namespace {
+struct ImageState {
+  std::vector<std::string> unknownSymbols;
+};
+ImageState& imageState() {
+  static auto* the = new ImageState;
+  return *the;
+}
+const ResetHook kResetImages([] { imageState() = ImageState{}; });
+}  // namespace
+namespace lexwend::doubles::status_bar {
+void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push_back(name); }
+}  // namespace lexwend::doubles::status_bar
+
+@implementation NSImage
++ (instancetype)imageWithSystemSymbolName:(NSString*)name accessibilityDescription:(NSString*)description {
+  requireMainThread("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]");
+  requireKind(name, [NSString class], "+[NSImage imageWithSystemSymbolName:accessibilityDescription:]");
+  record("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]",
+         utf8(name) + ", " + utf8(description));
+  if (takeFailure("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]")) return nil;
+  for (const std::string& unknown : imageState().unknownSymbols)
+    if (unknown == utf8(name)) return nil;
+  NSImage* made = [[self alloc] init];
+  made->symbol_ = utf8(name);
+  made->description_ = [description copy];
+  return [made autorelease];
+}
++ (NSImage*)imageNamed:(NSString*)name {
+  return nil;
+}
+- (void)dealloc {
+  [description_ release];
+  [super dealloc];
+}
+- (BOOL)isTemplate {
+  return isTemplate_;
+}
+- (void)setTemplate:(BOOL)isTemplate {
+  record("-[NSImage setTemplate:]", truth(isTemplate));
+  isTemplate_ = isTemplate;
+}
+- (NSString*)accessibilityDescription {
+  return description_;
+}
+- (void)setAccessibilityDescription:(NSString*)description {
+  [description_ release];
+  description_ = [description copy];
+}
+- (NSSize)size {
+  return NSMakeSize(18, 18);
+}
+- (void)setSize:(NSSize)size {
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  return [self retain];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
++ (BOOL)supportsSecureCoding {
+  return YES;
+}
+@end
+
+@interface CALayer () {
+  CGColorRef background_;
+}
+@end
+@implementation CALayer
+@synthesize cornerRadius, masksToBounds;
+- (void)dealloc {
+  CGColorRelease(background_);
+  [super dealloc];
+}
+- (CGColorRef)backgroundColor {
+  return background_;
+}
+- (void)setBackgroundColor:(CGColorRef)color {
+  if (color != nullptr) requireKind(color, [LXWColorValue class], "-[CALayer setBackgroundColor:]");
+  CGColorRetain(color);
+  CGColorRelease(background_);
+  background_ = color;
+}
+@end
+
+@implementation NSResponder
+- (instancetype)init {
+  return [super init];
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+@end
+
+@implementation NSView
+- (instancetype)init {
+  return [self initWithFrame:NSZeroRect];
+}
+- (instancetype)initWithFrame:(NSRect)frame {
+  requireApplication("-[NSView initWithFrame:]");
+  self = [super init];
+  frame_ = frame;
+  subviews_ = [[NSMutableArray alloc] init];
+  return self;
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [self initWithFrame:NSZeroRect];
+}
+- (void)dealloc {
+  for (NSView* view in subviews_) view->superview_ = nil;
+  [subviews_ release];
+  [layer_ release];
+  [super dealloc];
+}
+- (NSRect)frame {
+  return frame_;
+}
+- (void)setFrame:(NSRect)frame {
+  requireMainThread("-[NSView setFrame:]");
+  frame_ = frame;
+}
+- (NSRect)bounds {
+  return NSMakeRect(0, 0, frame_.size.width, frame_.size.height);
+}
+- (void)setBounds:(NSRect)bounds {
+  die("-[NSView setBounds:] is not offered");
+}
+- (void)addSubview:(NSView*)view {
+  requireMainThread("-[NSView addSubview:]");
+  requireKind(view, [NSView class], "-[NSView addSubview:]");
+  [view retain];
+  [view removeFromSuperview];
+  [subviews_ addObject:view];
+  view->superview_ = self;
+  [view release];
+}
+- (void)removeFromSuperview {
+  if (superview_ == nil) return;
+  NSView* former = superview_;
+  superview_ = nil;
+  [former->subviews_ removeObject:self];
+}
+- (NSArray*)subviews {
+  return [[subviews_ copy] autorelease];
+}
+- (void)setSubviews:(NSArray*)views {
+  while (subviews_.count > 0) [[subviews_ lastObject] removeFromSuperview];
+  for (NSView* view in views) [self addSubview:view];
+}
+- (NSView*)superview {
+  return superview_;
+}
+- (NSWindow*)window {
+  return window_ != nil || superview_ == nil ? window_ : superview_.window;
+}
+- (BOOL)isHidden {
+  return isHidden_;
+}
+- (void)setHidden:(BOOL)hidden {
+  isHidden_ = hidden;
+}
+- (BOOL)wantsLayer {
+  return wantsLayer_;
+}
+// The layer exists once it was asked for, not earlier.
+- (void)setWantsLayer:(BOOL)wantsLayer {
+  wantsLayer_ = wantsLayer;
+  if (wantsLayer && layer_ == nil) layer_ = [[CALayer alloc] init];
+}
+- (CALayer*)layer {
+  return layer_;
+}
+- (void)setLayer:(CALayer*)layer {
+  [layer retain];
+  [layer_ release];
+  layer_ = layer;
+}
+- (BOOL)needsDisplay {
+  return NO;
+}
+- (void)setNeedsDisplay:(BOOL)needsDisplay {
+}
+- (NSUserInterfaceLayoutDirection)userInterfaceLayoutDirection {
+  return NSUserInterfaceLayoutDirectionLeftToRight;
+}
+- (void)setUserInterfaceLayoutDirection:(NSUserInterfaceLayoutDirection)direction {
+  record("-[NSView setUserInterfaceLayoutDirection:]", std::to_string(direction));
+}
+@end
+
+extern "C" {
+id objc_storeWeak(id* location, id value);
+id objc_loadWeak(id* location);
+void objc_destroyWeak(id* location);
+}
+
+@interface NSControl () {
+ @public
+  id target_;
+  SEL action_;
+  BOOL isDisabled_;
+  NSString* text_;
+  NSFont* font_;
+  NSTextAlignment alignment_;
+}
+@end
+@implementation NSControl
+@synthesize tag, baseWritingDirection, usesSingleLineMode;
+- (instancetype)initWithFrame:(NSRect)frame {
+  self = [super initWithFrame:frame];
+  text_ = @"";
+  alignment_ = NSTextAlignmentNatural;
+  return self;
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [self initWithFrame:NSZeroRect];
+}
+- (void)dealloc {
+  objc_destroyWeak(&target_);
+  [text_ release];
+  [font_ release];
+  [super dealloc];
+}
+- (id)target {
+  return objc_loadWeak(&target_);
+}
+- (void)setTarget:(id)target {
+  objc_storeWeak(&target_, target);
+}
+- (SEL)action {
+  return action_;
+}
+- (void)setAction:(SEL)action {
+  action_ = action;
+}
+- (BOOL)isEnabled {
+  return !isDisabled_;
+}
+- (void)setEnabled:(BOOL)enabled {
+  requireMainThread("-[NSControl setEnabled:]");
+  record("-[NSControl setEnabled:]", truth(enabled));
+  isDisabled_ = !enabled;
+}
+- (NSString*)stringValue {
+  return text_;
+}
+- (void)setStringValue:(NSString*)text {
+  requireMainThread("-[NSControl setStringValue:]");
+  requireKind(text, [NSString class], "-[NSControl setStringValue:]");
+  record("-[NSControl setStringValue:]", utf8(text));
+  NSString* copy = [text copy];
+  [text_ release];
+  text_ = copy;
+}
+- (NSFont*)font {
+  return font_;
+}
+- (void)setFont:(NSFont*)font {
+  if (font != nil) requireKind(font, [NSFont class], "-[NSControl setFont:]");
+  NSFont* copy = [font copy];
+  [font_ release];
+  font_ = copy;
+}
+- (NSTextAlignment)alignment {
+  return alignment_;
+}
+- (void)setAlignment:(NSTextAlignment)alignment {
+  alignment_ = alignment;
+}
+- (void)performClick:(id)sender {
+  requireMainThread("-[NSControl performClick:]");
+  if (!self.isEnabled) return;
+  sendAction(action_, self.target, self);
+}
+@end
+
+@interface NSTextField () {
+ @public
+  BOOL wraps_;
+  NSColor* textColor_;
+  NSColor* background_;
+}
+@end
+@implementation NSTextField
+@synthesize drawsBackground, bordered, bezeled, editable, selectable, maximumNumberOfLines;
++ (instancetype)makeWithString:(NSString*)text wraps:(BOOL)wraps {
+  requireKind(text, [NSString class], "+[NSTextField labelWithString:]");
+  NSTextField* made = [[[self alloc] initWithFrame:NSZeroRect] autorelease];
+  made->text_ = [text copy];
+  made->wraps_ = wraps;
+  made.selectable = wraps;  // of the two kinds of label, only this one lets its text be selected
+  made->font_ = [[NSFont systemFontOfSize:13] retain];
+  made->textColor_ = [[NSColor labelColor] retain];
+  return made;
+}
++ (instancetype)labelWithString:(NSString*)text {
+  return [self makeWithString:text wraps:NO];
+}
++ (instancetype)wrappingLabelWithString:(NSString*)text {
+  return [self makeWithString:text wraps:YES];
+}
+- (void)dealloc {
+  [textColor_ release];
+  [background_ release];
+  [super dealloc];
+}
+- (NSColor*)textColor {
+  return textColor_;
+}
+- (void)setTextColor:(NSColor*)color {
+  requireMainThread("-[NSTextField setTextColor:]");
+  if (color != nil) requireKind(color, [NSColor class], "-[NSTextField setTextColor:]");
+  NSColor* copy = [color copy];
+  [textColor_ release];
+  textColor_ = copy;
+}
+- (NSColor*)backgroundColor {
+  return background_;
+}
+- (void)setBackgroundColor:(NSColor*)color {
+  NSColor* copy = [color copy];
+  [background_ release];
+  background_ = copy;
+}
+@end
+
+@interface NSButton () {
+ @public
+  NSString* title_;
+  NSImage* image_;
+}
+@end
+@implementation NSButton
+@synthesize bezelStyle, state, keyEquivalent;
++ (instancetype)buttonWithTitle:(NSString*)title target:(id)target action:(SEL)action {
+  requireKind(title, [NSString class], "+[NSButton buttonWithTitle:target:action:]");
+  record("+[NSButton buttonWithTitle:target:action:]", utf8(title));
+  NSButton* made = [[[self alloc] initWithFrame:NSZeroRect] autorelease];
+  made.title = title;
+  made.target = target;
+  made.action = action;
+  made.bezelStyle = NSBezelStyleRounded;
+  made.font = [NSFont systemFontOfSize:13];
+  return made;
+}
+- (void)dealloc {
+  [title_ release];
+  [image_ release];
+  [keyEquivalent release];
+  [super dealloc];
+}
+- (NSString*)title {
+  return title_ == nil ? @"Button" : title_;
+}
+- (void)setTitle:(NSString*)title {
+  NSString* copy = [title copy];
+  [title_ release];
+  title_ = copy;
+}
+- (NSImage*)image {
+  return image_;
+}
+- (void)setImage:(NSImage*)image {
+  requireMainThread("-[NSButton setImage:]");
+  if (image != nil) requireKind(image, [NSImage class], "-[NSButton setImage:]");
+  record("-[NSButton setImage:]", image == nil ? "nil" : image->symbol_);
+  [image retain];
+  [image_ release];
+  image_ = image;
+}
+@end
+
+namespace lexwend::doubles {
+
+Rect rectOf(NSRect rect) { return {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height}; }
+
+void sendAction(SEL action, id target, id sender) {
+  if (action == nullptr || target == nil) return;
+  @autoreleasepool {
+    [target performSelector:action withObject:sender];
+  }
+}
+
+windows::Control controlOf(NSView* view) {
+  windows::Control seen;
+  seen.frame = rectOf(view.frame);
+  seen.hasLayer = view.layer != nil;
+  if (view.layer != nil) {
+    seen.cornerRadius = view.layer.cornerRadius;
+    if (CGColorRef color = view.layer.backgroundColor) seen.layerBackground = ((LXWColorValue*)color)->name;
+  }
+  if (![view isKindOfClass:[NSControl class]]) {
+    seen.kind = "view";
+    return seen;
+  }
+  auto* control = (NSControl*)view;
+  seen.isEnabled = control.isEnabled;
+  seen.alignment = control.alignment;
+  if (control.font != nil) {
+    seen.fontSize = control.font->size_;
+    seen.fontWeight = control.font->weight_;
+  }
+  if ([view isKindOfClass:[NSTextField class]]) {
+    auto* field = (NSTextField*)view;
+    seen.kind = field->wraps_ ? "wrapping label" : "label";
+    seen.text = utf8(field.stringValue);
+    seen.color = field->textColor_ == nil ? "" : field->textColor_->name_;
+  } else if ([view isKindOfClass:[NSButton class]]) {
+    auto* button = (NSButton*)view;
+    seen.kind = "button";
+    seen.text = utf8(button.title);
+    seen.bezelStyle = button.bezelStyle;
+  }
+  return seen;
+}
+
+}  // namespace lexwend::doubles

@@ -1,0 +1,953 @@
+// SPDX-License-Identifier: MIT
+// Time, the run loop and the main queue; notifications; files, defaults, dates, the bundle and the process.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+#include "tests/mac/doubles/support.h"
+#include "tests/mac/runtime/runtime.h"
+
+using namespace lexwend;
+using namespace lexwend::doubles;
+using std::chrono::microseconds;
+
+// -------------------------------------------------------------------------------------------------------
+// time
+
+@interface NSTimer () {
+ @public
+  void (^block_)(NSTimer*);
+  microseconds interval_;
+  microseconds due_;
+  BOOL repeats_;
+  BOOL isValid_;
+  BOOL isScheduled_;
+  BOOL isInCommonModes_;
+}
+@end
+
+namespace {
+
+struct OuterEvent {
+  microseconds due;
+  std::function<void()> run;
+};
+struct QueuedWork {
+  microseconds due;
+  dispatch_block_t block;
+};
+struct TimeState {
+  microseconds now{0};
+  microseconds slept{0};
+  double wallClockAtZero = 1'700'000'000;
+  std::vector<OuterEvent> outer;
+  std::vector<QueuedWork> queue;
+  std::vector<NSTimer*> timers;  // retained while they are scheduled and valid
+  bool isModal = false;          // the run loop is in the mode of a modal panel
+};
+TimeState& timeState() {
+  static auto* the = new TimeState;
+  return *the;
+}
+
+void dropTimer(NSTimer* timer) {
+  auto& timers = timeState().timers;
+  const auto place = std::find(timers.begin(), timers.end(), timer);
+  if (place == timers.end()) return;
+  timers.erase(place);
+  [timer release];
+}
+
+void dropTimersAndQueue() {
+  while (!timeState().timers.empty()) [timeState().timers.back() invalidate];
+  for (QueuedWork& work : std::exchange(timeState().queue, {})) [(id)work.block release];
+}
+const ProcessEndHook kEndTime([] { dropTimersAndQueue(); });
+const ResetHook kResetTime([] {
+  dropTimersAndQueue();
+  timeState() = TimeState{};
+});
+
+microseconds fromSeconds(double seconds) { return microseconds(std::llround(seconds * 1e6)); }
+
+constexpr microseconds kNever = microseconds::max();
+
+microseconds earliestOuter() {
+  microseconds due = kNever;
+  for (const OuterEvent& event : timeState().outer) due = std::min(due, event.due);
+  return due;
+}
+/// The valid timer that is due first, of those that the run loop's present mode knows; nil when there is
+/// none.
+NSTimer* nextTimer() {
+  NSTimer* next = nil;
+  for (NSTimer* each : timeState().timers) {
+    if (timeState().isModal && !each->isInCommonModes_) continue;
+    if (next == nil || each->due_ < next->due_) next = each;
+  }
+  return next;
+}
+microseconds earliestInRunLoop() {
+  microseconds due = kNever;
+  for (const QueuedWork& work : timeState().queue) due = std::min(due, work.due);
+  if (NSTimer* timer = nextTimer()) due = std::min(due, timer->due_);
+  return due;
+}
+
+void runOuterDue() {
+  while (earliestOuter() <= timeState().now) {
+    auto& outer = timeState().outer;
+    const auto next = std::min_element(outer.begin(), outer.end(),
+                                       [](const auto& a, const auto& b) { return a.due < b.due; });
+    const auto run = std::move(next->run);
+    outer.erase(next);
+    run();
+  }
+}
+
+/// Time passes while the main thread is blocked: only the outer world moves.
+void sleepFor(microseconds duration) {
+  const microseconds end = timeState().now + duration;
+  while (earliestOuter() <= end) {
+    timeState().now = std::max(timeState().now, earliestOuter());
+    runOuterDue();
+  }
+  timeState().now = end;
+}
+
+void enqueue(microseconds due, dispatch_block_t block) {
+  timeState().queue.push_back({due, (dispatch_block_t)[(id)block copy]});
+}
+
+void requireMainQueue(dispatch_queue_t queue, const char* what) {
+  if ((void*)queue != (void*)dispatch_get_main_queue()) die(std::string(what) + ": not the main queue");
+}
+
+}  // namespace
+
+namespace lexwend::doubles {
+
+void runMainQueueAndTimersDue() {
+  runOuterDue();
+  while (earliestInRunLoop() <= timeState().now) {
+    @autoreleasepool {
+      auto& queue = timeState().queue;
+      const auto work = std::min_element(queue.begin(), queue.end(),
+                                         [](const auto& a, const auto& b) { return a.due < b.due; });
+      NSTimer* timer = nextTimer();
+      if (timer == nil || (work != queue.end() && work->due <= timer->due_)) {
+        const dispatch_block_t block = work->block;
+        queue.erase(work);
+        block();
+        [(id)block release];
+      } else {
+        [[timer retain] autorelease];
+        // A timer that was held up fires once for all the times that it missed.
+        timer->due_ += ((timeState().now - timer->due_) / timer->interval_ + 1) * timer->interval_;
+        [timer fire];
+      }
+    }
+    runOuterDue();
+  }
+}
+
+namespace time {
+void advance(microseconds duration) {
+  const microseconds end = timeState().now + duration;
+  runMainQueueAndTimersDue();
+  for (;;) {
+    const microseconds next = std::min(earliestOuter(), earliestInRunLoop());
+    if (next > end) break;
+    timeState().now = std::max(timeState().now, next);
+    runMainQueueAndTimersDue();
+  }
+  // Work that slept may have gone beyond the end already.
+  timeState().now = std::max(timeState().now, end);
+}
+void advanceInModalPanel(microseconds duration) {
+  const bool wasModal = timeState().isModal;
+  timeState().isModal = true;
+  advance(duration);
+  timeState().isModal = wasModal;
+}
+void block(microseconds duration) { sleepFor(duration); }
+void later(microseconds delay, std::function<void()> event) {
+  timeState().outer.push_back({timeState().now + delay, std::move(event)});
+}
+microseconds now() { return timeState().now; }
+microseconds slept() { return timeState().slept; }
+std::size_t scheduledTimers() { return timeState().timers.size(); }
+std::size_t pendingMainQueueWork() { return timeState().queue.size(); }
+void setWallClock(double secondsSince1970) {
+  timeState().wallClockAtZero = secondsSince1970 - static_cast<double>(timeState().now.count()) / 1e6;
+}
+}  // namespace time
+
+}  // namespace lexwend::doubles
+
+// The C library's own function gives way to this one in the program that links it.
+int usleep(useconds_t duration) {
+  record("usleep", std::to_string(duration));
+  timeState().slept += microseconds(duration);
+  sleepFor(microseconds(duration));
+  return 0;
+}
+
+@implementation NSTimer
++ (NSTimer*)timerWithTimeInterval:(NSTimeInterval)interval
+                          repeats:(BOOL)repeats
+                            block:(void (^)(NSTimer*))block {
+  requireNonnull((void*)block, "+[NSTimer timerWithTimeInterval:repeats:block:]");
+  NSTimer* made = [[[self alloc] init] autorelease];
+  made->block_ = (void (^)(NSTimer*))[(id)block copy];
+  // The system replaces an interval that is not positive by a tenth of a millisecond.
+  made->interval_ = std::max(fromSeconds(interval), microseconds(100));
+  made->repeats_ = repeats;
+  made->isValid_ = YES;
+  return made;
+}
++ (NSTimer*)scheduledTimerWithTimeInterval:(NSTimeInterval)interval
+                                   repeats:(BOOL)repeats
+                                     block:(void (^)(NSTimer*))block {
+  requireMainThread("+[NSTimer scheduledTimerWithTimeInterval:repeats:block:]");
+  record("+[NSTimer scheduledTimerWithTimeInterval:repeats:block:]",
+         decimal(interval) + ", repeats=" + truth(repeats));
+  NSTimer* made = [self timerWithTimeInterval:interval repeats:repeats block:block];
+  // In the default mode alone: it stands still while a modal panel or a menu is open.
+  [[NSRunLoop mainRunLoop] addTimer:made forMode:NSDefaultRunLoopMode];
+  return made;
+}
+- (void)dealloc {
+  [(id)block_ release];
+  [super dealloc];
+}
+- (void)fire {
+  if (!isValid_) return;
+  // The block may drop its own timer.
+  [[self retain] autorelease];
+  block_(self);
+  if (!repeats_) [self invalidate];
+}
+- (void)invalidate {
+  record("-[NSTimer invalidate]");
+  if (!isValid_) return;
+  isValid_ = NO;
+  // The block goes at once, even when it is the one that is running.
+  [(id)block_ release];
+  block_ = nil;
+  dropTimer(self);
+}
+- (BOOL)isValid {
+  return isValid_;
+}
+- (NSTimeInterval)timeInterval {
+  return repeats_ ? static_cast<double>(interval_.count()) / 1e6 : 0;
+}
+- (NSTimeInterval)tolerance {
+  return 0;
+}
+- (void)setTolerance:(NSTimeInterval)tolerance {
+  record("-[NSTimer setTolerance:]", decimal(tolerance));
+}
+@end
+
+NSRunLoopMode const NSDefaultRunLoopMode = @"kCFRunLoopDefaultMode";
+NSRunLoopMode const NSRunLoopCommonModes = @"kCFRunLoopCommonModes";
+@implementation NSRunLoop
++ (NSRunLoop*)mainRunLoop {
+  static NSRunLoop* the = keptForever([[NSRunLoop alloc] init]);
+  return the;
+}
++ (NSRunLoop*)currentRunLoop {
+  requireMainThread("+[NSRunLoop currentRunLoop]");
+  return [self mainRunLoop];
+}
+- (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode {
+  if (!timer->isValid_) die("-[NSRunLoop addTimer:forMode:] with a timer that is no longer valid");
+  record("-[NSRunLoop addTimer:forMode:]", utf8(mode));
+  if ([mode isEqualToString:NSRunLoopCommonModes]) timer->isInCommonModes_ = YES;
+  if (timer->isScheduled_) return;
+  timer->isScheduled_ = YES;
+  timer->due_ = timeState().now + timer->interval_;
+  timeState().timers.push_back([timer retain]);
+}
+- (void)run {
+  die("-[NSRunLoop run] never returns; use the application's event loop");
+}
+- (void)runUntilDate:(NSDate*)limit {
+  time::advance(std::max(microseconds(0), fromSeconds(limit.timeIntervalSinceNow)));
+}
+- (BOOL)runMode:(NSRunLoopMode)mode beforeDate:(NSDate*)limit {
+  runMainQueueAndTimersDue();
+  return YES;
+}
+@end
+
+extern "C" {
+const CFRunLoopMode kCFRunLoopDefaultMode = CFSTR("kCFRunLoopDefaultMode");
+const CFRunLoopMode kCFRunLoopCommonModes = CFSTR("kCFRunLoopCommonModes");
+CFRunLoopRef CFRunLoopGetMain() { return (CFRunLoopRef)[NSRunLoop mainRunLoop]; }
+CFRunLoopRef CFRunLoopGetCurrent() { return (CFRunLoopRef)[NSRunLoop currentRunLoop]; }
+CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode, CFTimeInterval seconds, Boolean) {
+  time::advance(fromSeconds(seconds));
+  return kCFRunLoopRunTimedOut;
+}
+void CFRunLoopRun() { die("CFRunLoopRun never returns; use the application's event loop"); }
+void CFRunLoopStop(CFRunLoopRef) { record("CFRunLoopStop"); }
+CFAbsoluteTime CFAbsoluteTimeGetCurrent() {
+  constexpr double kFrom1970To2001 = 978307200;
+  return timeState().wallClockAtZero + static_cast<double>(timeState().now.count()) / 1e6 - kFrom1970To2001;
+}
+
+// Only the queue's address is used. Its isa makes it an object that is never counted.
+extern void* lexwend_constantStringClass[] __asm__("OBJC_CLASS_$_NSConstantString");
+struct dispatch_queue_s {
+  void* isa;
+};
+struct dispatch_queue_s _dispatch_main_q = {lexwend_constantStringClass};
+
+dispatch_time_t dispatch_time(dispatch_time_t when, int64_t delta) {
+  // A point in time is the session's nanoseconds, moved away from the value that means now.
+  const auto now = static_cast<std::uint64_t>(timeState().now.count()) * NSEC_PER_USEC + 1;
+  return (when == DISPATCH_TIME_NOW ? now : when) + static_cast<std::uint64_t>(delta);
+}
+void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block_t block) {
+  requireMainQueue(queue, "dispatch_after");
+  requireNonnull((void*)block, "dispatch_after: the block");
+  const auto due = microseconds(static_cast<std::int64_t>((when - 1) / NSEC_PER_USEC));
+  record("dispatch_after", std::to_string((due - timeState().now).count()) + " us");
+  enqueue(due, block);
+}
+void dispatch_async(dispatch_queue_t queue, dispatch_block_t block) {
+  requireMainQueue(queue, "dispatch_async");
+  record("dispatch_async");
+  enqueue(timeState().now, block);
+}
+void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t work) {
+  dispatch_after(when, queue, ^{
+    work(context);
+  });
+}
+void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
+  dispatch_async(queue, ^{
+    work(context);
+  });
+}
+void dispatch_once(dispatch_once_t* predicate, __attribute__((noescape)) dispatch_block_t block) {
+  if (*predicate != 0) return;
+  *predicate = ~0L;
+  block();
+}
+}
+
+@implementation NSThread
++ (BOOL)isMainThread {
+  return objc::isMainThread();
+}
+@end
+
+// ----------------------------------------------------------------------------------------------
+// notifications
+
+@implementation NSOperationQueue
++ (NSOperationQueue*)mainQueue {
+  static NSOperationQueue* the = keptForever([[NSOperationQueue alloc] init]);
+  return the;
+}
++ (NSOperationQueue*)currentQueue {
+  return objc::isMainThread() ? [self mainQueue] : nil;
+}
+- (void)addOperationWithBlock:(void (^)(void))block {
+  enqueue(timeState().now, block);
+}
+@end
+
+@interface NSNotification () {
+  NSString* name_;
+  id object_;
+}
+@end
+@implementation NSNotification
++ (instancetype)notificationWithName:(NSNotificationName)name object:(id)object {
+  NSNotification* made = [[self alloc] init];
+  made->name_ = [name copy];
+  made->object_ = [object retain];
+  return [made autorelease];
+}
+- (void)dealloc {
+  [name_ release];
+  [object_ release];
+  [super dealloc];
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  return [self retain];
+}
+- (NSNotificationName)name {
+  return name_;
+}
+- (id)object {
+  return object_;
+}
+- (NSDictionary*)userInfo {
+  return nil;
+}
+@end
+
+/// The token of a block that observes; the centre keeps it until it is removed.
+@interface LXWObserver : NSObject {
+ @public
+  NSString* name;
+  NSOperationQueue* queue;
+  void (^block)(NSNotification*);
+}
+@end
+@implementation LXWObserver
+- (void)dealloc {
+  [name release];
+  [(id)block release];
+  [super dealloc];
+}
+@end
+
+namespace {
+std::vector<NSNotificationCenter*>& centers() {
+  static auto* the = new std::vector<NSNotificationCenter*>;
+  return *the;
+}
+}  // namespace
+
+@interface NSNotificationCenter () {
+ @public
+  std::string kind_;
+  std::vector<LXWObserver*> observers_;
+}
+@end
+@implementation NSNotificationCenter
++ (NSNotificationCenter*)makeOfKind:(const char*)kind {
+  NSNotificationCenter* made = keptForever([[self alloc] init]);
+  made->kind_ = kind;
+  centers().push_back(made);
+  return made;
+}
++ (NSNotificationCenter*)defaultCenter {
+  static NSNotificationCenter* the = [NSNotificationCenter makeOfKind:"default"];
+  return the;
+}
+- (id<NSObject>)addObserverForName:(NSNotificationName)name
+                            object:(id)object
+                             queue:(NSOperationQueue*)queue
+                        usingBlock:(void (^)(NSNotification*))block {
+  requireNonnull((void*)block, "-[NSNotificationCenter addObserverForName:object:queue:usingBlock:]");
+  record("-[NSNotificationCenter addObserverForName:object:queue:usingBlock:]",
+         kind_ + ", " + utf8(name) + ", object=" + (object == nil ? "nil" : "set") + ", queue=" +
+             (queue == nil                            ? "nil"
+              : queue == [NSOperationQueue mainQueue] ? "main"
+                                                      : "other"));
+  LXWObserver* observer = [[LXWObserver alloc] init];
+  observer->name = [name copy];
+  observer->queue = queue;
+  observer->block = (void (^)(NSNotification*))[(id)block copy];
+  observers_.push_back(observer);
+  return [[observer retain] autorelease];
+}
+- (void)addObserver:(id)observer selector:(SEL)selector name:(NSNotificationName)name object:(id)object {
+  die("-[NSNotificationCenter addObserver:selector:name:object:] is not offered; observe with a block");
+}
+- (void)removeObserver:(id)observer {
+  record("-[NSNotificationCenter removeObserver:]", kind_);
+  const auto place = std::find(observers_.begin(), observers_.end(), (LXWObserver*)observer);
+  if (place == observers_.end()) return;
+  LXWObserver* removed = *place;
+  observers_.erase(place);
+  [removed release];
+}
+- (void)removeObserver:(id)observer name:(NSNotificationName)name object:(id)object {
+  [self removeObserver:observer];
+}
+- (void)postNotificationName:(NSNotificationName)name object:(id)object {
+  @autoreleasepool {
+    NSNotification* notification = [NSNotification notificationWithName:name object:object];
+    for (LXWObserver* observer : std::vector<LXWObserver*>(observers_)) {
+      if (observer->name != nil && ![observer->name isEqualToString:name]) continue;
+      if (observer->queue == nil) die("an observer without a queue: it would run on the thread that posts");
+      [[observer retain] autorelease];
+      observer->block(notification);
+    }
+  }
+}
+@end
+@implementation NSDistributedNotificationCenter
++ (NSDistributedNotificationCenter*)defaultCenter {
+  static auto* the = (NSDistributedNotificationCenter*)[self makeOfKind:"distributed"];
+  return the;
+}
+@end
+
+namespace lexwend::doubles {
+void postTo(NSNotificationCenter* center, NSString* name) { [center postNotificationName:name object:nil]; }
+namespace workspace {
+std::size_t observers() {
+  std::size_t count = 0;
+  for (NSNotificationCenter* center : centers()) count += center->observers_.size();
+  return count;
+}
+}  // namespace workspace
+}  // namespace lexwend::doubles
+namespace {
+void dropObservers() {
+  for (NSNotificationCenter* center : centers()) {
+    for (LXWObserver* observer : center->observers_) [observer release];
+    center->observers_.clear();
+  }
+}
+const ResetHook kResetObservers([] { dropObservers(); });
+const ProcessEndHook kEndObservers([] { dropObservers(); });
+}  // namespace
+
+// ------------------------------------------------------------------------------------- the process and its
+// files
+
+namespace {
+struct ProcessState {
+  std::int32_t pid = 4711;
+  std::optional<std::string> bundleIdentifier = "org.lexwend.Lexwend";
+  std::map<std::string, Value> info{{"CFBundleShortVersionString", std::string("1.0")},
+                                    {"CFBundleName", std::string("Lexwend")}};
+  bool isInfoAbsent = false;
+  std::string home = "/nonexistent";
+  std::vector<std::string> readOnlyPaths;
+  NSMutableDictionary* defaults = nil;
+};
+ProcessState& processState() {
+  static auto* the = new ProcessState;
+  return *the;
+}
+const ResetHook kResetProcess([] {
+  [processState().defaults release];
+  processState() = ProcessState{};
+});
+NSMutableDictionary* storedDefaults() {
+  if (processState().defaults == nil) processState().defaults = [[NSMutableDictionary alloc] init];
+  return processState().defaults;
+}
+}  // namespace
+
+namespace lexwend::doubles::process {
+void setIdentifier(std::int32_t pid) { processState().pid = pid; }
+void setBundleIdentifier(const std::optional<std::string>& identifier) {
+  processState().bundleIdentifier = identifier;
+}
+void setInfo(const std::string& key, const Value& value) { processState().info[key] = value; }
+void infoIsAbsent() { processState().isInfoAbsent = true; }
+void setHomeDirectory(const std::string& path) { processState().home = path; }
+void setReadOnly(const std::string& path) { processState().readOnlyPaths.push_back(path); }
+}  // namespace lexwend::doubles::process
+
+bool lexwend::doubles::isReadOnly(const std::string& path) {
+  const auto& paths = processState().readOnlyPaths;
+  return std::find(paths.begin(), paths.end(), path) != paths.end();
+}
+
+namespace lexwend::doubles::defaults {
+void set(const std::string& key, const Value& value) {
+  @autoreleasepool {
+    [storedDefaults() setObject:objectOf(value) forKey:string(key)];
+  }
+}
+std::optional<Value> get(const std::string& key) {
+  @autoreleasepool {
+    const id stored = [storedDefaults() objectForKey:string(key)];
+    if (stored == nil) return std::nullopt;
+    return valueOf(stored);
+  }
+}
+}  // namespace lexwend::doubles::defaults
+
+@implementation NSUserDefaults
++ (NSUserDefaults*)standardUserDefaults {
+  record("+[NSUserDefaults standardUserDefaults]");
+  static NSUserDefaults* the = keptForever([[NSUserDefaults alloc] init]);
+  return the;
+}
+- (id)objectForKey:(NSString*)key {
+  requireKind(key, [NSString class], "-[NSUserDefaults objectForKey:]");
+  record("-[NSUserDefaults objectForKey:]", utf8(key));
+  return [[[storedDefaults() objectForKey:key] retain] autorelease];
+}
+- (void)setObject:(id)value forKey:(NSString*)key {
+  requireKind(key, [NSString class], "-[NSUserDefaults setObject:forKey:]");
+  record("-[NSUserDefaults setObject:forKey:]", describe(value) + ", " + utf8(key));
+  [storedDefaults() setObject:value forKeyedSubscript:key];
+}
+- (void)removeObjectForKey:(NSString*)key {
+  record("-[NSUserDefaults removeObjectForKey:]", utf8(key));
+  [storedDefaults() removeObjectForKey:key];
+}
+- (NSString*)stringForKey:(NSString*)key {
+  const id stored = [self objectForKey:key];
+  return [stored isKindOfClass:[NSString class]] ? stored : nil;
+}
+// Both conversions also take text, as the system does.
+- (NSInteger)integerForKey:(NSString*)key {
+  const id stored = [self objectForKey:key];
+  const bool isConvertible =
+      [stored isKindOfClass:[NSNumber class]] || [stored isKindOfClass:[NSString class]];
+  return isConvertible ? [stored integerValue] : 0;
+}
+- (BOOL)boolForKey:(NSString*)key {
+  requireKind(key, [NSString class], "-[NSUserDefaults boolForKey:]");
+  record("-[NSUserDefaults boolForKey:]", utf8(key));
+  const id stored = [storedDefaults() objectForKey:key];
+  if ([stored isKindOfClass:[NSNumber class]]) return [stored boolValue];
+  if ([stored isKindOfClass:[NSString class]])
+    return utf8(stored) == "YES" || utf8(stored) == "true" || [stored integerValue] != 0;
+  return NO;
+}
+- (void)setInteger:(NSInteger)value forKey:(NSString*)key {
+  requireKind(key, [NSString class], "-[NSUserDefaults setInteger:forKey:]");
+  record("-[NSUserDefaults setInteger:forKey:]", std::to_string(value) + ", " + utf8(key));
+  [storedDefaults() setObject:[NSNumber numberWithInteger:value] forKey:key];
+}
+- (void)setBool:(BOOL)value forKey:(NSString*)key {
+  requireKind(key, [NSString class], "-[NSUserDefaults setBool:forKey:]");
+  record("-[NSUserDefaults setBool:forKey:]", truth(value) + ", " + utf8(key));
+  [storedDefaults() setObject:[NSNumber numberWithBool:value] forKey:key];
+}
+- (BOOL)synchronize {
+  return YES;
+}
+@end
+
+@implementation NSFileManager
++ (NSFileManager*)defaultManager {
+  record("+[NSFileManager defaultManager]");
+  static NSFileManager* the = keptForever([[NSFileManager alloc] init]);
+  return the;
+}
+- (NSURL*)homeDirectoryForCurrentUser {
+  record("-[NSFileManager homeDirectoryForCurrentUser]");
+  return [NSURL fileURLWithPath:string(processState().home)];
+}
+- (BOOL)fileExistsAtPath:(NSString*)path {
+  return access(utf8(path).c_str(), F_OK) == 0;
+}
+@end
+NSString* NSHomeDirectory() { return string(processState().home); }
+
+@interface NSFileHandle () {
+  std::FILE* file_;
+}
+@end
+@implementation NSFileHandle
++ (instancetype)fileHandleForWritingToURL:(NSURL*)url error:(NSError**)error {
+  requireKind(url, [NSURL class], "+[NSFileHandle fileHandleForWritingToURL:error:]");
+  record("+[NSFileHandle fileHandleForWritingToURL:error:]", utf8(url.path));
+  // Neither creates the file nor cuts it; the position is its beginning.
+  const bool isRefused =
+      isReadOnly(utf8(url.path)) || takeFailure("+[NSFileHandle fileHandleForWritingToURL:error:]");
+  std::FILE* file = isRefused ? nullptr : std::fopen(utf8(url.path).c_str(), "r+b");
+  if (file == nullptr) {
+    if (error != nullptr) *error = [NSError errorWithDomain:NSCocoaErrorDomain code:4 userInfo:nil];
+    return nil;
+  }
+  NSFileHandle* made = [[self alloc] init];
+  made->file_ = file;
+  return [made autorelease];
+}
++ (instancetype)fileHandleForUpdatingURL:(NSURL*)url error:(NSError**)error {
+  die("+[NSFileHandle fileHandleForUpdatingURL:error:] asks for more than the right to write");
+}
+- (void)dealloc {
+  if (file_ != nullptr) std::fclose(file_);
+  [super dealloc];
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  return [self retain];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
++ (BOOL)supportsSecureCoding {
+  return NO;
+}
+static std::FILE* openFile(NSFileHandle* handle, const char* what) {
+  if (handle->file_ == nullptr) die(std::string(what) + " on a closed file handle");
+  return handle->file_;
+}
+- (unsigned long long)seekToEndOfFile {
+  record("-[NSFileHandle seekToEndOfFile]");
+  std::fseek(openFile(self, "-[NSFileHandle seekToEndOfFile]"), 0, SEEK_END);
+  return (unsigned long long)std::ftell(file_);
+}
+- (void)writeData:(NSData*)data {
+  requireKind(data, [NSData class], "-[NSFileHandle writeData:]");
+  record("-[NSFileHandle writeData:]", std::to_string(data.length) + " bytes");
+  std::FILE* file = openFile(self, "-[NSFileHandle writeData:]");
+  // The real one raises an exception here, which unwinds as one of C++.
+  if (takeFailure("-[NSFileHandle writeData:]"))
+    throw std::runtime_error("-[NSFileHandle writeData:] raised");
+  if (std::fwrite(data.bytes, 1, data.length, file) != data.length) die("-[NSFileHandle writeData:] failed");
+}
+- (void)closeFile {
+  [self closeAndReturnError:nullptr];
+}
+- (BOOL)seekToEndReturningOffset:(unsigned long long*)offset error:(NSError**)error {
+  record("-[NSFileHandle seekToEndReturningOffset:error:]");
+  std::fseek(openFile(self, "-[NSFileHandle seekToEndReturningOffset:error:]"), 0, SEEK_END);
+  if (offset != nullptr) *offset = (unsigned long long)std::ftell(file_);
+  return YES;
+}
+- (BOOL)writeData:(NSData*)data error:(NSError**)error {
+  requireKind(data, [NSData class], "-[NSFileHandle writeData:error:]");
+  record("-[NSFileHandle writeData:error:]", std::to_string(data.length) + " bytes");
+  return std::fwrite(data.bytes, 1, data.length, openFile(self, "-[NSFileHandle writeData:error:]")) ==
+         data.length;
+}
+- (BOOL)closeAndReturnError:(NSError**)error {
+  record("-[NSFileHandle closeAndReturnError:]");
+  const bool isClosed = std::fclose(openFile(self, "-[NSFileHandle closeAndReturnError:]")) == 0 &&
+                        !takeFailure("-[NSFileHandle closeAndReturnError:]");
+  file_ = nullptr;
+  if (!isClosed && error != nullptr)
+    *error = [NSError errorWithDomain:NSPOSIXErrorDomain code:5 userInfo:nil];
+  return isClosed;
+}
+- (BOOL)synchronizeAndReturnError:(NSError**)error {
+  return std::fflush(file_) == 0;
+}
+@end
+
+@interface NSDate () {
+  double secondsSince1970_;
+}
+@end
+@implementation NSDate
++ (instancetype)date {
+  return [self dateWithTimeIntervalSinceNow:0];
+}
++ (instancetype)dateWithTimeIntervalSince1970:(NSTimeInterval)seconds {
+  NSDate* made = [[self alloc] init];
+  made->secondsSince1970_ = seconds;
+  return [made autorelease];
+}
++ (instancetype)dateWithTimeIntervalSinceNow:(NSTimeInterval)seconds {
+  const double now = timeState().wallClockAtZero + static_cast<double>(timeState().now.count()) / 1e6;
+  return [self dateWithTimeIntervalSince1970:now + seconds];
+}
++ (NSDate*)distantFuture {
+  return [self dateWithTimeIntervalSinceNow:1e9];
+}
++ (NSDate*)distantPast {
+  return [self dateWithTimeIntervalSinceNow:-1e9];
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  return [self retain];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
++ (BOOL)supportsSecureCoding {
+  return YES;
+}
+- (NSTimeInterval)timeIntervalSince1970 {
+  return secondsSince1970_;
+}
+- (NSTimeInterval)timeIntervalSinceNow {
+  return secondsSince1970_ - [[NSDate date] timeIntervalSince1970];
+}
+@end
+
+@implementation NSFormatter
+- (id)copyWithZone:(struct _NSZone*)zone {
+  die("-[NSFormatter copy] is not offered");
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
+@end
+
+@interface NSDateFormatter () {
+  NSString* format_;
+}
+@end
+@implementation NSDateFormatter
+- (void)dealloc {
+  [format_ release];
+  [super dealloc];
+}
+- (void)setDateFormat:(NSString*)format {
+  record("-[NSDateFormatter setDateFormat:]", utf8(format));
+  [format_ release];
+  format_ = [format copy];
+}
+- (NSString*)dateFormat {
+  return format_;
+}
+- (void)setLocale:(NSLocale*)locale {
+  record("-[NSDateFormatter setLocale:]");
+}
+- (NSLocale*)locale {
+  return nil;
+}
+- (void)setTimeZone:(NSTimeZone*)zone {
+  record("-[NSDateFormatter setTimeZone:]");
+}
+- (NSTimeZone*)timeZone {
+  return nil;
+}
+/// Numbers in the fields of the pattern, each run of one letter a field of that many digits.
+- (NSString*)stringFromDate:(NSDate*)date {
+  requireKind(date, [NSDate class], "-[NSDateFormatter stringFromDate:]");
+  // To the microsecond: a number of this size holds no more than that.
+  constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
+  const std::int64_t moment = std::llround(date.timeIntervalSince1970 * 1e6);
+  const std::int64_t whole = moment / kMicrosecondsPerSecond - (moment % kMicrosecondsPerSecond < 0 ? 1 : 0);
+  const double fraction = static_cast<double>(moment - whole * kMicrosecondsPerSecond) / 1e6;
+  const std::time_t seconds = whole;
+  std::tm local{};
+  localtime_r(&seconds, &local);
+  const std::string pattern = utf8(format_);
+  std::string text;
+  for (std::size_t i = 0; i < pattern.size();) {
+    const char letter = pattern[i];
+    std::size_t end = i;
+    while (end < pattern.size() && pattern[end] == letter) ++end;
+    const int width = static_cast<int>(end - i);
+    int number = -1;
+    switch (letter) {
+      case 'y':
+        number = local.tm_year + 1900;
+        break;
+      case 'M':
+        number = local.tm_mon + 1;
+        break;
+      case 'd':
+        number = local.tm_mday;
+        break;
+      case 'H':
+        number = local.tm_hour;
+        break;
+      case 'm':
+        number = local.tm_min;
+        break;
+      case 's':
+        number = local.tm_sec;
+        break;
+      case 'S':
+        number = static_cast<int>(fraction * std::pow(10, width) + 1e-6);
+        break;
+      default:
+        if ((letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') || letter == '\'')
+          die(std::string("a date field that the doubles do not know: ") + letter);
+        text += pattern.substr(i, end - i);
+    }
+    if (number >= 0) {
+      char field[16];
+      std::snprintf(field, sizeof field, "%0*d", width, number);
+      text += field;
+    }
+    i = end;
+  }
+  return string(text);
+}
+@end
+
+@implementation NSLocale
++ (instancetype)localeWithLocaleIdentifier:(NSString*)identifier {
+  return [[[self alloc] init] autorelease];
+}
+- (NSString*)localeIdentifier {
+  return @"he_IL";
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  return [self retain];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
++ (BOOL)supportsSecureCoding {
+  return YES;
+}
+@end
+@implementation NSTimeZone
++ (instancetype)timeZoneWithName:(NSString*)name {
+  return [[[self alloc] init] autorelease];
+}
+- (NSString*)name {
+  return @"Asia/Jerusalem";
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  return [self retain];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
++ (BOOL)supportsSecureCoding {
+  return YES;
+}
+@end
+
+@implementation NSBundle
++ (NSBundle*)mainBundle {
+  record("+[NSBundle mainBundle]");
+  static NSBundle* the = keptForever([[NSBundle alloc] init]);
+  return the;
+}
+- (NSString*)bundleIdentifier {
+  record("-[NSBundle bundleIdentifier]");
+  return processState().bundleIdentifier ? string(*processState().bundleIdentifier) : nil;
+}
+- (NSDictionary*)infoDictionary {
+  record("-[NSBundle infoDictionary]");
+  if (processState().isInfoAbsent) return nil;
+  NSMutableDictionary* info = [NSMutableDictionary dictionary];
+  for (const auto& [key, value] : processState().info)
+    if (const id object = objectOf(value)) [info setObject:object forKey:string(key)];
+  return info;
+}
+- (NSString*)bundlePath {
+  return @"/Applications/Lexwend.app";
+}
+- (id)objectForInfoDictionaryKey:(NSString*)key {
+  return [self.infoDictionary objectForKey:key];
+}
+@end
+
+@implementation NSProcessInfo
++ (NSProcessInfo*)processInfo {
+  record("+[NSProcessInfo processInfo]");
+  static NSProcessInfo* the = keptForever([[NSProcessInfo alloc] init]);
+  return the;
+}
+- (int)processIdentifier {
+  record("-[NSProcessInfo processIdentifier]");
+  return processState().pid;
+}
+- (NSArray*)arguments {
+  return [NSArray array];
+}
+- (NSDictionary*)environment {
+  return [NSDictionary dictionary];
+}
+- (NSString*)processName {
+  return @"Lexwend";
+}
+- (void)setProcessName:(NSString*)name {
+}
+@end

@@ -1,0 +1,312 @@
+// SPDX-License-Identifier: MIT
+// Menus and the status bar.
+#include <algorithm>
+
+#include "tests/mac/doubles/user_interface.h"
+#include "tests/mac/runtime/runtime.h"
+
+using namespace lexwend;
+using namespace lexwend::doubles;
+
+extern "C" {
+id objc_storeWeak(id* location, id value);
+id objc_loadWeak(id* location);
+void objc_destroyWeak(id* location);
+}
+
+@interface NSMenuItem () {
+  id target_;
+  BOOL isDisabled_;
+  BOOL isHidden_;
+  BOOL isSeparator_;
+}
+@end
+@implementation NSMenuItem
+@synthesize title, action, keyEquivalent, state, tag, image, representedObject, menu;
++ (NSMenuItem*)separatorItem {
+  NSMenuItem* made = [[[self alloc] initWithTitle:@"" action:nullptr keyEquivalent:@""] autorelease];
+  made->isSeparator_ = YES;
+  return made;
+}
+- (instancetype)init {
+  return [self initWithTitle:@"" action:nullptr keyEquivalent:@""];
+}
+- (instancetype)initWithTitle:(NSString*)itemTitle action:(SEL)itemAction keyEquivalent:(NSString*)key {
+  requireApplication("-[NSMenuItem initWithTitle:action:keyEquivalent:]");
+  requireKind(itemTitle, [NSString class], "-[NSMenuItem initWithTitle:action:keyEquivalent:]");
+  requireKind(key, [NSString class], "-[NSMenuItem initWithTitle:action:keyEquivalent:]");
+  self = [super init];
+  title = [itemTitle copy];
+  action = itemAction;
+  keyEquivalent = [key copy];
+  return self;
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [self init];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  die("-[NSMenuItem copy] is not offered");
+}
+- (void)dealloc {
+  objc_destroyWeak(&target_);
+  [title release];
+  [keyEquivalent release];
+  [image release];
+  [representedObject release];
+  [super dealloc];
+}
+- (void)setTitle:(NSString*)text {
+  requireMainThread("-[NSMenuItem setTitle:]");
+  requireKind(text, [NSString class], "-[NSMenuItem setTitle:]");
+  record("-[NSMenuItem setTitle:]", utf8(text));
+  NSString* copy = [text copy];
+  [title release];
+  title = copy;
+}
+- (void)setState:(NSControlStateValue)value {
+  requireMainThread("-[NSMenuItem setState:]");
+  state = value;
+}
+- (id)target {
+  return objc_loadWeak(&target_);
+}
+- (void)setTarget:(id)target {
+  record("-[NSMenuItem setTarget:]", target == nil     ? "nil"
+                                     : target == NSApp ? "the application"
+                                                       : "an object");
+  objc_storeWeak(&target_, target);
+}
+- (BOOL)isEnabled {
+  // With automatic enabling, the menu decides by whether somebody answers to the action.
+  if (menu == nil || !menu.autoenablesItems) return !isDisabled_;
+  const id target = self.target;
+  return action != nullptr &&
+         (target != nil ? [target respondsToSelector:action] : [NSApp respondsToSelector:action]);
+}
+- (void)setEnabled:(BOOL)enabled {
+  requireMainThread("-[NSMenuItem setEnabled:]");
+  isDisabled_ = !enabled;
+}
+- (BOOL)isHidden {
+  return isHidden_;
+}
+- (void)setHidden:(BOOL)hidden {
+  requireMainThread("-[NSMenuItem setHidden:]");
+  isHidden_ = hidden;
+}
+- (BOOL)isSeparatorItem {
+  return isSeparator_;
+}
+@end
+
+@interface NSMenu () {
+  NSMutableArray* items_;
+  BOOL keepsOwnEnabling_;
+  id delegate_;
+}
+@end
+@implementation NSMenu
+@synthesize title;
+- (instancetype)init {
+  return [self initWithTitle:@""];
+}
+- (instancetype)initWithTitle:(NSString*)menuTitle {
+  requireApplication("-[NSMenu initWithTitle:]");
+  self = [super init];
+  title = [menuTitle copy];
+  items_ = [[NSMutableArray alloc] init];
+  return self;
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [self init];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  die("-[NSMenu copy] is not offered");
+}
+- (void)dealloc {
+  objc_destroyWeak(&delegate_);
+  for (NSMenuItem* item in items_) item.menu = nil;
+  [items_ release];
+  [title release];
+  [super dealloc];
+}
+- (void)addItem:(NSMenuItem*)item {
+  requireMainThread("-[NSMenu addItem:]");
+  requireKind(item, [NSMenuItem class], "-[NSMenu addItem:]");
+  if (item.menu != nil) die("-[NSMenu addItem:]: the item is already in a menu");
+  record("-[NSMenu addItem:]", item.isSeparatorItem ? "separator" : utf8(item.title));
+  [items_ addObject:item];
+  item.menu = self;
+}
+- (NSMenuItem*)addItemWithTitle:(NSString*)itemTitle
+                         action:(SEL)action
+                  keyEquivalent:(NSString*)keyEquivalent {
+  NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:itemTitle action:action keyEquivalent:keyEquivalent];
+  [self addItem:item];
+  return [item autorelease];
+}
+- (void)insertItem:(NSMenuItem*)item atIndex:(NSInteger)index {
+  die("-[NSMenu insertItem:atIndex:] is not offered");
+}
+- (void)removeItem:(NSMenuItem*)item {
+  item.menu = nil;
+  [items_ removeObject:item];
+}
+- (void)removeAllItems {
+  for (NSMenuItem* item in items_) item.menu = nil;
+  [items_ removeAllObjects];
+}
+- (NSMenuItem*)itemAtIndex:(NSInteger)index {
+  return [items_ objectAtIndex:(NSUInteger)index];
+}
+- (NSInteger)numberOfItems {
+  return (NSInteger)items_.count;
+}
+- (NSArray*)itemArray {
+  return [[items_ copy] autorelease];
+}
+- (void)setItemArray:(NSArray*)items {
+  [self removeAllItems];
+  for (NSMenuItem* item in items) [self addItem:item];
+}
+- (BOOL)autoenablesItems {
+  return !keepsOwnEnabling_;
+}
+- (void)setAutoenablesItems:(BOOL)autoenables {
+  record("-[NSMenu setAutoenablesItems:]", truth(autoenables));
+  keepsOwnEnabling_ = !autoenables;
+}
+- (id<NSMenuDelegate>)delegate {
+  return objc_loadWeak(&delegate_);
+}
+- (void)setDelegate:(id<NSMenuDelegate>)delegate {
+  objc_storeWeak(&delegate_, delegate);
+}
+- (void)performActionForItemAtIndex:(NSInteger)index {
+  NSMenuItem* item = [self itemAtIndex:index];
+  // An item without a target looks for one from the application on.
+  sendAction(item.action, item.target != nil ? item.target : NSApp, item);
+}
+@end
+
+namespace {
+struct State {
+  // Not retained: an item that nobody keeps leaves the bar.
+  std::vector<NSStatusItem*> items;
+  bool isNextWithoutButton = false;
+};
+State& state() {
+  static auto* the = new State;
+  return *the;
+}
+const ResetHook kReset([] { state().isNextWithoutButton = false; });
+}  // namespace
+
+@implementation NSStatusBarButton
+@end
+
+@interface NSStatusItem () {
+ @public
+  NSStatusBarButton* button_;
+}
+@end
+@implementation NSStatusItem
+@synthesize length, menu;
+- (void)dealloc {
+  std::erase(state().items, self);
+  [button_ release];
+  [menu release];
+  [super dealloc];
+}
+- (NSStatusBar*)statusBar {
+  return [NSStatusBar systemStatusBar];
+}
+- (NSStatusBarButton*)button {
+  requireMainThread("-[NSStatusItem button]");
+  return button_;
+}
+- (void)setMenu:(NSMenu*)value {
+  requireMainThread("-[NSStatusItem setMenu:]");
+  if (value != nil) requireKind(value, [NSMenu class], "-[NSStatusItem setMenu:]");
+  record("-[NSStatusItem setMenu:]");
+  [value retain];
+  [menu release];
+  menu = value;
+}
+- (BOOL)isVisible {
+  return YES;
+}
+- (void)setVisible:(BOOL)visible {
+}
+@end
+
+@implementation NSStatusBar
++ (NSStatusBar*)systemStatusBar {
+  requireApplication("+[NSStatusBar systemStatusBar]");
+  record("+[NSStatusBar systemStatusBar]");
+  static NSStatusBar* the = keptForever([[NSStatusBar alloc] init]);
+  return the;
+}
+- (NSStatusItem*)statusItemWithLength:(CGFloat)length {
+  record("-[NSStatusBar statusItemWithLength:]", decimal(length));
+  NSStatusItem* made = [[NSStatusItem alloc] init];
+  made.length = length;
+  if (!std::exchange(state().isNextWithoutButton, false)) made->button_ = [[NSStatusBarButton alloc] init];
+  state().items.push_back(made);
+  return [made autorelease];
+}
+- (void)removeStatusItem:(NSStatusItem*)item {
+  record("-[NSStatusBar removeStatusItem:]");
+  if (std::erase(state().items, item) == 0) die("-[NSStatusBar removeStatusItem:]: no such item");
+}
+@end
+
+namespace lexwend::doubles::status_bar {
+
+void nextItemHasNoButton() { state().isNextWithoutButton = true; }
+
+std::vector<Item> items() {
+  std::vector<Item> seen;
+  @autoreleasepool {
+    for (NSStatusItem* statusItem : state().items) {
+      Item item;
+      item.length = statusItem.length;
+      item.hasButton = statusItem->button_ != nil;
+      if (NSImage* image = statusItem->button_.image)
+        item.image = Image{image->symbol_, utf8(image->description_), (bool)image->isTemplate_};
+      if (NSMenu* menu = statusItem.menu) {
+        item.menuAutoenables = menu.autoenablesItems;
+        item.menu.emplace();
+        for (NSMenuItem* each in menu.itemArray)
+          item.menu->push_back({utf8(each.title), utf8(each.keyEquivalent),
+                                each.action == nullptr ? "" : utf8(NSStringFromSelector(each.action)),
+                                (bool)each.isSeparatorItem, (bool)each.isEnabled, (bool)each.isHidden,
+                                each.state});
+      }
+      seen.push_back(std::move(item));
+    }
+  }
+  return seen;
+}
+
+void choose(const std::string& title) {
+  if (state().items.empty()) die("a test chooses from a status item that is not there");
+  @autoreleasepool {
+    NSMenu* menu = state().items.front().menu;
+    for (NSInteger i = 0; i < menu.numberOfItems; ++i) {
+      NSMenuItem* item = [menu itemAtIndex:i];
+      if (utf8(item.title) != title) continue;
+      if (item.isHidden || !item.isEnabled)
+        die("a test chooses a menu item that is hidden or disabled: " + title);
+      [menu performActionForItemAtIndex:i];
+      return;
+    }
+  }
+  die("a test chooses a menu item that is not there: " + title);
+}
+
+}  // namespace lexwend::doubles::status_bar

@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+// The general pasteboard and its items.
+#include <algorithm>
+
+#include "tests/mac/doubles/support.h"
+
+using namespace lexwend::doubles;
+
+NSPasteboardType const NSPasteboardTypeString = @"public.utf8-plain-text";
+NSPasteboardType const NSPasteboardTypeRTF = @"public.rtf";
+NSPasteboardType const NSPasteboardTypeHTML = @"public.html";
+NSPasteboardType const NSPasteboardTypePNG = @"public.png";
+
+namespace {
+
+struct State {
+  std::vector<pasteboard::Item> items;
+  std::int64_t changeCount = 1;
+  bool isOwnedHere = false;  // cleared by this process and by nobody since
+  bool areItemsAbsent = false;
+  int promisesKept = 0;
+};
+State& state() {
+  static auto* the = new State;
+  return *the;
+}
+const ResetHook kReset([] { state() = State{}; });
+
+pasteboard::Representation* representation(pasteboard::Item& item, const std::string& type) {
+  for (auto& each : item)
+    if (each.type == type) return &each;
+  return nullptr;
+}
+
+NSData* dataIn(pasteboard::Item& item, const std::string& type) {
+  const auto* found = representation(item, type);
+  if (found == nullptr || !found->data) return nil;
+  if (found->isPromised) ++state().promisesKept;
+  return dataOf(*found->data);
+}
+
+void setDataIn(pasteboard::Item& item, const std::string& type, NSData* data) {
+  if (auto* found = representation(item, type))
+    found->data = bytesOfData(data);
+  else
+    item.push_back({type, bytesOfData(data), false});
+}
+
+NSArray* typesIn(const pasteboard::Item& item) {
+  NSMutableArray* types = [NSMutableArray array];
+  for (const auto& each : item) [types addObject:string(each.type)];
+  return types;
+}
+
+}  // namespace
+
+@interface NSPasteboardItem () {
+ @public
+  pasteboard::Item own_;
+  // Where an item that was read belongs: its place, and the contents that it was a part of.
+  std::optional<std::size_t> place_;
+  std::int64_t ofChange_;
+  BOOL wasWritten_;
+}
+@end
+
+@implementation NSPasteboardItem
+/// The representations of the item; nothing when it was read from contents that have been replaced since.
+static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
+  if (!item->place_) return &item->own_;
+  if (item->ofChange_ != state().changeCount || *item->place_ >= state().items.size()) return nullptr;
+  return &state().items[*item->place_];
+}
+- (NSArray*)types {
+  pasteboard::Item* item = contentsOf(self);
+  return item == nullptr ? [NSArray array] : typesIn(*item);
+}
+- (NSData*)dataForType:(NSPasteboardType)type {
+  requireNonnull((void*)type, "-[NSPasteboardItem dataForType:]");
+  record("-[NSPasteboardItem dataForType:]", utf8(type));
+  pasteboard::Item* item = contentsOf(self);
+  return item == nullptr ? nil : dataIn(*item, utf8(type));
+}
+- (NSString*)stringForType:(NSPasteboardType)type {
+  NSData* data = [self dataForType:type];
+  return data == nil ? nil : [[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease];
+}
+- (BOOL)setData:(NSData*)data forType:(NSPasteboardType)type {
+  requireKind(data, [NSData class], "-[NSPasteboardItem setData:forType:]");
+  requireKind(type, [NSString class], "-[NSPasteboardItem setData:forType:]");
+  record("-[NSPasteboardItem setData:forType:]", std::to_string(data.length) + " bytes, " + utf8(type));
+  if (place_ || wasWritten_) die("-[NSPasteboardItem setData:forType:] on an item that a pasteboard holds");
+  setDataIn(own_, utf8(type), data);
+  return YES;
+}
+- (BOOL)setString:(NSString*)text forType:(NSPasteboardType)type {
+  return [self setData:[text dataUsingEncoding:NSUTF8StringEncoding] forType:type];
+}
+- (BOOL)setDataProvider:(id<NSPasteboardItemDataProvider>)provider forTypes:(NSArray*)types {
+  die("promised data is not written by the host");
+}
+- (NSArray*)writableTypesForPasteboard:(NSPasteboard*)pasteboard {
+  return self.types;
+}
+- (id)pasteboardPropertyListForType:(NSPasteboardType)type {
+  return [self dataForType:type];
+}
+@end
+
+@implementation NSPasteboard
++ (NSPasteboard*)generalPasteboard {
+  requireMainThread("+[NSPasteboard generalPasteboard]");
+  static NSPasteboard* the = keptForever([[NSPasteboard alloc] init]);
+  return the;
+}
+- (NSInteger)changeCount {
+  record("-[NSPasteboard changeCount]");
+  return state().changeCount;
+}
+- (NSArray*)pasteboardItems {
+  record("-[NSPasteboard pasteboardItems]");
+  if (state().areItemsAbsent) return nil;
+  NSMutableArray* items = [NSMutableArray array];
+  for (std::size_t i = 0; i < state().items.size(); ++i) {
+    NSPasteboardItem* item = [[NSPasteboardItem alloc] init];
+    item->place_ = i;
+    item->ofChange_ = state().changeCount;
+    [items addObject:item];
+    [item release];
+  }
+  return items;
+}
+- (NSArray*)types {
+  NSMutableArray* types = [NSMutableArray array];
+  for (const auto& item : state().items)
+    for (id type in typesIn(item))
+      if (![types containsObject:type]) [types addObject:type];
+  return types;
+}
+- (NSInteger)clearContents {
+  requireMainThread("-[NSPasteboard clearContents]");
+  record("-[NSPasteboard clearContents]");
+  state().items.clear();
+  state().isOwnedHere = true;
+  return ++state().changeCount;
+}
+- (BOOL)writeObjects:(NSArray*)objects {
+  requireMainThread("-[NSPasteboard writeObjects:]");
+  requireKind(objects, [NSArray class], "-[NSPasteboard writeObjects:]");
+  record("-[NSPasteboard writeObjects:]", std::to_string(objects.count));
+  if (objects.count == 0) die("-[NSPasteboard writeObjects:] with nothing to write");
+  for (NSPasteboardItem* item in objects) {
+    requireKind(item, [NSPasteboardItem class], "-[NSPasteboard writeObjects:]");
+    if (item->place_ || item->wasWritten_)
+      die("-[NSPasteboard writeObjects:]: an item that already belongs to a pasteboard");
+    item->wasWritten_ = YES;
+    if (!state().isOwnedHere) continue;
+    state().items.push_back(item->own_);
+  }
+  return state().isOwnedHere;
+}
+- (NSString*)stringForType:(NSPasteboardType)type {
+  requireNonnull((void*)type, "-[NSPasteboard stringForType:]");
+  record("-[NSPasteboard stringForType:]", utf8(type));
+  for (auto& item : state().items)
+    if (NSData* data = dataIn(item, utf8(type)))
+      return [[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease];
+  return nil;
+}
+- (BOOL)setString:(NSString*)text forType:(NSPasteboardType)type {
+  requireMainThread("-[NSPasteboard setString:forType:]");
+  requireKind(text, [NSString class], "-[NSPasteboard setString:forType:]");
+  requireKind(type, [NSString class], "-[NSPasteboard setString:forType:]");
+  record("-[NSPasteboard setString:forType:]", utf8(type));
+  return [self setData:[text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES] forType:type];
+}
+- (NSData*)dataForType:(NSPasteboardType)type {
+  for (auto& item : state().items)
+    if (NSData* data = dataIn(item, utf8(type))) return data;
+  return nil;
+}
+- (BOOL)setData:(NSData*)data forType:(NSPasteboardType)type {
+  if (!state().isOwnedHere) return NO;
+  if (state().items.empty()) state().items.emplace_back();
+  setDataIn(state().items.front(), utf8(type), data);
+  return YES;
+}
+@end
+
+namespace lexwend::doubles::pasteboard {
+
+void otherAppCopies(const std::vector<Item>& items) {
+  state().items = items;
+  state().isOwnedHere = false;
+  ++state().changeCount;
+}
+void otherAppCopiesText(const std::string& text) {
+  otherAppCopies({{{"public.utf8-plain-text", bytesOf(text), false}}});
+}
+void itemsAreAbsent(bool absent) { state().areItemsAbsent = absent; }
+std::vector<Item> contents() { return state().items; }
+std::int64_t changeCount() { return state().changeCount; }
+int promisesKept() { return state().promisesKept; }
+
+}  // namespace lexwend::doubles::pasteboard

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+// What the doubles share. They are written with manual reference counting, so that they do not depend on what
+// the host is tested for.
+#pragma once
+#import <AppKit/AppKit.h>
+
+#include <string>
+#include <string_view>
+
+#include "tests/mac/doubles/control.h"
+
+namespace lexwend::doubles {
+
+/// "macOS: " and the message on standard error, then the end of the process.
+[[noreturn]] void die(const std::string& message);
+void record(const std::string& name, const std::string& arguments = {});
+
+void requireMainThread(const char* what);
+/// User interface exists only on the main thread and after the shared application was made.
+void requireApplication(const char* what);
+void requireNonnull(const void* value, const char* what);
+/// The object must be of that class.
+void requireKind(CFTypeRef object, Class cls, const char* what);
+
+std::string utf8(NSString* string);       ///< "" for nil; ill-formed units become U+FFFD
+NSString* string(std::string_view text);  ///< autoreleased
+const std::u16string unitsOf(NSString* string);
+NSString* stringOfUnits(std::u16string units);
+std::string describe(id object);  ///< for the call log
+std::string truth(bool value);
+std::string decimal(double value);
+
+id objectOf(const Value& value);  ///< autoreleased; nil for nothing
+Value valueOf(id object);
+NSData* dataOf(const Bytes& bytes);
+Bytes bytesOfData(NSData* data);
+
+/// Puts a function into the list of those that start a session afresh; called by static initialisers.
+struct ResetHook {
+  explicit ResetHook(void (*reset)());
+};
+
+/// Puts a function into the list of those that run when the process ends and the login session goes on.
+struct ProcessEndHook {
+  explicit ProcessEndHook(void (*end)());
+};
+
+/// Uses up a failure that a test prepared for this call: its code, or nothing when the call goes well.
+std::optional<std::int32_t> takeFailure(const std::string& call);
+
+/// Makes the object a part of the process that is never released and not counted.
+id keptForever(id object);
+
+bool isReadOnly(const std::string& path);  ///< as a test said
+void runMainQueueAndTimersDue();
+void postTo(NSNotificationCenter* center, NSString* name);
+
+extern "C" {
+signed char lexwend_isMainThread(void);
+}
+
+}  // namespace lexwend::doubles

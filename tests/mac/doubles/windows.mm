@@ -1,0 +1,449 @@
+// SPDX-License-Identifier: MIT
+// Windows, their controllers, alerts, key events and local monitors.
+#include <algorithm>
+
+#include "tests/mac/doubles/user_interface.h"
+#include "tests/mac/runtime/runtime.h"
+
+using namespace lexwend;
+using namespace lexwend::doubles;
+
+extern "C" {
+id objc_storeWeak(id* location, id value);
+id objc_loadWeak(id* location);
+void objc_destroyWeak(id* location);
+}
+
+/// The token of a local monitor.
+@interface LXWKeyMonitor : NSObject {
+ @public
+  NSEvent* (^block)(NSEvent*);
+  NSEventMask mask;
+}
+@end
+@implementation LXWKeyMonitor
+- (void)dealloc {
+  [(id)block release];
+  [super dealloc];
+}
+@end
+
+namespace {
+struct State {
+  std::vector<NSWindow*> windows;  // not retained
+  NSWindow* key = nil;
+  std::vector<LXWKeyMonitor*> monitors;
+  std::vector<std::pair<long, std::chrono::microseconds>> alertAnswers;
+  std::vector<alerts::Alert> alertsShown;
+  std::function<long(const alerts::Alert&)> alertAnswer;
+};
+State& state() {
+  static auto* the = new State;
+  return *the;
+}
+void dropMonitors() {
+  for (LXWKeyMonitor* monitor : state().monitors) [monitor release];
+  state().monitors.clear();
+}
+const ProcessEndHook kProcessEnd([] { dropMonitors(); });
+const ResetHook kReset([] {
+  dropMonitors();
+  state().alertAnswer = nullptr;
+  state().alertAnswers.clear();
+  state().alertsShown.clear();
+});
+}  // namespace
+
+@interface NSWindow () {
+ @public
+  NSRect contentRect_;
+  NSBackingStoreType backing_;
+  BOOL isDeferred_, isCentered_, isVisible_, isClosing_;
+  NSView* content_;
+  id delegate_;
+  id controller_;
+}
+@end
+@implementation NSWindow
+@synthesize title, level, releasedWhenClosed, styleMask;
+- (instancetype)initWithContentRect:(NSRect)contentRect
+                          styleMask:(NSWindowStyleMask)style
+                            backing:(NSBackingStoreType)backing
+                              defer:(BOOL)flag {
+  requireApplication("-[NSWindow initWithContentRect:styleMask:backing:defer:]");
+  record("-[NSWindow initWithContentRect:styleMask:backing:defer:]",
+         decimal(contentRect.size.width) + "x" + decimal(contentRect.size.height) + ", " +
+             std::to_string(style) + ", " + std::to_string(backing) + ", " + truth(flag));
+  if (backing != NSBackingStoreBuffered) die("a window without a buffer");
+  self = [super init];
+  contentRect_ = contentRect;
+  styleMask = style;
+  backing_ = backing;
+  isDeferred_ = flag;
+  releasedWhenClosed = YES;
+  title = @"";
+  content_ = [[NSView alloc] initWithFrame:NSMakeRect(0, 0, contentRect.size.width, contentRect.size.height)];
+  content_->window_ = self;
+  state().windows.push_back(self);
+  return self;
+}
+- (instancetype)init {
+  return [self initWithContentRect:NSMakeRect(0, 0, 100, 100)
+                         styleMask:NSWindowStyleMaskBorderless
+                           backing:NSBackingStoreBuffered
+                             defer:NO];
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [self init];
+}
+- (void)dealloc {
+  std::erase(state().windows, self);
+  if (state().key == self) state().key = nil;
+  objc_destroyWeak(&delegate_);
+  objc_destroyWeak(&controller_);
+  content_->window_ = nil;
+  [content_ release];
+  [title release];
+  [super dealloc];
+}
+- (NSRect)frame {
+  return contentRect_;
+}
+- (NSView*)contentView {
+  return content_;
+}
+- (void)setContentView:(NSView*)view {
+  requireMainThread("-[NSWindow setContentView:]");
+  [view retain];
+  content_->window_ = nil;
+  [content_ release];
+  content_ = view;
+  if (content_ != nil) content_->window_ = self;
+}
+- (id<NSWindowDelegate>)delegate {
+  return objc_loadWeak(&delegate_);
+}
+- (void)setDelegate:(id<NSWindowDelegate>)delegate {
+  objc_storeWeak(&delegate_, delegate);
+}
+- (NSWindowController*)windowController {
+  return objc_loadWeak(&controller_);
+}
+- (void)setWindowController:(NSWindowController*)controller {
+  objc_storeWeak(&controller_, controller);
+}
+- (BOOL)isVisible {
+  return isVisible_;
+}
+- (BOOL)isKeyWindow {
+  return state().key == self;
+}
+- (void)center {
+  requireMainThread("-[NSWindow center]");
+  record("-[NSWindow center]");
+  isCentered_ = YES;
+}
+- (void)close {
+  requireMainThread("-[NSWindow close]");
+  record("-[NSWindow close]");
+  // A window may be closed again from its own notification.
+  const BOOL isNested = isClosing_;
+  isClosing_ = YES;
+  [[self retain] autorelease];
+  if (!isNested) {
+    const id delegate = self.delegate;
+    if ([delegate respondsToSelector:@selector(windowWillClose:)])
+      [delegate windowWillClose:[NSNotification notificationWithName:@"NSWindowWillCloseNotification"
+                                                              object:self]];
+  }
+  isVisible_ = NO;
+  if (state().key == self) state().key = nil;
+  if (isNested) return;
+  isClosing_ = NO;
+  if (releasedWhenClosed) [self release];
+}
+- (void)performClose:(id)sender {
+  requireMainThread("-[NSWindow performClose:]");
+  if ((styleMask & NSWindowStyleMaskClosable) == 0) return;
+  const id delegate = self.delegate;
+  if ([delegate respondsToSelector:@selector(windowShouldClose:)] && ![delegate windowShouldClose:self])
+    return;
+  [self close];
+}
+- (void)makeKeyAndOrderFront:(id)sender {
+  requireMainThread("-[NSWindow makeKeyAndOrderFront:]");
+  record("-[NSWindow makeKeyAndOrderFront:]");
+  isVisible_ = YES;
+  state().key = self;
+}
+- (void)orderFrontRegardless {
+  isVisible_ = YES;
+}
+- (void)orderOut:(id)sender {
+  record("-[NSWindow orderOut:]");
+  isVisible_ = NO;
+  if (state().key == self) state().key = nil;
+}
+- (BOOL)makeFirstResponder:(NSResponder*)responder {
+  return YES;
+}
+@end
+
+@interface NSWindowController () {
+  NSWindow* window_;
+}
+@end
+@implementation NSWindowController
+- (instancetype)init {
+  return [self initWithWindow:nil];
+}
+- (instancetype)initWithWindow:(NSWindow*)window {
+  requireApplication("-[NSWindowController initWithWindow:]");
+  self = [super init];
+  window_ = [window retain];
+  window.windowController = self;
+  return self;
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [self initWithWindow:nil];
+}
+- (void)dealloc {
+  window_.windowController = nil;
+  [window_ release];
+  [super dealloc];
+}
+- (NSWindow*)window {
+  return window_;
+}
+- (void)setWindow:(NSWindow*)window {
+  [window retain];
+  [window_ release];
+  window_ = window;
+  window.windowController = self;
+}
+- (void)showWindow:(id)sender {
+  record("-[NSWindowController showWindow:]");
+  [window_ makeKeyAndOrderFront:sender];
+}
+- (void)close {
+  record("-[NSWindowController close]");
+  [window_ close];
+}
+@end
+
+@interface NSAlert () {
+  NSMutableArray* buttons_;
+}
+@end
+@implementation NSAlert
+@synthesize messageText, informativeText, alertStyle;
+- (instancetype)init {
+  requireApplication("-[NSAlert init]");
+  self = [super init];
+  messageText = @"";
+  informativeText = @"";
+  buttons_ = [[NSMutableArray alloc] init];
+  return self;
+}
+- (void)dealloc {
+  [messageText release];
+  [informativeText release];
+  [buttons_ release];
+  [super dealloc];
+}
+- (NSButton*)addButtonWithTitle:(NSString*)title {
+  requireKind(title, [NSString class], "-[NSAlert addButtonWithTitle:]");
+  record("-[NSAlert addButtonWithTitle:]", utf8(title));
+  NSButton* button = [NSButton buttonWithTitle:title target:nil action:nullptr];
+  [buttons_ addObject:button];
+  return button;
+}
+- (NSArray*)buttons {
+  return buttons_;
+}
+- (NSWindow*)window {
+  die("-[NSAlert window] is not offered");
+}
+- (NSModalResponse)runModal {
+  requireApplication("-[NSAlert runModal]");
+  record("-[NSAlert runModal]", utf8(messageText));
+  alerts::Alert shown{utf8(messageText), utf8(informativeText), {}};
+  for (NSButton* button in buttons_) shown.buttons.push_back(utf8(button.title));
+  state().alertsShown.push_back(shown);
+  if (state().alertAnswers.empty() && state().alertAnswer) return state().alertAnswer(shown);
+  if (state().alertAnswers.empty()) die("an alert that no test answers: " + shown.messageText);
+  const auto [answer, after] = state().alertAnswers.front();
+  state().alertAnswers.erase(state().alertAnswers.begin());
+  time::advanceInModalPanel(after);
+  return answer;
+}
+@end
+
+@interface NSEvent () {
+ @public
+  NSEventType type_;
+  NSEventModifierFlags flags_;
+  unsigned short keyCode_;
+}
+@end
+@implementation NSEvent
++ (NSEvent*)keyEventWithType:(NSEventType)type
+                       location:(NSPoint)location
+                  modifierFlags:(NSEventModifierFlags)flags
+                      timestamp:(NSTimeInterval)time
+                   windowNumber:(NSInteger)windowNumber
+                        context:(NSGraphicsContext*)context
+                     characters:(NSString*)characters
+    charactersIgnoringModifiers:(NSString*)charactersIgnoringModifiers
+                      isARepeat:(BOOL)isARepeat
+                        keyCode:(unsigned short)keyCode {
+  NSEvent* made = [[self alloc] init];
+  made->type_ = type;
+  made->flags_ = flags;
+  made->keyCode_ = keyCode;
+  return [made autorelease];
+}
++ (NSEvent*)otherEventWithType:(NSEventType)type
+                      location:(NSPoint)location
+                 modifierFlags:(NSEventModifierFlags)flags
+                     timestamp:(NSTimeInterval)time
+                  windowNumber:(NSInteger)windowNumber
+                       context:(NSGraphicsContext*)context
+                       subtype:(short)subtype
+                         data1:(NSInteger)data1
+                         data2:(NSInteger)data2 {
+  NSEvent* made = [[self alloc] init];
+  made->type_ = type;
+  made->flags_ = flags;
+  return [made autorelease];
+}
++ (id)addLocalMonitorForEventsMatchingMask:(NSEventMask)mask handler:(NSEvent* (^)(NSEvent*))block {
+  requireApplication("+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]");
+  requireNonnull((void*)block, "+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]");
+  record("+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]", std::to_string(mask));
+  LXWKeyMonitor* monitor = [[LXWKeyMonitor alloc] init];
+  monitor->block = (NSEvent * (^)(NSEvent*))[(id)block copy];
+  monitor->mask = mask;
+  state().monitors.push_back(monitor);
+  return [[monitor retain] autorelease];
+}
++ (id)addGlobalMonitorForEventsMatchingMask:(NSEventMask)mask handler:(void (^)(NSEvent*))block {
+  die("+[NSEvent addGlobalMonitorForEventsMatchingMask:handler:] would watch other applications' keys");
+}
++ (void)removeMonitor:(id)monitor {
+  requireMainThread("+[NSEvent removeMonitor:]");
+  requireKind(monitor, [LXWKeyMonitor class], "+[NSEvent removeMonitor:]");
+  record("+[NSEvent removeMonitor:]");
+  if (std::erase(state().monitors, (LXWKeyMonitor*)monitor) == 0)
+    die("+[NSEvent removeMonitor:]: removed once too often");
+  [monitor release];
+}
+- (NSEventType)type {
+  return type_;
+}
+- (NSEventModifierFlags)modifierFlags {
+  return flags_;
+}
+- (unsigned short)keyCode {
+  if (type_ != NSEventTypeKeyDown && type_ != NSEventTypeKeyUp)
+    die("-[NSEvent keyCode] of an event without a key");
+  return keyCode_;
+}
+- (NSString*)characters {
+  return @"";
+}
+- (NSString*)charactersIgnoringModifiers {
+  return @"";
+}
+- (BOOL)isARepeat {
+  return NO;
+}
+- (id)copyWithZone:(struct _NSZone*)zone {
+  return [self retain];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
+@end
+
+namespace lexwend::doubles::windows {
+
+std::vector<Window> all() {
+  std::vector<Window> seen;
+  @autoreleasepool {
+    for (NSWindow* each : state().windows) {
+      Window window;
+      window.title = utf8(each.title);
+      window.contentRect = rectOf(each->contentRect_);
+      window.styleMask = each.styleMask;
+      window.backing = each->backing_;
+      window.isDeferred = each->isDeferred_;
+      window.isReleasedWhenClosed = each.isReleasedWhenClosed;
+      window.isCentered = each->isCentered_;
+      window.isVisible = each->isVisible_;
+      window.isKey = state().key == each;
+      window.level = each.level;
+      window.hasController = each.windowController != nil;
+      for (NSView* view in each->content_.subviews) window.controls.push_back(controlOf(view));
+      seen.push_back(std::move(window));
+    }
+  }
+  return seen;
+}
+
+void click(const std::string& buttonTitle) {
+  if (state().key == nil) die("a test clicks while no window is key");
+  @autoreleasepool {
+    for (NSView* view in state().key->content_.subviews)
+      if ([view isKindOfClass:[NSButton class]] && utf8(((NSButton*)view).title) == buttonTitle) {
+        [(NSButton*)view performClick:nil];
+        return;
+      }
+  }
+  die("a test clicks a button that is not there: " + buttonTitle);
+}
+
+void closeByUser() {
+  if (state().key == nil) die("a test closes while no window is key");
+  @autoreleasepool {
+    [state().key performClose:nil];
+  }
+}
+
+bool pressKey(std::uint16_t keyCode, std::uint64_t modifierFlags) {
+  @autoreleasepool {
+    NSEvent* event = [NSEvent keyEventWithType:NSEventTypeKeyDown
+                                      location:NSZeroPoint
+                                 modifierFlags:modifierFlags
+                                     timestamp:0
+                                  windowNumber:0
+                                       context:nil
+                                    characters:@""
+                   charactersIgnoringModifiers:@""
+                                     isARepeat:NO
+                                       keyCode:keyCode];
+    const auto monitors = state().monitors;
+    for (LXWKeyMonitor* monitor : monitors) {
+      if ((monitor->mask & NSEventMaskKeyDown) == 0) continue;
+      // The handler may remove its own monitor.
+      [[monitor retain] autorelease];
+      event = monitor->block(event);
+      if (event == nil) return true;
+    }
+    return false;
+  }
+}
+
+std::size_t localMonitors() { return state().monitors.size(); }
+
+}  // namespace lexwend::doubles::windows
+
+namespace lexwend::doubles::alerts {
+void answerNext(long response, std::chrono::microseconds after) {
+  state().alertAnswers.push_back({response, after});
+}
+void answerWith(std::function<long(const Alert&)> answer) { state().alertAnswer = std::move(answer); }
+std::vector<Alert> shown() { return state().alertsShown; }
+}  // namespace lexwend::doubles::alerts

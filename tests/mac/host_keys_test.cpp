@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: MIT
+// Simulated keys, hot keys and the monitor of key presses.
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+
+#include "tests/mac/host_fixture.h"
+
+namespace lexwend::platform::mac {
+namespace {
+
+using ::testing::ElementsAre;
+
+constexpr std::uint32_t kSignature = 0x544B5652;
+
+struct MacKeyEventsService : OnMac {
+  KeyEvents& service = host->keyEvents();
+};
+
+TEST_F(MacKeyEventsService, readsTheModifiersOfTheCombinedSession) {
+  doubles::key_events::setModifiersHeld(kEventFlagCommand | kEventFlagSecondaryFn | 0x100);
+  EXPECT_EQ(service.flagsState(EventSourceState::combinedSession), 0x900100u);
+  EXPECT_EQ(doubles::callsNamed("CGEventSourceFlagsState").at(0).arguments, "0");
+}
+
+TEST_F(MacKeyEventsService, postsAKeyWithExactlyTheFlagsGiven) {
+  doubles::key_events::setModifiersHeld(kEventFlagShift);
+  const EventSourceRef source = service.createSource(EventSourceState::hidSystem);
+  const auto down = service.createKeyboardEvent(source, 8, true);
+  const auto up = service.createKeyboardEvent(source, 8, false);
+  down->setFlags(kEventFlagCommand);
+  up->setFlags(kEventFlagCommand);
+  service.post(EventTap::hid, *down);
+  service.post(EventTap::hid, *up);
+  using doubles::key_events::Posted;
+  const Posted pressed = {.keyCode = 8, .isDown = true, .flags = 0x100000, .tap = 0, .sourceState = 1};
+  const Posted released = {.keyCode = 8, .isDown = false, .flags = 0x100000, .tap = 0, .sourceState = 1};
+  EXPECT_THAT(doubles::key_events::posted(), ElementsAre(pressed, released));
+}
+
+TEST_F(MacKeyEventsService, makesAnEventWithoutASource) {
+  doubles::key_events::failNextSource();
+  const EventSourceRef none = service.createSource(EventSourceState::hidSystem);
+  EXPECT_EQ(none, nullptr);
+  const auto event = service.createKeyboardEvent(none, 9, true);
+  ASSERT_NE(event, nullptr);
+  service.post(EventTap::hid, *event);
+  EXPECT_EQ(doubles::key_events::posted().at(0).sourceState, std::nullopt);
+}
+
+TEST_F(MacKeyEventsService, givesNothingForAnEventThatCannotBeMade) {
+  doubles::key_events::failEventCreation(1);
+  EXPECT_EQ(service.createKeyboardEvent(nullptr, 8, true), nullptr);
+  EXPECT_NE(service.createKeyboardEvent(nullptr, 8, true), nullptr);
+}
+
+struct MacHotKeys : InMacApplication {
+  HotKeyService& service = host->hotKeyService();
+};
+
+TEST_F(MacHotKeys, registersKeyModifiersAndIdentityAsGiven) {
+  const HotKeyRegistration registration = service.registerHotKey(120, 0x1A00, {kSignature, 7});
+  EXPECT_EQ(registration.status, 0);
+  EXPECT_NE(registration.ref, nullptr);
+  EXPECT_THAT(doubles::hot_keys::registered(),
+              ElementsAre(doubles::hot_keys::Registered{120, 0x1A00, kSignature, 7}));
+  EXPECT_EQ(argumentsOf("RegisterEventHotKey"), "120, 6656, {1414223442, 7}, options=0");
+}
+
+TEST_F(MacHotKeys, unregistersOneAndOnlyWhenAsked) {
+  HotKeyRef first = service.registerHotKey(120, 0, {kSignature, 1}).ref;
+  const HotKeyRef second = service.registerHotKey(122, 0, {kSignature, 2}).ref;
+  EXPECT_EQ(service.unregisterHotKey(first), 0);
+  first = nullptr;
+  EXPECT_THAT(doubles::hot_keys::registered(),
+              ElementsAre(doubles::hot_keys::Registered{122, 0, kSignature, 2}));
+  service.unregisterHotKey(second);
+}
+
+TEST_F(MacHotKeys, letsGoOfAReferenceWithoutUnregistering) {
+  service.registerHotKey(120, 0, {kSignature, 1});
+  EXPECT_EQ(doubles::hot_keys::registered().size(), 1u);
+}
+
+TEST_F(MacHotKeys, passesOnARefusalAndANullReference) {
+  constexpr std::int32_t kTaken = -9878;
+  doubles::hot_keys::failNextRegistration(kTaken);
+  const HotKeyRegistration refused = service.registerHotKey(120, 0, {kSignature, 1});
+  EXPECT_EQ(refused.status, kTaken);
+  EXPECT_EQ(refused.ref, nullptr);
+  doubles::hot_keys::nextRegistrationHasNoReference();
+  const HotKeyRegistration empty = service.registerHotKey(120, 0, {kSignature, 2});
+  EXPECT_EQ(empty.status, 0);
+  EXPECT_EQ(empty.ref, nullptr);
+}
+
+TEST_F(MacHotKeys, reportsWhichHotKeyWasPressed) {
+  std::vector<HotKeyID> pressed;
+  EXPECT_EQ(service.installHandler([&](const HotKeyEvent& event) {
+    HotKeyID identity;
+    EXPECT_EQ(event.hotKeyID(identity), 0);
+    pressed.push_back(identity);
+    return kNoErr;
+  }),
+            0);
+  EXPECT_EQ(doubles::hot_keys::installedHandlers(), 1u);
+  const HotKeyRef key = service.registerHotKey(120, 0, {kSignature, 7}).ref;
+  EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
+  EXPECT_EQ(doubles::hot_keys::press(122, 0), std::nullopt);
+  EXPECT_THAT(pressed, ElementsAre(HotKeyID{kSignature, 7}));
+  // One type, "keyb" and pressed; the direct object "----" as "hkid", eight bytes.
+  EXPECT_EQ(argumentsOf("InstallEventHandler"), "{1801812322, 5} userData=null, reference=null");
+  EXPECT_EQ(argumentsOf("GetEventParameter"),
+            "757935405, 1751869796, 8 bytes, actualType=null, actualSize=null");
+  service.unregisterHotKey(key);
+}
+
+TEST_F(MacHotKeys, leavesTheIdentityAloneWhenItCannotBeRead) {
+  constexpr std::int32_t kNotFound = -9870;
+  HotKeyID identity{1, 2};
+  OSStatus status = 0;
+  service.installHandler([&](const HotKeyEvent& event) {
+    status = event.hotKeyID(identity);
+    return kNoErr;
+  });
+  const HotKeyRef key = service.registerHotKey(120, 0, {kSignature, 7}).ref;
+  doubles::hot_keys::failNextEventParameter(kNotFound);
+  doubles::hot_keys::press(120, 0);
+  EXPECT_EQ(status, kNotFound);
+  EXPECT_EQ(identity, (HotKeyID{1, 2}));
+  service.unregisterHotKey(key);
+}
+
+TEST_F(MacHotKeys, givesTheHandlersStatusBackAndZeroWhenItThrows) {
+  bool throws = false;
+  service.installHandler([&](const HotKeyEvent&) -> OSStatus {
+    if (throws) throw std::runtime_error("from the handler");
+    return -1;
+  });
+  const HotKeyRef key = service.registerHotKey(120, 0, {kSignature, 1}).ref;
+  EXPECT_EQ(doubles::hot_keys::press(120, 0), -1);
+  throws = true;
+  EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
+  service.unregisterHotKey(key);
+}
+
+TEST_F(MacHotKeys, runsNoHandlerOnceTheServiceIsGone) {
+  int presses = 0;
+  service.installHandler([&](const HotKeyEvent&) {
+    ++presses;
+    return kNoErr;
+  });
+  service.registerHotKey(120, 0, {kSignature, 1});
+  host = nullptr;
+  EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
+  EXPECT_EQ(presses, 0);
+}
+
+struct MacKeyMonitorService : InMacApplication {
+  KeyMonitor& service = host->keyMonitor();
+};
+
+TEST_F(MacKeyMonitorService, seesKeyAndAllFlagsOfEveryPress) {
+  std::vector<KeyDownEvent> seen;
+  const auto token = service.addLocalKeyDownMonitor([&](const KeyDownEvent& event) {
+    seen.push_back(event);
+    return KeyDisposition::consumed;
+  });
+  EXPECT_TRUE(doubles::windows::pressKey(53, 0));
+  EXPECT_TRUE(doubles::windows::pressKey(36, 0x120000));
+  EXPECT_TRUE(doubles::windows::pressKey(96, 0xFF0100));
+  ASSERT_EQ(seen.size(), 3u);
+  EXPECT_EQ(seen[0].keyCode, 53);
+  EXPECT_EQ(seen[0].modifierFlags, 0u);
+  EXPECT_EQ(seen[1].modifierFlags, 0x120000u);
+  EXPECT_EQ(seen[2].keyCode, 96);
+  EXPECT_EQ(seen[2].modifierFlags, 0xFF0100u);
+}
+
+TEST_F(MacKeyMonitorService, letsAPressPassThatIsNotConsumed) {
+  const auto token =
+      service.addLocalKeyDownMonitor([](const KeyDownEvent&) { return KeyDisposition::passedOn; });
+  EXPECT_FALSE(doubles::windows::pressKey(0, 0));
+}
+
+TEST_F(MacKeyMonitorService, letsAPressPassWhoseHandlerThrows) {
+  const auto token = service.addLocalKeyDownMonitor(
+      [](const KeyDownEvent&) -> KeyDisposition { throw std::runtime_error("from the handler"); });
+  EXPECT_FALSE(doubles::windows::pressKey(0, 0));
+}
+
+TEST_F(MacKeyMonitorService, isRemovedWithItsToken) {
+  auto token = service.addLocalKeyDownMonitor([](const KeyDownEvent&) { return KeyDisposition::consumed; });
+  EXPECT_EQ(doubles::windows::localMonitors(), 1u);
+  token = nullptr;
+  EXPECT_EQ(doubles::windows::localMonitors(), 0u);
+  EXPECT_FALSE(doubles::windows::pressKey(0, 0));
+}
+
+TEST_F(MacKeyMonitorService, mayBeRemovedByItsOwnHandler) {
+  KeyMonitorTokenRef token;
+  const auto state = std::make_shared<int>(0);
+  token = service.addLocalKeyDownMonitor([&token, state](const KeyDownEvent&) {
+    token = nullptr;
+    ++*state;  // still alive after its own registration has gone
+    return KeyDisposition::consumed;
+  });
+  EXPECT_TRUE(doubles::windows::pressKey(53, 0));
+  EXPECT_EQ(*state, 1);
+  EXPECT_EQ(doubles::windows::localMonitors(), 0u);
+  host = nullptr;
+  EXPECT_EQ(session.unbalancedObjects(), "");
+  EXPECT_EQ(state.use_count(), 1);
+}
+
+}  // namespace
+}  // namespace lexwend::platform::mac

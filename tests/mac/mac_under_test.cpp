@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+// The macOS host, on doubles of the system, as the contract suite sees it.
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "platform/application.h"
+#include "tests/contract/host_under_test.h"
+#include "tests/mac/mac_desktop.h"
+
+namespace lexwend::contract {
+namespace {
+
+constexpr std::uint32_t kCarbonCommand = 0x0100;
+constexpr std::uint32_t kCarbonShift = 0x0200;
+constexpr std::uint32_t kCarbonOption = 0x0800;
+constexpr std::uint32_t kCarbonControl = 0x1000;
+constexpr std::int32_t kHotKeyExists = -9878;
+
+platform::EventFlags eventFlags(std::uint32_t carbonModifiers) {
+  platform::EventFlags flags = 0;
+  if ((carbonModifiers & kCarbonCommand) != 0) flags |= platform::kEventFlagCommand;
+  if ((carbonModifiers & kCarbonShift) != 0) flags |= platform::kEventFlagShift;
+  if ((carbonModifiers & kCarbonOption) != 0) flags |= platform::kEventFlagOption;
+  if ((carbonModifiers & kCarbonControl) != 0) flags |= platform::kEventFlagControl;
+  return flags;
+}
+
+std::filesystem::path newFolder() {
+  std::string name = (std::filesystem::temp_directory_path() / "lexwend-mac-XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for the test");
+  return name;
+}
+
+class MacUnderTest : public HostUnderTest {
+ public:
+  MacUnderTest() {
+    doubles::process::setHomeDirectory(folder_.string());
+    doubles::process::setIdentifier(4242);
+    doubles::status_bar::symbolIsUnknown("lexwend.nowhere");
+    host_->application().takeSharedApplication();
+  }
+  ~MacUnderTest() override {
+    host_ = nullptr;
+    EXPECT_EQ(session_.unbalancedObjects(), "");
+    std::filesystem::remove_all(folder_);
+  }
+  platform::Host& host() override { return *host_; }
+
+  bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) override {
+    for (auto waited = std::chrono::milliseconds(0); !condition(); waited += kStep) {
+      if (waited >= limit) return false;
+      doubles::time::advance(kStep);
+    }
+    return true;
+  }
+
+  void openEditor(std::string_view text) override { desktop_.openEditor(std::string(text)); }
+  std::string editorText() override { return desktop_.editorText(); }
+  void focusPasswordField() override { desktop_.focusPasswordField(); }
+  void otherApplicationCopies(std::string_view text) override {
+    doubles::time::later(doubles::MacDesktop::kReaction,
+                         [copied = std::string(text)] { doubles::pasteboard::otherAppCopiesText(copied); });
+  }
+  std::optional<std::string> otherApplicationPastes() override {
+    return doubles::MacDesktop::pasteboardText();
+  }
+
+  void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) override {
+    if (doubles::hot_keys::press(keyCode, carbonModifiers).has_value()) return;
+    doubles::windows::pressKey(keyCode, eventFlags(carbonModifiers));
+  }
+  void userHolds(platform::EventFlags modifiers) override {
+    doubles::key_events::setModifiersHeld(modifiers);
+  }
+  void otherProgramTakesHotKey(std::uint32_t, std::uint32_t) override {
+    doubles::hot_keys::failNextRegistration(kHotKeyExists);
+  }
+
+  void disableHebrew() override {
+    doubles::MacDesktop::installLayouts({platform::usLayout()});
+    doubles::input_sources::postEnabledSourcesChanged();
+  }
+  void wakeFromSleep() override { doubles::workspace::postDidWake(); }
+
+  std::vector<std::string> visibleMenu() override {
+    std::vector<std::string> titles;
+    for (const auto& item : menu())
+      if (!item.isHidden) titles.push_back(item.isSeparator ? "---" : item.title);
+    return titles;
+  }
+  bool chooseMenuEntry(std::string_view title) override {
+    const auto items = menu();
+    const bool canBeChosen = std::any_of(items.begin(), items.end(), [title](const auto& item) {
+      return item.title == title && item.isEnabled && !item.isHidden;
+    });
+    if (canBeChosen) doubles::status_bar::choose(std::string(title));
+    return canBeChosen;
+  }
+
+  std::optional<std::string> shownCombination() override {
+    const auto window = recorder();
+    return window ? std::optional(window->controls.at(kCombination).text) : std::nullopt;
+  }
+  bool clickRecorder(RecorderButton button) override {
+    const auto window = recorder();
+    if (!window) return false;
+    if (button == RecorderButton::closeBox) {
+      doubles::windows::closeByUser();
+      return true;
+    }
+    const auto& control = window->controls.at(button == RecorderButton::save ? kSave : kCancel);
+    if (control.isEnabled) doubles::windows::click(control.text);
+    return control.isEnabled;
+  }
+
+  void answerNextAlert(std::size_t button, std::chrono::milliseconds after) override {
+    doubles::alerts::answerNext(kFirstButton + static_cast<long>(button), after);
+  }
+
+  std::string writableFolder() override { return folder_.string(); }
+  std::optional<std::string> fileBytes(const std::string& path) override {
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream) return std::nullopt;
+    std::ostringstream bytes;
+    bytes << stream.rdbuf();
+    return bytes.str();
+  }
+
+ private:
+  static constexpr std::chrono::milliseconds kStep{1};
+  static constexpr long kFirstButton = 1000;
+  /// Where the controls stand in the window.
+  static constexpr std::size_t kCombination = 1, kSave = 3, kCancel = 4;
+
+  static std::vector<doubles::status_bar::MenuItem> menu() {
+    const auto items = doubles::status_bar::items();
+    if (items.empty()) return {};
+    return items.front().menu.value_or(std::vector<doubles::status_bar::MenuItem>());
+  }
+  static std::optional<doubles::windows::Window> recorder() {
+    for (const auto& window : doubles::windows::all())
+      if (window.isVisible) return window;
+    return std::nullopt;
+  }
+
+  doubles::Session session_;
+  doubles::MacDesktop desktop_;
+  std::filesystem::path folder_ = newFolder();
+  std::unique_ptr<platform::Host> host_ = platform::makeHost();
+};
+
+}  // namespace
+
+std::unique_ptr<HostUnderTest> makeHostUnderTest() {
+  return std::make_unique<MacUnderTest>();
+}
+
+}  // namespace lexwend::contract

@@ -1,0 +1,542 @@
+// SPDX-License-Identifier: MIT
+#include "tests/scenarios/fake_world.h"
+
+#include <array>
+#include <chrono>
+#include <utility>
+
+#include "app/entry.h"
+#include "hotkey/hot_key_center.h"
+#include "tests/scenarios/script.h"
+#include "tests/scenarios/vocabulary.h"
+
+namespace lexwend::scenarios {
+namespace {
+
+using namespace platform;
+using std::chrono::milliseconds;
+
+constexpr std::string_view kLogPath = "/Library/Logs/Lexwend.log";
+
+std::size_t keysDown(const std::vector<FakePostedKey>& posted, std::uint16_t keyCode) {
+  std::size_t count = 0;
+  for (const auto& key : posted) count += key.keyDown && key.keyCode == keyCode ? 1 : 0;
+  return count;
+}
+
+}  // namespace
+
+FakeWorld::FakeWorld()
+    : layouts_{{"US", usLayout()},
+               {"ABC", abcLayout()},
+               {"British", britishLayout()},
+               {"Hebrew", hebrewLayout()},
+               {"Russian", russianLayout()}} {}
+
+FakeLayout& FakeWorld::layout(const std::string& name) {
+  const auto found = layouts_.find(name);
+  if (found == layouts_.end()) throw ScriptMistake("there is no layout \"" + name + "\"");
+  return found->second;
+}
+
+std::vector<FakeLayout> FakeWorld::layoutList(const Words& names) {
+  std::vector<FakeLayout> list;
+  if (names == Words{"none"}) return list;
+  for (const auto& name : names) list.push_back(layout(name));
+  return list;
+}
+
+FakeApp& FakeWorld::app() {
+  if (!host_.apps().front()) throw ScriptMistake("no application is in front");
+  return *host_.apps().front();
+}
+
+FakeField& FakeWorld::field() {
+  const auto focus = app().focus();
+  if (!focus) throw ScriptMistake("no field has the focus");
+  return *focus;
+}
+
+std::string FakeWorld::layoutName(const std::string& id) const {
+  for (const auto& [name, data] : layouts_) {
+    const auto* known = std::get_if<std::string>(&data.id);
+    if (known != nullptr && *known == id) return name;
+  }
+  return id.empty() ? "none" : id;
+}
+
+void FakeWorld::act(Act act, const Words& arguments) {
+  switch (act) {
+    case Act::layouts:
+      host_.inputSourceService().setLayouts(layoutList(arguments));
+      return;
+    case Act::newLayout: {
+      if (arguments[1] != "like") throw ScriptMistake("a new layout is like another one");
+      auto made = layout(arguments[2]);
+      made.id = "com.apple.keylayout." + arguments[0];
+      layouts_.insert_or_assign(arguments[0], std::move(made));
+      return;
+    }
+    case Act::languagesOf: {
+      const Words languages(arguments.begin() + 1, arguments.end());
+      if (languages == Words{"absent"}) {
+        layout(arguments[0]).languages = std::monostate();
+      } else if (languages == Words{"mistyped"}) {
+        layout(arguments[0]).languages = MistypedProperty();
+      } else {
+        layout(arguments[0]).languages = languages;
+      }
+      return;
+    }
+    case Act::idOf:
+      if (arguments[1] == "absent") {
+        layout(arguments[0]).id = std::monostate();
+      } else {
+        layout(arguments[0]).id = arguments[1];
+      }
+      return;
+    case Act::dataOf: {
+      using Data = FakeLayout::Data;
+      layout(arguments[0]).data = oneOf<Data, 4>(arguments[1], {{{"present", Data::present},
+                                                                 {"absent", Data::absent},
+                                                                 {"empty", Data::empty},
+                                                                 {"mistyped", Data::mistyped}}});
+      return;
+    }
+    case Act::keyOf:
+      layout(arguments[0]).keys[static_cast<int>(parseNumber(arguments[1]))] = {arguments[2], arguments[3]};
+      return;
+    case Act::deadKeyOf:
+      layout(arguments[0]).deadKeys.insert({static_cast<int>(parseNumber(arguments[1])), false});
+      return;
+    case Act::deadShiftedKeyOf:
+      layout(arguments[0]).deadKeys.insert({static_cast<int>(parseNumber(arguments[1])), true});
+      return;
+    case Act::brokenKeyOf:
+      layout(arguments[0]).brokenKeys.insert({static_cast<int>(parseNumber(arguments[1])), false});
+      return;
+    case Act::useLayout: {
+      if (arguments[0] == "none") {
+        host_.inputSourceService().useNone();
+        return;
+      }
+      const auto* id = std::get_if<std::string>(&layout(arguments[0]).id);
+      if (id == nullptr || !host_.inputSourceService().use(*id)) {
+        throw ScriptMistake("the layout \"" + arguments[0] + "\" is not enabled");
+      }
+      return;
+    }
+    case Act::changeLayouts:
+      host_.inputSourceService().changeLayouts(layoutList(arguments));
+      return;
+    case Act::app:
+      lastApp_ =
+          host_.apps().open(arguments[0], arguments.size() > 1 ? std::optional(arguments[1]) : std::nullopt);
+      return;
+    case Act::front: {
+      if (arguments[0] == "nobody") {
+        host_.apps().bringToFront(nullptr);
+        return;
+      }
+      const auto found = host_.apps().named(arguments[0]);
+      if (!found) throw ScriptMistake("there is no application \"" + arguments[0] + "\"");
+      host_.apps().bringToFront(found);
+      return;
+    }
+    case Act::text:
+      field().setText(arguments[0]);
+      return;
+    case Act::select:
+      if (!field().select(arguments[0])) throw ScriptMistake("the text to select is not in the field");
+      return;
+    case Act::selectAll:
+      field().selectAll();
+      return;
+    case Act::selectNothing:
+      field().selectNothing();
+      return;
+    case Act::role:
+      field().role = arguments[0];
+      return;
+    case Act::passwordField:
+      field().password = true;
+      return;
+    case Act::readOnlyField:
+      field().editable = false;
+      return;
+    case Act::noFocus:
+      app().windows.push_back({"without a field", nullptr});
+      app().focusedWindow = app().windows.size() - 1;
+      return;
+    case Act::answer:
+      field().answer(operationOf(arguments[0]), arguments[1], answerOf(arguments, 2));
+      return;
+    case Act::laterAnswer:
+      field().answer(operationOf(arguments[1]), arguments[2], answerOf(arguments, 3),
+                     static_cast<int>(parseNumber(arguments[0])));
+      return;
+    case Act::focusAnswer:
+      host_.accessibility().answerFocus(answerOf(arguments, 0));
+      return;
+    case Act::copies:
+      app().copies = copyOf(arguments);
+      return;
+    case Act::nextCopy:
+      app().nextCopies.push_back(copyOf(arguments));
+      return;
+    case Act::pastesAfter:
+      app().pastes.delay = durationOf(arguments[0]);
+      return;
+    case Act::ignoresPaste:
+      app().pastes.ignored = true;
+      return;
+    case Act::terminal:
+      app().terminal = true;
+      return;
+    case Act::otherAppCopies:
+      host_.pasteboard().otherAppCopies(arguments[0]);
+      return;
+    case Act::pasteboardItem: {
+      if (arguments.size() % 2 != 0) throw ScriptMistake("a pasteboard item is pairs of type and data");
+      FakePasteboardItemContents item;
+      for (std::size_t i = 0; i < arguments.size(); i += 2) {
+        item.push_back(arguments[i + 1] == "unobtainable"
+                           ? FakePasteboardEntry::brokenPromise(arguments[i])
+                           : FakePasteboardEntry::data(arguments[i], arguments[i + 1]));
+      }
+      auto contents = host_.pasteboard().contents();
+      contents.push_back(std::move(item));
+      host_.pasteboard().otherAppWrites(std::move(contents));
+      return;
+    }
+    case Act::clearPasteboard:
+      host_.pasteboard().otherAppClears();
+      return;
+    case Act::pasteboardReportsNothing:
+      host_.pasteboard().reportNoItems(true);
+      return;
+    case Act::hold: {
+      EventFlags flags = 0;
+      for (const auto& modifier : arguments) {
+        flags |= oneOf<EventFlags, 5>(modifier, {{{"Cmd", kEventFlagCommand},
+                                                  {"Shift", kEventFlagShift},
+                                                  {"Option", kEventFlagOption},
+                                                  {"Control", kEventFlagControl},
+                                                  {"Fn", kEventFlagSecondaryFn}}});
+      }
+      host_.keyEvents().holdModifiers(flags);
+      return;
+    }
+    case Act::releaseAfter:
+      host_.keyEvents().releaseModifiersAfter(durationOf(arguments[0]));
+      return;
+    case Act::secureInput:
+      host_.secureInput().hold(onOff(arguments[0], "on", "off"));
+      return;
+    case Act::permission:
+      host_.accessibility().setTrusted(onOff(arguments[0], "granted", "missing"));
+      return;
+    case Act::permissionGrantedAfter:
+      host_.accessibility().grantAfter(durationOf(arguments[0]));
+      return;
+    case Act::taken: {
+      const auto combination = parseCombination(arguments[0]);
+      host_.hotKeyService().otherAppTakes(combination.keyCode, combination.carbonModifiers);
+      return;
+    }
+    case Act::loseHotKeys:
+      host_.hotKeyService().loseRegistrations();
+      return;
+    case Act::setting:
+      host_.standardUserDefaults().put(arguments[0], valueOf(arguments));
+      return;
+    case Act::loginItem:
+      host_.loginItem().setStatus(statusOf(arguments[0]));
+      return;
+    case Act::loginItemRegistersAs:
+      host_.loginItem().setStatusAfterRegister(statusOf(arguments[0]));
+      return;
+    case Act::failNext:
+      host_.failNext(failureOf(arguments[0]),
+                     arguments.size() > 1 ? static_cast<std::int32_t>(parseNumber(arguments[1])) : -1);
+      return;
+    case Act::failLater:
+      host_.failNext(failureOf(arguments[1]),
+                     arguments.size() > 2 ? static_cast<std::int32_t>(parseNumber(arguments[2])) : -1, 1,
+                     static_cast<int>(parseNumber(arguments[0])));
+      return;
+    case Act::alertAnswer:
+      host_.alerts().answer(arguments[0]);
+      return;
+    case Act::alertAnswerByClosing:
+      host_.alerts().answerByClosing();
+      return;
+    case Act::logFolderMissing:
+      host_.files().removeFolder(host_.files().home + "/Library/Logs");
+      return;
+    case Act::logFile:
+      host_.files().put(host_.files().home + std::string(kLogPath), arguments[0]);
+      return;
+    case Act::logFileReadOnly:
+      host_.files().setReadOnly(host_.files().home + std::string(kLogPath), true);
+      return;
+    case Act::homeMissing:
+      host_.files().home.clear();
+      return;
+    case Act::version:
+      host_.application().version = arguments[0];
+      return;
+    case Act::versionMissing:
+      host_.application().version.reset();
+      return;
+    case Act::bundleIdentifierMissing:
+      host_.application().identifier.reset();
+      return;
+    case Act::otherInstance:
+      host_.runningApplications().add("org.lexwend.Lexwend",
+                                      host_.runningApplications().ownProcessIdentifier() + 1);
+      return;
+    case Act::ownInstanceListed:
+      host_.runningApplications().addOwnProcess("org.lexwend.Lexwend");
+      return;
+    case Act::start:
+      throw ScriptMistake("start is the runner's own");
+    case Act::press: {
+      const auto combination = parseCombination(arguments[0]);
+      host_.userPresses(static_cast<std::uint16_t>(combination.keyCode), combination.carbonModifiers);
+      return;
+    }
+    case Act::wait:
+      host_.advance(durationOf(arguments[0]));
+      return;
+    case Act::choose:
+      host_.statusBar().choose(arguments[0]);
+      return;
+    case Act::click: {
+      enum class Button { save, cancel, close };
+      switch (oneOf<Button, 3>(
+          arguments[0], {{{"save", Button::save}, {"cancel", Button::cancel}, {"close", Button::close}}})) {
+        case Button::save:
+          host_.recorderWindows().clickSave();
+          return;
+        case Button::cancel:
+          host_.recorderWindows().clickCancel();
+          return;
+        case Button::close:
+          host_.recorderWindows().clickCloseBox();
+          return;
+      }
+      return;
+    }
+    case Act::wake:
+      host_.workspace().wake();
+      return;
+    case Act::dispatch:
+      host_.hotKeyService().dispatch({0x544B5652, static_cast<std::uint32_t>(parseNumber(arguments[0]))});
+      return;
+  }
+}
+
+void FakeWorld::start(const Words& arguments, const std::function<void()>& whileRunning) {
+  host_.processEnds();
+  exitStatus_.reset();
+  bool ran = false;
+  host_.application().whileRunning = [&] {
+    ran = true;
+    whileRunning();
+  };
+  Words all{"lexwend"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  HotKeyCenter center;
+  int status = 0;
+  {
+    const HostScope scope(host_);
+    status = runEntry(all, center, output_, output_);
+  }
+  host_.application().whileRunning = nullptr;
+  if (!ran) {
+    exitStatus_ = status;
+    whileRunning();
+  }
+}
+
+Words FakeWorld::menuLines() const {
+  Words lines;
+  const auto& bar = const_cast<FakeHost&>(host_).statusBar();
+  const auto menu = bar.menu();
+  if (!menu) return lines;
+  for (const auto& item : menu->items) {
+    if (item->separator) {
+      lines.emplace_back("---");
+      continue;
+    }
+    std::string line = item->checked ? "[x] " : "";
+    line += "\"" + item->title + "\"";
+    if (!item->keyEquivalent.empty()) line += " key " + item->keyEquivalent;
+    if (item->hidden) line += " hidden";
+    if (!menu->canChoose(*item) && !item->hidden) line += " disabled";
+    lines.push_back(std::move(line));
+  }
+  return lines;
+}
+
+Words FakeWorld::look(Look look, const Words& arguments) {
+  switch (look) {
+    case Look::text:
+      return {field().text()};
+    case Look::textOf: {
+      const auto found = host_.apps().named(arguments[0]);
+      if (!found || !found->focus()) throw ScriptMistake("there is no text in \"" + arguments[0] + "\"");
+      return {found->focus()->text()};
+    }
+    case Look::selected:
+      return {field().selectedText()};
+    case Look::pasteboardText:
+      return lineOf(host_.pasteboard().plainText());
+    case Look::pasteboardItems: {
+      Words lines;
+      for (const auto& item : host_.pasteboard().contents()) {
+        std::string line = "item";
+        for (const auto& entry : item) {
+          line +=
+              " " + entry.type + "=" + (entry.bytes ? "\"" + textOf(*entry.bytes) + "\"" : "unobtainable");
+        }
+        lines.push_back(std::move(line));
+      }
+      return lines;
+    }
+    case Look::pasteboardClears:
+      return lineOf(host_.calls().count("pasteboard.clearContents"));
+    case Look::layout:
+      return {layoutName(host_.inputSourceService().currentId())};
+    case Look::layoutsSelected: {
+      Words lines;
+      for (const auto& id : host_.inputSourceService().selections()) {
+        lines.push_back(id.empty() ? "unnamed" : layoutName(id));
+      }
+      return lines;
+    }
+    case Look::icon: {
+      const auto icon = host_.statusBar().icon();
+      return {icon.empty() ? "none" : icon};
+    }
+    case Look::icons: {
+      const auto item = host_.statusBar().item();
+      return item ? item->icons : Words{};
+    }
+    case Look::menu:
+      return menuLines();
+    case Look::menuItem: {
+      const auto item = host_.statusBar().menuItem(arguments[0]);
+      if (!item) return {"absent"};
+      return {item->checked ? "checked" : "unchecked", item->hidden ? "hidden" : "shown",
+              item->enabled ? "enabled" : "disabled"};
+    }
+    case Look::statusLine: {
+      const auto menu = host_.statusBar().menu();
+      if (!menu) return {};
+      for (const auto& item : menu->items) {
+        if (!item->separator && !menu->canChoose(*item) && !item->hidden) return {item->title};
+      }
+      return {};
+    }
+    case Look::alerts: {
+      Words lines;
+      for (const auto& alert : host_.alerts().shown()) {
+        lines.push_back(alert.messageText);
+        lines.push_back(alert.informativeText);
+        std::string buttons;
+        for (const auto& button : alert.buttons) buttons += (buttons.empty() ? "[" : " [") + button + "]";
+        lines.push_back(std::move(buttons));
+      }
+      return lines;
+    }
+    case Look::log:
+      return host_.logMessages();
+    case Look::logFile:
+      return lineOf(host_.files().bytes(host_.files().home + std::string(kLogPath)));
+    case Look::beeps:
+      return lineOf(static_cast<std::size_t>(host_.application().beeps));
+    case Look::prompts:
+      return lineOf(static_cast<std::size_t>(host_.accessibility().prompts()));
+    case Look::activations:
+      return lineOf(host_.application().activations.size());
+    case Look::opened:
+      return host_.workspace().openedUrls();
+    case Look::setting: {
+      const auto value = host_.standardUserDefaults().objectForKey(arguments[0]);
+      return {value ? settingText(*value) : "absent"};
+    }
+    case Look::loginItem:
+      return {nameOf(host_.loginItem().status())};
+    case Look::loginRegistrations:
+      return lineOf(host_.calls().count("loginItem.registerItem"));
+    case Look::loginRemovals:
+      return lineOf(host_.calls().count("loginItem.unregisterItem"));
+    case Look::hotKeys: {
+      Words lines;
+      for (const auto& [combination, identity] : host_.hotKeyService().registered()) {
+        lines.push_back(combinationName(combination.first, combination.second));
+      }
+      return lines;
+    }
+    case Look::hotKeyIds: {
+      Words lines;
+      for (const auto& identity : host_.hotKeyService().offered()) {
+        lines.push_back(signatureText(identity.signature) + ":" + std::to_string(identity.id));
+      }
+      return lines;
+    }
+    case Look::copiesSent:
+      return lineOf(keysDown(host_.keyEvents().posted(), 8));
+    case Look::pastesSent:
+      return lineOf(keysDown(host_.keyEvents().posted(), 9));
+    case Look::keysSent: {
+      Words lines;
+      for (const auto& key : host_.keyEvents().posted()) {
+        std::ostringstream line;
+        line << key.keyCode << (key.keyDown ? " down" : " up") << " flags 0x" << std::hex << key.flags
+             << std::dec << " source "
+             << (key.source ? std::to_string(static_cast<int>(*key.source)) : "none") << " tap "
+             << static_cast<unsigned>(key.tap);
+        lines.push_back(line.str());
+      }
+      return lines;
+    }
+    case Look::elementCalls:
+      return lineOf(static_cast<std::size_t>(host_.accessibility().elementCalls()));
+    case Look::recorder:
+      return {host_.recorderWindows().window() != nullptr ? "open" : "closed"};
+    case Look::recorderLook: {
+      const auto* window = host_.recorderWindows().window();
+      return window != nullptr ? linesOf(window->look) : Words{};
+    }
+    case Look::recorderCombination:
+    case Look::recorderMessage:
+    case Look::save: {
+      const auto* window = host_.recorderWindows().window();
+      if (window == nullptr) return {"no recorder is open"};
+      if (look == Look::recorderCombination) return {window->combination};
+      if (look == Look::save) return {window->saveEnabled ? "enabled" : "disabled"};
+      return {window->message, nameOf(window->messageColor)};
+    }
+    case Look::timers:
+      return lineOf(host_.runLoop().liveTimers());
+    case Look::pendingWork:
+      return lineOf(host_.runLoop().pendingWork());
+    case Look::elapsed:
+      return lineOf(
+          static_cast<std::size_t>(std::chrono::duration_cast<milliseconds>(host_.runLoop().now()).count()));
+    case Look::exitStatus:
+      return exitStatus_ ? Words{std::to_string(*exitStatus_)} : Words{};
+    case Look::output:
+      return linesOf(output_.str());
+  }
+  return {};
+}
+
+Words FakeWorld::complaints() {
+  return host_.settle();
+}
+
+}  // namespace lexwend::scenarios
