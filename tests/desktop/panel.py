@@ -39,7 +39,13 @@ class Panel:
         self.session.end(self.process)
 
     def items(self):
-        return call(WATCHER, '/StatusNotifierWatcher', PROPERTIES, 'Get', '(ss)', WATCHER, 'RegisteredStatusNotifierItems')[0]
+        """The names on the bus of those who have an item; nobody while there is no panel."""
+        from gi.repository import GLib
+        try:
+            found = call(WATCHER, '/StatusNotifierWatcher', PROPERTIES, 'Get', '(ss)', WATCHER, 'RegisteredStatusNotifierItems')[0]
+        except GLib.Error:
+            return []
+        return [item.partition('/')[0] for item in found]  # some panels keep the object's path too
 
     def expect_item(self):
         """Waits until the agent's item is there, and no second one."""

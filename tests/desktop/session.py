@@ -91,6 +91,14 @@ class Keyboard:
             self.xtst.XTestFakeButtonEvent(self.display, 1, is_down, ctypes.c_ulong(0))
         self.x11.XSync(self.display, 0)
 
+    def take(self, key, modifiers):
+        """Takes a combination for this program, as another one would; the modifiers are the bits of the core protocol."""
+        self.x11.XDefaultRootWindow.restype = ctypes.c_ulong
+        root = ctypes.c_ulong(self.x11.XDefaultRootWindow(self.display))
+        grab_async = 1
+        self.x11.XGrabKey(self.display, KEYS[key], ctypes.c_uint(modifiers), root, 0, grab_async, grab_async)
+        self.x11.XSync(self.display, 0)
+
     def group(self):
         """The active keyboard group, 0 for the first layout."""
         state = XkbState()
@@ -196,16 +204,20 @@ class Session:
                         '-variant', ','.join(name[2].rstrip(')') for name in names)], check=True)
 
     def start_agent(self, program):
-        """Starts the agent and waits until it has registered its hot key."""
+        """Starts the agent and waits until it has registered its hot key; the log may hold the lines of an earlier one."""
+        registrations = self._registrations()
         agent = self.start([str(program)], stderr=subprocess.PIPE)
 
         def registered():
             if agent.poll() is not None:
                 raise DesktopError(f'the agent ended with {agent.returncode}: {agent.stderr.read().decode().strip()}')
-            return 'hotkey: register' in self.log()
+            return self._registrations() > registrations
 
         until(registered, 'the hot key to be registered')
         return agent
+
+    def _registrations(self):
+        return self.log().count('hotkey: register')
 
     def log(self):
         path = self.home / 'Library' / 'Logs' / 'Lexwend.log'

@@ -6,12 +6,14 @@ usage: story.py --list | story.py SCENE AGENT QT6_EDITOR
 
 The menu, the recorder and the alerts are read as a screen reader reads them, and operated by raw key events.
 """
-import ctypes
+import os
+import signal
 import subprocess
 
 from panel import Panel, ScreenReader
-from session import KEYS, run_scene, until
+from session import run_scene, until
 from stage import main, scene, scene_on
+from tray import Screen, Tray
 
 FIX = 'תקן טקסט מסומן    '
 CHANGE_KEY = 'שנה מקש קיצור…'
@@ -33,6 +35,8 @@ TAKEN_KEY = 'הצירוף תפוס'
 TAKEN_KEY_WHY = ('המערכת לא אפשרה לרשום את הצירוף הזה, כנראה אפליקציה אחרת כבר משתמשת בו. '
                  'חזרנו לצירוף הקודם.')
 
+
+CONTROL_MASK = 4
 
 NEEDS_PERMISSION = 'נדרש אישור נגישות'
 NEEDS_PERMISSION_WHY = ('כדי לתקן טקסט מסומן, האפליקציה צריכה אישור לשלוט במחשב דרך הנגישות. '
@@ -140,6 +144,7 @@ def the_hot_key_is_changed_in_the_recorder(stage):
     user.expect_recorder('A', PLAIN_KEY, may_save=False)
     stage.keyboard.press('Control+c')
     user.expect_recorder('⌘C', RESERVED_KEY, may_save=False)
+    stage.keyboard.press('Return')  # saves nothing that is not allowed
     stage.keyboard.press('Control+F5')
     user.expect_recorder('⌘F5', VALID_KEY, may_save=True)
     stage.keyboard.press('Return')
@@ -177,22 +182,6 @@ def escape_leaves_the_recorder_with_the_old_key(stage):
     stage.fix('שלום')
 
 
-class OtherProgram:
-    """A client of the display that takes a combination for itself."""
-    CONTROL_MASK = 4
-    GRAB_ASYNC = 1
-
-    def __init__(self, stage):
-        self.keyboard = stage.keyboard
-
-    def take(self, key, modifiers):
-        x11, display = self.keyboard.x11, self.keyboard.display
-        x11.XDefaultRootWindow.restype = ctypes.c_ulong
-        root = ctypes.c_ulong(x11.XDefaultRootWindow(display))
-        x11.XGrabKey(display, KEYS[key], ctypes.c_uint(modifiers), root, 0, self.GRAB_ASYNC, self.GRAB_ASYNC)
-        x11.XSync(display, 0)
-
-
 @scene
 def a_taken_key_is_rolled_back_with_an_alert(stage):
     user = User(stage)
@@ -201,7 +190,7 @@ def a_taken_key_is_rolled_back_with_an_alert(stage):
     user.open_recorder()
     stage.keyboard.press('Control+F5')
     user.expect_recorder('⌘F5', VALID_KEY, may_save=True)
-    OtherProgram(stage).take('F5', OtherProgram.CONTROL_MASK)
+    stage.keyboard.take('F5', CONTROL_MASK)
     stage.keyboard.press('Return')
     until(lambda: user.reader.labels('Lexwend') == [TAKEN_KEY, TAKEN_KEY_WHY], 'the alert')
     assert user.reader.buttons('Lexwend') == ['אישור'], user.reader.buttons('Lexwend')
@@ -294,51 +283,85 @@ def a_panel_that_restarts_gets_the_item_again(stage):
     user.close_menu()
 
 
-def windows():
-    """The display's windows line by line, or nothing where one went while they were listed."""
-    tree = subprocess.run(['xwininfo', '-root', '-tree'], capture_output=True, text=True, check=False)
-    return tree.stdout.splitlines() if tree.returncode == 0 else None
-
-
-def tray_is_gone():
-    lines = windows()
-    return lines is not None and not any('"tint2"' in line for line in lines)
-
-
-def icon_in_tray():
-    """The middle of the agent's icon in an XEmbed tray, or nothing."""
-    depth_of_panel = None
-    for line in windows() or []:
-        depth = len(line) - len(line.lstrip())
-        if '"tint2"' in line:
-            depth_of_panel = depth
-        elif depth_of_panel is not None and depth <= depth_of_panel:
-            depth_of_panel = None
-        elif depth_of_panel is not None and 'lexwend' in line.lower():
-            size, place = line.split()[-2:]
-            width, height = (int(n) for n in size.split('+')[0].split('x'))
-            left, top = (int(n) for n in place.split('+')[1:])
-            window = subprocess.run(['xwininfo', '-id', line.split()[0]], capture_output=True, text=True, check=False).stdout
-            return (left + width // 2, top + height // 2) if 'IsViewable' in window and width > 1 else None
-    return None
-
-
 @scene
 def an_embedded_tray_shows_the_icon_and_opens_the_menu(stage):
     user = User(stage)
-    panel = stage.session.start(['tint2'])
+    tray, screen = Tray(stage.session), Screen(stage.session)
+    tray.start()
     stage.start_agent()
     for _ in range(2):
-        x, y = until(icon_in_tray, 'the icon in the tray')
-        stage.keyboard.click(x, y)
+        screen.click_icon()
         user.reader.hear_menu()
         stage.keyboard.press('Down')
         until(user.reader.focused_item, 'an item of the menu to be highlighted')
         assert user.reader.menu_titles()[0] == FIX + 'F2', user.reader.menu_titles()
         user.close_menu()
-        stage.session.end(panel)
-        until(tray_is_gone, 'the tray to go')
-        panel = stage.session.start(['tint2'])
+        tray.end()
+        tray.start()
+
+
+@scene
+def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
+    tray, screen = Tray(stage.session), Screen(stage.session)
+    stage.start_agent()
+
+    def usual(is_legible):
+        # All of it in one look: a tray that is being set up shows other backgrounds first.
+        pixels = screen.icon_pixels()
+        return pixels if pixels[0] == pixels[-1] and is_legible(pixels) else None
+
+    tray.start('#202020')
+    until(lambda: usual(lambda pixels: pixels[0] == 0x20 and max(pixels) > 180), 'a light icon on a dark tray')
+    tray.end()
+    tray.start('#f0f0f0')
+    icon = until(lambda: usual(lambda pixels: pixels[0] == 0xf0 and min(pixels) < 80), 'a dark icon on a light tray')
+    stage.keyboard.press('F2')  # nothing is selected
+    until(lambda: screen.icon_pixels() != icon, 'the cross to be shown')
+    until(lambda: screen.icon_pixels() == icon, 'the usual icon to come back')
+    assert 'fix: failed' in stage.session.log(), stage.session.log()
+
+
+@scene
+def a_desktop_panel_shows_the_item_and_no_second_icon(stage):
+    user = User(stage)
+    stage.start_agent()
+    stage.session.start(['xfce4-panel', '--disable-wm-check'])
+    user.panel.expect_item()
+    screen = Screen(stage.session)
+    until(lambda: not [w for w in screen.windows() if w[2] < 100], 'no icon in an XEmbed tray as well')
+    assert FIX + 'F2' in user.open_menu()
+    user.close_menu()
+
+
+@scene
+def an_interrupt_ends_the_agent_like_a_request(stage):
+    for ending in (signal.SIGTERM, signal.SIGINT):
+        stage.start_agent()
+        stage.agent.send_signal(ending)
+        assert stage.agent.wait(10) == 0, f'the agent ended with {stage.agent.returncode} by {ending.name}'
+
+
+@scene
+def a_session_of_another_kind_is_told_in_one_sentence(stage):
+    os.environ.update(WAYLAND_DISPLAY='wayland-of-nobody', XDG_SESSION_TYPE='wayland')
+    stage.start_agent()
+    assert stage.session.end(stage.agent) == 0
+    said = stage.agent.stderr.read().decode()
+    assert said.startswith('lexwend: this is a Wayland session: ') and said.count('\n') == 1, said
+    assert said[len('lexwend: '):] in stage.session.log(), stage.session.log()
+
+    def refused():
+        return subprocess.run([str(stage.agent_path)], capture_output=True, text=True, timeout=10, check=False)
+
+    for display in ('', ':9999'):
+        os.environ['DISPLAY'] = display
+        answer = refused()
+        assert answer.returncode == 1, answer
+        assert answer.stderr.startswith('lexwend: this Wayland session has no X11 display'), answer.stderr
+        assert answer.stderr.count('\n') == 1, answer.stderr
+    del os.environ['WAYLAND_DISPLAY'], os.environ['XDG_SESSION_TYPE']
+    answer = refused()
+    assert (answer.returncode, answer.stderr) == (1, 'lexwend: no X11 display can be opened; the agent needs one (DISPLAY)\n'), answer
 
 
 @scene_on(server_options=('-extension', 'XTEST'))
