@@ -146,6 +146,13 @@ class Stage:
         return sorted(set((self.clipboard('TARGETS') or '').split()) - {'TARGETS', 'MULTIPLE', 'TIMESTAMP', 'SAVE_TARGETS'})
 
 
+def in_each_editor(function):
+    """A scene of its own for every editor, which the function gets as its second argument."""
+    for editor in Stage.EDITORS:
+        SCENES[f'{function.__name__}_in_{editor.replace("-", "_")}'] = lambda stage, editor=editor: function(stage, editor)
+    return function
+
+
 def active_window_says(*arguments):
     """What xprop tells about the window that has the keyboard."""
     window = subprocess.run(['xprop', '-root', '_NET_ACTIVE_WINDOW'], capture_output=True, text=True, check=False)

@@ -12,7 +12,7 @@ import subprocess
 
 from panel import Panel, ScreenReader
 from session import run_scene, until
-from stage import main, scene, scene_on
+from stage import in_each_editor, main, scene, scene_on
 from tray import Screen, Tray
 
 FIX = 'תקן טקסט מסומן    '
@@ -122,12 +122,13 @@ def the_menu_reads_to_the_letter(stage):
     user.close_menu()
 
 
-@scene
-def fixes_from_the_menu(stage):
+@in_each_editor
+def fixes_from_the_menu(stage, editor):
     user = User(stage)
     user.panel.start()
     stage.start_agent()
-    select_in_mousepad(stage)
+    stage.open(editor, 'akuo')
+    stage.select_all()
     user.choose(FIX + 'F2')
     until(lambda: stage.field.text() == 'שלום', 'the fix')
     stage.expect_group(1)
