@@ -264,11 +264,27 @@ def a_second_instance_leaves_silently(stage):
 
 @scene
 def self_test_sees_the_system_layouts(stage):
-    report = subprocess.run([str(stage.agent_path), '--selftest'], capture_output=True, text=True, timeout=10, check=True)
-    assert report.stdout.startswith('source: system layouts\ncurrent layout is Hebrew: false\n'), report.stdout[:80]
+    def report():
+        return subprocess.run([str(stage.agent_path), '--selftest'], capture_output=True, text=True, timeout=10, check=True).stdout
+
+    assert report().startswith('source: system layouts\ncurrent layout is Hebrew: false\n'), report()[:80]
+    # This system's Hebrew layout types an apostrophe where the samples have a geresh.
+    wrong = [line[:line.index('->')] for line in report().splitlines() if line.startswith('  FAIL')]
+    assert wrong == ['  FAIL [he] "hello, world." ', '  FAIL [he] "יקךךםת ׳םרךגץ" '], wrong
+    assert report().endswith('\n2 FAILED\n'), report()[-20:]
     stage.keyboard.lock_group(1)
-    report = subprocess.run([str(stage.agent_path), '--selftest'], capture_output=True, text=True, timeout=10, check=True)
-    assert 'current layout is Hebrew: true\n' in report.stdout, report.stdout[:80]
+    assert 'current layout is Hebrew: true\n' in report(), report()[:80]
+
+
+@scene
+def the_tool_converts_by_the_system_layouts(stage):
+    program = stage.agent_path.parent.parent / 'tools' / 'lexwend-convert'
+
+    def converted(map_name):
+        return subprocess.run([str(program), '--map', map_name], input='w', capture_output=True, text=True, timeout=10,
+                              check=True).stdout
+
+    assert (converted('system'), converted('builtin')) == ("'", '׳')
 
 
 if __name__ == '__main__':

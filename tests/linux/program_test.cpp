@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// The real program where there is nothing: no environment at all, and no file that could be written to.
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/app/fallback_report.h"
+#include "tests/tools/child_process.h"
+
+namespace lexwend::tests {
+namespace {
+
+/// The first byte that it would write to a file ends a program under this limit; pipes have none.
+Outcome runWithNothing(const std::string& option) {
+  return runProgram("/usr/bin/env", {"-i", "/usr/bin/prlimit", "--fsize=0", LEXWEND_PROGRAM, option}, "");
+}
+
+TEST(ProgramWithNothing, limitEndsWhoWritesAFile) {
+  const auto file = testing::TempDir() + "lexwend-program-test";
+  const Outcome outcome =
+      runProgram("/usr/bin/env", {"-i", "/usr/bin/prlimit", "--fsize=0", "/bin/sh", "-c", "echo x > " + file}, "");
+  EXPECT_NE(outcome.status, 0);
+}
+
+TEST(ProgramWithNothing, testsItselfWithTheBuiltInTable) {
+  const Outcome outcome = runWithNothing("--selftest");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output, kFallbackReport);
+  EXPECT_EQ(outcome.errors, "");
+}
+
+TEST(ProgramWithNothing, tellsItsUsageAndItsVersion) {
+  const Outcome help = runWithNothing("--help");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.output, testing::StartsWith("Usage: lexwend "));
+  EXPECT_EQ(help.errors, "");
+  const Outcome version = runWithNothing("--version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.output, std::string("lexwend ") + LEXWEND_VERSION + "\n");
+  EXPECT_EQ(version.errors, "");
+}
+
+TEST(ProgramWithNothing, refusesToBeAnAgentInOneSentence) {
+  const Outcome outcome = runWithNothing("--quiet");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "");
+  EXPECT_EQ(outcome.errors, "lexwend: no X11 display can be opened; the agent needs one (DISPLAY)\n");
+}
+
+}  // namespace
+}  // namespace lexwend::tests
