@@ -9,11 +9,11 @@ namespace lexwend {
 
 class HotKeyCenter;
 
-/// The program: reports and exits when one of --selftest, --help and --version is among the arguments (the
-/// first of these three wins, whatever their order), else runs the agent, of which one instance per user
-/// stays. Other arguments are ignored. `arguments` starts with the program's path. Needs an installed host;
-/// the three reports need no display. Returns the exit status: 0, also for a second instance, which leaves
-/// silently; 1 with a line on `err` when no agent can run here.
+/// The program, on the main thread: reports and exits when one of --selftest, --help and --version is among
+/// the arguments (the first of these three wins, whatever their order), else runs the agent, of which one
+/// instance per user stays. Other arguments are ignored. `arguments` starts with the program's path. Needs an
+/// installed host; the three reports need no display. Returns the exit status: 0, also for a second instance,
+/// which leaves silently; 1 with a line on `err` when no agent can run here.
 int runEntry(const std::vector<std::string>& arguments, HotKeyCenter& hotKeyCenter, std::ostream& out,
              std::ostream& err);
 

@@ -7,7 +7,7 @@
 
 /// A report in plain text of the whole conversion chain as it works on this machine: both maps, a round-trip
 /// check and ten sample conversions. Writes no log, needs no permission and no event loop. UTF-8, each line
-/// ended by a line feed.
+/// ended by a line feed. Main thread only.
 namespace lexwend::SelfTest {
 
 /// Reports on the map of the enabled layouts.

@@ -21,7 +21,7 @@ struct KeyChars {
   friend bool operator==(const KeyChars&, const KeyChars&) = default;
 };
 
-/// Virtual key code to what the key types.
+/// Virtual key code (of a Macintosh keyboard, as in Carbon's Events.h) to what the key types.
 using KeyTable = std::map<int, KeyChars>;
 
 /// The two questions that building a map asks about the keyboard layouts that the user has enabled.
@@ -46,8 +46,9 @@ using CharacterMap = std::map<std::string, std::string, std::less<>>;
 /// For each character of the Latin layout what the Hebrew layout types on the same physical key, and the
 /// reverse.
 ///
-/// A plain value that does not change once it is built. The two maps need not be inverses of each other:
-/// capitals have no way back, and where two keys type the same character the first pairing stays.
+/// A plain value that does not change once it is built and may then be read by any thread. The two maps need
+/// not be inverses of each other: capitals have no way back, and where two keys type the same character the
+/// first pairing stays.
 class LayoutMap {
  public:
   CharacterMap toHebrew;   ///< A character of the Latin layout to what the Hebrew layout types on its key.
@@ -58,7 +59,7 @@ class LayoutMap {
   /// missing. Maps that come out empty are no reason for the fallback.
   static LayoutMap build(const LayoutQueries& queries);
 
-  /// The maps of the built-in table: the US layout and the standard Hebrew one.
+  /// The maps of the built-in table: the US layout and the Hebrew one of SI-1452 as macOS has it.
   static LayoutMap fallback();
 
   /// The virtual key codes of the 47 keys that type characters, ascending.

@@ -7,7 +7,8 @@
 
 namespace lexwend {
 
-/// One scalar of a text, or one maximal subpart of an ill-formed subsequence.
+/// One scalar of a text, or one maximal subpart of an ill-formed subsequence (The Unicode Standard, chapter
+/// 3, "Conformance", U+FFFD Substitution of Maximal Subparts). Any thread.
 struct Utf8Unit {
   std::optional<char32_t> scalar;  ///< None when ill-formed.
   std::size_t length = 0;          ///< Bytes, at least 1.

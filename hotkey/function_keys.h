@@ -13,7 +13,8 @@ struct FunctionKey {
   std::string_view name;
 };
 
-/// The function keys F1 to F19 with their macOS virtual key codes, which follow no order of their own.
+/// The function keys F1 to F19 with their macOS virtual key codes (Carbon, Events.h), which follow no order
+/// of their own.
 inline constexpr std::array<FunctionKey, 19> kFunctionKeys = {{
     {122, "F1"},  {120, "F2"},  {99, "F3"},   {118, "F4"},  {96, "F5"},   {97, "F6"},   {98, "F7"},
     {100, "F8"},  {101, "F9"},  {109, "F10"}, {103, "F11"}, {111, "F12"}, {105, "F13"}, {107, "F14"},

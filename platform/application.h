@@ -7,9 +7,10 @@
 
 namespace lexwend::platform {
 
+/// The values of NSApplicationActivationPolicy: a usual application, or one without an icon in the Dock.
 enum class ActivationPolicy { regular = 0, accessory = 1 };
 
-/// This process as an application of the system. Main thread only.
+/// This process as an application of the system. Texts are UTF-8. Main thread only; only run() blocks.
 class Application {
  public:
   virtual ~Application() = default;

@@ -7,7 +7,7 @@
 
 namespace lexwend::platform {
 
-/// Renders moments in the user's current locale and time zone.
+/// Renders moments in the user's current locale and time zone. Any thread.
 class DateFormatter {
  public:
   virtual ~DateFormatter() = default;
@@ -20,7 +20,7 @@ class DateFormatters {
  public:
   virtual ~DateFormatters() = default;
   /// The formatter of a Unicode date pattern (UTS #35). Made on first use and kept: the same pattern gives
-  /// the same formatter.
+  /// the same formatter. One that the system cannot read renders as an empty text.
   virtual DateFormatter& withPattern(std::string_view pattern) = 0;
 };
 

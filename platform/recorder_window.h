@@ -54,7 +54,7 @@ struct RecorderWindowEvents {
   std::function<void()> cancel;     ///< the cancel button
   std::function<void()> willClose;  ///< before the window closes, by its close box or by close()
 };
-/// The window of the hot-key recorder. Main thread only.
+/// The window of the hot-key recorder. Texts are UTF-8. Main thread only.
 class RecorderWindow {
  public:
   virtual ~RecorderWindow() = default;
@@ -66,6 +66,7 @@ class RecorderWindow {
   /// Closes the window; events.willClose runs before this returns, unless it is closed already.
   virtual void close() = 0;
 };
+/// Makes such windows. Main thread only.
 class RecorderWindows {
  public:
   virtual ~RecorderWindows() = default;

@@ -9,12 +9,13 @@ namespace lexwend::platform {
 
 using ProcessIdentifier = std::int64_t;
 
-/// Who else runs in this user's session. Main thread only.
+/// Who else runs in this user's session. Main thread only. A host that has to ask a bus waits for its answer,
+/// at most a second a question; no answer is an empty one.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;
-  /// Processes with that bundle identifier, in the system's order; this process may be among them. Where the
-  /// system keeps no such list, asking also makes this process known under the identifier.
+  /// Processes with that bundle identifier (UTF-8), in the system's order; this process may be among them.
+  /// Where the system keeps no such list, asking also makes this process known under the identifier.
   virtual std::vector<ProcessIdentifier> withBundleIdentifier(std::string_view identifier) = 0;
   virtual ProcessIdentifier ownProcessIdentifier() = 0;
 };

@@ -26,6 +26,7 @@ class MenuItem {
   virtual void setAction(std::function<void()> action) = 0;
   /// Choosing the item ends the application in the system's standard way.
   virtual void setTerminatesApplication() = 0;
+  /// One character, UTF-8, which chooses the item together with the system's command key; empty: none.
   virtual void setKeyEquivalent(std::string_view key) = 0;
   virtual void setChecked(bool checked) = 0;
   virtual void setHidden(bool hidden) = 0;
@@ -33,6 +34,7 @@ class MenuItem {
 };
 using MenuItemRef = std::shared_ptr<MenuItem>;
 
+/// A menu that stays what it was given to: items are added, never taken out. Main thread only.
 class Menu {
  public:
   virtual ~Menu() = default;
@@ -59,6 +61,7 @@ inline constexpr double kSquareStatusItemLength = -2.0;
 class StatusBar {
  public:
   virtual ~StatusBar() = default;
+  /// `length` is its width in points, or kSquareStatusItemLength.
   virtual StatusItemRef statusItem(double length) = 0;
   virtual MenuRef makeMenu() = 0;
   /// An item without a title and action. May be made before the application runs.

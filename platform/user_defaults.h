@@ -17,7 +17,8 @@ struct OtherDefaultsValue {
 using DefaultsValue = std::variant<bool, std::int64_t, double, std::string, OtherDefaultsValue>;
 
 /// The application's own per-user key-value store, kept over runs. Any thread; a write is seen by the next
-/// read, and a crash at any moment leaves either the old or the new value.
+/// read, and a crash at any moment leaves either the old or the new value. A write that the system refuses is
+/// not reported; the value then lasts until this process ends.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;

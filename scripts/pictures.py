@@ -92,12 +92,6 @@ class Region:
     width: int
     height: int
 
-    def with_margin(self, margin):
-        left, top = max(0, self.x - margin), max(0, self.y - margin)
-        right = min(SCREEN[0], self.x + self.width + margin)
-        bottom = min(SCREEN[1], self.y + self.height + margin)
-        return Region(left, top, right - left, bottom - top)
-
     def united(self, other):
         left, top = min(self.x, other.x), min(self.y, other.y)
         right = max(self.x + self.width, other.x + other.width)
@@ -410,7 +404,7 @@ def run_all(agent, into):
                     raise DesktopError(f'the pictures of {scene} in the {look.name} look could not be taken')
             join_fix(work, look)
         into.mkdir(parents=True, exist_ok=True)
-        pictures = sorted(work.glob('*.png'))
+        pictures = sorted(picture for picture in work.glob('*.png') if not picture.name.startswith(('fix-before', 'fix-after')))
         for picture in pictures:
             shutil.copyfile(picture, into / picture.name)
     finally:

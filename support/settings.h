@@ -7,7 +7,8 @@
 #include "platform/user_defaults.h"
 
 /// The user's persistent choices: their keys, types and defaults. Every call reads the store afresh. A value
-/// that is absent or of another type reads as its default; defaults are never written to the store.
+/// that is absent or of another type reads as its default; defaults are never written to the store. Any
+/// thread.
 namespace lexwend::Settings {
 
 inline constexpr std::string_view kHotKeyCodeKey = "hotKeyCode";                      // integer

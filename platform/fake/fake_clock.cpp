@@ -50,11 +50,6 @@ void FakeClock::forgetAll() {
   while (!events_.empty()) std::exchange(events_, {}).clear();
 }
 
-std::size_t FakeClock::deferredCount() const {
-  return static_cast<std::size_t>(
-      std::count_if(events_.begin(), events_.end(), [](const Event& event) { return event.deferred; }));
-}
-
 std::optional<FakeClock::Event> FakeClock::takeNext(Duration latest, bool deferredToo) {
   auto best = events_.end();
   for (auto event = events_.begin(); event != events_.end(); ++event) {

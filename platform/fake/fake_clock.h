@@ -33,7 +33,6 @@ class FakeClock {
   /// Lets go of everything that waits.
   void forgetAll();
   /// How much of the program's deferred work is waiting.
-  std::size_t deferredCount() const;
 
  private:
   struct Event {

@@ -32,9 +32,6 @@ class FakeHotKeys : public HotKeyService {
   /// Controls of a test.
   /// Another program holds the combination.
   void otherAppTakes(std::uint32_t keyCode, std::uint32_t modifiers) { taken_.insert({keyCode, modifiers}); }
-  void otherAppReleases(std::uint32_t keyCode, std::uint32_t modifiers) {
-    taken_.erase({keyCode, modifiers});
-  }
   /// The user presses the combination; false when this program does not hold it.
   bool press(std::uint32_t keyCode, std::uint32_t modifiers);
   /// The system reports a press under that identity, registered or not. The handler's result; nothing when no
