@@ -1085,7 +1085,7 @@ Words MacWorld::look(Look look, const Words& arguments) {
         std::ostringstream line;
         line << key.keyCode << (key.isDown ? " down" : " up") << " flags 0x" << std::hex << key.flags
              << std::dec << " source " << (key.sourceState ? std::to_string(*key.sourceState) : "none")
-             << " tap " << key.tap;
+             << " tap " << key.tap << " at " << key.time.count();
         lines.push_back(line.str());
       }
       return lines;
