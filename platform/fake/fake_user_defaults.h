@@ -39,6 +39,7 @@ class FakeUserDefaults : public UserDefaults {
 
   /// Controls of a test.
   void put(std::string_view key, DefaultsValue value) {
+    if (const auto* number = std::get_if<double>(&value)) value = defaultsNumber(*number);
     values_.insert_or_assign(std::string(key), std::move(value));
   }
   void remove(std::string_view key) {
