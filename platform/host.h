@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 namespace lexwend::platform {
@@ -65,6 +66,11 @@ class HostScope {
 
  private:
   Host* previous_;
+  std::uint64_t previousNumber_;
 };
+
+/// Tells the installed host from every other one that was installed in this process: what was learnt from a
+/// host holds as long as its number does. Any thread.
+std::uint64_t installedHostNumber();
 
 }  // namespace lexwend::platform
