@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/characters.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
@@ -245,17 +247,15 @@ class DecomposedPieces {
   // The canonical ordering algorithm of UAX #15 as a stable counting sort over the 256 combining classes.
   void orderMarks(std::u32string& piece) {
     const std::size_t begin = !piece.empty() && combiningClass(piece[0]) == 0 ? 1 : 0;
-    std::array<std::size_t, 256> places{};
-    bool ordered = true;
-    std::uint8_t before = 0;
-    for (std::size_t index = begin; index < piece.size(); ++index) {
-      const std::uint8_t own = combiningClass(piece[index]);
-      ordered = ordered && before <= own;
-      before = own;
-      ++places[own];
-    }
-    if (ordered) {
+    const auto marks = piece.begin() + static_cast<std::ptrdiff_t>(begin);
+    if (std::is_sorted(marks, piece.end(), [](char32_t left, char32_t right) {
+          return combiningClass(left) < combiningClass(right);
+        })) {
       return;
+    }
+    std::array<std::size_t, 256> places{};
+    for (auto mark = marks; mark != piece.end(); ++mark) {
+      ++places[combiningClass(*mark)];
     }
     std::size_t place = begin;
     for (std::size_t& entry : places) {

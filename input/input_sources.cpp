@@ -7,7 +7,7 @@
 #include <utility>
 #include <variant>
 
-#include <unicode/unistr.h>
+#include <unicode/ustring.h>
 
 #include "support/fatal.h"
 
@@ -33,10 +33,15 @@ bool contains(const std::vector<std::string>& languages, std::string_view langua
   return std::find(languages.begin(), languages.end(), language) != languages.end();
 }
 
-/// A lone surrogate becomes U+FFFD, as the Unicode Standard advises for ill-formed UTF-16.
+/// Empty where a surrogate stands alone: it is no character, and U+FFFD in its place would be one.
 std::string utf8FromUtf16(const std::u16string& units) {
-  std::string out;
-  icu::UnicodeString(units.data(), static_cast<int32_t>(units.size())).toUTF8String(out);
+  constexpr std::size_t kMostBytesOfAUnit = 3;
+  std::string out(units.size() * kMostBytesOfAUnit, '\0');
+  std::int32_t length = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  u_strToUTF8(out.data(), static_cast<std::int32_t>(out.size()), &length, units.data(),
+              static_cast<std::int32_t>(units.size()), &status);
+  out.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
   return out;
 }
 

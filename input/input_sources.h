@@ -39,7 +39,7 @@ std::optional<KeyboardLayout> keyboardLayout(std::string_view language);
 std::optional<KeyTable> keyTable(const KeyboardLayout& layout);
 
 /// UTF-8 text that one key types with a modifier state (Carbon mask shifted right by 8 bits). Empty for a
-/// dead key and on an error of the system. A key code outside of 0 to 65535 is fatal.
+/// dead key, for a lone surrogate and on an error of the system. A key code outside of 0 to 65535 is fatal.
 std::string translate(const platform::KeyLayoutData& data, int keyCode, std::uint32_t modifierState);
 
 /// A property that is a list of strings; empty when it is absent or anything else.

@@ -27,6 +27,7 @@ namespace lexwend::platform {
 namespace {
 
 Host* current = nullptr;
+std::uint64_t currentNumber = 0;
 
 Host& installedHost() {
   if (current == nullptr) {
@@ -38,12 +39,19 @@ Host& installedHost() {
 
 }  // namespace
 
-HostScope::HostScope(Host& host) : previous_(current) {
+HostScope::HostScope(Host& host) : previous_(current), previousNumber_(currentNumber) {
+  static std::uint64_t lastNumber = 0;
   current = &host;
+  currentNumber = ++lastNumber;
 }
 
 HostScope::~HostScope() {
   current = previous_;
+  currentNumber = previousNumber_;
+}
+
+std::uint64_t installedHostNumber() {
+  return currentNumber;
 }
 
 InputSourceService& inputSourceService() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 namespace lexwend::platform {
@@ -25,7 +26,8 @@ class DateFormatters;
 class Pasteboard;
 
 /// One operating system: the owner of all its services. A service is made when it is first asked for, so that
-/// a program that needs no display never looks for one. Main thread only.
+/// a program that needs no display never looks for one. Main thread only, but for the three services that
+/// serve any thread: standardUserDefaults(), files() and dateFormatters() may be asked for on each.
 class Host {
  public:
   virtual ~Host() = default;
@@ -53,7 +55,8 @@ class Host {
 /// the entry.
 std::unique_ptr<Host> makeHost();
 
-/// Makes a host the one that the service accessors reach, from construction to destruction; scopes nest.
+/// Makes a host the one that the service accessors reach, from construction to destruction; scopes nest. Both
+/// on the main thread, while no other thread reaches a service.
 class HostScope {
  public:
   explicit HostScope(Host& host);
@@ -63,6 +66,11 @@ class HostScope {
 
  private:
   Host* previous_;
+  std::uint64_t previousNumber_;
 };
+
+/// Tells the installed host from every other one that was installed in this process: what was learnt from a
+/// host holds as long as its number does. Any thread.
+std::uint64_t installedHostNumber();
 
 }  // namespace lexwend::platform

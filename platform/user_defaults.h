@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,6 +16,14 @@ struct OtherDefaultsValue {
 };
 /// Numbers are std::int64_t when whole and in range, else double.
 using DefaultsValue = std::variant<bool, std::int64_t, double, std::string, OtherDefaultsValue>;
+
+/// A number that a store holds as a double.
+inline DefaultsValue defaultsNumber(double number) {
+  constexpr double kLimit = 9223372036854775808.0;  // 2^63, the first double past the range
+  const bool isWhole = std::trunc(number) == number;
+  if (isWhole && number >= -kLimit && number < kLimit) return static_cast<std::int64_t>(number);
+  return number;
+}
 
 /// The application's own per-user key-value store, kept over runs. Any thread; a write is seen by the next
 /// read, and a crash at any moment leaves either the old or the new value. A write that the system refuses is

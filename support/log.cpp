@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "support/log.h"
 
+#include <cstdint>
+#include <mutex>
+
 #include <unicode/ustring.h>
 
 #include "platform/date_formatter.h"
 #include "platform/files.h"
+#include "platform/host.h"
 
 namespace lexwend::Log {
 namespace {
@@ -19,25 +23,37 @@ bool isWellFormedUtf8(std::string_view text) {
   return status != U_INVALID_CHAR_FOUND;
 }
 
-}  // namespace
-
-std::string url() {
+std::string pathUnderHome() {
   std::string path = platform::files().homeDirectoryForCurrentUser();
-  if (path.empty() || path.back() != '/') path += '/';
+  if (path.empty()) return path;
+  if (path.back() != '/') path += '/';
   path += kRelativePath;
   return path;
 }
 
+}  // namespace
+
+std::string url() {
+  static std::mutex mutex;
+  static std::uint64_t hostOfPath = 0;
+  static std::string path;
+  const std::lock_guard lock(mutex);
+  if (const auto host = platform::installedHostNumber(); host != hostOfPath) {
+    path = pathUnderHome();
+    hostOfPath = host;
+  }
+  return path;
+}
+
 void write(std::string_view message) {
-  if (!isWellFormedUtf8(message)) return;
+  const std::string path = url();
+  if (path.empty() || !isWellFormedUtf8(message)) return;
   std::string line = platform::dateFormatters().withPattern(kTimePattern).stringFromNow();
   line += ' ';
   line += message;
   line += '\n';
 
   platform::Files& files = platform::files();
-  if (files.homeDirectoryForCurrentUser().empty()) return;
-  const std::string path = url();
   if (const auto handle = files.fileHandleForWriting(path)) {
     handle->seekToEndOfFile();
     handle->write(line);

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/settings.h"
 
-#include <cmath>
 #include <limits>
-#include <optional>
 
 #include "support/fatal.h"
 
@@ -13,23 +11,11 @@ namespace {
 constexpr std::uint32_t kDefaultHotKeyCode = 120;  // F2
 constexpr std::uint32_t kDefaultHotKeyModifiers = 0;
 
-/// The stored number as a signed integer, when it is one to the last digit. A truth value is no number.
-std::optional<std::int64_t> asInteger(const platform::DefaultsValue& value) {
-  if (const auto* integer = std::get_if<std::int64_t>(&value)) return *integer;
-  if (const auto* number = std::get_if<double>(&value)) {
-    constexpr double kLimit = 9223372036854775808.0;  // 2^63, the first double past the range
-    if (std::trunc(*number) == *number && *number >= -kLimit && *number < kLimit) {
-      return static_cast<std::int64_t>(*number);
-    }
-  }
-  return std::nullopt;
-}
-
 std::uint32_t unsignedValue(std::string_view key, std::uint32_t defaultValue) {
   const auto object = d().objectForKey(key);
   if (!object) return defaultValue;
-  const auto integer = asInteger(*object);
-  if (!integer) return defaultValue;
+  const auto* integer = std::get_if<std::int64_t>(&*object);
+  if (integer == nullptr) return defaultValue;
   if (*integer < 0 || *integer > std::numeric_limits<std::uint32_t>::max()) {
     fatal("a stored hot-key number does not fit into 32 unsigned bits");
   }

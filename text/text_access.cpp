@@ -41,11 +41,13 @@ const char* Error::what() const noexcept {
 
 void replaceSelection(const Transform& transform) {
   const bool secure = platform::secureInput().isSecureEventInputEnabled();
+  const bool trusted = platform::accessibility().isProcessTrusted();
+  const bool compat = Settings::compatMode();
   Log::write(std::string("replaceSelection: secureInput=") + truthName(secure) +
-             " trusted=" + truthName(platform::accessibility().isProcessTrusted()) +
-             " compat=" + truthName(Settings::compatMode()));
+             " trusted=" + truthName(trusted) + " compat=" + truthName(compat));
 
-  // Secure input comes first on purpose: it is what is reported when the permission is missing as well.
+  // Secure input comes first on purpose: it is what is reported when the permission is missing as well. It
+  // counts as it was logged; trust and the setting are read again for the decision.
   if (secure) throw Error(Failure::secureInput);
   if (!platform::accessibility().isProcessTrusted()) throw Error(Failure::noPermission);
 

@@ -11,7 +11,8 @@
 /// only; a replacement may block for about two seconds.
 namespace lexwend::TextAccess {
 
-/// Why a selection was not replaced. The order is the code of the platform's error object.
+/// Why a selection was not replaced. The order is the code of the platform's error object; no host makes one,
+/// so its domain is kept nowhere.
 enum class Failure {
   secureInput,      ///< some program holds secure keyboard entry
   noSelection,      ///< two simulated copies put no text on the pasteboard

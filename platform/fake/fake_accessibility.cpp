@@ -61,6 +61,7 @@ AttributeResult FakeAccessibility::copyAttributeValue(const AccessibilityElement
   if (element && element == systemWide_) {
     if (attribute != kFocusedUIElementAttribute) return {kAccessibilityAttributeUnsupported, {}};
     if (focusAnswer_) {
+      focusAnswerUsed_ = true;
       system_.clock.sleep(focusAnswer_->delay);
       return resultOf(*focusAnswer_);
     }
@@ -108,6 +109,17 @@ AccessibilityError FakeAccessibility::setAttributeValue(const AccessibilityEleme
   if (attribute != kSelectedTextAttribute || !field->editable) return kAccessibilityAttributeUnsupported;
   field->replaceSelection(value);
   return 0;
+}
+
+void FakeAccessibility::answerFocus(std::optional<FakeAnswer> answer) {
+  for (auto& complaint : unused()) system_.complain(std::move(complaint));
+  focusAnswer_ = std::move(answer);
+  focusAnswerUsed_ = false;
+}
+
+std::vector<std::string> FakeAccessibility::unused() const {
+  if (!focusAnswer_ || focusAnswerUsed_) return {};
+  return {"the answer prepared for the focused element was never asked for"};
 }
 
 void FakeAccessibility::grantAfter(std::chrono::milliseconds delay) {

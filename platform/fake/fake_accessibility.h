@@ -2,6 +2,8 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/accessibility.h"
 #include "platform/fake/fake_apps.h"
@@ -35,13 +37,16 @@ class FakeAccessibility : public Accessibility {
   /// How often any element was asked or told anything.
   int elementCalls() const { return elementCalls_; }
   /// What the next questions for the focused element get instead of the truth; nothing: the truth again.
-  void answerFocus(std::optional<FakeAnswer> answer) { focusAnswer_ = std::move(answer); }
+  /// An answer that nobody asked for is a complaint.
+  void answerFocus(std::optional<FakeAnswer> answer);
+  std::vector<std::string> unused() const;
 
  private:
   FakeSystem& system_;
   FakeApps& apps_;
   AccessibilityElementRef systemWide_;
   std::optional<FakeAnswer> focusAnswer_;
+  bool focusAnswerUsed_ = false;
   bool trusted_ = true;
   int prompts_ = 0;
   int elementCalls_ = 0;

@@ -35,6 +35,13 @@ class FakeCallLog {
     }
     return std::nullopt;
   }
+  /// The place of the last one.
+  std::optional<std::size_t> lastIndexOf(std::string_view prefix) const {
+    for (std::size_t i = calls_.size(); i > 0; --i) {
+      if (calls_[i - 1].starts_with(prefix)) return i - 1;
+    }
+    return std::nullopt;
+  }
 
  private:
   std::vector<std::string> calls_;

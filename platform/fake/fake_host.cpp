@@ -99,7 +99,8 @@ std::vector<std::string> FakeHost::settle() {
 
 std::vector<std::string> FakeHost::collectComplaints() const {
   auto complaints = system_.complaints.all();
-  for (auto unused : {system_.injections.unused(), apps_.unused(), alerts_.unused()}) {
+  for (auto unused : {system_.injections.unused(), apps_.unused(), alerts_.unused(), accessibility_.unused(),
+                      userDefaults_.unused()}) {
     for (auto& complaint : unused) complaints.push_back(std::move(complaint));
   }
   return complaints;

@@ -35,7 +35,7 @@ enum class KeyFate { ownHotKey, othersHotKey, ownWindow, application, nobody };
 
 /// An operating system in memory. Each accessor gives a service that is at the same time the test's control
 /// over it; what belongs to no single service is here. Time stands still until somebody sleeps or advances
-/// it.
+/// it. All of it belongs to one thread.
 ///
 ///   FakeHost host;
 ///   HostScope scope(host);

@@ -31,7 +31,7 @@ std::string idOf(const FakeLayout& layout) {
   return id == nullptr ? std::string() : *id;
 }
 
-/// The tables of layouts are well-formed UTF-8.
+/// The tables of layouts are UTF-8, lone surrogates included.
 std::u16string utf16(std::string_view text) {
   std::u16string units;
   for (std::size_t i = 0; i < text.size();) {

@@ -58,6 +58,7 @@ void FakeKeyEvents::post(EventTap tap, const KeyEvent& event) {
   }
   FakePostedKey key = made->key;
   key.tap = tap;
+  key.time = std::chrono::duration_cast<std::chrono::milliseconds>(system_.clock.now());
   posted_.push_back(key);
   system_.called("keyEvents.post " + std::to_string(key.keyCode) + (key.keyDown ? " down" : " up"));
   if (!key.keyDown || key.flags != kEventFlagCommand) return;

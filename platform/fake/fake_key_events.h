@@ -17,6 +17,7 @@ struct FakePostedKey {
   EventFlags flags = 0;
   std::optional<EventSourceState> source;  ///< nothing: made without a source
   EventTap tap = EventTap::hid;
+  std::chrono::milliseconds time{0};  ///< since the host was made
   bool operator==(const FakePostedKey&) const = default;
 };
 

@@ -13,7 +13,8 @@
 
 namespace lexwend::platform {
 
-/// What one key types (UTF-8).
+/// What one key types. UTF-8, in which a surrogate may be written like any scalar: "\xED\xA0\x80" is a lone
+/// U+D800.
 struct FakeKey {
   std::string plain, shifted;
 };

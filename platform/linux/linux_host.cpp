@@ -11,6 +11,7 @@ namespace {
 /// The longest deferral that counts as part of a fix; the clipboard is put back half a second after it.
 constexpr std::chrono::milliseconds kLastWork(1000);
 
+/// For the services of the main thread.
 template <typename Service, typename... Arguments>
 Service& made(std::optional<Service>& service, Arguments&&... arguments) {
   if (!service) service.emplace(std::forward<Arguments>(arguments)...);
@@ -67,7 +68,8 @@ RunningApplications& LinuxHost::runningApplications() {
 }
 
 UserDefaults& LinuxHost::standardUserDefaults() {
-  return made(userDefaults_, LinuxUserDefaults::standardPath());
+  std::call_once(userDefaultsMade_, [this] { userDefaults_.emplace(LinuxUserDefaults::standardPath()); });
+  return *userDefaults_;
 }
 
 LoginItem& LinuxHost::loginItem() {

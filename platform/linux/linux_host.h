@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <optional>
 
 #include "platform/host.h"
@@ -69,6 +70,7 @@ class LinuxHost : public Host {
   std::optional<std::shared_ptr<X11Connection>> x11_;
   LinuxFiles files_;
   LinuxDateFormatters dateFormatters_;
+  std::once_flag userDefaultsMade_;  // any thread may be the first to ask
   std::optional<LinuxUserDefaults> userDefaults_;
   std::optional<LinuxLoginItem> loginItem_;
   LinuxRunningApplications runningApplications_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 
 #include "platform/accessibility.h"
 #include "platform/alerts.h"
@@ -25,7 +26,7 @@
 
 namespace lexwend::platform::mac {
 
-/// macOS 13 and later. Compiled, linked and executed against doubles; never run on macOS. Main thread only.
+/// macOS 13 and later. Compiled, linked and executed against doubles; never run on macOS.
 class MacHost : public Host {
  public:
   InputSourceService& inputSourceService() override;
@@ -48,6 +49,13 @@ class MacHost : public Host {
   std::shared_ptr<Pasteboard> generalPasteboard() override;
 
  private:
+  /// A service that every thread may be the first to ask for.
+  template <typename Service>
+  struct OnAnyThread {
+    std::once_flag isMade;
+    std::unique_ptr<Service> service;
+  };
+
   std::unique_ptr<InputSourceService> inputSourceService_;
   std::unique_ptr<Accessibility> accessibility_;
   std::unique_ptr<SecureInput> secureInput_;
@@ -59,12 +67,12 @@ class MacHost : public Host {
   std::unique_ptr<Alerts> alerts_;
   std::unique_ptr<Workspace> workspace_;
   std::unique_ptr<RunningApplications> runningApplications_;
-  std::unique_ptr<UserDefaults> standardUserDefaults_;
+  OnAnyThread<UserDefaults> standardUserDefaults_;
   std::unique_ptr<LoginItem> loginItem_;
   std::unique_ptr<RunLoop> runLoop_;
   std::unique_ptr<Application> application_;
-  std::unique_ptr<Files> files_;
-  std::unique_ptr<DateFormatters> dateFormatters_;
+  OnAnyThread<Files> files_;
+  OnAnyThread<DateFormatters> dateFormatters_;
   std::shared_ptr<Pasteboard> generalPasteboard_;
 };
 

@@ -14,6 +14,13 @@ Service& madeOnce(std::unique_ptr<Service>& owner, std::unique_ptr<Service> (*ma
   return *owner;
 }
 
+/// The same for an owner whose service may be asked for on any thread.
+template <typename Owner, typename Service>
+Service& madeOnAnyThread(Owner& owner, std::unique_ptr<Service> (*make)()) {
+  std::call_once(owner.isMade, [&] { owner.service = make(); });
+  return *owner.service;
+}
+
 }  // namespace
 
 InputSourceService& MacHost::inputSourceService() {
@@ -32,13 +39,13 @@ RunningApplications& MacHost::runningApplications() {
   return madeOnce(runningApplications_, makeRunningApplications);
 }
 UserDefaults& MacHost::standardUserDefaults() {
-  return madeOnce(standardUserDefaults_, makeStandardUserDefaults);
+  return madeOnAnyThread(standardUserDefaults_, makeStandardUserDefaults);
 }
 LoginItem& MacHost::loginItem() { return madeOnce(loginItem_, makeLoginItem); }
 RunLoop& MacHost::runLoop() { return madeOnce(runLoop_, makeRunLoop); }
 Application& MacHost::application() { return madeOnce(application_, makeApplication); }
-Files& MacHost::files() { return madeOnce(files_, makeFiles); }
-DateFormatters& MacHost::dateFormatters() { return madeOnce(dateFormatters_, makeDateFormatters); }
+Files& MacHost::files() { return madeOnAnyThread(files_, makeFiles); }
+DateFormatters& MacHost::dateFormatters() { return madeOnAnyThread(dateFormatters_, makeDateFormatters); }
 std::shared_ptr<Pasteboard> MacHost::generalPasteboard() {
   if (generalPasteboard_ == nullptr) generalPasteboard_ = makeGeneralPasteboard();
   return generalPasteboard_;

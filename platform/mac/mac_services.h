@@ -6,7 +6,8 @@
 #include "platform/host.h"
 
 /// How the host comes by its services: one function for each, defined in the file named after the service's
-/// header. Main thread only. A service does nothing to the system before it is asked to.
+/// header. Main thread only, but for user defaults, files and date formatters. A service does nothing to the
+/// system before it is asked to.
 namespace lexwend::platform::mac {
 
 std::unique_ptr<InputSourceService> makeInputSourceService();

@@ -45,16 +45,15 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{"wordOfBothScriptsConvertsItsLatinLetters", "aשb", false, "ששנ"},
         Sample{"wordOfBothScriptsConvertsItsHebrewLetters", "aשb", true, "aab"},
         Sample{"wordOfBothScriptsKeepsItsPunctuation", "a,ש.", false, "ש,ש."},
-        Sample{"noBreakSpaceSeparatesWords", "היי\u00A0akuo", false, "היי\u00A0שלום"},
-        Sample{"pointedLetterCountsAsHebrewAndStays", "שׁ akuo", false, "שׁ שלום"},
+        Sample{"noBreakSpaceSeparatesWords", "היי akuo\u00A0.", false, "היי שלום\u00A0."},
         Sample{"pointedLetterStaysBesideOnesThatConvert", "שָׁלום", true, "שָׁkuo"},
         Sample{"accentedLetterIsNoLatinLetter", "é .", true, "é /"},
         Sample{"letterWithACombiningAccentIsNoLatinLetter", "e\u0301 .", true, "e\u0301 /"},
         Sample{"gereshIsNoHebrewLetter", "\u05F3", false, "\u05F3"},
         Sample{"gershayimIsNoHebrewLetter", "\u05F4 a", true, "\u05F4 ש"},
         Sample{"yiddishLigaturesAreNoHebrewLetters", "\u05F0\u05F1\u05F2 a", true, "\u05F0\u05F1\u05F2 ש"},
-        Sample{"carriageReturnWithLineFeedIsOneSpace", "a\r\nb", false, "ש\r\nנ"},
-        Sample{"spaceWithAMarkIsSpace", "ש \u05B8a", false, "ש \u05B8ש"},
+        Sample{"carriageReturnWithLineFeedSeparatesWords", "היי a\r\n.", false, "היי ש\r\n."},
+        Sample{"spaceWithAMarkIsSpace", "היי a \u05B8.", false, "היי ש \u05B8."},
         Sample{"illFormedBytesComeBack", "a\xFF\xD7 \xE2\x82z\xED\xA0\x80", false,
                "ש\xFF\xD7 \xE2\x82ז\xED\xA0\x80"},
         Sample{"nulIsACharacterLikeAnyOther", std::string("a\0b", 3), false, std::string("ש\0נ", 5)}),
@@ -92,6 +91,11 @@ TEST(Converter, setsTheTargetByTheScriptOfUniformText) {
     EXPECT_TRUE(builtIn().convert("akuo 1.", currentLayoutIsHebrew).targetIsHebrew);
     EXPECT_FALSE(builtIn().convert("שלום 1.", currentLayoutIsHebrew).targetIsHebrew);
   }
+}
+
+TEST(Converter, countsAPointedLetterAsHebrewAndLeavesIt) {
+  EXPECT_EQ(builtIn().convert("שׁ akuo", true), (Converter::Result{"שׁ akuo", false, false}));
+  EXPECT_EQ(builtIn().convert("שׁ akuo", false), (Converter::Result{"שׁ שלום", true, true}));
 }
 
 TEST(Converter, setsTheTargetOfMixedTextByTheActiveLayout) {

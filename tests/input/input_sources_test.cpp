@@ -163,6 +163,20 @@ TEST_F(InputSourcesTest, keyMayTypeSeveralCharactersAndAstralOnes) {
   EXPECT_EQ(tableOf(several).at(0), (KeyChars{"abcdefgh", "😀"}));
 }
 
+TEST_F(InputSourcesTest, loneSurrogateIsNoTextAndPairsWithNothing) {
+  FakeLayout broken = platform::usLayout();
+  broken.keys[0] = {"\xED\xA0\x80", "A"};              // U+D800
+  broken.keys[1] = {"s\xED\xB0\x80", "\xED\xB0\x80"};  // U+DC00
+  const KeyTable table = tableOf(broken);
+  EXPECT_EQ(table.at(0), (KeyChars{"", "A"}));
+  EXPECT_EQ(table.at(1), (KeyChars{"", ""}));
+  system.setLayouts({broken, platform::hebrewLayout()});
+  const LayoutMap map = LayoutMap::build(InputSources::layoutQueries());
+  EXPECT_TRUE(map.builtFromSystem);
+  EXPECT_FALSE(map.toHebrew.contains("\uFFFD"));
+  EXPECT_FALSE(map.toEnglish.contains("ש"));
+}
+
 TEST_F(InputSourcesTest, eachKeyIsTranslatedPlainThenShiftedInAscendingOrder) {
   system.setKeyboardType(41);
   (void)tableOf(platform::usLayout());

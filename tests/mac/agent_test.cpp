@@ -219,9 +219,10 @@ TEST_F(AgentOnMac, fixesThroughTheClipboardAndPutsItBackItemByItem) {
     EXPECT_EQ(after[1][0].data, bytesOf("picture"));
   });
   using doubles::key_events::Posted;
-  EXPECT_THAT(doubles::key_events::posted(),
-              ElementsAre(Posted{8, true, kCommandFlag, 0, 1}, Posted{8, false, kCommandFlag, 0, 1},
-                          Posted{9, true, kCommandFlag, 0, 1}, Posted{9, false, kCommandFlag, 0, 1}));
+  EXPECT_THAT(
+      doubles::key_events::posted(),
+      ElementsAre(Posted{8, true, kCommandFlag, 0, 1}, Posted{8, false, kCommandFlag, 0, 1},
+                  Posted{9, true, kCommandFlag, 0, 1, 50ms}, Posted{9, false, kCommandFlag, 0, 1, 50ms}));
   EXPECT_THAT(log(), HasSubstr(" clipboard: copied 4 chars after 20ms (attempt 1)\n"));
   EXPECT_THAT(log(), HasSubstr(" clipboard: pasted 4 chars\n"));
 }

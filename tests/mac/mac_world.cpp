@@ -397,6 +397,7 @@ void MacWorld::answerAccessibility() {
       if (attribute != kFocusedUIElementAttribute) {
         read.error = kAccessibilityAttributeUnsupported;
       } else if (focusAnswer_) {
+        focusAnswerUsed_ = true;
         mac::time::block(focusAnswer_->delay);
         return resultOf(*focusAnswer_);
       } else if (!focus) {
@@ -798,6 +799,7 @@ void MacWorld::act(Act act, const Words& arguments) {
       return;
     case Act::focusAnswer:
       focusAnswer_ = answerOf(arguments, 0);
+      focusAnswerUsed_ = false;
       return;
     case Act::copies:
       app().copies = copyOf(arguments);
@@ -1085,7 +1087,7 @@ Words MacWorld::look(Look look, const Words& arguments) {
         std::ostringstream line;
         line << key.keyCode << (key.isDown ? " down" : " up") << " flags 0x" << std::hex << key.flags
              << std::dec << " source " << (key.sourceState ? std::to_string(*key.sourceState) : "none")
-             << " tap " << key.tap;
+             << " tap " << key.tap << " at " << key.time.count();
         lines.push_back(line.str());
       }
       return lines;
@@ -1130,6 +1132,9 @@ Words MacWorld::complaints() {
   for (const auto& answer : alertAnswers_) {
     all.push_back("the alert answer \"" + answer.button.value_or("by closing") +
                   "\" was prepared and no alert came");
+  }
+  if (focusAnswer_ && !focusAnswerUsed_) {
+    all.emplace_back("the answer prepared for the focused element was never asked for");
   }
   for (const auto& each : apps_) {
     if (!each->nextCopies.empty()) all.push_back(each->name + " was prepared for more copies than came");

@@ -78,6 +78,7 @@ class MacWorld : public ScenarioWorld {
   std::vector<AppRef> apps_;
   AppRef front_;
   std::optional<platform::FakeAnswer> focusAnswer_;
+  bool focusAnswerUsed_ = false;
   bool trusted_ = true;
   bool secureInputHeld_ = false;
   std::deque<AlertAnswer> alertAnswers_;

@@ -498,7 +498,7 @@ Words FakeWorld::look(Look look, const Words& arguments) {
         line << key.keyCode << (key.keyDown ? " down" : " up") << " flags 0x" << std::hex << key.flags
              << std::dec << " source "
              << (key.source ? std::to_string(static_cast<int>(*key.source)) : "none") << " tap "
-             << static_cast<unsigned>(key.tap);
+             << static_cast<unsigned>(key.tap) << " at " << key.time.count();
         lines.push_back(line.str());
       }
       return lines;

@@ -176,6 +176,9 @@ TEST(Runner, whatIsPreparedAndNeverUsedFailsTheScenario) {
   EXPECT_THAT(
       reportOf("scenario \"s\"\ngiven\n  fail next closeFile\nwhen\n  start\nthen\n  icon keyboard\n"),
       HasSubstr("closeFile"));
+  EXPECT_THAT(
+      reportOf("scenario \"s\"\ngiven\n  focus answer nothing\nwhen\n  start\nthen\n  icon keyboard\n"),
+      HasSubstr("x.scenario:1: the answer prepared for the focused element was never asked for"));
 }
 
 TEST(Runner, anUnansweredAlertFailsTheScenario) {

@@ -18,10 +18,24 @@ struct LogTest : testing::Test {
 
 using Log_ = LogTest;
 
-TEST_F(Log_, liesUnderTheHomeDirectory) {
+TEST_F(Log_, liesUnderTheHomeDirectoryOfTheInstalledHost) {
   EXPECT_EQ(Log::url(), path);
-  host.files().home = "/";
-  EXPECT_EQ(Log::url(), "/Library/Logs/Lexwend.log");
+  {
+    platform::FakeHost other;
+    other.files().home = "/";
+    const platform::HostScope otherScope(other);
+    EXPECT_EQ(Log::url(), "/Library/Logs/Lexwend.log");
+  }
+  EXPECT_EQ(Log::url(), path);
+}
+
+TEST_F(Log_, placeIsWorkedOutOnFirstUseAndKept) {
+  Log::write("one");
+  host.files().home = "/Users/elsewhere";
+  host.files().addFolder("/Users/elsewhere/Library/Logs");
+  Log::write("two");
+  EXPECT_EQ(Log::url(), path);
+  EXPECT_EQ(host.files().bytes(path), "2024-03-05 14:07:09.042 one\n2024-03-05 14:07:09.042 two\n");
 }
 
 TEST_F(Log_, firstCallCreatesTheFileWithExactlyOneLine) {
@@ -56,6 +70,7 @@ TEST_F(Log_, unreadableHomeDirectoryLosesTheLineSilently) {
   host.files().home = "";
   host.files().addFolder("/Library/Logs");
   Log::write("lost");
+  EXPECT_EQ(Log::url(), "");
   EXPECT_EQ(host.files().fileCount(), 0u);
 }
 

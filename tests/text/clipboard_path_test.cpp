@@ -33,9 +33,15 @@ struct ClipboardPath : TextFixture {
   std::optional<Failure> runWithoutChange() {
     return failureOf([] { TextAccess::replaceViaClipboard([](std::string_view) { return std::nullopt; }); });
   }
-  static Posted commandKey(std::uint16_t keyCode) {
-    return {{keyCode, true, 0x100000, EventSourceState::hidSystem, platform::EventTap::hid},
-            {keyCode, false, 0x100000, EventSourceState::hidSystem, platform::EventTap::hid}};
+  static Posted commandKey(std::uint16_t keyCode, std::chrono::milliseconds time) {
+    return {{keyCode, true, 0x100000, EventSourceState::hidSystem, platform::EventTap::hid, time},
+            {keyCode, false, 0x100000, EventSourceState::hidSystem, platform::EventTap::hid, time}};
+  }
+  void expectTheCopyOnlyAfterTheWait() {
+    const auto lastPoll = host.calls().lastIndexOf("runLoop.sleep 10000us");
+    const auto copy = host.calls().indexOf("keyEvents.post 8 down");
+    ASSERT_TRUE(lastPoll && copy);
+    EXPECT_LT(*lastPoll, *copy);
   }
   void copiesAfter(std::chrono::milliseconds delay) { editor->copies = {FakeCopy::Kind::selection, delay}; }
 };
@@ -54,8 +60,8 @@ TEST_F(ClipboardPath, copiesConvertsPastesAndRestoresHalfASecondLater) {
 
 TEST_F(ClipboardPath, pressesExactlyCommandCAndCommandV) {
   EXPECT_EQ(run(), std::nullopt);
-  Posted expected = commandKey(8);
-  const Posted paste = commandKey(9);
+  Posted expected = commandKey(8, 0ms);
+  const Posted paste = commandKey(9, 30ms);
   expected.insert(expected.end(), paste.begin(), paste.end());
   EXPECT_EQ(host.keyEvents().posted(), expected);
 }
@@ -117,6 +123,23 @@ TEST_F(ClipboardPath, noSelectionLeavesAnUnchangedPasteboardUntouched) {
   EXPECT_TRUE(seen.empty());
 }
 
+TEST_F(ClipboardPath, changeWhileTheModifiersAreWaitedForIsTakenBackAfterTwoEmptyCopies) {
+  host.keyEvents().holdModifiers(platform::kEventFlagControl);
+  host.keyEvents().releaseModifiersAfter(100ms);
+  host.clock().systemDoes(50ms, [this] { host.pasteboard().otherAppCopies("meanwhile"); });
+  field->selectNothing();
+  EXPECT_EQ(run(), Failure::noSelection);
+  EXPECT_EQ(log().back(), "clipboard: copy produced nothing (attempt 2, changed=false, waited=600ms)");
+  EXPECT_EQ(host.pasteboard().contents(), users);
+}
+
+TEST_F(ClipboardPath, copyThatComesInTheLastPauseIsTakenBack) {
+  editor->nextCopies = {{FakeCopy::Kind::nothing, 0ms}, {FakeCopy::Kind::selection, 700ms}};
+  EXPECT_EQ(run(), Failure::noSelection);
+  EXPECT_EQ(log().back(), "clipboard: copy produced nothing (attempt 2, changed=false, waited=600ms)");
+  EXPECT_EQ(host.pasteboard().contents(), users);
+}
+
 TEST_F(ClipboardPath, copyWithoutTextCountsAsNothingAndIsTakenBackAtOnce) {
   for (const auto kind : {FakeCopy::Kind::emptyText, FakeCopy::Kind::image, FakeCopy::Kind::clears}) {
     editor->copies = {kind, 0ms};
@@ -142,7 +165,7 @@ TEST_F(ClipboardPath, nothingToChangeRestoresAtOnceAndLogsNoMore) {
   EXPECT_EQ(log(), Lines{"clipboard: copied 4 chars after 0ms (attempt 1)"});
   EXPECT_EQ(host.pasteboard().contents(), users);
   EXPECT_EQ(host.runLoop().pendingWork(), 0u);
-  EXPECT_EQ(host.keyEvents().posted(), commandKey(8));
+  EXPECT_EQ(host.keyEvents().posted(), commandKey(8, 0ms));
 }
 
 TEST_F(ClipboardPath, eventThatCannotBeMadePostsNothing) {
@@ -182,6 +205,14 @@ TEST_F(ClipboardPath, waitsForTheHotKeysModifiersToBeReleased) {
   host.keyEvents().releaseModifiersAfter(45ms);
   EXPECT_EQ(run(), std::nullopt);
   EXPECT_EQ(host.clock().now(), 50ms + 30ms);
+  expectTheCopyOnlyAfterTheWait();
+}
+
+TEST_F(ClipboardPath, modifiersAreThoseOfTheSessionAsAWhole) {
+  host.keyEvents().holdModifiers(platform::kEventFlagCommand);
+  host.keyEvents().releaseModifiersAfter(20ms);
+  EXPECT_EQ(run(), std::nullopt);
+  EXPECT_EQ(host.calls().of("keyEvents.flagsState"), Lines(3, "keyEvents.flagsState 0"));
 }
 
 TEST_F(ClipboardPath, goesOnAfterHalfASecondWithModifiersStillHeld) {
@@ -189,9 +220,11 @@ TEST_F(ClipboardPath, goesOnAfterHalfASecondWithModifiersStillHeld) {
     field->setText("akuo");
     field->selectAll();
     host.keyEvents().holdModifiers(flag);
+    host.calls().clear();
     const auto start = host.clock().now();
     EXPECT_EQ(run(), std::nullopt);
     EXPECT_EQ(host.clock().now() - start, 500ms + 30ms) << std::hex << flag;
+    expectTheCopyOnlyAfterTheWait();
     host.advance(1s);
   }
 }
@@ -212,14 +245,16 @@ TEST_F(ClipboardPath, snapshotIsTakenBeforeTheModifiersAreWaitedFor) {
   EXPECT_LT(*snapshot, *wait);
 }
 
-TEST_F(ClipboardPath, replacementGoesOnAClearedPasteboardBeforeThePauseAndThePaste) {
+TEST_F(ClipboardPath, replacementGoesOnAClearedPasteboardThenComeThePauseAndThePaste) {
   EXPECT_EQ(run(), std::nullopt);
   const auto clear = host.calls().indexOf("pasteboard.clearContents");
   const auto set = host.calls().indexOf("pasteboard.setString");
   const auto pause = host.calls().indexOf("runLoop.sleep 30000us");
-  ASSERT_TRUE(clear && set && pause);
+  const auto paste = host.calls().indexOf("keyEvents.post 9 down");
+  ASSERT_TRUE(clear && set && pause && paste);
   EXPECT_LT(*clear, *set);
   EXPECT_LT(*set, *pause);
+  EXPECT_LT(*pause, *paste);
 }
 
 TEST_F(ClipboardPath, countsAreOfPerceivedCharacters) {

@@ -87,6 +87,25 @@ TEST_F(TextAccessTest, secureInputIsAskedOnceAndTrustTwice) {
   EXPECT_EQ(host.calls().count("accessibility.isProcessTrusted"), 2u);
 }
 
+TEST_F(TextAccessTest, settingThatChangesAfterTheLineDecides) {
+  std::size_t trustQueries = 0;
+  host.standardUserDefaults().afterNextRead("compatMode", [&] {
+    trustQueries = host.calls().count("accessibility.isProcessTrusted");
+    setCompatMode(true);
+  });
+  EXPECT_EQ(replace(), std::nullopt);
+  EXPECT_EQ(log(), (Lines{"replaceSelection: secureInput=false trusted=true compat=false",
+                          "clipboard: copied 4 chars after 0ms (attempt 1)", "clipboard: pasted 4 chars"}));
+  EXPECT_EQ(trustQueries, 1u) << "for the line, trust is asked for before the setting";
+}
+
+TEST_F(TextAccessTest, permissionThatIsLostAfterTheLineDecides) {
+  host.standardUserDefaults().afterNextRead("compatMode", [&] { host.accessibility().setTrusted(false); });
+  EXPECT_EQ(replace(), Failure::noPermission);
+  EXPECT_EQ(log(), (Lines{"replaceSelection: secureInput=false trusted=true compat=false"}));
+  expectNothingTouched();
+}
+
 TEST_F(TextAccessTest, settingsPageIsOpenedByItsUrl) {
   TextAccess::openAccessibilitySettings();
   EXPECT_EQ(host.workspace().openedUrls(),

@@ -182,6 +182,15 @@ TEST(UserDefaultsText, comesBackAsItWas) {
   EXPECT_EQ(parseDefaults(defaultsText(limits)), limits);
 }
 
+TEST(UserDefaultsText, givesAWholeNumberInRangeAsAnInteger) {
+  EXPECT_EQ(parseDefaults("# Lexwend settings\na = real 96\nb = real -9223372036854775808\n"
+                          "c = real 9223372036854775808\nd = real 96.5\nend\n"),
+            (DefaultsTable{{"a", std::int64_t{96}},
+                           {"b", std::numeric_limits<std::int64_t>::min()},
+                           {"c", 9223372036854775808.0},
+                           {"d", 96.5}}));
+}
+
 TEST(UserDefaultsText, isRefusedWhenAnEntryIsNone) {
   for (const auto* entry : {"hotKeyCode", "= integer 1", "k = integer", "k = integer 1x",
                             "k = integer 9223372036854775808", "k = real ,5", "k = boolean yes",

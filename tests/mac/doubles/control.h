@@ -202,6 +202,7 @@ struct Posted {
   std::uint64_t flags = 0;
   std::uint32_t tap = 0;
   std::optional<std::int32_t> sourceState;
+  std::chrono::milliseconds time{0};  ///< since the session began
   bool operator==(const Posted&) const = default;
 };
 std::vector<Posted> posted();

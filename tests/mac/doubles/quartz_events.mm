@@ -88,6 +88,7 @@ CGEventType CGEventGetType(CGEventRef event) {
 void CGEventPost(CGEventTapLocation tap, CGEventRef event) {
   key_events::Posted posted = checked(event, "CGEventPost")->event;
   posted.tap = tap;
+  posted.time = std::chrono::duration_cast<std::chrono::milliseconds>(time::now());
   record("CGEventPost", std::to_string(tap) + ", " + std::to_string(posted.keyCode) + ", " +
                             (posted.isDown ? "down" : "up"));
   state().posted.push_back(posted);
