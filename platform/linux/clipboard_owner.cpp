@@ -32,7 +32,8 @@ constexpr int kWaitForever = -1;
 
 }  // namespace
 
-std::unique_ptr<ClipboardOwner> ClipboardOwner::open(std::chrono::milliseconds handOverTime) {
+std::unique_ptr<ClipboardOwner> ClipboardOwner::open(std::chrono::milliseconds handOverTime,
+                                                     std::chrono::milliseconds fetchTime) {
   int screenNumber = 0;
   XcbConnection connection = connectToDisplay(screenNumber);
   xcb_screen_t* screen = connection ? screenOf(connection.get(), screenNumber) : nullptr;
@@ -43,15 +44,17 @@ std::unique_ptr<ClipboardOwner> ClipboardOwner::open(std::chrono::milliseconds h
   if (xfixes == nullptr || xfixes->present == 0) {
     return nullptr;
   }
-  return std::unique_ptr<ClipboardOwner>(new ClipboardOwner(std::move(connection), *screen, handOverTime));
+  return std::unique_ptr<ClipboardOwner>(
+      new ClipboardOwner(std::move(connection), *screen, handOverTime, fetchTime));
 }
 
 ClipboardOwner::ClipboardOwner(XcbConnection connection, xcb_screen_t& screen,
-                               std::chrono::milliseconds handOverTime)
+                               std::chrono::milliseconds handOverTime, std::chrono::milliseconds fetchTime)
     : connection_(std::move(connection)),
       root_(screen.root),
       window_(xcb_generate_id(connection_.get())),
       handOverTime_(handOverTime),
+      fetchTime_(fetchTime),
       wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   xcb_connection_t* c = connection_.get();
   pieceSize_ = std::min(kPieceSize, std::size_t{xcb_get_maximum_request_length(c)} * 4 - kRequestOverhead);
@@ -84,19 +87,19 @@ ClipboardOwner::~ClipboardOwner() {
 }
 
 void ClipboardOwner::clear() {
-  clearMayWait_ = true;
+  somethingMayWait_ = true;
   post({CommandKind::clear, {}, Purpose::passing}, true);  // until its time is taken
 }
 
 void ClipboardOwner::settle() {
-  if (clearMayWait_) {
-    clearMayWait_ = false;
+  if (somethingMayWait_) {
+    somethingMayWait_ = false;
     post({CommandKind::settle, {}, Purpose::passing}, true);
   }
 }
 
 void ClipboardOwner::claim(ClipboardContents contents, Purpose purpose) {
-  clearMayWait_ = false;
+  somethingMayWait_ = purpose == Purpose::lasting;
   post({CommandKind::claim, std::move(contents), purpose}, true);
 }
 
@@ -119,13 +122,11 @@ void ClipboardOwner::run() {
     Command command;
     while (takeCommand(command)) {
       if (command.kind == CommandKind::stop) {
-        if (clearAt_) {
-          doClear();
-        }
+        carryOutDeferred();
         // The news that another application has copied may be under way still; its contents must stay.
         owning_ = owning_ && ownerOf(clipboard_) == window_;
         if (owning_ && purpose_ == Purpose::passing && !command.contents.empty()) {
-          doClaim(std::move(command.contents), command.purpose);
+          doClaim(std::move(command.contents), command.purpose, serverTime());
         }
         handOver();
         finishCommand();
@@ -134,8 +135,8 @@ void ClipboardOwner::run() {
       carryOut(command);
       finishCommand();
     }
-    if (clearAt_ && Clock::now() >= *clearAt_) {
-      doClear();
+    if (deferred_ && Clock::now() >= deferred_->due) {
+      carryOutDeferred();
     }
     dropStalledTransfers();
     handlePendingEvents();
@@ -156,21 +157,17 @@ bool ClipboardOwner::takeCommand(Command& command) {
 void ClipboardOwner::carryOut(Command& command) {
   switch (command.kind) {
     case CommandKind::clear:
-      clearTime_ = serverTime();
-      clearAt_ = Clock::now() + kClearDelay;
+      defer({}, kClearDelay);
       break;
     case CommandKind::settle:
-      if (clearAt_) {
-        doClear();
-      }
+      carryOutDeferred();
       break;
     case CommandKind::claim:
-      clearAt_.reset();
-      if (command.contents.empty()) {
-        clearTime_ = serverTime();
-        doClear();
+      if (command.purpose == Purpose::lasting) {
+        defer(std::move(command.contents), std::chrono::milliseconds(0));
       } else {
-        doClaim(std::move(command.contents), command.purpose);
+        deferred_.reset();
+        doClaim(std::move(command.contents), command.purpose, serverTime());
       }
       break;
     case CommandKind::stop:
@@ -186,7 +183,10 @@ void ClipboardOwner::finishCommand() {
 
 /// Sleeps until an event or a command comes or something is due.
 void ClipboardOwner::waitForWork() {
-  std::optional<Clock::time_point> due = clearAt_;
+  std::optional<Clock::time_point> due;
+  if (deferred_) {
+    due = deferred_->due;
+  }
   for (const Transfer& transfer : transfers_) {
     due = due ? std::min(*due, transfer.deadline) : transfer.deadline;
   }
@@ -379,27 +379,55 @@ void ClipboardOwner::stopWatching(xcb_window_t requestor) {
   }
 }
 
+/// At once where nothing has to be waited for.
+void ClipboardOwner::defer(ClipboardContents contents, std::chrono::milliseconds atLeast) {
+  Clock::time_point due = Clock::now() + atLeast;
+  if (owning_ && purpose_ == Purpose::passing) {
+    due = std::max(due, fetchedBy_);
+  }
+  deferred_ = Deferred{std::move(contents), serverTime(), due};
+  if (due <= Clock::now()) {
+    carryOutDeferred();
+  }
+}
+
 /// By the time of the request, so that the server ignores it when somebody has copied since.
-void ClipboardOwner::doClear() {
-  clearAt_.reset();
-  xcb_set_selection_owner(connection_.get(), XCB_WINDOW_NONE, clipboard_, clearTime_);
+void ClipboardOwner::carryOutDeferred() {
+  if (!deferred_) {
+    return;
+  }
+  Deferred deferred = std::move(*deferred_);
+  deferred_.reset();
+  if (deferred.contents.empty()) {
+    doClear(deferred.time);
+  } else {
+    doClaim(std::move(deferred.contents), Purpose::lasting, deferred.time);
+  }
+}
+
+void ClipboardOwner::doClear(xcb_timestamp_t time) {
+  xcb_set_selection_owner(connection_.get(), XCB_WINDOW_NONE, clipboard_, time);
   owning_ = false;
   owned_.clear();
   ownerOf(clipboard_);  // the notification stands before this reply
   handlePendingEvents();
 }
 
-void ClipboardOwner::doClaim(ClipboardContents contents, Purpose purpose) {
+void ClipboardOwner::doClaim(ClipboardContents contents, Purpose purpose, xcb_timestamp_t time) {
   std::vector<OwnedTarget> owned;
   for (ClipboardTarget& target : contents) {
     owned.push_back({atom(target.name), atom(target.propertyType), target.format, std::move(target.bytes)});
   }
-  claimTime_ = serverTime();
+  claimTime_ = time;
   owned_ = std::move(owned);
   purpose_ = purpose;
   owning_ = true;  // a request may come before the reply below
   xcb_set_selection_owner(connection_.get(), window_, clipboard_, claimTime_);
+  fetchedBy_ = Clock::now() + fetchTime_;
   owning_ = ownerOf(clipboard_) == window_;
+  if (!owning_) {
+    owned_.clear();
+  }
   handlePendingEvents();
 }
 
