@@ -9,7 +9,6 @@
 #include <pthread.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
-#include <xcb/xfixes.h>
 
 namespace lexwend::platform {
 namespace {
@@ -40,21 +39,24 @@ std::unique_ptr<ClipboardOwner> ClipboardOwner::open(std::chrono::milliseconds h
   if (screen == nullptr) {
     return nullptr;
   }
-  const xcb_query_extension_reply_t* xfixes = xcb_get_extension_data(connection.get(), &xcb_xfixes_id);
-  if (xfixes == nullptr || xfixes->present == 0) {
+  const auto selectionEvent =
+      watchSelection(connection.get(), screen->root, internAtom(connection.get(), "CLIPBOARD"));
+  if (!selectionEvent) {
     return nullptr;
   }
   return std::unique_ptr<ClipboardOwner>(
-      new ClipboardOwner(std::move(connection), *screen, handOverTime, fetchTime));
+      new ClipboardOwner(std::move(connection), *screen, *selectionEvent, handOverTime, fetchTime));
 }
 
-ClipboardOwner::ClipboardOwner(XcbConnection connection, xcb_screen_t& screen,
+ClipboardOwner::ClipboardOwner(XcbConnection connection, xcb_screen_t& screen, std::uint8_t selectionEvent,
                                std::chrono::milliseconds handOverTime, std::chrono::milliseconds fetchTime)
     : connection_(std::move(connection)),
       root_(screen.root),
       window_(xcb_generate_id(connection_.get())),
       handOverTime_(handOverTime),
       fetchTime_(fetchTime),
+      selectionEvent_(selectionEvent),
+      atoms_(connection_.get()),
       wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   xcb_connection_t* c = connection_.get();
   pieceSize_ = std::min(kPieceSize, std::size_t{xcb_get_maximum_request_length(c)} * 4 - kRequestOverhead);
@@ -63,14 +65,7 @@ ClipboardOwner::ClipboardOwner(XcbConnection connection, xcb_screen_t& screen,
   const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
   xcb_create_window(c, XCB_COPY_FROM_PARENT, window_, root_, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
                     XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
-  xfixesFirstEvent_ = xcb_get_extension_data(c, &xcb_xfixes_id)->first_event;
-  const XcbReply<xcb_xfixes_query_version_reply_t> version(
-      xcb_xfixes_query_version_reply(c, xcb_xfixes_query_version(c, 1, 0), nullptr));
-  xcb_xfixes_select_selection_input(c, root_, clipboard_,
-                                    XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
-                                        XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
-                                        XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
-  ownerOf(clipboard_);  // a reply says that the selection above is in force
+  ownerOf(clipboard_);  // a reply says that the notifications are in force
   // Signals are for the main thread.
   sigset_t all;
   sigset_t before;
@@ -215,7 +210,7 @@ void ClipboardOwner::handlePendingEvents() {
 
 void ClipboardOwner::handleEvent(const xcb_generic_event_t& event) {
   const std::uint8_t type = eventType(event);
-  if (type == xfixesFirstEvent_ + XCB_XFIXES_SELECTION_NOTIFY) {
+  if (type == selectionEvent_) {
     changeCount_.fetch_add(1);
     return;
   }
@@ -484,16 +479,6 @@ xcb_window_t ClipboardOwner::ownerOf(xcb_atom_t selection) {
   const XcbReply<xcb_get_selection_owner_reply_t> reply(
       xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));
   return reply ? reply->owner : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
-}
-
-xcb_atom_t ClipboardOwner::atom(const std::string& name) {
-  const auto known = atoms_.find(name);
-  if (known != atoms_.end()) {
-    return known->second;
-  }
-  const xcb_atom_t atom = internAtom(connection_.get(), name);
-  atoms_.emplace(name, atom);
-  return atom;
 }
 
 }  // namespace lexwend::platform

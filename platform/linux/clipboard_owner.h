@@ -6,11 +6,10 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -85,8 +84,8 @@ class ClipboardOwner {
     std::shared_ptr<const Bytes> bytes;
   };
 
-  ClipboardOwner(XcbConnection connection, xcb_screen_t& screen, std::chrono::milliseconds handOverTime,
-                 std::chrono::milliseconds fetchTime);
+  ClipboardOwner(XcbConnection connection, xcb_screen_t& screen, std::uint8_t selectionEvent,
+                 std::chrono::milliseconds handOverTime, std::chrono::milliseconds fetchTime);
   void post(Command command, bool wait);
 
   // Everything below runs on the thread.
@@ -112,7 +111,7 @@ class ClipboardOwner {
   void handOver();
   xcb_timestamp_t serverTime();
   xcb_window_t ownerOf(xcb_atom_t selection);
-  xcb_atom_t atom(const std::string& name);
+  xcb_atom_t atom(std::string_view name) { return atoms_.atom(name); }
   bool connected() const { return xcb_connection_has_error(connection_.get()) == 0; }
 
   XcbConnection connection_;
@@ -121,8 +120,8 @@ class ClipboardOwner {
   std::size_t pieceSize_;
   std::chrono::milliseconds handOverTime_;
   std::chrono::milliseconds fetchTime_;
-  std::uint8_t xfixesFirstEvent_;
-  std::map<std::string, xcb_atom_t> atoms_;
+  std::uint8_t selectionEvent_;
+  AtomCache atoms_;
   xcb_atom_t clipboard_;
   xcb_atom_t timeProperty_;
   std::vector<OwnedTarget> owned_;
