@@ -16,7 +16,7 @@ class ClipboardReader;
 
 /// What one look at the whole clipboard may cost, and how long text that passes is left alone.
 struct PasteboardBudget {
-  /// For everything together.
+  /// For everything together, but for a first look at the text where some passes (kStringTime).
   std::chrono::milliseconds time{1000};
   /// For each single answer, and for each piece of one.
   std::chrono::milliseconds silence{400};
