@@ -20,8 +20,7 @@ class PasteboardItem {
   virtual ~PasteboardItem() = default;
   /// Type identifiers in the item's order; a type may stand twice.
   virtual std::vector<std::string> types() = 0;
-  /// The bytes of a type, promised data fetched from its owner; nothing when they cannot be had. May block
-  /// for the host's own time limit.
+  /// The bytes of a type, promised data fetched from its owner; nothing when they cannot be had.
   virtual std::optional<Bytes> data(const std::string& type) = 0;
 };
 
@@ -29,17 +28,22 @@ class PasteboardItem {
 using PasteboardItemData = std::vector<std::pair<std::string, Bytes>>;
 
 /// A pasteboard. Main thread only; a host goes on serving what it wrote while the main thread sleeps.
+/// The operations that need an answer of another application block until it comes: on Linux items(), which
+/// fetches all data, one second and a half at most and every other half a second; on macOS as long as the
+/// system lets them.
 class Pasteboard {
  public:
   virtual ~Pasteboard() = default;
-  /// The items in order; nothing when the pasteboard reports none.
+  /// The items in order; nothing when the pasteboard reports none. On Linux, while text of setString()
+  /// stands, what was there before it.
   virtual std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() = 0;
   /// Grows with every change of the contents, whoever made it.
   virtual std::int64_t changeCount() = 0;
   virtual void clearContents() = 0;
   /// The plain text (UTF-8), or nothing when there is none.
   virtual std::optional<std::string> string() = 0;
-  /// Writes the plain text. Follows a clearContents().
+  /// Writes the plain text, which is to pass through only: on Linux, and nowhere else, it is marked for
+  /// clipboard histories to leave it out. Follows a clearContents().
   virtual void setString(std::string_view text) = 0;
   /// Makes a new item of each entry and writes all of them at once. Follows a clearContents().
   virtual void writeItems(const std::vector<PasteboardItemData>& items) = 0;

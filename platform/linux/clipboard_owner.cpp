@@ -9,7 +9,6 @@
 #include <pthread.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
-#include <xcb/xfixes.h>
 
 namespace lexwend::platform {
 namespace {
@@ -32,26 +31,32 @@ constexpr int kWaitForever = -1;
 
 }  // namespace
 
-std::unique_ptr<ClipboardOwner> ClipboardOwner::open(std::chrono::milliseconds handOverTime) {
+std::unique_ptr<ClipboardOwner> ClipboardOwner::open(std::chrono::milliseconds handOverTime,
+                                                     std::chrono::milliseconds fetchTime) {
   int screenNumber = 0;
   XcbConnection connection = connectToDisplay(screenNumber);
   xcb_screen_t* screen = connection ? screenOf(connection.get(), screenNumber) : nullptr;
   if (screen == nullptr) {
     return nullptr;
   }
-  const xcb_query_extension_reply_t* xfixes = xcb_get_extension_data(connection.get(), &xcb_xfixes_id);
-  if (xfixes == nullptr || xfixes->present == 0) {
+  const auto selectionEvent =
+      watchSelection(connection.get(), screen->root, internAtom(connection.get(), "CLIPBOARD"));
+  if (!selectionEvent) {
     return nullptr;
   }
-  return std::unique_ptr<ClipboardOwner>(new ClipboardOwner(std::move(connection), *screen, handOverTime));
+  return std::unique_ptr<ClipboardOwner>(
+      new ClipboardOwner(std::move(connection), *screen, *selectionEvent, handOverTime, fetchTime));
 }
 
-ClipboardOwner::ClipboardOwner(XcbConnection connection, xcb_screen_t& screen,
-                               std::chrono::milliseconds handOverTime)
+ClipboardOwner::ClipboardOwner(XcbConnection connection, xcb_screen_t& screen, std::uint8_t selectionEvent,
+                               std::chrono::milliseconds handOverTime, std::chrono::milliseconds fetchTime)
     : connection_(std::move(connection)),
       root_(screen.root),
       window_(xcb_generate_id(connection_.get())),
       handOverTime_(handOverTime),
+      fetchTime_(fetchTime),
+      selectionEvent_(selectionEvent),
+      atoms_(connection_.get()),
       wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   xcb_connection_t* c = connection_.get();
   pieceSize_ = std::min(kPieceSize, std::size_t{xcb_get_maximum_request_length(c)} * 4 - kRequestOverhead);
@@ -60,14 +65,7 @@ ClipboardOwner::ClipboardOwner(XcbConnection connection, xcb_screen_t& screen,
   const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
   xcb_create_window(c, XCB_COPY_FROM_PARENT, window_, root_, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
                     XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
-  xfixesFirstEvent_ = xcb_get_extension_data(c, &xcb_xfixes_id)->first_event;
-  const XcbReply<xcb_xfixes_query_version_reply_t> version(
-      xcb_xfixes_query_version_reply(c, xcb_xfixes_query_version(c, 1, 0), nullptr));
-  xcb_xfixes_select_selection_input(c, root_, clipboard_,
-                                    XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
-                                        XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
-                                        XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
-  ownerOf(clipboard_);  // a reply says that the selection above is in force
+  ownerOf(clipboard_);  // a reply says that the notifications are in force
   // Signals are for the main thread.
   sigset_t all;
   sigset_t before;
@@ -84,19 +82,19 @@ ClipboardOwner::~ClipboardOwner() {
 }
 
 void ClipboardOwner::clear() {
-  clearMayWait_ = true;
+  somethingMayWait_ = true;
   post({CommandKind::clear, {}, Purpose::passing}, true);  // until its time is taken
 }
 
 void ClipboardOwner::settle() {
-  if (clearMayWait_) {
-    clearMayWait_ = false;
+  if (somethingMayWait_) {
+    somethingMayWait_ = false;
     post({CommandKind::settle, {}, Purpose::passing}, true);
   }
 }
 
 void ClipboardOwner::claim(ClipboardContents contents, Purpose purpose) {
-  clearMayWait_ = false;
+  somethingMayWait_ = purpose == Purpose::lasting;
   post({CommandKind::claim, std::move(contents), purpose}, true);
 }
 
@@ -119,13 +117,11 @@ void ClipboardOwner::run() {
     Command command;
     while (takeCommand(command)) {
       if (command.kind == CommandKind::stop) {
-        if (clearAt_) {
-          doClear();
-        }
+        carryOutDeferred();
         // The news that another application has copied may be under way still; its contents must stay.
         owning_ = owning_ && ownerOf(clipboard_) == window_;
         if (owning_ && purpose_ == Purpose::passing && !command.contents.empty()) {
-          doClaim(std::move(command.contents), command.purpose);
+          doClaim(std::move(command.contents), command.purpose, serverTime());
         }
         handOver();
         finishCommand();
@@ -134,8 +130,8 @@ void ClipboardOwner::run() {
       carryOut(command);
       finishCommand();
     }
-    if (clearAt_ && Clock::now() >= *clearAt_) {
-      doClear();
+    if (deferred_ && Clock::now() >= deferred_->due) {
+      carryOutDeferred();
     }
     dropStalledTransfers();
     handlePendingEvents();
@@ -156,21 +152,17 @@ bool ClipboardOwner::takeCommand(Command& command) {
 void ClipboardOwner::carryOut(Command& command) {
   switch (command.kind) {
     case CommandKind::clear:
-      clearTime_ = serverTime();
-      clearAt_ = Clock::now() + kClearDelay;
+      defer({}, kClearDelay);
       break;
     case CommandKind::settle:
-      if (clearAt_) {
-        doClear();
-      }
+      carryOutDeferred();
       break;
     case CommandKind::claim:
-      clearAt_.reset();
-      if (command.contents.empty()) {
-        clearTime_ = serverTime();
-        doClear();
+      if (command.purpose == Purpose::lasting) {
+        defer(std::move(command.contents), std::chrono::milliseconds(0));
       } else {
-        doClaim(std::move(command.contents), command.purpose);
+        deferred_.reset();
+        doClaim(std::move(command.contents), command.purpose, serverTime());
       }
       break;
     case CommandKind::stop:
@@ -186,7 +178,10 @@ void ClipboardOwner::finishCommand() {
 
 /// Sleeps until an event or a command comes or something is due.
 void ClipboardOwner::waitForWork() {
-  std::optional<Clock::time_point> due = clearAt_;
+  std::optional<Clock::time_point> due;
+  if (deferred_) {
+    due = deferred_->due;
+  }
   for (const Transfer& transfer : transfers_) {
     due = due ? std::min(*due, transfer.deadline) : transfer.deadline;
   }
@@ -215,7 +210,7 @@ void ClipboardOwner::handlePendingEvents() {
 
 void ClipboardOwner::handleEvent(const xcb_generic_event_t& event) {
   const std::uint8_t type = eventType(event);
-  if (type == xfixesFirstEvent_ + XCB_XFIXES_SELECTION_NOTIFY) {
+  if (type == selectionEvent_) {
     changeCount_.fetch_add(1);
     return;
   }
@@ -379,27 +374,55 @@ void ClipboardOwner::stopWatching(xcb_window_t requestor) {
   }
 }
 
+/// At once where nothing has to be waited for.
+void ClipboardOwner::defer(ClipboardContents contents, std::chrono::milliseconds atLeast) {
+  Clock::time_point due = Clock::now() + atLeast;
+  if (owning_ && purpose_ == Purpose::passing) {
+    due = std::max(due, fetchedBy_);
+  }
+  deferred_ = Deferred{std::move(contents), serverTime(), due};
+  if (due <= Clock::now()) {
+    carryOutDeferred();
+  }
+}
+
 /// By the time of the request, so that the server ignores it when somebody has copied since.
-void ClipboardOwner::doClear() {
-  clearAt_.reset();
-  xcb_set_selection_owner(connection_.get(), XCB_WINDOW_NONE, clipboard_, clearTime_);
+void ClipboardOwner::carryOutDeferred() {
+  if (!deferred_) {
+    return;
+  }
+  Deferred deferred = std::move(*deferred_);
+  deferred_.reset();
+  if (deferred.contents.empty()) {
+    doClear(deferred.time);
+  } else {
+    doClaim(std::move(deferred.contents), Purpose::lasting, deferred.time);
+  }
+}
+
+void ClipboardOwner::doClear(xcb_timestamp_t time) {
+  xcb_set_selection_owner(connection_.get(), XCB_WINDOW_NONE, clipboard_, time);
   owning_ = false;
   owned_.clear();
   ownerOf(clipboard_);  // the notification stands before this reply
   handlePendingEvents();
 }
 
-void ClipboardOwner::doClaim(ClipboardContents contents, Purpose purpose) {
+void ClipboardOwner::doClaim(ClipboardContents contents, Purpose purpose, xcb_timestamp_t time) {
   std::vector<OwnedTarget> owned;
   for (ClipboardTarget& target : contents) {
     owned.push_back({atom(target.name), atom(target.propertyType), target.format, std::move(target.bytes)});
   }
-  claimTime_ = serverTime();
+  claimTime_ = time;
   owned_ = std::move(owned);
   purpose_ = purpose;
   owning_ = true;  // a request may come before the reply below
   xcb_set_selection_owner(connection_.get(), window_, clipboard_, claimTime_);
+  fetchedBy_ = Clock::now() + fetchTime_;
   owning_ = ownerOf(clipboard_) == window_;
+  if (!owning_) {
+    owned_.clear();
+  }
   handlePendingEvents();
 }
 
@@ -456,16 +479,6 @@ xcb_window_t ClipboardOwner::ownerOf(xcb_atom_t selection) {
   const XcbReply<xcb_get_selection_owner_reply_t> reply(
       xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));
   return reply ? reply->owner : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
-}
-
-xcb_atom_t ClipboardOwner::atom(const std::string& name) {
-  const auto known = atoms_.find(name);
-  if (known != atoms_.end()) {
-    return known->second;
-  }
-  const xcb_atom_t atom = internAtom(connection_.get(), name);
-  atoms_.emplace(name, atom);
-  return atom;
 }
 
 }  // namespace lexwend::platform

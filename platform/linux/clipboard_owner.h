@@ -6,11 +6,10 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -30,7 +29,8 @@ class ClipboardOwner {
   };
 
   /// Null when there is no display or no XFIXES.
-  static std::unique_ptr<ClipboardOwner> open(std::chrono::milliseconds handOverTime);
+  static std::unique_ptr<ClipboardOwner> open(std::chrono::milliseconds handOverTime,
+                                              std::chrono::milliseconds fetchTime);
   /// Hands over, then ends the thread.
   ~ClipboardOwner();
   ClipboardOwner(const ClipboardOwner&) = delete;
@@ -41,9 +41,11 @@ class ClipboardOwner {
   /// Leaves the clipboard without owner, unless claim() follows within kClearDelay: an empty clipboard
   /// between two contents would invite a clipboard manager to fill it.
   void clear();
-  /// Carries out a clear() that is still waiting.
+  /// Carries out what still waits.
   void settle();
-  /// Claims the clipboard; on return the claim is made and counted. Empty contents clear it.
+  /// Claims the clipboard; on return the claim is made and counted, but for lasting contents that come within
+  /// the fetch time of passing ones, which wait for that time to be over, as a clear() does. Whoever claims
+  /// the clipboard meanwhile keeps it. Empty contents clear it.
   void claim(ClipboardContents contents, Purpose purpose);
 
   /// What takes the place of passing contents, should they be owned at the end.
@@ -58,6 +60,12 @@ class ClipboardOwner {
     CommandKind kind = CommandKind::settle;
     ClipboardContents contents;
     Purpose purpose = Purpose::passing;
+  };
+  /// A claim of lasting contents, or with none a clear, that is carried out later.
+  struct Deferred {
+    ClipboardContents contents;
+    xcb_timestamp_t time;
+    Clock::time_point due;
   };
   /// Contents on their way to a requestor in pieces.
   struct Transfer {
@@ -76,7 +84,8 @@ class ClipboardOwner {
     std::shared_ptr<const Bytes> bytes;
   };
 
-  ClipboardOwner(XcbConnection connection, xcb_screen_t& screen, std::chrono::milliseconds handOverTime);
+  ClipboardOwner(XcbConnection connection, xcb_screen_t& screen, std::uint8_t selectionEvent,
+                 std::chrono::milliseconds handOverTime, std::chrono::milliseconds fetchTime);
   void post(Command command, bool wait);
 
   // Everything below runs on the thread.
@@ -95,12 +104,14 @@ class ClipboardOwner {
   void endTransfersOf(xcb_window_t requestor);
   void dropStalledTransfers();
   void stopWatching(xcb_window_t requestor);
-  void doClear();
-  void doClaim(ClipboardContents contents, Purpose purpose);
+  void defer(ClipboardContents contents, std::chrono::milliseconds atLeast);
+  void carryOutDeferred();
+  void doClear(xcb_timestamp_t time);
+  void doClaim(ClipboardContents contents, Purpose purpose, xcb_timestamp_t time);
   void handOver();
   xcb_timestamp_t serverTime();
   xcb_window_t ownerOf(xcb_atom_t selection);
-  xcb_atom_t atom(const std::string& name);
+  xcb_atom_t atom(std::string_view name) { return atoms_.atom(name); }
   bool connected() const { return xcb_connection_has_error(connection_.get()) == 0; }
 
   XcbConnection connection_;
@@ -108,16 +119,17 @@ class ClipboardOwner {
   xcb_window_t window_;
   std::size_t pieceSize_;
   std::chrono::milliseconds handOverTime_;
-  std::uint8_t xfixesFirstEvent_;
-  std::map<std::string, xcb_atom_t> atoms_;
+  std::chrono::milliseconds fetchTime_;
+  std::uint8_t selectionEvent_;
+  AtomCache atoms_;
   xcb_atom_t clipboard_;
   xcb_atom_t timeProperty_;
   std::vector<OwnedTarget> owned_;
   bool owning_ = false;
   Purpose purpose_ = Purpose::passing;
   xcb_timestamp_t claimTime_ = XCB_CURRENT_TIME;
-  std::optional<Clock::time_point> clearAt_;
-  xcb_timestamp_t clearTime_ = XCB_CURRENT_TIME;
+  Clock::time_point fetchedBy_;
+  std::optional<Deferred> deferred_;
   std::vector<Transfer> transfers_;
   bool handOverAnswered_ = false;
   xcb_timestamp_t lastTime_ = XCB_CURRENT_TIME;
@@ -129,7 +141,7 @@ class ClipboardOwner {
   std::deque<Command> commands_;  // under mutex_, as the two counters
   std::uint64_t postedCommands_ = 0;
   std::uint64_t finishedCommands_ = 0;
-  bool clearMayWait_ = false;  // main thread only, as the next
+  bool somethingMayWait_ = false;  // main thread only, as the next
   ClipboardContents atEnd_;
   std::thread thread_;  // last: it uses all of the above
 };

@@ -7,7 +7,6 @@
 #include <set>
 
 #include <poll.h>
-#include <xcb/xfixes.h>
 
 namespace lexwend::platform {
 namespace {
@@ -35,31 +34,14 @@ std::unique_ptr<ClipboardReader> ClipboardReader::open(std::string_view selectio
 }
 
 ClipboardReader::ClipboardReader(XcbConnection connection, xcb_screen_t& screen, std::string_view selection)
-    : connection_(std::move(connection)), root_(screen.root) {
-  selection_ = atom(std::string(selection));
+    : connection_(std::move(connection)), root_(screen.root), atoms_(connection_.get()) {
+  selection_ = atom(selection);
   property_ = atom("_LEXWEND_CLIPBOARD_READ");
   useFreshWindow();
-  watchOwner();
+  selectionEvent_ = watchSelection(connection_.get(), root_, selection_);
 }
 
 ClipboardReader::~ClipboardReader() = default;
-
-void ClipboardReader::watchOwner() {
-  xcb_connection_t* c = connection_.get();
-  const xcb_query_extension_reply_t* data = xcb_get_extension_data(c, &xcb_xfixes_id);
-  if (data == nullptr || data->present == 0) {
-    return;
-  }
-  const XcbReply<xcb_xfixes_query_version_reply_t> version(
-      xcb_xfixes_query_version_reply(c, xcb_xfixes_query_version(c, 1, 0), nullptr));
-  hasXFixes_ = version != nullptr;
-  xfixesFirstEvent_ = data->first_event;
-  xcb_xfixes_select_selection_input(c, root_, selection_,
-                                    XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
-                                        XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
-                                        XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
-  xcb_flush(c);
-}
 
 /// An answer that comes after its read was given up would be taken for the answer of a later one, if both
 /// went to the same window.
@@ -279,20 +261,6 @@ XcbReply<xcb_generic_event_t> ClipboardReader::nextEvent(Clock::time_point deadl
     pollfd waited{xcb_get_file_descriptor(c), POLLIN, 0};
     poll(&waited, 1, static_cast<int>(left.count()));
   }
-}
-
-bool ClipboardReader::tellsOfOwnerChange(const xcb_generic_event_t& event) const {
-  return hasXFixes_ && eventType(event) == xfixesFirstEvent_ + XCB_XFIXES_SELECTION_NOTIFY;
-}
-
-xcb_atom_t ClipboardReader::atom(const std::string& name) {
-  const auto known = atoms_.find(name);
-  if (known != atoms_.end()) {
-    return known->second;
-  }
-  const xcb_atom_t atom = internAtom(connection_.get(), name);
-  atoms_.emplace(name, atom);
-  return atom;
 }
 
 std::string ClipboardReader::nameOf(xcb_atom_t atom) {

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/linux/clipboard_data.h"
 #include "platform/linux/x11_connection.h"
@@ -59,7 +60,6 @@ class ClipboardReader {
   };
 
   ClipboardReader(XcbConnection connection, xcb_screen_t& screen, std::string_view selection);
-  void watchOwner();
   void useFreshWindow();
   xcb_window_t selectionOwner();
   Answer readTargets(Limits& limits, ClipboardContents& contents);
@@ -67,8 +67,10 @@ class ClipboardReader {
   Answer receiveIncrementally(Limits& limits, ClipboardTarget& answer);
   XcbReply<xcb_get_property_reply_t> takeProperty();
   XcbReply<xcb_generic_event_t> nextEvent(Clock::time_point deadline);
-  bool tellsOfOwnerChange(const xcb_generic_event_t& event) const;
-  xcb_atom_t atom(const std::string& name);
+  bool tellsOfOwnerChange(const xcb_generic_event_t& event) const {
+    return eventType(event) == selectionEvent_;
+  }
+  xcb_atom_t atom(std::string_view name) { return atoms_.atom(name); }
   std::string nameOf(xcb_atom_t atom);
 
   XcbConnection connection_;
@@ -76,12 +78,11 @@ class ClipboardReader {
   xcb_window_t window_ = XCB_WINDOW_NONE;
   /// Windows of reads that ran out of time, where a late answer may still come.
   std::deque<xcb_window_t> retired_;
-  std::map<std::string, xcb_atom_t> atoms_;
+  AtomCache atoms_;
   std::map<xcb_atom_t, std::string> names_;
   xcb_atom_t selection_;
   xcb_atom_t property_;
-  bool hasXFixes_ = false;
-  std::uint8_t xfixesFirstEvent_ = 0;
+  std::optional<std::uint8_t> selectionEvent_;
 };
 
 }  // namespace lexwend::platform

@@ -94,8 +94,9 @@ bool isTerminalClass(std::string_view windowClass) {
                      [&](std::string_view name) { return lower == name || lastPart == name; });
 }
 
-LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayPost)
-    : x11_(std::move(x11)), mayPost_(std::move(mayPost)) {}
+LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayPost,
+                               std::function<void()> refused)
+    : x11_(std::move(x11)), mayPost_(std::move(mayPost)), refused_(std::move(refused)) {}
 
 EventFlags LinuxKeyEvents::flagsState(EventSourceState /*state*/) {
   if (!x11_ || !x11_->hasXkb()) {
@@ -129,15 +130,23 @@ EventSourceRef LinuxKeyEvents::createSource(EventSourceState /*state*/) {
 
 std::unique_ptr<KeyEvent> LinuxKeyEvents::createKeyboardEvent(const EventSourceRef& /*source*/,
                                                               std::uint16_t keyCode, bool keyDown) {
-  if (!x11_ || !x11_->hasXTest() || (mayPost_ && !mayPost_())) {
-    return nullptr;
-  }
-  const auto key = xFromMacKeyCode(keyCode);
-  const auto windowClass = x11_->activeWindowClass();
-  if (!key || (windowClass && isTerminalClass(*windowClass))) {
+  const auto key = keyToPost(keyCode);
+  if (!key) {
+    if (refused_) {
+      refused_();
+    }
     return nullptr;
   }
   return std::make_unique<XTestKeyEvent>(keyCode, *key, keyDown);
+}
+
+/// Nothing where the event is refused.
+std::optional<xcb_keycode_t> LinuxKeyEvents::keyToPost(std::uint16_t keyCode) {
+  if (!x11_ || !x11_->hasXTest() || (mayPost_ && !mayPost_())) {
+    return std::nullopt;
+  }
+  const auto windowClass = x11_->activeWindowClass();
+  return windowClass && isTerminalClass(*windowClass) ? std::nullopt : xFromMacKeyCode(keyCode);
 }
 
 void LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {

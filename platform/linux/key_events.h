@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "platform/key_events.h"
@@ -27,7 +28,9 @@ bool isTerminalClass(std::string_view windowClass);
 class LinuxKeyEvents : public KeyEvents {
  public:
   /// `mayPost` is asked before an event is made; false refuses it. Without a display no event can be made.
-  LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayPost);
+  /// `refused` is told of each event that is not made.
+  LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayPost,
+                 std::function<void()> refused = {});
 
   /// The modifier keys that are held; locked and latched modifiers do not count. Both states are the same.
   EventFlags flagsState(EventSourceState state) override;
@@ -37,10 +40,12 @@ class LinuxKeyEvents : public KeyEvents {
   void post(EventTap tap, const KeyEvent& event) override;
 
  private:
+  std::optional<xcb_keycode_t> keyToPost(std::uint16_t keyCode);
   void releaseHeldModifiers();
 
   std::shared_ptr<X11Connection> x11_;
   std::function<bool()> mayPost_;
+  std::function<void()> refused_;
 };
 
 }  // namespace lexwend::platform

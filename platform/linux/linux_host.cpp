@@ -33,8 +33,11 @@ SecureInput& LinuxHost::secureInput() {
 }
 
 KeyEvents& LinuxHost::keyEvents() {
-  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy.
-  return made(keyEvents_, x11(), [this] { return !pasteboard()->lastReadWasOverBudget(); });
+  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy; and where none
+  // is made, what another program copies must not be taken for the selection.
+  return made(
+      keyEvents_, x11(), [this] { return !pasteboard()->isWithheld(); },
+      [this] { pasteboard()->copyWasRefused(); });
 }
 
 HotKeyService& LinuxHost::hotKeyService() {

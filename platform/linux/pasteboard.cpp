@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include <glib.h>
+
 #include "platform/linux/clipboard_owner.h"
 #include "platform/linux/clipboard_reader.h"
 
@@ -36,38 +38,39 @@ class ReadItem : public PasteboardItem {
 }  // namespace
 
 LinuxPasteboard::LinuxPasteboard(PasteboardBudget budget)
-    : budget_(budget), owner_(ClipboardOwner::open(kHandOverTime)) {
+    : budget_(budget), owner_(ClipboardOwner::open(kHandOverTime, budget.fetch)) {
   if (owner_) {
     reader_ = ClipboardReader::open();
   }
 }
 
 LinuxPasteboard::~LinuxPasteboard() {
-  if (owner_) {
-    owner_->replacePassingAtEnd(std::move(lastRead_));
+  if (forgetting_ != 0) {
+    g_source_remove(forgetting_);
+  }
+  if (owner_ && lastRead_) {
+    owner_->replacePassingAtEnd(std::move(*lastRead_));
   }
 }
 
 std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::items() {
   overBudget_ = false;
-  lastRead_.clear();
+  copyRefused_ = false;
   if (!reader_) {
     return std::nullopt;
   }
   owner_->settle();
-  ClipboardReader::Result result = reader_->readAll({budget_.time, budget_.silence, budget_.bytes});
-  std::vector<std::unique_ptr<PasteboardItem>> items;
-  switch (result.outcome) {
-    case ClipboardReader::Outcome::noOwner:
-      return items;
-    case ClipboardReader::Outcome::overBudget:
-      overBudget_ = true;
-      break;
-    case ClipboardReader::Outcome::complete:
-      lastRead_ = result.contents;  // shares the bytes
-      break;
+  if (!lastRead_ || !passingTextStands()) {
+    passingText_.reset();
+    ClipboardReader::Result result = reader_->readAll({budget_.time, budget_.silence, budget_.bytes});
+    overBudget_ = result.outcome == ClipboardReader::Outcome::overBudget;
+    lastRead_ = std::move(result.contents);
+    forgetUnlessTextPasses();
   }
-  items.push_back(std::make_unique<ReadItem>(std::move(result.contents)));
+  std::vector<std::unique_ptr<PasteboardItem>> items;
+  if (overBudget_ || !lastRead_->empty()) {
+    items.push_back(std::make_unique<ReadItem>(*lastRead_));  // shares the bytes
+  }
   return items;
 }
 
@@ -83,10 +86,12 @@ void LinuxPasteboard::clearContents() {
   if (mayWrite()) {
     owner_->clear();
   }
+  passingText_.reset();
+  forgetUnlessTextPasses();
 }
 
 std::optional<std::string> LinuxPasteboard::string() {
-  if (!reader_) {
+  if (!reader_ || isWithheld()) {
     return std::nullopt;
   }
   owner_->settle();
@@ -96,6 +101,7 @@ std::optional<std::string> LinuxPasteboard::string() {
 void LinuxPasteboard::setString(std::string_view text) {
   if (mayWrite()) {
     owner_->claim(passingTextContents(text), ClipboardOwner::Purpose::passing);
+    passingText_ = text;
   }
 }
 
@@ -116,7 +122,40 @@ void LinuxPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
     }
   }
   owner_->claim(std::move(contents), ClipboardOwner::Purpose::lasting);
-  lastRead_.clear();
+  passingText_.reset();
+  lastRead_.reset();
+}
+
+/// Whoever replaces the text that passes is about to put back what was there before it: from then on nothing
+/// is withheld.
+bool LinuxPasteboard::mayWrite() {
+  if (isWithheld() && passingTextStands()) {
+    overBudget_ = false;
+    copyRefused_ = false;
+  }
+  return owner_ != nullptr && !isWithheld();
+}
+
+/// A clipboard manager may have taken it over: so the text tells, not the owner.
+bool LinuxPasteboard::passingTextStands() {
+  return reader_ && passingText_ &&
+         reader_->readText({kStringTime, budget_.silence, budget_.bytes}) == passingText_;
+}
+
+/// A fix that writes does so before the main loop turns again. After one that wrote nothing, what it read
+/// must not stay in memory.
+void LinuxPasteboard::forgetUnlessTextPasses() {
+  const auto forget = [](gpointer data) -> gboolean {
+    auto& self = *static_cast<LinuxPasteboard*>(data);
+    self.forgetting_ = 0;
+    if (!self.passingText_) {
+      self.lastRead_.reset();
+    }
+    return G_SOURCE_REMOVE;
+  };
+  if (forgetting_ == 0) {
+    forgetting_ = g_idle_add(forget, this);
+  }
 }
 
 }  // namespace lexwend::platform

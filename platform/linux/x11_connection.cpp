@@ -58,6 +58,27 @@ std::string atomName(xcb_connection_t* connection, xcb_atom_t atom) {
           static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()))};
 }
 
+std::optional<std::uint8_t> watchSelection(xcb_connection_t* connection, xcb_window_t root,
+                                           xcb_atom_t selection) {
+  if (!hasExtension(connection, &xcb_xfixes_id)) {
+    return std::nullopt;
+  }
+  // The server takes no other request before it has been told the version.
+  const XcbReply<xcb_xfixes_query_version_reply_t> version(
+      xcb_xfixes_query_version_reply(connection, xcb_xfixes_query_version(connection, 1, 0), nullptr));
+  xcb_xfixes_select_selection_input(connection, root, selection,
+                                    XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                        XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                        XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+  return xcb_get_extension_data(connection, &xcb_xfixes_id)->first_event + XCB_XFIXES_SELECTION_NOTIFY;
+}
+
+xcb_atom_t AtomCache::atom(std::string_view name) {
+  const auto known = atoms_.find(name);
+  return known != atoms_.end() ? known->second
+                               : atoms_.emplace(name, internAtom(connection_, name)).first->second;
+}
+
 /// The connection as a source of the main context. XCB reads events while it waits for replies, so the file
 /// descriptor alone does not tell that there is work: events are taken over into a queue before each poll.
 struct X11Connection::Source {
@@ -104,7 +125,7 @@ std::shared_ptr<X11Connection> X11Connection::open() {
 }
 
 X11Connection::X11Connection(XcbConnection connection, xcb_window_t root)
-    : connection_(std::move(connection)), root_(root) {
+    : connection_(std::move(connection)), root_(root), atoms_(connection_.get()) {
   queryExtensions();
   watch();
 }
@@ -151,16 +172,6 @@ void X11Connection::watch() {
   g_source_add_unix_fd(&source_->base, xcb_get_file_descriptor(connection_.get()),
                        static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR));
   g_source_attach(&source_->base, nullptr);
-}
-
-xcb_atom_t X11Connection::atom(std::string_view name) {
-  const auto known = atoms_.find(name);
-  if (known != atoms_.end()) {
-    return known->second;
-  }
-  const xcb_atom_t atom = internAtom(connection_.get(), name);
-  atoms_.emplace(name, atom);
-  return atom;
 }
 
 X11Connection::Observation X11Connection::observe(EventHandler handler) {

@@ -42,6 +42,22 @@ xcb_atom_t internAtom(xcb_connection_t* connection, std::string_view name);
 /// Empty when the server knows no such atom.
 std::string atomName(xcb_connection_t* connection, xcb_atom_t atom);
 
+/// Selects the notifications of XFIXES for every claim of a selection and the end of its owner, and gives
+/// their event type; nothing without XFIXES. They are in force with the next reply.
+std::optional<std::uint8_t> watchSelection(xcb_connection_t* connection, xcb_window_t root,
+                                           xcb_atom_t selection);
+
+/// The atoms of a connection, each name interned once.
+class AtomCache {
+ public:
+  explicit AtomCache(xcb_connection_t* connection) : connection_(connection) {}
+  xcb_atom_t atom(std::string_view name);
+
+ private:
+  xcb_connection_t* connection_;
+  std::map<std::string, xcb_atom_t, std::less<>> atoms_;
+};
+
 /// The agent's connection to the X server. Its events are handled in the default main context of GLib, where
 /// the connection is watched for as long as it lives. Main thread only.
 class X11Connection {
@@ -67,7 +83,7 @@ class X11Connection {
   xcb_connection_t* get() const { return connection_.get(); }
   xcb_window_t root() const { return root_; }
   /// The atom of a name, interned once.
-  xcb_atom_t atom(std::string_view name);
+  xcb_atom_t atom(std::string_view name) { return atoms_.atom(name); }
   void flush() { xcb_flush(connection_.get()); }
 
   bool hasXTest() const { return hasXTest_; }
@@ -107,7 +123,7 @@ class X11Connection {
 
   XcbConnection connection_;
   xcb_window_t root_;
-  std::map<std::string, xcb_atom_t, std::less<>> atoms_;
+  AtomCache atoms_;
   std::vector<std::weak_ptr<EventHandler>> observers_;
   std::uint32_t rootEventMask_ = 0;
   Source* source_ = nullptr;

@@ -206,18 +206,6 @@ def works_with_german_and_hebrew(stage):
 
 
 @scene
-def is_restored_when_it_is_ended_during_a_paste(stage):
-    stage.start_agent(compatMode=True)
-    stage.open('mousepad', 'akuo')
-    stage.put_on_clipboard('kept')
-    stage.select_all()
-    stage.keyboard.press('F2')
-    until(lambda: 'clipboard: pasted' in stage.session.log(), 'the paste')
-    status = stage.session.end(stage.agent)
-    assert status == 0, f'the agent ended with {status}'
-
-
-@scene
 def a_held_hot_key_fires_once(stage):
     stage.start_agent()
     stage.open('mousepad', 'akuo')

@@ -84,6 +84,12 @@ class Keyboard:
         for key in reversed(keys):
             self.up(key)
 
+    def pressed(self):
+        """The key codes that are down."""
+        keys = (ctypes.c_ubyte * 32)()  # a bit for each
+        self.x11.XQueryKeymap(self.display, keys)
+        return [code for code in range(256) if keys[code // 8] & 1 << code % 8]
+
     def click(self, x, y):
         """Presses and releases the first button there, in pixels of the screen."""
         self.xtst.XTestFakeMotionEvent(self.display, -1, x, y, ctypes.c_ulong(0))

@@ -20,7 +20,8 @@ struct SimulatedKeys : testing::Test {
   Typist typist;
   std::shared_ptr<X11Connection> x11 = X11Connection::open();
   bool mayPost = true;
-  LinuxKeyEvents keyEvents{x11, [this] { return mayPost; }};
+  int refused = 0;
+  LinuxKeyEvents keyEvents{x11, [this] { return mayPost; }, [this] { ++refused; }};
 
   SimulatedKeys() { display.setLayouts("us,il"); }
   EventFlags held() { return keyEvents.flagsState(EventSourceState::combinedSession); }
@@ -121,6 +122,15 @@ TEST_F(SimulatedKeys, areRefusedInATerminal) {
 TEST_F(SimulatedKeys, areRefusedWhenTheHostSaysSo) {
   mayPost = false;
   EXPECT_FALSE(canMakeEvent());
+}
+
+TEST_F(SimulatedKeys, tellOfARefusalAndOfNothingElse) {
+  FocusedWindow terminal("XTerm");
+  EXPECT_FALSE(canMakeEvent());
+  EXPECT_EQ(refused, 1);
+  FocusedWindow editor("Mousepad");
+  EXPECT_TRUE(canMakeEvent());
+  EXPECT_EQ(refused, 1);
 }
 
 TEST_F(SimulatedKeys, areRefusedForKeysThatDoNotExist) {

@@ -181,6 +181,9 @@ bool CopyingApplication::serveNextPiece(const xcb_property_notify_event_t& event
   if (event.state != XCB_PROPERTY_DELETE || transfer == piecewise_.end()) {
     return false;
   }
+  if (transfer->sentPieces == behaviour_.lastPiece) {
+    return false;
+  }
   if (transfer->sentPieces++ == behaviour_.deadlyPiece) {
     return true;
   }

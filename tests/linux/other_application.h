@@ -43,6 +43,8 @@ class CopyingApplication {
     std::set<std::string> refusedTargets{};
     /// It dies after so many pieces of an answer.
     int deadlyPiece = -1;
+    /// It sends no more after so many.
+    int lastPiece = -1;
     bool answersTargets = true;
   };
 
