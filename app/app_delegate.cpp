@@ -145,7 +145,8 @@ void AppDelegate::recorderDone(bool saved, std::uint32_t previousCode, std::uint
                             "חזרנו לצירוף הקודם.",
          .buttons = {"אישור"}});
   }
-  // While the alert stood the menu may have opened another recorder, which has the hot key now.
+  // The menu works while the alert stands and may have opened another recorder. Letting go of that one would
+  // take its window away without a report, and the hot key would stay unregistered.
   if (recorder_ == doneRecorder) recorder_.reset();
   refreshMenuState();
 }

@@ -22,8 +22,7 @@ class HotKeyCenter {
   /// The instance of the program, made on first use and never destroyed.
   static HotKeyCenter& shared();
 
-  /// `firstId` is the id of the first registration; every later one takes the next.
-  explicit HotKeyCenter(std::uint32_t firstId = 1) : nextId_(firstId) {}
+  HotKeyCenter() = default;
   HotKeyCenter(const HotKeyCenter&) = delete;
   HotKeyCenter& operator=(const HotKeyCenter&) = delete;
 
@@ -50,7 +49,9 @@ class HotKeyCenter {
   std::shared_ptr<Actions> actions_ = std::make_shared<Actions>();
   std::map<std::uint32_t, platform::HotKeyRef> refs_;
   bool installed_ = false;
-  std::uint32_t nextId_;
+  std::uint32_t nextId_ = 1;
+
+  friend struct HotKeyCenterPeer;  // for the tests, which cannot count through all ids
 };
 
 }  // namespace lexwend

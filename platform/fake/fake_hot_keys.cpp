@@ -46,6 +46,9 @@ HotKeyRegistration FakeHotKeys::registerHotKey(std::uint32_t keyCode, std::uint3
   if (const auto code = system_.failure(FakeOperation::registerHotKey)) return {*code, nullptr};
   if (system_.failure(FakeOperation::registerHotKeyReference)) return {kNoErr, nullptr};
   const Combination combination{keyCode, modifiers};
+  if (const auto code = system_.failure(FakeOperation::registerHotKeyStatus)) {
+    return {*code, std::make_shared<FakeHotKey>(combination)};
+  }
   if (taken_.contains(combination) || registered_.contains(combination)) return {kHotKeyExists, nullptr};
   registered_[combination] = identity;
   return {kNoErr, std::make_shared<FakeHotKey>(combination)};

@@ -9,6 +9,8 @@ const char* name(FakeOperation operation) {
       return "createInputSourceList";
     case FakeOperation::copyCurrentLayout:
       return "copyCurrentLayout";
+    case FakeOperation::selectInputSource:
+      return "selectInputSource";
     case FakeOperation::createEventSource:
       return "createEventSource";
     case FakeOperation::createKeyDownEvent:
@@ -21,6 +23,8 @@ const char* name(FakeOperation operation) {
       return "registerHotKey";
     case FakeOperation::registerHotKeyReference:
       return "registerHotKeyReference";
+    case FakeOperation::registerHotKeyStatus:
+      return "registerHotKeyStatus";
     case FakeOperation::unregisterHotKey:
       return "unregisterHotKey";
     case FakeOperation::readHotKeyParameter:

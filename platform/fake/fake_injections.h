@@ -14,12 +14,14 @@ namespace lexwend::platform {
 enum class FakeOperation {
   createInputSourceList,    ///< no list
   copyCurrentLayout,        ///< no current layout
+  selectInputSource,        ///< nothing; the layout in use stays
   createEventSource,        ///< null
   createKeyDownEvent,       ///< null
   createKeyUpEvent,         ///< null
   installHotKeyHandler,     ///< the code, and presses reach nobody
   registerHotKey,           ///< the code and no reference
   registerHotKeyReference,  ///< success, but a null reference
+  registerHotKeyStatus,     ///< the code, but a reference all the same
   unregisterHotKey,         ///< the code; the registration stays
   readHotKeyParameter,      ///< the code, and the identity is left as it was
   symbolImage,              ///< null

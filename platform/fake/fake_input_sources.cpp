@@ -110,6 +110,7 @@ void FakeInputSources::select(const InputSourceRef& source) {
     return;
   }
   selections_.push_back(idOf(*layout));
+  if (system_.failure(FakeOperation::selectInputSource)) return;
   // The system refuses a source that went away or was switched off meanwhile.
   if (layout->enabled && std::find(sources_.begin(), sources_.end(), source) != sources_.end()) {
     current_ = source;

@@ -13,6 +13,7 @@ void closeState(FakeSystem& system, const std::shared_ptr<FakeRecorderState>& st
   state->closed = true;
   system.called("recorderWindow.close");
   if (const auto willClose = state->events.willClose) willClose();
+  if (const auto meanwhile = state->whileClosing) meanwhile();
   state->shown = false;
 }
 
@@ -112,6 +113,10 @@ bool FakeRecorderWindows::clickCloseBox() {
   }
   closeState(system_, state);
   return true;
+}
+
+void FakeRecorderWindows::whileClosing(std::function<void()> meanwhile) {
+  if (const auto state = shown("something while it closes")) state->whileClosing = std::move(meanwhile);
 }
 
 }  // namespace lexwend::platform

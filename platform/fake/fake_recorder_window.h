@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,6 +21,7 @@ struct FakeRecorderState {
   bool shown = false;   ///< on the screen and key
   bool closed = false;  ///< was closed; never shown again
   RecorderWindowEvents events;
+  std::function<void()> whileClosing;
 };
 
 /// Recorder windows in memory.
@@ -40,6 +42,8 @@ class FakeRecorderWindows : public RecorderWindows {
   bool clickSave();
   bool clickCancel();
   bool clickCloseBox();
+  /// Happens while the window on the screen closes, once the program has heard of it.
+  void whileClosing(std::function<void()> meanwhile);
 
  private:
   std::shared_ptr<FakeRecorderState> shown(const char* whatFor);

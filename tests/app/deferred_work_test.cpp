@@ -22,13 +22,17 @@ using testing::IsEmpty;
 
 /// An agent that can go away, and what it did afterwards.
 struct Leaving : Agent {
-  /// Lets go of the delegate. It must be gone at once: nothing that waits holds it.
+  /// Lets go of the delegate. It must be gone at once, and its recorder with it: nothing that waits holds
+  /// them.
   void leave() {
+    letGoOfTheDelegate();
+    EXPECT_EQ(host.recorderWindows().alive(), 0U);
+  }
+  void letGoOfTheDelegate() {
     const std::weak_ptr<AppDelegate> weak = delegate;
     delegate.reset();
     EXPECT_TRUE(weak.expired());
     EXPECT_EQ(host.statusBar().item(), nullptr);
-    EXPECT_EQ(host.recorderWindows().alive(), 0U);
     EXPECT_EQ(host.keyMonitor().installed(), 0U);
     host.calls().clear();
     logAtLeave = host.logFile();
@@ -141,7 +145,29 @@ TEST(DeferredWork, openRecorderGoesWithItsOwnerWithoutReporting) {
 }
 
 TEST(DeferredWork, recorderThatOutlivesItsOwnerReportsToNobody) {
-  // The recorder is kept by the very event that ends it while its owner goes.
+  for (const bool saves : {true, false}) {
+    SCOPED_TRACE(saves);
+    Leaving a;
+    a.host.hotKeyService().otherAppTakes(kF5, 0);  // a report of it would end in an alert
+    a.launch();
+    a.choose(kChangeKeyTitle);
+    a.host.keyMonitor().deliver({kF5, 0});
+    a.host.recorderWindows().whileClosing([&] {
+      a.letGoOfTheDelegate();
+      EXPECT_EQ(a.host.recorderWindows().alive(), 1U);  // kept by the click that ends it
+    });
+    saves ? a.host.recorderWindows().clickSave() : a.host.recorderWindows().clickCancel();
+    ASSERT_EQ(a.delegate, nullptr);
+    EXPECT_EQ(a.host.recorderWindows().alive(), 0U);
+    EXPECT_TRUE(a.host.hotKeyService().registered().empty());
+    EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
+    EXPECT_THAT(a.host.calls().all(), IsEmpty());
+    a.expectNothingWasLogged();
+    a.expectNothingWasStored();
+  }
+}
+
+TEST(DeferredWork, reportOfTheRecorderIsCarriedOutBeforeTheDelegateGoes) {
   Leaving a;
   a.host.hotKeyService().otherAppTakes(kF5, 0);
   a.launch();
@@ -149,8 +175,9 @@ TEST(DeferredWork, recorderThatOutlivesItsOwnerReportsToNobody) {
   a.host.keyMonitor().deliver({kF5, 0});
   a.host.alerts().answer("אישור", [&] { a.delegate.reset(); });
   a.host.recorderWindows().clickSave();
-  // The completion was running and finishes its work; only then is the delegate gone.
   EXPECT_EQ(a.storedHotKey(), "120 0");
+  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, 0));
+  EXPECT_EQ(a.host.calls().all().back(), "statusItem.setImage keyboard");  // the refresh, the last step
   EXPECT_EQ(a.host.statusBar().item(), nullptr);
   EXPECT_EQ(a.host.recorderWindows().alive(), 0U);
 }

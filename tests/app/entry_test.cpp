@@ -10,6 +10,7 @@
 
 #include "hotkey/hot_key_center.h"
 #include "platform/fake/fake_host.h"
+#include "tests/call_order.h"
 
 namespace lexwend::tests {
 namespace {
@@ -184,19 +185,11 @@ TEST(Entry, reasonWhyNoAgentCanRunGoesToStandardError) {
 TEST(Entry, startsTheAgentStepByStep) {
   Start start;
   EXPECT_EQ(start(), 0);
-  const auto calls = start.host.calls();
-  const auto at = [&](const char* call) {
-    const auto index = calls.indexOf(call);
-    EXPECT_TRUE(index.has_value()) << call;
-    return index.value_or(0);
-  };
-  EXPECT_LT(at("runningApplications.withBundleIdentifier"), at("application.takeSharedApplication"));
-  EXPECT_LT(at("application.takeSharedApplication"),
-            at("inputSources.createInputSourceList"));  // the delegate
-  EXPECT_LT(at("inputSources.createInputSourceList"), at("application.setDelegate"));
-  EXPECT_LT(at("application.setDelegate"), at("application.setActivationPolicy 1"));
-  EXPECT_LT(at("application.setActivationPolicy 1"), at("application.run"));
-  EXPECT_LT(at("application.run"), at("statusBar.statusItem"));  // the launch
+  EXPECT_TRUE(inOrder(start.host.calls(),
+                      {"runningApplications.withBundleIdentifier", "application.takeSharedApplication",
+                       "inputSources.createInputSourceList",  // the delegate
+                       "application.setDelegate", "application.setActivationPolicy 1", "application.run",
+                       "statusBar.statusItem"}));  // the launch
 }
 
 TEST(Entry, theAgentWorksWhileTheLoopRuns) {

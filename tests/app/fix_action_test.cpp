@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The fix itself: from the hot key or the menu to the outcome on the icon.
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/agent.h"
+#include "tests/call_order.h"
 
 namespace lexwend::tests {
 namespace {
@@ -31,6 +33,11 @@ struct Fix : Agent {
     host.calls().clear();
   }
   std::vector<std::string> icons() { return host.statusBar().item()->icons; }
+  /// What the program asked of the system once its last line was in the log.
+  std::vector<std::string> afterTheLastLine() {
+    const auto& calls = host.calls().all();
+    return {std::find(calls.rbegin(), calls.rend(), "file.close").base(), calls.end()};
+  }
   void pressHotKey() { EXPECT_EQ(host.userPresses(kF2), platform::KeyFate::ownHotKey); }
 };
 
@@ -64,16 +71,12 @@ TEST(Fix, goesThroughTheStepsInOrder) {
   f.launch();
   f.openEditor("akuo");
   f.pressHotKey();
-  const auto at = [&](const char* call) {
-    const auto index = f.host.calls().indexOf(call);
-    EXPECT_TRUE(index.has_value()) << call;
-    return index.value_or(0);
-  };
-  EXPECT_LT(at("inputSources.copyCurrentKeyboardLayoutInputSource"), at("workspace.frontmostApplication"));
-  EXPECT_LT(at("workspace.frontmostApplication"), at("secureInput.isSecureEventInputEnabled"));
-  EXPECT_LT(at("secureInput.isSecureEventInputEnabled"), at("inputSources.select"));
-  EXPECT_LT(at("inputSources.select"), at("statusItem.setImage checkmark"));
-  EXPECT_LT(at("statusItem.setImage checkmark"), at("runLoop.dispatchAfter 700ms"));
+  EXPECT_TRUE(inOrder(f.host.calls(),
+                      {"inputSources.copyCurrentKeyboardLayoutInputSource", "workspace.frontmostApplication",
+                       "secureInput.isSecureEventInputEnabled", "inputSources.select"}));
+  EXPECT_THAT(f.afterTheLastLine(),
+              ElementsAre("statusItem.setImage checkmark", "runLoop.dispatchAfter 700ms"));
+  EXPECT_EQ(f.lastLogLine(), "fix: success target=he");
 }
 
 TEST(Fix, sameInputConvertsByTheLayoutInUse) {
@@ -169,6 +172,22 @@ TEST(Fix, succeedsWithoutALayoutToSwitchTo) {
   EXPECT_EQ(f.icon(), "checkmark");
 }
 
+TEST(Fix, saysNothingOfALayoutThatCannotBeSelected) {
+  Fix f;
+  f.launch();
+  const auto editor = f.openEditor("akuo");
+  f.host.failNext(FakeOperation::selectInputSource);
+  f.pressHotKey();
+  EXPECT_EQ(editor->focus()->text(), "שלום");
+  EXPECT_THAT(f.host.inputSourceService().selections(), ElementsAre(kHebrew));
+  EXPECT_EQ(f.host.inputSourceService().currentId(), kUs);
+  EXPECT_THAT(f.fixLines(),
+              ElementsAre("fix: front=com.example.editor currentHebrew=false", "fix: success target=he"));
+  EXPECT_THAT(f.icons(), ElementsAre("checkmark"));
+  EXPECT_EQ(f.host.application().beeps, 0);
+  EXPECT_THAT(f.host.alerts().shown(), IsEmpty());
+}
+
 TEST(Fix, selectsTheLayoutOfTheTargetEvenWhenItIsInUse) {
   Fix f;
   f.host.inputSourceService().use(kHebrew);
@@ -215,12 +234,14 @@ TEST(Fix, secureInputBeepsAndShowsACross) {
   EXPECT_EQ(f.icon(), "xmark");
 }
 
-TEST(Fix, failureBeepsBeforeTheCross) {
+TEST(Fix, failureIsInTheLogThenBeepsThenShowsTheCross) {
   Fix f;
   f.launch();
   f.openEditor("123");
   f.pressHotKey();
-  EXPECT_LT(f.host.calls().indexOf("application.beep"), f.host.calls().indexOf("statusItem.setImage xmark"));
+  EXPECT_EQ(f.lastLogLine(), "fix: failed nothingToChange");
+  EXPECT_THAT(f.afterTheLastLine(),
+              ElementsAre("application.beep", "statusItem.setImage xmark", "runLoop.dispatchAfter 700ms"));
 }
 
 TEST(Fix, missingPermissionPromptsAndExplainsWithoutBeepOrIcon) {
@@ -234,8 +255,8 @@ TEST(Fix, missingPermissionPromptsAndExplainsWithoutBeepOrIcon) {
   EXPECT_THAT(f.fixLines(),
               ElementsAre("fix: front=com.example.editor currentHebrew=false", "fix: no permission"));
   EXPECT_EQ(f.host.accessibility().prompts(), 1);
-  EXPECT_LT(f.host.calls().indexOf("accessibility.isProcessTrustedWithPrompt"),
-            f.host.calls().indexOf("alerts.runModal"));
+  EXPECT_THAT(f.afterTheLastLine(), ElementsAre("accessibility.isProcessTrustedWithPrompt",
+                                                "application.activate true", "alerts.runModal"));
   EXPECT_EQ(f.host.alerts().shown().size(), 1U);
   EXPECT_EQ(f.host.application().beeps, 0);
   EXPECT_THAT(f.icons(), IsEmpty());

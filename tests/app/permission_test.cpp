@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/agent.h"
+#include "tests/call_order.h"
 
 namespace lexwend::tests {
 namespace {
@@ -115,7 +116,7 @@ TEST(PermissionPolling, stopsThePreviousTimerFirst) {
   Untrusted a;
   a.launch();
   a.choose(kPermissionTitle);
-  EXPECT_LT(a.host.calls().indexOf("timer.invalidate"), a.host.calls().indexOf("runLoop.timer 2000ms"));
+  EXPECT_TRUE(inOrder(a.host.calls(), {"timer.invalidate", "runLoop.timer 2000ms"}));
 }
 
 TEST(PermissionPolling, canStartAgainAfterItEnded) {
@@ -216,7 +217,7 @@ TEST(PermissionAlert, comesToTheFrontFirst) {
   a.host.alerts().answer("ביטול");
   a.fixWithoutPermission();
   EXPECT_THAT(a.host.application().activations, ElementsAre(true));
-  EXPECT_LT(a.host.calls().indexOf("application.activate true"), a.host.calls().indexOf("alerts.runModal"));
+  EXPECT_TRUE(inOrder(a.host.calls(), {"application.activate true", "alerts.runModal"}));
 }
 
 TEST(PermissionAlert, firstButtonOpensTheSettingsAndPolls) {
@@ -225,7 +226,7 @@ TEST(PermissionAlert, firstButtonOpensTheSettingsAndPolls) {
   a.fixWithoutPermission();
   EXPECT_THAT(a.host.workspace().openedUrls(), ElementsAre(kSettingsUrl));
   EXPECT_EQ(a.host.runLoop().liveTimers(), 1U);
-  EXPECT_LT(a.host.calls().indexOf("workspace.open"), a.host.calls().indexOf("runLoop.timer 2000ms"));
+  EXPECT_TRUE(inOrder(a.host.calls(), {"workspace.open", "runLoop.timer 2000ms"}));
 }
 
 TEST(PermissionAlert, cancelLeavesTheAgentAsItWas) {
@@ -259,7 +260,7 @@ TEST(Wake, registersTheHotKeyAnewAndRefreshes) {
   EXPECT_TRUE(a.host.hotKeyService().holds(kF2, 0));
   EXPECT_THAT(a.host.logMessages(),
               ElementsAre("hotkey: register F2 ok=true", "hotkey: register F2 ok=true"));
-  EXPECT_LT(a.host.calls().indexOf("hotKeys.registerHotKey"), a.host.calls().indexOf("statusItem.setImage"));
+  EXPECT_TRUE(inOrder(a.host.calls(), {"hotKeys.registerHotKey", "statusItem.setImage"}));
   EXPECT_EQ(a.host.runLoop().liveTimers(), 0U);
 }
 
@@ -271,7 +272,7 @@ TEST(Wake, pollsAfterTheRefreshWhenUntrusted) {
   a.host.workspace().wake();
   EXPECT_EQ(a.host.runLoop().liveTimers(), 1U);
   EXPECT_EQ(a.icon(), "keyboard.badge.ellipsis");
-  EXPECT_LT(a.host.calls().indexOf("statusItem.setImage"), a.host.calls().indexOf("runLoop.timer 2000ms"));
+  EXPECT_TRUE(inOrder(a.host.calls(), {"statusItem.setImage", "runLoop.timer 2000ms"}));
   EXPECT_EQ(a.host.accessibility().prompts(), 0);
 }
 
@@ -325,8 +326,8 @@ TEST(LoginItemFirstRun, flagIsStoredBeforeTheRegistration) {
   Agent a;
   a.launch();
   EXPECT_EQ(a.host.loginItem().status(), LoginItemStatus::enabled);
-  EXPECT_LT(a.host.calls().indexOf("userDefaults.setBool didRegisterLoginItem true"),
-            a.host.calls().indexOf("loginItem.registerItem"));
+  EXPECT_TRUE(
+      inOrder(a.host.calls(), {"userDefaults.setBool didRegisterLoginItem true", "loginItem.registerItem"}));
 }
 
 TEST(LoginItemFirstRun, failureIsSilentAndNotTriedAgain) {

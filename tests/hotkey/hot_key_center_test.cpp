@@ -11,14 +11,22 @@
 #include <gtest/gtest.h>
 
 #include "platform/fake/fake_host.h"
+#include "tests/call_order.h"
 
 namespace lexwend {
+
+/// Comes to the last ids without registering four billion hot keys.
+struct HotKeyCenterPeer {
+  static void setNextId(HotKeyCenter& center, std::uint32_t id) { center.nextId_ = id; }
+};
+
 namespace {
 
 using platform::FakeHost;
 using platform::FakeOperation;
 using platform::HotKeyID;
 using testing::ElementsAre;
+using tests::inOrder;
 
 constexpr std::uint32_t kF2 = 120;
 constexpr std::uint32_t kF5 = 96;
@@ -91,6 +99,18 @@ TEST(HotKeyCenter, successWithoutAReferenceCountsAsRefused) {
   EXPECT_EQ(c.system().registered().at({kF5, 0}).id, 2U);
 }
 
+TEST(HotKeyCenter, failureWithAReferenceCountsAsRefused) {
+  Center c;
+  c.host.failNext(FakeOperation::registerHotKeyStatus, -9878);
+  EXPECT_FALSE(c.add(kF2));
+  c.system().dispatch({kSignature, 1});
+  EXPECT_EQ(c.pressed, 0);
+  c.center.unregisterAll();
+  EXPECT_EQ(c.host.calls().count("hotKeys.unregisterHotKey"), 0U);
+  EXPECT_TRUE(c.add(kF5));
+  EXPECT_EQ(c.system().registered().at({kF5, 0}).id, 2U);
+}
+
 TEST(HotKeyCenter, installsItsHandlerOnceAndBeforeTheFirstRegistration) {
   Center c;
   EXPECT_EQ(c.system().handlerInstallations(), 0U);
@@ -99,8 +119,7 @@ TEST(HotKeyCenter, installsItsHandlerOnceAndBeforeTheFirstRegistration) {
   c.center.unregisterAll();
   c.add(kF2);
   EXPECT_EQ(c.system().handlerInstallations(), 1U);
-  EXPECT_LT(c.host.calls().indexOf("hotKeys.installHandler"),
-            c.host.calls().indexOf("hotKeys.registerHotKey"));
+  EXPECT_TRUE(inOrder(c.host.calls(), {"hotKeys.installHandler", "hotKeys.registerHotKey"}));
 }
 
 TEST(HotKeyCenter, failedInstallationIsIgnoredAndNotTriedAgain) {
@@ -207,13 +226,12 @@ TEST(HotKeyCenter, sharedIsOneInstance) {
 }
 
 TEST(HotKeyCenterDeathTest, runningOutOfIdsStopsTheProcess) {
-  FakeHost host;
-  const platform::HostScope scope(host);
+  Center c;
   constexpr std::uint32_t kLast = std::numeric_limits<std::uint32_t>::max();
-  HotKeyCenter lastButOne(kLast - 1);
-  EXPECT_TRUE(lastButOne.registerHotKey(kF2, 0, [] {}));
-  EXPECT_EQ(host.hotKeyService().offered().back().id, kLast - 1);
-  EXPECT_DEATH(lastButOne.registerHotKey(kF5, 0, [] {}), "ids of hot keys ran out");
+  HotKeyCenterPeer::setNextId(c.center, kLast - 1);
+  EXPECT_TRUE(c.add(kF2));
+  EXPECT_EQ(c.system().offered().back().id, kLast - 1);
+  EXPECT_DEATH(c.add(kF5), "ids of hot keys ran out");
 }
 
 // Display names.

@@ -118,6 +118,8 @@ const char* callOf(FakeOperation operation) {
       return "TISCreateInputSourceList";
     case FakeOperation::copyCurrentLayout:
       return "TISCopyCurrentKeyboardLayoutInputSource";
+    case FakeOperation::selectInputSource:
+      return "TISSelectInputSource";
     case FakeOperation::createEventSource:
       return "CGEventSourceCreate";
     case FakeOperation::createKeyDownEvent:
@@ -130,6 +132,8 @@ const char* callOf(FakeOperation operation) {
       return "RegisterEventHotKey";
     case FakeOperation::registerHotKeyReference:
       return "RegisterEventHotKey reference";
+    case FakeOperation::registerHotKeyStatus:
+      return "RegisterEventHotKey status";
     case FakeOperation::unregisterHotKey:
       return "UnregisterEventHotKey";
     case FakeOperation::readHotKeyParameter:
@@ -1056,6 +1060,14 @@ Words MacWorld::look(Look look, const Words& arguments) {
     case Look::setting: {
       const auto value = mac::defaults::get(arguments[0]);
       return {value ? settingText(defaultsValue(*value)) : "absent"};
+    }
+    case Look::settingsWritten: {
+      Words keys;
+      for (const auto& call : mac::calls()) {
+        if (!call.name.starts_with("-[NSUserDefaults set")) continue;
+        keys.push_back(call.arguments.substr(call.arguments.find(", ") + 2));
+      }
+      return keys;
     }
     case Look::loginItem:
       return {nameOf(statusOfNumber(mac::login_item::status()))};

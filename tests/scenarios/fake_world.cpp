@@ -467,6 +467,13 @@ Words FakeWorld::look(Look look, const Words& arguments) {
       const auto value = host_.standardUserDefaults().objectForKey(arguments[0]);
       return {value ? settingText(*value) : "absent"};
     }
+    case Look::settingsWritten: {
+      Words keys;
+      for (const auto& call : host_.calls().of("userDefaults.set")) {
+        keys.push_back(call.substr(call.find(' ') + 1, call.rfind(' ') - call.find(' ') - 1));
+      }
+      return keys;
+    }
     case Look::loginItem:
       return {nameOf(host_.loginItem().status())};
     case Look::loginRegistrations:

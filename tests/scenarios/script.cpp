@@ -132,6 +132,7 @@ constexpr CheckPhrase kChecks[] = {
     {"activations", Look::activations, Comparison::equal, 0, Expects::oneLine},
     {"opened", Look::opened, Comparison::equal, 0, Expects::lineEach},
     {"setting", Look::setting, Comparison::equal, 1, Expects::oneLine},
+    {"settings written", Look::settingsWritten, Comparison::equal, 0, Expects::lineEach},
     {"login item", Look::loginItem, Comparison::equal, 0, Expects::oneLine},
     {"login registrations", Look::loginRegistrations, Comparison::equal, 0, Expects::oneLine},
     {"login removals", Look::loginRemovals, Comparison::equal, 0, Expects::oneLine},
@@ -506,9 +507,13 @@ KeyCombination parseCombination(std::string_view text) {
 
 std::string combinationName(unsigned keyCode, unsigned carbonModifiers) {
   std::string text;
+  unsigned rest = carbonModifiers;
   for (const auto* modifier : {"Control", "Option", "Shift", "Cmd"}) {
-    if ((carbonModifiers & parseModifier(modifier)) != 0) text += std::string(modifier) + "+";
+    const unsigned bit = parseModifier(modifier);
+    if ((rest & bit) != 0) text += std::string(modifier) + "+";
+    rest &= ~bit;
   }
+  if (rest != 0) text += "#" + std::to_string(rest) + "+";
   for (const auto& key : kKeys) {
     if (key.code == keyCode) return text + std::string(key.name);
   }

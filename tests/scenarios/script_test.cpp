@@ -70,6 +70,7 @@ TEST(Script, combinationsHaveCodesModifiersAndNames) {
   EXPECT_EQ(parseCombination("#123").keyCode, 123U);
   EXPECT_EQ(parseCombination("Cmd+,").keyCode, 43U);
   EXPECT_EQ(combinationName(300, 0), "#300");
+  EXPECT_EQ(combinationName(17, 0x0D00), "Option+Cmd+#1024+T");
   EXPECT_THROW(parseCombination("Hyper+A"), ScriptMistake);
   EXPECT_THROW(parseCombination("F99"), ScriptMistake);
   EXPECT_THROW(parseCombination("#70000"), ScriptMistake);

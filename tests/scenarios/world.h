@@ -99,6 +99,7 @@ enum class Look {
   activations,
   opened,
   setting,
+  settingsWritten,
   loginItem,
   loginRegistrations,
   loginRemovals,

@@ -181,10 +181,11 @@ OSStatus RegisterEventHotKey(UInt32 hotKeyCode, UInt32 hotKeyModifiers, EventHot
     *hotKeyRef = nullptr;
     return noErr;
   }
+  const auto code = takeFailure("RegisterEventHotKey status");
   state().hotKeys.push_back(
-      std::make_unique<OpaqueEventHotKeyRef>(OpaqueEventHotKeyRef{wanted, true, false}));
+      std::make_unique<OpaqueEventHotKeyRef>(OpaqueEventHotKeyRef{wanted, !code, false}));
   *hotKeyRef = state().hotKeys.back().get();
-  return noErr;
+  return code.value_or(noErr);
 }
 OSStatus UnregisterEventHotKey(EventHotKeyRef hotKeyRef) {
   requireMainThread("UnregisterEventHotKey");

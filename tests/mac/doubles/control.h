@@ -67,8 +67,9 @@ class Session {
 namespace failures {
 /// The next call of that name fails with the code, after so many calls that go well. The name is that in
 /// calls(); "CGEventCreateKeyboardEvent down" and "... up" are told apart, and "RegisterEventHotKey
-/// reference" is a registration that succeeds without a reference. What fails so: lists and objects come back
-/// null, results as an error; `-[NSFileHandle writeData:]` raises.
+/// reference" is a registration that succeeds without a reference, "RegisterEventHotKey status" one that
+/// fails with a reference. What fails so: lists and objects come back null, results as an error;
+/// `-[NSFileHandle writeData:]` raises.
 void failNext(const std::string& call, std::int32_t code = -1, int after = 0);
 /// The names of the calls that were to fail and did not come.
 std::vector<std::string> unused();

@@ -196,6 +196,7 @@ OSStatus TISSelectInputSource(TISInputSourceRef inputSource) {
   requireKind(inputSource, [LXWInputSource class], "TISSelectInputSource");
   const std::size_t index = ((LXWInputSource*)inputSource)->index;
   record("TISSelectInputSource", std::to_string(index));
+  if (const auto code = takeFailure("TISSelectInputSource")) return *code;
   state().current = index;
   return noErr;
 }
