@@ -98,19 +98,28 @@ class Scripts(unittest.TestCase):
         self.assertEqual(len(self.called("brew bundle install")), 1)
         self.assertEqual(len(self.called("python3 -u scripts/test_run.py --quick")), 1)
 
-    def test_the_test_run_asks_for_nothing_that_macos_lacks(self):
+    def commands_of_the_test_run(self, system, machine):
         commands = []
         with contextlib.redirect_stdout(io.StringIO()), mock.patch.object(test_run, "ROOT", self.tree), \
-                mock.patch.object(test_run.platform, "system", lambda: "Darwin"), \
+                mock.patch.object(test_run.platform, "system", lambda: system), \
+                mock.patch.object(test_run.platform, "machine", lambda: machine), \
                 mock.patch.object(test_run, "run", lambda *words: commands.append(" ".join(map(str, words))) or 0), \
-                mock.patch.object(sys, "argv", ["test_run.py"]), mock.patch.dict(os.environ):
-            os.environ.pop("ASAN_OPTIONS", None)
+                mock.patch.object(sys, "argv", ["test_run.py"]), mock.patch.dict(os.environ, clear=True):
             self.assertEqual(test_run.main(), 0)
-            self.assertEqual(os.environ["ASAN_OPTIONS"], "detect_container_overflow=0")
+            self.assertEqual(os.environ.get("ASAN_OPTIONS"), "detect_container_overflow=0" if system == "Darwin" else None)
+        return commands
+
+    def test_the_test_run_asks_for_nothing_that_macos_lacks(self):
+        commands = self.commands_of_the_test_run("Darwin", "arm64")
         self.assertEqual([command for command in commands if command.startswith("cmake --preset")],
                          ["cmake --preset dev", "cmake --preset asan"])
-        for missing in ("coverage", "clang-", "check_style", "REQUIRE_MAC"):
+        for missing in ("coverage", "clang-", "check_style"):
             self.assertEqual([command for command in commands if missing in command], [])
+
+    def test_the_test_run_on_linux_demands_the_checks_of_the_macos_host_where_they_can_run(self):
+        for machine, demanded in (("x86_64", 3), ("aarch64", 0)):
+            commands = self.commands_of_the_test_run("Linux", machine)
+            self.assertEqual(len([command for command in commands if "-DLEXWEND_REQUIRE_MAC=ON" in command]), demanded)
 
 
 if __name__ == "__main__":
