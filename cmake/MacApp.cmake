@@ -5,11 +5,19 @@
 # for the machine's own processor. Linked statically, the bundle needs nothing that the user would have to install.
 # To be included before find_package(ICU).
 macro(lexwend_find_static_icu)
-  if(NOT ICU_ROOT AND NOT DEFINED ENV{ICU_ROOT})
+  # What an earlier run found is gone after an upgrade of Homebrew's.
+  foreach(found ICU_INCLUDE_DIR ICU_UC_LIBRARY_RELEASE ICU_DATA_LIBRARY_RELEASE)
+    if(DEFINED CACHE{${found}} AND NOT EXISTS "${${found}}")
+      unset(${found} CACHE)
+    endif()
+  endforeach()
+  if(NOT ICU_ROOT AND NOT DEFINED ENV{ICU_ROOT} AND NOT ICU_UC_LIBRARY_RELEASE)
     find_program(LEXWEND_BREW brew PATHS /opt/homebrew/bin /usr/local/bin)
     if(LEXWEND_BREW)
       execute_process(COMMAND "${LEXWEND_BREW}" --prefix icu4c OUTPUT_VARIABLE ICU_ROOT OUTPUT_STRIP_TRAILING_WHITESPACE)
-      set(ICU_ROOT "${ICU_ROOT}" CACHE PATH "Where ICU is installed")
+    endif()
+    if(NOT IS_DIRECTORY "${ICU_ROOT}")
+      message(FATAL_ERROR "Homebrew has no ICU: run 'brew install icu4c', or name another with -DICU_ROOT=/path/to/icu")
     endif()
   endif()
   set(LEXWEND_LIBRARY_SUFFIXES ${CMAKE_FIND_LIBRARY_SUFFIXES})
@@ -24,17 +32,20 @@ endmacro()
 # that made the target.
 function(lexwend_mac_bundle target)
   set(icon "${PROJECT_SOURCE_DIR}/packaging/mac/lexwend.icns")
+  set(propertyList "${PROJECT_SOURCE_DIR}/packaging/mac/Info.plist.in")
   target_sources(${target} PRIVATE "${icon}")
   set_source_files_properties("${icon}" PROPERTIES MACOSX_PACKAGE_LOCATION Resources)
   set_target_properties(${target} PROPERTIES
     MACOSX_BUNDLE ON
     OUTPUT_NAME Lexwend
-    MACOSX_BUNDLE_INFO_PLIST "${PROJECT_SOURCE_DIR}/packaging/mac/Info.plist.in"
+    MACOSX_BUNDLE_INFO_PLIST "${propertyList}"
     MACOSX_BUNDLE_BUNDLE_NAME Lexwend
     MACOSX_BUNDLE_GUI_IDENTIFIER "${LEXWEND_IDENTIFIER}"
     MACOSX_BUNDLE_SHORT_VERSION_STRING "${PROJECT_VERSION}"
     MACOSX_BUNDLE_BUNDLE_VERSION "${PROJECT_VERSION}"
-    MACOSX_BUNDLE_ICON_FILE lexwend.icns)
+    MACOSX_BUNDLE_ICON_FILE lexwend.icns
+    # The signature is made after linking and covers them too.
+    LINK_DEPENDS "${icon};${propertyList}")
   set(LEXWEND_SIGNING_IDENTITY "-" CACHE STRING "The certificate that signs Lexwend.app; - signs ad hoc")
   find_program(LEXWEND_CODESIGN codesign)
   if(LEXWEND_CODESIGN)

@@ -45,14 +45,14 @@ class HotKeyEvent {
 };
 
 /// System-wide hot keys. Main thread only; the handler is called there, from the run loop, once per press (a
-/// held key does not repeat). A registered key does not reach any other application.
+/// held key does not repeat). A registered key does not reach the application in front.
 class HotKeyService {
  public:
   virtual ~HotKeyService() = default;
   /// Installs the handler of all hot keys of this process. Called once.
   virtual OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) = 0;
-  /// Key code and Carbon modifier mask as given. A combination that another program holds is a non-zero
-  /// status.
+  /// Key code and Carbon modifier mask as given. A host may refuse a combination that another program holds,
+  /// with a non-zero status, or let the key reach both.
   virtual HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                             HotKeyID identity) = 0;
   virtual OSStatus unregisterHotKey(const HotKeyRef& ref) = 0;

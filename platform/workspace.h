@@ -25,7 +25,8 @@ class Workspace {
   virtual ~Workspace() = default;
   /// The application that has the keyboard; nothing when none has.
   virtual std::optional<FrontApplication> frontmostApplication() = 0;
-  /// Null when the text is no URL.
+  /// Null when the text is no URL. A host may be lenient and make a relative one or percent-encode what must
+  /// not stand in one; the empty text never is one.
   virtual UrlRef urlFromString(std::string_view text) = 0;
   /// Asks the system to open it; does not wait, and the result is not examined.
   virtual void open(const UrlRef& url) = 0;

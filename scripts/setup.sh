@@ -136,10 +136,14 @@ setup_macos() {
   setup_say "set-up: done"
 }
 
-# Homebrew keeps its ICU apart from the system's, so CMake has to be told where it is.
+# Homebrew keeps its ICU apart from the system's, so CMake has to be told where it is, unless the user has told it.
 setup_environment() {
   [ "$(uname -s)" = Darwin ] || return 0
-  ICU_ROOT=$(brew --prefix icu4c) || setup_fail "Homebrew does not know where its ICU is"
+  setup_say "macOS: the agent was compiled, linked and executed against doubles for it, but never run on macOS;"
+  setup_say "       docs/macos.md has a checklist of fifteen minutes for whoever is the first"
+  [ -z "${ICU_ROOT:-}" ] || return 0
+  ICU_ROOT=$(brew --prefix icu4c) ||
+    setup_fail "Homebrew does not know where its ICU is: run 'brew install icu4c', or name another with ICU_ROOT=/path/to/icu"
   export ICU_ROOT
 }
 

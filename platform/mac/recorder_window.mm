@@ -159,18 +159,27 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
   [self closeWindow];
 }
 
+/// An event may end this controller, its window and the button that sent it, but the system works with them
+/// until it is done with the event.
+- (void)outliveThisEvent {
+  CFAutorelease((__bridge_retained CFTypeRef)self);
+}
+
 - (void)save:(id)sender {
+  [self outliveThisEvent];
   const auto events = events_;
   lexwend::platform::mac::guarded(events->save);
 }
 
 - (void)cancel:(id)sender {
+  [self outliveThisEvent];
   const auto events = events_;
   lexwend::platform::mac::guarded(events->cancel);
 }
 
 - (void)windowWillClose:(NSNotification*)notification {
   closed_ = YES;
+  [self outliveThisEvent];
   const auto events = events_;
   lexwend::platform::mac::guarded(events->willClose);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/run_loop.h"
 
+#import <CoreFoundation/CoreFoundation.h>
 #import <Foundation/Foundation.h>
 #include <dispatch/dispatch.h>
 #include <unistd.h>
@@ -28,7 +29,12 @@ class MacRunLoop : public RunLoop {
     const auto kept = shared(std::move(work));
     const std::int64_t nanoseconds = std::chrono::nanoseconds(delay).count();
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanoseconds), dispatch_get_main_queue(), ^{
-      guarded(*kept);
+      // The main queue waits for the work that it runs, and work may open an alert that stands for hours; a
+      // block of the run loop holds up nothing.
+      CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
+        guarded(*kept);
+      });
+      CFRunLoopWakeUp(CFRunLoopGetMain());
     });
   }
 

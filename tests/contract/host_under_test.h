@@ -44,6 +44,8 @@ class HostUnderTest {
   virtual void userHolds(platform::EventFlags modifiers) = 0;
   /// Another program takes a hot key for itself.
   virtual void otherProgramTakesHotKey(std::uint32_t keyCode, std::uint32_t carbonModifiers) = 0;
+  /// Whether a press then reaches both programs, instead of the later one being refused.
+  virtual bool sharesHotKeys() const { return false; }
 
   /// The set of enabled layouts changes: only the Latin one stays.
   virtual void disableHebrew() = 0;

@@ -288,6 +288,24 @@ TEST_F(AgentOnMac, explainsTheMissingPermissionAndOpensTheSettingsOnlyWhenTold) 
   });
 }
 
+TEST_F(AgentOnMac, goesOnWhileTheAlertOfAFixFromTheMenuIsOpen) {
+  doubles::accessibility::setTrusted(false);
+  run([this] {
+    doubles::forgetCalls();
+    doubles::time::later(10s, [] { doubles::workspace::postDidWake(); });
+    doubles::time::later(20s, [] {
+      EXPECT_EQ(doubles::callsNamed("RegisterEventHotKey").size(), 1u);
+      doubles::accessibility::setTrusted(true);
+    });
+    doubles::time::later(30s, [] { EXPECT_EQ(icon(), "keyboard"); });
+    doubles::alerts::answerNext(1001, 1min);
+    doubles::status_bar::choose("תקן טקסט מסומן    F2");
+    doubles::time::advance(300ms);
+    EXPECT_EQ(doubles::alerts::shown().size(), 1u);
+    EXPECT_GT(doubles::time::now(), 1min);
+  });
+}
+
 TEST_F(AgentOnMac, recordsANewHotKey) {
   run([&] {
     openRecorder();

@@ -112,6 +112,22 @@ CHANGES = [
     ("date_formatter.mm", "formatter_.dateFormat =", "NSString* unused __attribute__((unused)) ="),
     ("secure_input.mm", "return IsSecureEventInputEnabled();", "return false;"),
     ("cf_text.mm", "scalar = kReplacementCharacter;", "scalar = '?';"),
+    ("input_sources.mm", " || CFGetTypeID(list.get()) != CFArrayGetTypeID()", ""),
+    ("files.mm", "isDirectory:NO", "isDirectory:YES"),
+    ("files.mm", " isDirectory:NO", ""),
+    ("application.mm", "@autoreleasepool {\n      [application_ run];\n    }", "[application_ run];"),
+    ("pasteboard.mm", "@autoreleasepool {\n      NSData* data", "{\n      NSData* data"),
+    ("pasteboard.mm", "@autoreleasepool {\n      // A pasteboard item", "{\n      // A pasteboard item"),
+    ("recorder_window.mm", "[controller_ showWindow:nil];\n    [controller_.window makeKeyAndOrderFront:nil];",
+     "[controller_.window makeKeyAndOrderFront:nil];\n    [controller_ showWindow:nil];"),
+    ("recorder_window.mm", "save:(id)sender {\n  [self outliveThisEvent];", "save:(id)sender {"),
+    ("recorder_window.mm", "cancel:(id)sender {\n  [self outliveThisEvent];", "cancel:(id)sender {"),
+    ("recorder_window.mm", "closed_ = YES;\n  [self outliveThisEvent];", "closed_ = YES;"),
+    ("run_loop.mm", "[NSRunLoop mainRunLoop]", "[NSRunLoop currentRunLoop]"),
+    ("run_loop.mm", "CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{\n        guarded(*kept);\n      });",
+     "guarded(*kept);"),
+    ("run_loop.mm", "CFRunLoopGetMain(), kCFRunLoopCommonModes", "CFRunLoopGetMain(), kCFRunLoopDefaultMode"),
+    ("run_loop.mm", "CFRunLoopWakeUp(CFRunLoopGetMain());", ""),
 ]
 
 

@@ -48,6 +48,15 @@ TEST_F(MacApplicationService, runsTheLoopEvenWhenLaunchingThrows) {
   EXPECT_TRUE(ran);
 }
 
+TEST_F(MacApplicationService, leavesNothingOfTheLoopBehind) {
+  service.takeSharedApplication();
+  service.setDelegate([] {});
+  EXPECT_EQ(doubles::liveObjects("LXWApplicationDelegate"), 1u);
+  service.run();
+  host = nullptr;
+  EXPECT_EQ(doubles::liveObjects("LXWApplicationDelegate"), 0u);
+}
+
 TEST_F(MacApplicationService, comesToTheFrontBeepsAndTerminates) {
   service.takeSharedApplication();
   doubles::forgetCalls();
@@ -227,6 +236,11 @@ TEST_F(MacFilesService, opensOnlyAFileThatIsThere) {
   EXPECT_EQ(service.fileHandleForWriting(file), nullptr);
   EXPECT_FALSE(std::filesystem::exists(file));
   EXPECT_EQ(service.fileHandleForWriting("\xFF"), nullptr);
+}
+
+TEST_F(MacFilesService, saysThatAPathIsNoFolderInsteadOfAskingTheDisk) {
+  service.fileHandleForWriting(file);
+  EXPECT_EQ(argumentsOf("+[NSURL fileURLWithPath:isDirectory:]"), file + ", false");
 }
 
 TEST_F(MacFilesService, writesAWholeFileAndReplacesIt) {

@@ -86,6 +86,11 @@ TEST_F(MacInputSources, tellsAnAbsentListFromAnEmptyOne) {
   EXPECT_FALSE(service.createInputSourceList(kEnabledLayouts, false).has_value());
 }
 
+TEST_F(MacInputSources, takesWhatIsNoListForAnAbsentOne) {
+  dbl::listIsMistyped();
+  EXPECT_FALSE(service.createInputSourceList(kEnabledLayouts, false).has_value());
+}
+
 TEST_F(MacInputSources, readsTheThreeProperties) {
   const InputSourceRef source = only({.id = std::string("com.apple.keylayout.Hebrew"),
                                       .languages = std::vector<std::string>{"he", "yi"},

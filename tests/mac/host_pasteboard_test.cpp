@@ -39,6 +39,19 @@ TEST_F(MacPasteboardService, readsItemByItemAndTypeByType) {
   EXPECT_EQ(items[1]->data(kPng), bytesOf("\x89PNG"));
 }
 
+TEST_F(MacPasteboardService, keepsNothingOfWhatItCopiedUntilTheEventEnds) {
+  dbl::otherAppCopies({{{kPng, bytesOf("\x89PNG")}}});
+  const auto items = pasteboard->items().value();
+  const std::size_t before = doubles::liveObjects();
+  items.at(0)->data(kPng);
+  EXPECT_EQ(doubles::liveObjects(), before);
+
+  pasteboard->writeItems({{{kPng, bytesOf("mine")}}});
+  const std::size_t written = doubles::liveObjects();
+  pasteboard->writeItems({{{kPng, bytesOf("mine")}}});
+  EXPECT_EQ(doubles::liveObjects(), written);
+}
+
 TEST_F(MacPasteboardService, fetchesPromisedDataFromItsOwner) {
   dbl::otherAppCopies({{{kText, bytesOf("promised"), true}}});
   const auto items = pasteboard->items().value();

@@ -81,6 +81,24 @@ TEST_F(MacRunLoopService, schedulesATimerThatGoesOnWhileAnAlertIsOpen) {
   const auto scheduled = doubles::callsNamed("+[NSTimer scheduledTimerWithTimeInterval:repeats:block:]");
   ASSERT_EQ(scheduled.size(), 1u);
   EXPECT_EQ(scheduled[0].arguments, "2, repeats=true");
+  EXPECT_TRUE(doubles::callsNamed("+[NSRunLoop currentRunLoop]").empty()) << "not by name the main thread's";
+  timer->invalidate();
+}
+
+TEST_F(MacRunLoopService, goesOnWhileWorkHasAnAlertOpen) {
+  int ticks = 0, wakes = 0, runs = 0;
+  const TimerRef timer = service.scheduledRepeatingTimer(2000ms, [&](Timer&) { ++ticks; });
+  host->workspace().observeDidWake([&] { ++wakes; });
+  service.dispatchAfter(1ms, [&] {
+    service.dispatchAfter(1s, [&] { ++runs; });
+    doubles::time::later(3s, [] { doubles::workspace::postDidWake(); });
+    doubles::time::advanceInModalPanel(5s);
+    EXPECT_EQ(ticks, 2);
+    EXPECT_EQ(wakes, 1);
+    EXPECT_EQ(runs, 1);
+  });
+  doubles::time::advance(1s);
+  EXPECT_EQ(ticks, 2);
   timer->invalidate();
 }
 
@@ -134,6 +152,7 @@ TEST_F(MacWorkspaceService, opensAUrl) {
 TEST_F(MacWorkspaceService, givesNothingForWhatIsNoUrl) {
   EXPECT_EQ(service.urlFromString(""), nullptr);
   EXPECT_EQ(service.urlFromString("\xFF"), nullptr);
+  EXPECT_EQ(service.urlFromString("http://example.com:port"), nullptr);
 }
 
 TEST_F(MacWorkspaceService, tellsOnTheMainQueueAfterEachWake) {

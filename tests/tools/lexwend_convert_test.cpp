@@ -205,20 +205,6 @@ TEST(LexwendConvert, endsQuietlyWhenItsReaderGoesAway) {
   EXPECT_EQ(child.wait(), 1);
 }
 
-TEST(LexwendConvert, failsWithAMessageOnAFullDevice) {
-  if (!std::filesystem::exists("/dev/full")) {
-    FAIL() << "this system has no /dev/full";
-  }
-  ChildProcess::Streams streams;
-  streams.outputFile = "/dev/full";
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{}, {"--lines"}, {"--null"}, {"--help"}, {"--version"}}) {
-    const Outcome outcome = run(arguments, "akuo", streams);
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.errors, "lexwend-convert: write error: No space left on device\n");
-  }
-}
-
 TEST(LexwendConvert, failsWithAMessageWhenStandardOutputIsNotOpen) {
   ChildProcess::Streams streams;
   streams.closedOutput = true;
@@ -271,15 +257,6 @@ TEST(LexwendConvert, showsTheUsageForWrongArguments) {
 TEST(LexwendConvert, printsHelpAndVersion) {
   expectSuccess(run({"--help"}), convertUsage());
   expectSuccess(run({"--version"}), std::string("lexwend-convert ") + LEXWEND_VERSION + "\n");
-}
-
-TEST(LexwendConvert, failsClearlyWhereTheSystemHasNoLayouts) {
-  unsetenv("DISPLAY");
-  unsetenv("WAYLAND_DISPLAY");
-  const Outcome outcome = run({"--map", "system"}, "akuo");
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.output, "");
-  EXPECT_EQ(outcome.errors, "lexwend-convert: no enabled Hebrew and English layouts found\n");
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Builds Lexwend.app for both processors as far as that goes without a Mac, and checks it.
+"""Builds Lexwend.app for both processors as far as that goes without a Mac, and lexwend-convert beside it.
+
+The build makes the bundles; here they are only joined, and zipped.
 
 make_bundle.py SOURCE BUILD
 
@@ -32,10 +34,12 @@ def lay_out_sysroot(source, sysroot):
 
 
 def build(source, folder, sysroot, architecture):
+    # What an earlier build put into the bundle must not stand in for what this one leaves out.
+    shutil.rmtree(f"{folder}/app/Lexwend.app", ignore_errors=True)
     run("cmake", "-S", source, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF",
         "-DLEXWEND_HOST=mac", "-DLEXWEND_WERROR=ON", f"-DCMAKE_TOOLCHAIN_FILE={HERE}/macos.toolchain.cmake",
         f"-DLEXWEND_MAC_ARCHITECTURE={architecture}", f"-DLEXWEND_MAC_SYSROOT={sysroot}")
-    run("ninja", "-C", folder, "-j2", "lexwend")
+    run("ninja", "-C", folder, "-j2", "lexwend", "lexwend-convert")
     return f"{folder}/app/Lexwend.app"
 
 
@@ -51,10 +55,6 @@ def main(source, target):
     program = f"{bundle}/Contents/MacOS/Lexwend"
     run("llvm-lipo-14", "-create", *(f"{each}/Contents/MacOS/Lexwend" for each in built), "-output", program)
     os.chmod(program, 0o755)
-    with open(f"{bundle}/Contents/PkgInfo", "w") as out:
-        out.write("APPL????")
-    os.makedirs(f"{bundle}/Contents/Resources", exist_ok=True)
-    shutil.copy(f"{source}/packaging/mac/lexwend.icns", f"{bundle}/Contents/Resources/lexwend.icns")
 
     archive = f"{target}/Lexwend.zip"
     if os.path.exists(archive):

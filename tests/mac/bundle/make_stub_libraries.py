@@ -23,6 +23,9 @@ __NSConcreteStackBlock __NSConcreteGlobalBlock __Block_object_assign __Block_obj
 __dispatch_main_q _dispatch_after _dispatch_after_f _dispatch_async _dispatch_async_f _dispatch_once _dispatch_time
 """.split()
 
+# What lexwend-convert needs beyond that; the application must do without.
+COMMAND_LINE = "_close _open _poll _read _signal _write".split()
+
 # What the borrowed C headers make of things that Darwin's spell in another way.
 BORROWED = "___errno_location ___assert_fail".split()
 
@@ -43,7 +46,7 @@ _objc_getClass _object_getClass _class_getName _class_getInstanceSize _sel_regis
 FRAMEWORKS = {
     "CoreFoundation": ("""
         ___CFConstantStringClassReference ___NSArray0__ ___NSDictionary0__
-        _CFRetain _CFRelease _CFEqual _CFGetTypeID _CFGetRetainCount _kCFAllocatorDefault
+        _CFRetain _CFRelease _CFAutorelease _CFEqual _CFGetTypeID _CFGetRetainCount _kCFAllocatorDefault
         _CFStringGetTypeID _CFStringCreateWithCString _CFStringCreateWithBytes _CFStringCreateWithCharacters
         _CFStringGetLength _CFStringGetCharacters _CFStringGetCharactersPtr _CFStringGetCStringPtr _CFStringGetCString
         _CFStringGetMaximumSizeForEncoding _CFStringGetBytes _CFStringCompare
@@ -54,7 +57,7 @@ FRAMEWORKS = {
         _kCFBooleanTrue _kCFBooleanFalse _CFBooleanGetTypeID _CFBooleanGetValue
         _CFNumberGetTypeID _CFNumberGetType _CFNumberGetValue _CFNumberIsFloatType
         _kCFRunLoopDefaultMode _kCFRunLoopCommonModes _CFRunLoopGetMain _CFRunLoopGetCurrent _CFRunLoopRunInMode
-        _CFRunLoopRun _CFRunLoopStop _CFAbsoluteTimeGetCurrent
+        _CFRunLoopPerformBlock _CFRunLoopWakeUp _CFRunLoopRun _CFRunLoopStop _CFAbsoluteTimeGetCurrent
         """, """NSArray NSMutableArray NSDictionary NSMutableDictionary NSSet NSData NSNull NSDate NSTimer NSURL
         NSLocale NSTimeZone NSRunLoop"""),
     "Foundation": ("""_NSLog _NSStringFromClass _NSStringFromSelector _NSClassFromString _NSSelectorFromString
@@ -119,7 +122,7 @@ def main(sysroot):
     cxx = {name for source in ("libc++.so.1", "libc++abi.so.1") for name in exported_by(f"{llvm}/{source}")
            if name.startswith(("__Z", "___cxa", "___gxx"))}
     stub(f"{library}/libc++.tbd", "/usr/lib/libc++.1.dylib", sorted(cxx))
-    stub(f"{library}/libSystem.tbd", "/usr/lib/libSystem.B.dylib", SYSTEM + BORROWED)
+    stub(f"{library}/libSystem.tbd", "/usr/lib/libSystem.B.dylib", SYSTEM + COMMAND_LINE + BORROWED)
     stub(f"{library}/libobjc.A.tbd", "/usr/lib/libobjc.A.dylib", OBJC, ["NSObject"])
     os.symlink("libobjc.A.tbd", f"{library}/libobjc.tbd")
     for name, (symbols, classes) in FRAMEWORKS.items():

@@ -44,6 +44,8 @@ struct Call {
 std::vector<Call> calls();
 std::vector<Call> callsNamed(const std::string& name);
 void forgetCalls();
+/// How many objects of the class, or of any, live now.
+std::size_t liveObjects(const std::string& className = {});
 
 /// A logged-in session: everything as after a fresh login. At its end all objects must be gone that were not
 /// there at its beginning, but those that the process keeps for good; `expectBalanced` says what is left,
@@ -110,7 +112,8 @@ void install(const Source& source);  ///< at the end of the list
 void clear();
 void setCurrentLayout(std::optional<std::size_t> index);
 std::optional<std::size_t> currentLayout();
-void listIsAbsent();  ///< the list of sources comes back null
+void listIsAbsent();    ///< the list of sources comes back null
+void listIsMistyped();  ///< it comes back as something that is no list
 void setKeyboardType(std::uint8_t type);
 void postEnabledSourcesChanged();  ///< the distributed notification
 }  // namespace input_sources
@@ -188,7 +191,8 @@ void failNextEventParameter(std::int32_t status);
 std::optional<std::int32_t> press(std::uint32_t keyCode, std::uint32_t modifiers);
 /// The system reports a press under that identity, whoever holds it.
 std::optional<std::int32_t> dispatch(std::uint32_t signature, std::uint32_t id);
-/// Another program holds it: a registration fails.
+/// Another program holds it exclusively: a registration fails. (One that holds it as this host does is not in
+/// the way.)
 void takeByOther(std::uint32_t keyCode, std::uint32_t modifiers);
 bool isTakenByOther(std::uint32_t keyCode, std::uint32_t modifiers);
 /// The system forgets all registrations; taking one back is then an error.

@@ -289,6 +289,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 extern "C" {
 id objc_storeWeak(id* location, id value);
 id objc_loadWeak(id* location);
+id objc_loadWeakRetained(id* location);
 void objc_destroyWeak(id* location);
 }
 
@@ -296,7 +297,7 @@ void objc_destroyWeak(id* location);
  @public
   id target_;
   SEL action_;
-  BOOL isDisabled_;
+  BOOL isDisabled_, isInAction_;
   NSString* text_;
   NSFont* font_;
   NSTextAlignment alignment_;
@@ -314,6 +315,8 @@ void objc_destroyWeak(id* location);
   return [self initWithFrame:NSZeroRect];
 }
 - (void)dealloc {
+  if (isInAction_)
+    die("a control went during its own action: whoever ends its owner must keep it until the next event");
   objc_destroyWeak(&target_);
   [text_ release];
   [font_ release];
@@ -368,7 +371,9 @@ void objc_destroyWeak(id* location);
 - (void)performClick:(id)sender {
   requireMainThread("-[NSControl performClick:]");
   if (!self.isEnabled) return;
-  sendAction(action_, self.target, self);
+  isInAction_ = YES;
+  sendAction(action_, unowned(&target_), self);
+  isInAction_ = NO;
 }
 @end
 
@@ -472,11 +477,15 @@ namespace lexwend::doubles {
 
 Rect rectOf(NSRect rect) { return {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height}; }
 
+id unowned(id* reference) {
+  const id object = objc_loadWeakRetained(reference);
+  [object release];
+  return object;
+}
+
 void sendAction(SEL action, id target, id sender) {
   if (action == nullptr || target == nil) return;
-  @autoreleasepool {
-    [target performSelector:action withObject:sender];
-  }
+  [target performSelector:action withObject:sender];
 }
 
 windows::Control controlOf(NSView* view) {

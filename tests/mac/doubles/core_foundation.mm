@@ -62,6 +62,10 @@ void CFRelease(CFTypeRef object) {
   requireNonnull(object, "CFRelease");
   [(id)object release];
 }
+CFTypeRef CFAutorelease(CFTypeRef object) {
+  requireNonnull(object, "CFAutorelease");
+  return [(id)object autorelease];
+}
 CFIndex CFGetRetainCount(CFTypeRef object) { return (CFIndex)[(id)object retainCount]; }
 Boolean CFEqual(CFTypeRef first, CFTypeRef second) {
   requireNonnull(first, "CFEqual");

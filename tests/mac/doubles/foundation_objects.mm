@@ -1079,6 +1079,16 @@ NSErrorUserInfoKey const NSLocalizedDescriptionKey = @"NSLocalizedDescription";
 }
 @end
 
+namespace {
+bool hasPortOfLetters(const std::string& url) {
+  const std::size_t host = url.find("://");
+  if (host == std::string::npos) return false;
+  const std::size_t colon = url.find(':', host + 3);
+  const std::size_t slash = std::min(url.find('/', host + 3), url.size());
+  return colon < slash && url.find_first_not_of("0123456789", colon + 1) < slash;
+}
+}  // namespace
+
 @interface NSURL () {
   std::string text_;
 }
@@ -1089,9 +1099,9 @@ NSErrorUserInfoKey const NSLocalizedDescriptionKey = @"NSLocalizedDescription";
   const std::string spelt = utf8(text);
   record("+[NSURL URLWithString:]", spelt);
   if (takeFailure("+[NSURL URLWithString:]")) return nil;
-  // Blanks and a missing scheme are enough to tell what is no URL.
-  const std::size_t colon = spelt.find(':');
-  if (colon == std::string::npos || colon == 0 || spelt.find(' ') != std::string::npos) return nil;
+  // Nearly everything is one: what must not stand in a URL is percent-encoded, and no scheme makes a relative
+  // one.
+  if (spelt.empty() || hasPortOfLetters(spelt)) return nil;
   NSURL* made = [[self alloc] init];
   made->text_ = spelt;
   return [made autorelease];
@@ -1103,6 +1113,7 @@ NSErrorUserInfoKey const NSLocalizedDescriptionKey = @"NSLocalizedDescription";
   return [made autorelease];
 }
 + (NSURL*)fileURLWithPath:(NSString*)path isDirectory:(BOOL)isDirectory {
+  record("+[NSURL fileURLWithPath:isDirectory:]", utf8(path) + ", " + truth(isDirectory));
   return [self fileURLWithPath:path];
 }
 - (NSURL*)URLByAppendingPathComponent:(NSString*)component {

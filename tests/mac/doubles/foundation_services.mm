@@ -42,14 +42,21 @@ struct QueuedWork {
   microseconds due;
   dispatch_block_t block;
 };
+struct PerformedBlock {
+  bool isInCommonModes;
+  dispatch_block_t block;
+};
 struct TimeState {
   microseconds now{0};
   microseconds slept{0};
   double wallClockAtZero = 1'700'000'000;
   std::vector<OuterEvent> outer;
   std::vector<QueuedWork> queue;
-  std::vector<NSTimer*> timers;  // retained while they are scheduled and valid
-  bool isModal = false;          // the run loop is in the mode of a modal panel
+  bool isMainQueueBusy = false;           // the queue is serial: inside of its work nothing else of it runs
+  std::vector<PerformedBlock> performed;  // blocks that the run loop runs in its next turn
+  bool isWoken = false;                   // its next turn comes at once, not with whatever happens next
+  std::vector<NSTimer*> timers;           // retained while they are scheduled and valid
+  bool isModal = false;                   // the run loop is in the mode of a modal panel
 };
 TimeState& timeState() {
   static auto* the = new TimeState;
@@ -67,6 +74,7 @@ void dropTimer(NSTimer* timer) {
 void dropTimersAndQueue() {
   while (!timeState().timers.empty()) [timeState().timers.back() invalidate];
   for (QueuedWork& work : std::exchange(timeState().queue, {})) [(id)work.block release];
+  for (PerformedBlock& each : std::exchange(timeState().performed, {})) [(id)each.block release];
 }
 const ProcessEndHook kEndTime([] { dropTimersAndQueue(); });
 const ResetHook kResetTime([] {
@@ -93,9 +101,16 @@ NSTimer* nextTimer() {
   }
   return next;
 }
+/// The queued work that is due first; the end of the queue when there is none or the queue is busy.
+std::vector<QueuedWork>::iterator nextQueued() {
+  auto& queue = timeState().queue;
+  if (timeState().isMainQueueBusy) return queue.end();
+  return std::min_element(queue.begin(), queue.end(),
+                          [](const auto& a, const auto& b) { return a.due < b.due; });
+}
 microseconds earliestInRunLoop() {
-  microseconds due = kNever;
-  for (const QueuedWork& work : timeState().queue) due = std::min(due, work.due);
+  microseconds due = timeState().isWoken ? timeState().now : kNever;
+  if (const auto work = nextQueued(); work != timeState().queue.end()) due = std::min(due, work->due);
   if (NSTimer* timer = nextTimer()) due = std::min(due, timer->due_);
   return due;
 }
@@ -125,6 +140,18 @@ void enqueue(microseconds due, dispatch_block_t block) {
   timeState().queue.push_back({due, (dispatch_block_t)[(id)block copy]});
 }
 
+/// Those that wait for a mode that the run loop is not in stay.
+void runPerformedBlocks() {
+  for (PerformedBlock& each : std::exchange(timeState().performed, {})) {
+    if (timeState().isModal && !each.isInCommonModes) {
+      timeState().performed.push_back(each);
+      continue;
+    }
+    each.block();
+    [(id)each.block release];
+  }
+}
+
 void requireMainQueue(dispatch_queue_t queue, const char* what) {
   if ((void*)queue != (void*)dispatch_get_main_queue()) die(std::string(what) + ": not the main queue");
 }
@@ -137,14 +164,22 @@ void runMainQueueAndTimersDue() {
   runOuterDue();
   while (earliestInRunLoop() <= timeState().now) {
     @autoreleasepool {
+      // A turn begins with the blocks that were there before it.
+      timeState().isWoken = false;
+      runPerformedBlocks();
       auto& queue = timeState().queue;
-      const auto work = std::min_element(queue.begin(), queue.end(),
-                                         [](const auto& a, const auto& b) { return a.due < b.due; });
+      const auto work = nextQueued();
       NSTimer* timer = nextTimer();
-      if (timer == nil || (work != queue.end() && work->due <= timer->due_)) {
+      const microseconds workDue = work == queue.end() ? kNever : work->due;
+      const microseconds timerDue = timer == nil ? kNever : timer->due_;
+      if (std::min(workDue, timerDue) > timeState().now) {
+        // The turn was for the blocks alone.
+      } else if (workDue <= timerDue) {
         const dispatch_block_t block = work->block;
         queue.erase(work);
+        timeState().isMainQueueBusy = true;
         block();
+        timeState().isMainQueueBusy = false;
         [(id)block release];
       } else {
         [[timer retain] autorelease];
@@ -183,7 +218,7 @@ void later(microseconds delay, std::function<void()> event) {
 microseconds now() { return timeState().now; }
 microseconds slept() { return timeState().slept; }
 std::size_t scheduledTimers() { return timeState().timers.size(); }
-std::size_t pendingMainQueueWork() { return timeState().queue.size(); }
+std::size_t pendingMainQueueWork() { return timeState().queue.size() + timeState().performed.size(); }
 void setWallClock(double secondsSince1970) {
   timeState().wallClockAtZero = secondsSince1970 - static_cast<double>(timeState().now.count()) / 1e6;
 }
@@ -266,6 +301,7 @@ NSRunLoopMode const NSRunLoopCommonModes = @"kCFRunLoopCommonModes";
 }
 + (NSRunLoop*)currentRunLoop {
   requireMainThread("+[NSRunLoop currentRunLoop]");
+  record("+[NSRunLoop currentRunLoop]");
   return [self mainRunLoop];
 }
 - (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode {
@@ -297,6 +333,19 @@ CFRunLoopRef CFRunLoopGetCurrent() { return (CFRunLoopRef)[NSRunLoop currentRunL
 CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode, CFTimeInterval seconds, Boolean) {
   time::advance(fromSeconds(seconds));
   return kCFRunLoopRunTimedOut;
+}
+void CFRunLoopPerformBlock(CFRunLoopRef runLoop, CFTypeRef mode, void (^block)(void)) {
+  requireNonnull(runLoop, "CFRunLoopPerformBlock: the run loop");
+  requireKind(mode, [NSString class], "CFRunLoopPerformBlock: the mode");
+  requireNonnull((void*)block, "CFRunLoopPerformBlock: the block");
+  record("CFRunLoopPerformBlock", utf8((NSString*)mode));
+  timeState().performed.push_back(
+      {[(NSString*)mode isEqualToString:NSRunLoopCommonModes] != NO, (dispatch_block_t)[(id)block copy]});
+}
+void CFRunLoopWakeUp(CFRunLoopRef runLoop) {
+  requireNonnull(runLoop, "CFRunLoopWakeUp: the run loop");
+  record("CFRunLoopWakeUp");
+  timeState().isWoken = true;
 }
 void CFRunLoopRun() { die("CFRunLoopRun never returns; use the application's event loop"); }
 void CFRunLoopStop(CFRunLoopRef) { record("CFRunLoopStop"); }
@@ -477,7 +526,13 @@ std::vector<NSNotificationCenter*>& centers() {
       if (observer->name != nil && ![observer->name isEqualToString:name]) continue;
       if (observer->queue == nil) die("an observer without a queue: it would run on the thread that posts");
       [[observer retain] autorelease];
-      observer->block(notification);
+      if (observer->queue == [NSOperationQueue mainQueue] && timeState().isMainQueueBusy) {
+        enqueue(timeState().now, ^{
+          observer->block(notification);
+        });
+      } else {
+        observer->block(notification);
+      }
     }
   }
 }

@@ -22,6 +22,7 @@ struct State {
   std::vector<input_sources::Source> sources;
   std::optional<std::size_t> current;
   bool isListAbsent = false;
+  bool isListMistyped = false;
   std::uint8_t keyboardType = 91;
 };
 State& state() {
@@ -104,6 +105,7 @@ void clear() {
 void setCurrentLayout(std::optional<std::size_t> index) { state().current = index; }
 std::optional<std::size_t> currentLayout() { return state().current; }
 void listIsAbsent() { state().isListAbsent = true; }
+void listIsMistyped() { state().isListMistyped = true; }
 void setKeyboardType(std::uint8_t type) { state().keyboardType = type; }
 void postEnabledSourcesChanged() {
   postTo([NSDistributedNotificationCenter defaultCenter],
@@ -134,6 +136,7 @@ const CFStringRef kTISNotifyEnabledKeyboardInputSourcesChanged =
 CFArrayRef TISCreateInputSourceList(CFDictionaryRef properties, Boolean includeAllInstalled) {
   requireMainThread("TISCreateInputSourceList");
   record("TISCreateInputSourceList", utf8([(id)properties description]) + ", " + truth(includeAllInstalled));
+  if (state().isListMistyped) return (CFArrayRef)(id)[@"no array" retain];
   if (state().isListAbsent || takeFailure("TISCreateInputSourceList")) return nullptr;
   NSMutableArray* found = [[NSMutableArray alloc] init];
   for (std::size_t i = 0; i < state().sources.size(); ++i) {

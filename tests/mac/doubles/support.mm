@@ -184,6 +184,13 @@ Session::~Session() {
   if (pool_ != nullptr) objc_autoreleasePoolPop(pool_);
 }
 
+std::size_t liveObjects(const std::string& className) {
+  if (className.empty()) return objc::liveObjects();
+  const auto counts = objc::liveObjectsByClass();
+  const auto found = counts.find(className);
+  return found == counts.end() ? 0 : found->second;
+}
+
 std::string Session::unbalancedObjects() {
   resetEverything();
   objc_autoreleasePoolPop(pool_);

@@ -27,6 +27,8 @@
 namespace lexwend::doubles {
 windows::Control controlOf(NSView* view);
 Rect rectOf(NSRect rect);
+/// What a weak reference refers to, without keeping it.
+id unowned(id* reference);
 /// Sends a control's or an item's action as a click of the user does; a missing target ends in nothing.
 void sendAction(SEL action, id target, id sender);
 }  // namespace lexwend::doubles

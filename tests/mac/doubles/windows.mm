@@ -97,6 +97,8 @@ const ResetHook kReset([] {
   return [self init];
 }
 - (void)dealloc {
+  if (isClosing_)
+    die("a window went while it was closing: whoever ends its owner must keep it until the next event");
   std::erase(state().windows, self);
   if (state().key == self) state().key = nil;
   objc_destroyWeak(&delegate_);
@@ -149,12 +151,15 @@ const ResetHook kReset([] {
   // A window may be closed again from its own notification.
   const BOOL isNested = isClosing_;
   isClosing_ = YES;
-  [[self retain] autorelease];
   if (!isNested) {
-    const id delegate = self.delegate;
-    if ([delegate respondsToSelector:@selector(windowWillClose:)])
-      [delegate windowWillClose:[NSNotification notificationWithName:@"NSWindowWillCloseNotification"
-                                                              object:self]];
+    // Nothing keeps the window and its delegate but those who own them.
+    const id delegate = unowned(&delegate_);
+    NSNotification* closing = nil;
+    @autoreleasepool {
+      closing = [[NSNotification notificationWithName:@"NSWindowWillCloseNotification" object:self] retain];
+    }
+    if ([delegate respondsToSelector:@selector(windowWillClose:)]) [delegate windowWillClose:closing];
+    [closing release];
   }
   isVisible_ = NO;
   if (state().key == self) state().key = nil;
@@ -165,7 +170,7 @@ const ResetHook kReset([] {
 - (void)performClose:(id)sender {
   requireMainThread("-[NSWindow performClose:]");
   if ((styleMask & NSWindowStyleMaskClosable) == 0) return;
-  const id delegate = self.delegate;
+  const id delegate = unowned(&delegate_);
   if ([delegate respondsToSelector:@selector(windowShouldClose:)] && ![delegate windowShouldClose:self])
     return;
   [self close];
@@ -396,11 +401,13 @@ std::vector<Window> all() {
 void click(const std::string& buttonTitle) {
   if (state().key == nil) die("a test clicks while no window is key");
   @autoreleasepool {
-    for (NSView* view in state().key->content_.subviews)
-      if ([view isKindOfClass:[NSButton class]] && utf8(((NSButton*)view).title) == buttonTitle) {
-        [(NSButton*)view performClick:nil];
-        return;
-      }
+    NSButton* clicked = nil;
+    @autoreleasepool {
+      for (NSView* view in state().key->content_.subviews)
+        if ([view isKindOfClass:[NSButton class]] && utf8(((NSButton*)view).title) == buttonTitle)
+          clicked = (NSButton*)view;
+    }
+    if (clicked != nil) return [clicked performClick:nil];
   }
   die("a test clicks a button that is not there: " + buttonTitle);
 }

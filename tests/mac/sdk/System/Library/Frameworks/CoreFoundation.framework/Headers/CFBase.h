@@ -11,7 +11,6 @@
 #define CF_EXPORT LXW_SDK_EXTERN
 // The Objective-C class that a Core Foundation type is interchangeable with; the compiler checks casts by it.
 #define CF_BRIDGED_TYPE(T) __attribute__((objc_bridge(T)))
-#define CF_BRIDGED_MUTABLE_TYPE(T) __attribute__((objc_bridge_mutable(T)))
 #define CF_RETURNS_RETAINED __attribute__((cf_returns_retained))
 
 #define API_AVAILABLE_MACOS(version) __attribute__((availability(macos, introduced = version)))
@@ -35,7 +34,6 @@
 
 typedef unsigned char Boolean;
 typedef uint8_t UInt8;
-typedef int8_t SInt8;
 typedef uint16_t UInt16;
 typedef int16_t SInt16;
 typedef uint32_t UInt32;
@@ -43,14 +41,12 @@ typedef int32_t SInt32;
 typedef uint64_t UInt64;
 typedef int64_t SInt64;
 typedef SInt32 OSStatus;
-typedef SInt16 OSErr;
 typedef UInt32 FourCharCode;
 typedef FourCharCode OSType;
 typedef UInt16 UniChar;
 typedef unsigned long UniCharCount;
 typedef unsigned long ItemCount;
 typedef unsigned long ByteCount;
-typedef unsigned long ByteOffset;
 typedef UInt32 OptionBits;
 
 enum { noErr = 0 };
@@ -58,20 +54,17 @@ enum { noErr = 0 };
 typedef signed long CFIndex;
 typedef unsigned long CFTypeID;
 typedef unsigned long CFOptionFlags;
-typedef unsigned long CFHashCode;
 typedef double CFTimeInterval;
 typedef double CFAbsoluteTime;
 
 typedef const void* CFTypeRef;
 typedef const struct CF_BRIDGED_TYPE(NSString) __CFString* CFStringRef;
-typedef struct CF_BRIDGED_MUTABLE_TYPE(NSMutableString) __CFString* CFMutableStringRef;
 typedef const struct __CFAllocator* CFAllocatorRef;
 typedef const struct CF_BRIDGED_TYPE(NSArray) __CFArray* CFArrayRef;
 typedef const struct CF_BRIDGED_TYPE(NSDictionary) __CFDictionary* CFDictionaryRef;
 typedef const struct CF_BRIDGED_TYPE(NSData) __CFData* CFDataRef;
 typedef const struct CF_BRIDGED_TYPE(NSNumber) __CFBoolean* CFBooleanRef;
 typedef const struct CF_BRIDGED_TYPE(NSNumber) __CFNumber* CFNumberRef;
-typedef const struct CF_BRIDGED_TYPE(NSURL) __CFURL* CFURLRef;
 typedef struct __CFRunLoop* CFRunLoopRef;
 typedef CFStringRef CFRunLoopMode;
 
@@ -95,5 +88,6 @@ CF_EXPORT const CFAllocatorRef _Null_unspecified kCFAllocatorDefault;
 CF_EXPORT CFTypeID CFGetTypeID(CFTypeRef _Null_unspecified object);
 CF_EXPORT CFTypeRef _Null_unspecified CFRetain(CFTypeRef _Null_unspecified object);
 CF_EXPORT void CFRelease(CFTypeRef _Null_unspecified object);
+CF_EXPORT CFTypeRef _Null_unspecified CFAutorelease(CFTypeRef _Null_unspecified object);
 CF_EXPORT CFIndex CFGetRetainCount(CFTypeRef _Null_unspecified object);
 CF_EXPORT Boolean CFEqual(CFTypeRef _Null_unspecified first, CFTypeRef _Null_unspecified second);

@@ -15,5 +15,8 @@ CF_EXPORT CFRunLoopRef _Null_unspecified CFRunLoopGetCurrent(void);
 CF_EXPORT CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode _Null_unspecified mode, CFTimeInterval seconds,
                                                 Boolean returnAfterSourceHandled);
 CF_EXPORT void CFRunLoopRun(void);
+CF_EXPORT void CFRunLoopPerformBlock(CFRunLoopRef _Null_unspecified runLoop, CFTypeRef _Null_unspecified mode,
+                                     void (^_Null_unspecified block)(void));
+CF_EXPORT void CFRunLoopWakeUp(CFRunLoopRef _Null_unspecified runLoop);
 CF_EXPORT void CFRunLoopStop(CFRunLoopRef _Null_unspecified runLoop);
 CF_EXPORT CFAbsoluteTime CFAbsoluteTimeGetCurrent(void);
