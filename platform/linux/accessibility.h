@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +15,17 @@
 #include "platform/linux/x11_connection.h"
 
 namespace lexwend::platform {
+
+/// How a toolkit counts. It decides what InsertText's length means and in what offsets are given; a wrong
+/// guess makes Qt insert memory that was never written into the user's document.
+enum class AtspiToolkit {
+  gtk,      // offsets in code points, InsertText length in UTF-8 bytes
+  qt,       // both in UTF-16 code units
+  unknown,  // not written to
+};
+
+/// A replacement under way.
+struct Replacement;
 
 /// Accessibility over AT-SPI2. Offered to the agent are only fields whose toolkit is known to write what it
 /// is told and to count as this code does; every other field answers with an error and is left to the
@@ -37,9 +49,15 @@ class LinuxAccessibility final : public Accessibility, public FocusedRole {
   /// Connects in the background; until then no element is found.
   void start() { bus_.start(); }
 
-  /// Whether the focused field hides what is typed into it. Asks for its role and the extent of its
-  /// selection, never for its text. Begins a round of calls.
+  /// Asks the field for its role and for the extent of its selection, never for its text. A field with the
+  /// role of plain text may yet hide its own: it does when PRIMARY, which is what it shows of its selection,
+  /// is one sign over and over, no letter or digit, and as long as the selection. What was read of PRIMARY
+  /// goes no further. A field that does not tell its role counts as one that hides its text. Begins a round
+  /// of calls.
   bool focusIsPasswordField() override;
+  /// Whether the field that was last looked at for its role is a terminal, on its own or inside a window of
+  /// another kind. Asks nobody.
+  bool focusIsTerminal() const { return focusIsTerminal_; }
 
   bool isProcessTrusted() override;
   bool isProcessTrustedWithPrompt() override;
@@ -55,19 +73,30 @@ class LinuxAccessibility final : public Accessibility, public FocusedRole {
   struct Range {
     std::int32_t start = 0, end = 0;  // in the toolkit's own units
   };
+  struct Selections {
+    std::optional<std::int32_t> count;
+    std::optional<Range> only;  // where there is exactly one
+    std::optional<std::int32_t> lengthOfField;
+  };
 
   std::optional<AtspiObject> focusedObject();
+  bool hidesItsText(const AtspiObject& object);
   AttributeResult focusedElement();
+  AtspiToolkit toolkitOf(const AtspiObject& object);
   std::optional<std::uint32_t> roleNumber(const AtspiObject& object);
   AttributeResult role(const AtspiObject& object);
+  Selections selections(const AtspiObject& object);
   AttributeResult selectedText(const AtspiObject& object);
   AttributeResult text(const AtspiObject& object, Range range);
-  std::optional<std::int32_t> selectionCount(const AtspiObject& object);
-  std::optional<Range> onlySelection(const AtspiObject& object);
+  /// Ends a replacement whose insertion timed out, when the application has come to it.
+  void replaceOnceInserted(const Replacement& wanted);
 
   Display display_;
   AtspiBus bus_;
   FocusFinder finder_;
+  std::optional<AtspiObject> checked_;  // does not hide its text, and nobody has asked for it since
+  bool focusIsTerminal_ = false;
+  std::map<std::string, AtspiToolkit> toolkits_;  // by unique bus name, which is never used again
 };
 
 }  // namespace lexwend::platform

@@ -32,8 +32,11 @@ SecureInput& LinuxHost::secureInput() {
 }
 
 KeyEvents& LinuxHost::keyEvents() {
-  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy.
-  return made(keyEvents_, x11(), [this] { return !pasteboard()->lastReadWasOverBudget(); });
+  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy. A terminal inside
+  // another program's window is not known by the window's class.
+  return made(keyEvents_, x11(), [this] {
+    return !pasteboard()->lastReadWasOverBudget() && !linuxAccessibility().focusIsTerminal();
+  });
 }
 
 HotKeyService& LinuxHost::hotKeyService() {
