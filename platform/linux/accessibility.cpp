@@ -177,6 +177,7 @@ std::optional<AtspiObject> LinuxAccessibility::focusedObject() {
 
 bool LinuxAccessibility::focusIsPasswordField() {
   bus_.beginRound();
+  checked_.reset();
   focusIsTerminal_ = false;
   const auto object = focusedObject();
   if (!object) return false;
