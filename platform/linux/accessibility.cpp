@@ -115,10 +115,13 @@ AtspiCall placeCaret(const Replacement& wanted) {
 
 /// The field as it was: what went in is taken out, the old text is selected.
 void takeBack(AtspiBus& bus, const Replacement& wanted, std::int32_t insertedLength) {
-  if (insertedLength == 0) return;
-  bus.send(deleteText(wanted.object, wanted.end, wanted.end + insertedLength));
-  bus.send({wanted.object, AtspiBus::kText, "SetSelection",
-            g_variant_new("(iii)", 0, wanted.start, wanted.end), "(b)"});
+  const AtspiObject& object = wanted.object;
+  if (insertedLength != 0) bus.send(deleteText(object, wanted.end, wanted.end + insertedLength));
+  // An insertion that came to nothing may have ended the selection. A field that has none can only add one, a
+  // field that has one can only change it.
+  bus.send({object, AtspiBus::kText, "AddSelection", g_variant_new("(ii)", wanted.start, wanted.end), "(b)"});
+  bus.send(
+      {object, AtspiBus::kText, "SetSelection", g_variant_new("(iii)", 0, wanted.start, wanted.end), "(b)"});
 }
 
 std::optional<std::uint32_t> processOfActiveWindow(X11Connection& x11) {
@@ -208,7 +211,7 @@ AttributeResult LinuxAccessibility::copyAttributeValue(const AccessibilityElemen
   if (atspi == nullptr) return {kAttributeUnsupported, {}};
   if (attribute == kRoleAttribute) return role(atspi->object());
   if (attribute == kSelectedTextAttribute) return selectedText(atspi->object());
-  if (attribute == kValueAttribute) return text(atspi->object(), {0, -1});
+  if (attribute == kValueAttribute) return wholeText(atspi->object());
   return {kAttributeUnsupported, {}};
 }
 
@@ -286,6 +289,17 @@ AttributeResult LinuxAccessibility::text(const AtspiObject& object, Range range)
   const char* text = nullptr;
   g_variant_get(reply.get(), "(&s)", &text);
   return {0, std::string(text)};
+}
+
+AttributeResult LinuxAccessibility::wholeText(const AtspiObject& object) {
+  const auto answers = bus_.callAll({askText(object, 0, -1), askLength(object)});
+  const auto length = integerIn(answers[1]);
+  if (!answers[0]) return {kCannotComplete, {}};
+  const char* text = nullptr;
+  g_variant_get(answers[0].get(), "(&s)", &text);
+  // An entry of GTK 4 does not know -1 for its end.
+  const bool isAll = *text != '\0' || length.value_or(0) == 0;
+  return isAll ? AttributeResult{0, std::string(text)} : this->text(object, {0, *length});
 }
 
 SettableResult LinuxAccessibility::isAttributeSettable(const AccessibilityElementRef& element,

@@ -88,6 +88,7 @@ class LinuxAccessibility final : public Accessibility, public FocusedRole {
   Selections selections(const AtspiObject& object);
   AttributeResult selectedText(const AtspiObject& object);
   AttributeResult text(const AtspiObject& object, Range range);
+  AttributeResult wholeText(const AtspiObject& object);
   /// Ends a replacement whose insertion timed out, when the application has come to it.
   void replaceOnceInserted(const Replacement& wanted);
 

@@ -209,6 +209,22 @@ TEST_F(Field, tellsItsSelectionWhenThereIsOne) {
   }
 }
 
+TEST_F(Field, tellsItsWholeText) {
+  ScriptedField field = selected(u"a\U0001F600kuo", {0, 1});
+  for (const bool knowsItsEnd : {true, false}) {
+    field.knowsItsEnd = knowsItsEnd;
+    app->show(field);
+    const auto value = access->copyAttributeValue(element(), kValueAttribute);
+    EXPECT_EQ(value.value, AccessibilityValue(std::string("a\U0001F600kuo"))) << knowsItsEnd;
+  }
+  field.text.remove();
+  app->show(field);
+  EXPECT_EQ(access->copyAttributeValue(element(), kValueAttribute).value, AccessibilityValue(std::string()));
+  field.broken = {"GetText"};
+  app->show(field);
+  EXPECT_NE(access->copyAttributeValue(element(), kValueAttribute).error, 0);
+}
+
 // ---- Fields that hide their text
 
 TEST_F(Field, forPasswordsIsToldWithoutItsText) {

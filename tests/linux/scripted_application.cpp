@@ -170,6 +170,7 @@ GVariant* ScriptedApplication::answerOfField(const std::string& method, GVariant
   int end = 0;
   if (method == "GetText") {
     g_variant_get(arguments, "(ii)", &start, &end);
+    if (end < 0 && !field_.knowsItsEnd) return g_variant_new("(s)", "");
     return g_variant_new("(s)", utf8(field_.text.tempSubStringBetween(index(start), index(end))).c_str());
   }
   if (method == "InsertText") {
@@ -183,8 +184,10 @@ GVariant* ScriptedApplication::answerOfField(const std::string& method, GVariant
     std::erase_if(field_.selections, [&](const auto& range) { return range.second > start; });
     return boolean(true);
   }
-  if (method == "SetSelection") {
-    g_variant_get(arguments, "(iii)", nullptr, &start, &end);
+  if (method == "AddSelection" || method == "SetSelection") {
+    if ((method == "AddSelection") != field_.selections.empty()) return boolean(false);
+    if (method == "AddSelection") g_variant_get(arguments, "(ii)", &start, &end);
+    if (method == "SetSelection") g_variant_get(arguments, "(iii)", nullptr, &start, &end);
     field_.selections = {{start, end}};
     return boolean(true);
   }
@@ -196,7 +199,7 @@ GVariant* ScriptedApplication::answerOfField(const std::string& method, GVariant
 }
 
 /// As the toolkits do it: the length is in UTF-8 bytes, in Qt in UTF-16 units, and nobody looks whether that
-/// much was given.
+/// much was given. An entry of GTK 3 also puts the caret behind what it inserted, which ends the selection.
 GVariant* ScriptedApplication::insert(int position, const std::string& text, int length) {
   const icu::UnicodeString units = icu::UnicodeString::fromUTF8(text);
   const int given = isQt() ? units.length() : static_cast<int>(text.size());
@@ -209,6 +212,7 @@ GVariant* ScriptedApplication::insert(int position, const std::string& text, int
   const int room = std::max(0, field_.maxLength - field_.text.countChar32());
   inserted.truncate(inserted.moveIndex32(0, room));
   field_.text.insert(index(position), inserted);
+  field_.selections.clear();
   return boolean(true);
 }
 

@@ -32,6 +32,7 @@ struct ScriptedField {
   icu::UnicodeString text;
   std::vector<std::pair<int, int>> selections;
 
+  bool knowsItsEnd = true;  // as -1
   int maxLength = std::numeric_limits<int>::max();
   std::function<icu::UnicodeString(const icu::UnicodeString&)> filter;  // what an insertion comes to
   std::set<std::string> refused;                                        // methods that answer FALSE
