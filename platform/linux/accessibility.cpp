@@ -76,6 +76,17 @@ bool succeeded(const GVariantRef& reply) {
   return done != FALSE;
 }
 
+AtspiCall askRole(const AtspiObject& object) {
+  return {object, AtspiBus::kAccessible, "GetRole", nullptr, "(u)"};
+}
+
+std::optional<std::uint32_t> roleIn(const GVariantRef& reply) {
+  if (!reply) return std::nullopt;
+  std::uint32_t role = 0;
+  g_variant_get(reply.get(), "(u)", &role);
+  return role;
+}
+
 AtspiCall askText(const AtspiObject& object, std::int32_t start, std::int32_t end) {
   return {object, AtspiBus::kText, "GetText", g_variant_new("(ii)", start, end), "(s)"};
 }
@@ -190,7 +201,7 @@ bool LinuxAccessibility::focusIsPasswordField() {
 }
 
 bool LinuxAccessibility::hidesItsText(const AtspiObject& object) {
-  const auto role = roleNumber(object);
+  const auto role = roleIn(bus_.call(askRole(object)));
   if (!role || *role == kAtspiRolePasswordText) return true;
   focusIsTerminal_ = *role == kAtspiRoleTerminal;
 
@@ -238,14 +249,6 @@ AtspiToolkit LinuxAccessibility::toolkitOf(const AtspiObject& object) {
   if (!toolkit) return Toolkit::unknown;
   const bool isGtk = toolkit == "gtk" || toolkit == "GTK";
   return toolkits_[object.bus] = isGtk ? Toolkit::gtk : toolkit == "Qt" ? Toolkit::qt : Toolkit::unknown;
-}
-
-std::optional<std::uint32_t> LinuxAccessibility::roleNumber(const AtspiObject& object) {
-  const GVariantRef reply = bus_.call({object, AtspiBus::kAccessible, "GetRole", nullptr, "(u)"});
-  if (!reply) return std::nullopt;
-  std::uint32_t number = 0;
-  g_variant_get(reply.get(), "(u)", &number);
-  return number;
 }
 
 AttributeResult LinuxAccessibility::role(const AtspiObject& object) {
@@ -308,9 +311,9 @@ SettableResult LinuxAccessibility::isAttributeSettable(const AccessibilityElemen
   if (atspi == nullptr || attribute != kSelectedTextAttribute) return {kAttributeUnsupported, false};
   if (atspi->toolkit() == Toolkit::unknown) return {0, false};
   const AtspiObject& object = atspi->object();
-  const auto answers = bus_.callAll({askStates(object), askInterfaces(object)});
+  const auto answers = bus_.callAll({askStates(object), askInterfaces(object), askRole(object)});
   const auto states = statesIn(answers[0]);
-  const auto number = roleNumber(object);
+  const auto number = roleIn(answers[2]);
   if (!states || !number) return {kCannotComplete, false};
   // One paragraph of a document knows its own part of a selection only; the rest would stay as it is.
   if (*number == kAtspiRoleParagraph) return {0, false};

@@ -83,7 +83,6 @@ class LinuxAccessibility final : public Accessibility, public FocusedRole {
   bool hidesItsText(const AtspiObject& object);
   AttributeResult focusedElement();
   AtspiToolkit toolkitOf(const AtspiObject& object);
-  std::optional<std::uint32_t> roleNumber(const AtspiObject& object);
   AttributeResult role(const AtspiObject& object);
   Selections selections(const AtspiObject& object);
   AttributeResult selectedText(const AtspiObject& object);
