@@ -31,7 +31,7 @@ std::shared_ptr<Round> ask(GDBusConnection* connection, const std::vector<AtspiC
     std::size_t index;
     std::string bus;
   };
-  const auto round = std::make_shared<Round>();
+  auto round = std::make_shared<Round>();
   round->answers.resize(calls.size());
   for (std::size_t i = 0; i < calls.size(); ++i) {
     const AtspiCall& call = calls[i];

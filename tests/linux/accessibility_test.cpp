@@ -4,7 +4,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <numeric>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,14 +21,13 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Ranges = std::vector<std::pair<int, int>>;
 
-constexpr std::uint32_t kRoleText = 61;
 constexpr AccessibilityError kNotConnected = -25204;
-/// "No call waits longer than a second", with the machine's own delays.
+/// No call waits longer than a second; the rest is for a busy machine.
 constexpr std::chrono::milliseconds kBounded(1500);
 
 /// One bus for the tests of a process, which has one connection to its session's.
 void enterSession() {
-  static const PrivateBus bus;
+  static const PrivateBus kBus;
 }
 
 struct Field : ::testing::Test {
@@ -314,16 +312,15 @@ TEST_F(Field, isFoundInTheProcessInFrontOnly) {
 }
 
 TEST_F(Field, isFoundWithoutAskingTheCellsOfTables) {
-  constexpr int kCells = 10000;
-  std::vector<std::string> cells;
-  for (int i = 0; i < kCells; ++i) cells.push_back("/cell" + std::to_string(i));
+  constexpr std::size_t kCells = 10000;
+  const std::vector<std::string> cells(kCells, "/cell");
   const std::map<std::string, ScriptedObject> window = {
       {ScriptedApplication::kRoot,
        {kAtspiStateShowing, {"/table", "/list", "/modest", "/hidden", "/box"}, std::nullopt}},
-      {"/table", {kAtspiStateShowing | kAtspiStateManagesDescendants, {"/cell1"}, std::nullopt}},
+      {"/table", {kAtspiStateShowing | kAtspiStateManagesDescendants, {"/cell"}, std::nullopt}},
       {"/list", {kAtspiStateShowing, cells, std::nullopt}},
       {"/modest", {kAtspiStateShowing, cells, 1}},
-      {"/hidden", {0, {"/cell1"}, std::nullopt}},
+      {"/hidden", {0, {"/cell"}, std::nullopt}},
       {"/box", {kAtspiStateShowing, {"/field"}, std::nullopt}},
   };
   ScriptedField field = selected(u"akuo", {0, 4});
@@ -335,7 +332,7 @@ TEST_F(Field, isFoundWithoutAskingTheCellsOfTables) {
   EXPECT_LT(app->calls("GetState"), 1000);
 
   auto withoutLies = window;
-  withoutLies["/modest"].children = {"/cell1"};
+  withoutLies["/modest"].children = {"/cell"};
   field.path = "/field";
   app->show(field, withoutLies);
   EXPECT_NE(elementOfFix(), nullptr);
