@@ -158,6 +158,17 @@ TEST_F(Field, ofAnApplicationThatStopsKeepsItsTextWhenTheNewOneIsCutShort) {
   EXPECT_EQ(app->text(), "akuo nv");
 }
 
+TEST_F(Field, ofAnApplicationThatStopsIsNotTouchedAfterTheAgentHasLeft) {
+  ScriptedField field = selected(u"akuo nv", {0, 4});
+  field.stopsBefore = "InsertText";
+  app->show(field);
+  EXPECT_EQ(replace("שלום"), 0);
+  access.reset();
+  app->resume();
+  EXPECT_TRUE(pumpUntil([this] { return app->text() == "akuoשלום nv"; }));
+  EXPECT_EQ(app->calls("DeleteText") + app->calls("AddSelection"), 0);
+}
+
 TEST_F(Field, isLeftToTheClipboardWhereItCannotBeWrittenTo) {
   const std::pair<const char*, std::function<void(ScriptedField&)>> fields[] = {
       {"another toolkit", [](ScriptedField& field) { field.toolkit = "Chromium"; }},
@@ -274,6 +285,16 @@ TEST_F(Field, thatGotTheFocusSinceIsLookedAtToo) {
   app->show(password);
   EXPECT_EQ(element(), nullptr);
   expectNoTextWasRead();
+}
+
+TEST_F(Field, thatBeginsToHideItsTextIsLookedAtAnew) {
+  ScriptedField field = selected(u"akuo", {0, 4});
+  app->show(field);
+  EXPECT_FALSE(access->focusIsPasswordField());
+  field.role = kAtspiRolePasswordText;
+  app->show(field);
+  EXPECT_TRUE(access->focusIsPasswordField());
+  EXPECT_EQ(element(), nullptr);
 }
 
 TEST_F(Field, ofAnApplicationThatHasStoppedKeepsNobodyWaiting) {
