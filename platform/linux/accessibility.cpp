@@ -31,7 +31,13 @@ constexpr AccessibilityError kCannotComplete = -25204;
 constexpr AccessibilityError kAttributeUnsupported = -25205;
 constexpr AccessibilityError kNoValue = -25212;
 
-using Toolkit = AtspiToolkit;
+/// How a toolkit counts. It decides what InsertText's length means and in what offsets are given; a wrong
+/// guess makes Qt insert memory that was never written into the user's document.
+enum class Toolkit {
+  gtk,      // offsets in code points, InsertText length in UTF-8 bytes
+  qt,       // both in UTF-16 code units
+  unknown,  // not written to
+};
 
 class SystemWideElement final : public AccessibilityElement {};
 
@@ -145,8 +151,8 @@ std::optional<std::uint32_t> processOfActiveWindow(X11Connection& x11) {
 }
 
 std::optional<std::string> readPrimarySelection() {
-  constexpr std::chrono::milliseconds kTime{100};
-  constexpr std::size_t kMaxBytes = 4096;  // a masked entry holds a password, not a book
+  constexpr std::chrono::milliseconds kTime{250};  // as long as for any other question
+  constexpr std::size_t kMaxBytes = 4096;          // a masked entry holds a password, not a book
   const auto reader = ClipboardReader::open("PRIMARY");
   return reader ? reader->readText({kTime, kTime, kMaxBytes}) : std::nullopt;
 }
@@ -232,23 +238,11 @@ AttributeResult LinuxAccessibility::focusedElement() {
   if (!object) return {bus_.isConnected() ? kNoValue : kCannotComplete, {}};
   // The focus may have moved since it was asked whether the field hides its text.
   if (std::exchange(checked_, std::nullopt) != object && hidesItsText(*object)) return {kNoValue, {}};
-  return {0, std::make_shared<const AtspiElement>(*object, toolkitOf(*object))};
-}
-
-AtspiToolkit LinuxAccessibility::toolkitOf(const AtspiObject& object) {
-  if (const auto known = toolkits_.find(object.bus); known != toolkits_.end()) return known->second;
-  const GVariantRef application =
-      bus_.call({object, AtspiBus::kAccessible, "GetApplication", nullptr, "((so))"});
-  if (!application) return Toolkit::unknown;
-  const char* name = nullptr;
-  const char* path = nullptr;
-  g_variant_get(application.get(), "((&s&o))", &name, &path);
-  // An application may name itself by an empty bus name: it is the one that answered.
-  const AtspiObject root{*name != '\0' ? name : object.bus, path};
-  const auto toolkit = textIn(bus_.call(askProperty(root, AtspiBus::kApplication, "ToolkitName")));
-  if (!toolkit) return Toolkit::unknown;
+  const auto toolkit = bus_.toolkitOf(*object);
   const bool isGtk = toolkit == "gtk" || toolkit == "GTK";
-  return toolkits_[object.bus] = isGtk ? Toolkit::gtk : toolkit == "Qt" ? Toolkit::qt : Toolkit::unknown;
+  return {0, std::make_shared<const AtspiElement>(*object, isGtk             ? Toolkit::gtk
+                                                           : toolkit == "Qt" ? Toolkit::qt
+                                                                             : Toolkit::unknown)};
 }
 
 AttributeResult LinuxAccessibility::role(const AtspiObject& object) {

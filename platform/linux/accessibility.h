@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,14 +14,6 @@
 #include "platform/linux/x11_connection.h"
 
 namespace lexwend::platform {
-
-/// How a toolkit counts. It decides what InsertText's length means and in what offsets are given; a wrong
-/// guess makes Qt insert memory that was never written into the user's document.
-enum class AtspiToolkit {
-  gtk,      // offsets in code points, InsertText length in UTF-8 bytes
-  qt,       // both in UTF-16 code units
-  unknown,  // not written to
-};
 
 /// A replacement under way.
 struct Replacement;
@@ -82,7 +73,6 @@ class LinuxAccessibility final : public Accessibility, public FocusedRole {
   std::optional<AtspiObject> focusedObject();
   bool hidesItsText(const AtspiObject& object);
   AttributeResult focusedElement();
-  AtspiToolkit toolkitOf(const AtspiObject& object);
   AttributeResult role(const AtspiObject& object);
   Selections selections(const AtspiObject& object);
   AttributeResult selectedText(const AtspiObject& object);
@@ -96,7 +86,6 @@ class LinuxAccessibility final : public Accessibility, public FocusedRole {
   FocusFinder finder_;
   std::optional<AtspiObject> checked_;  // does not hide its text, and nobody has asked for it since
   bool focusIsTerminal_ = false;
-  std::map<std::string, AtspiToolkit> toolkits_;  // by unique bus name, which is never used again
 };
 
 }  // namespace lexwend::platform

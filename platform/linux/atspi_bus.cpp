@@ -232,6 +232,7 @@ void AtspiBus::disconnected() {
   connection_.reset();
   lastFocus_.reset();
   processes_.clear();
+  toolkits_.clear();
 }
 
 void AtspiBus::beginRound() {
@@ -306,6 +307,20 @@ std::optional<std::uint32_t> AtspiBus::processOf(const std::string& bus) {
   g_variant_get(reply.get(), "(u)", &process);
   processes_[bus] = process;
   return process;
+}
+
+std::optional<std::string> AtspiBus::toolkitOf(const AtspiObject& object) {
+  if (const auto known = toolkits_.find(object.bus); known != toolkits_.end()) return known->second;
+  const GVariantRef application = call({object, kAccessible, "GetApplication", nullptr, "((so))"});
+  if (!application) return std::nullopt;
+  const char* name = nullptr;
+  const char* path = nullptr;
+  g_variant_get(application.get(), "((&s&o))", &name, &path);
+  // An application may name itself by an empty bus name: it is the one that answered.
+  const AtspiObject root{*name != '\0' ? name : object.bus, path};
+  auto toolkit = textIn(call(askProperty(root, kApplication, "ToolkitName")));
+  if (toolkit) toolkits_[object.bus] = *toolkit;
+  return toolkit;
 }
 
 std::vector<AtspiObject> AtspiBus::applicationsOf(std::uint32_t process) {

@@ -100,6 +100,8 @@ class AtspiBus {
   bool hasInterface(const AtspiObject& object, const char* interface);
   /// The process that owns a name on the accessibility bus.
   std::optional<std::uint32_t> processOf(const std::string& bus);
+  /// The name of the toolkit of that object's application.
+  std::optional<std::string> toolkitOf(const AtspiObject& object);
   /// The root object of each application of that process.
   std::vector<AtspiObject> applicationsOf(std::uint32_t process);
 
@@ -122,7 +124,9 @@ class AtspiBus {
   guint subscription_ = 0;
   bool connecting_ = false;
   std::optional<AtspiObject> lastFocus_;
-  std::map<std::string, std::uint32_t> processes_;  // unique bus names are never used again
+  // By unique bus names, which are never used again on this connection.
+  std::map<std::string, std::uint32_t> processes_;
+  std::map<std::string, std::string> toolkits_;
   std::chrono::steady_clock::time_point roundStart_{std::chrono::steady_clock::time_point::min()};
   std::set<std::string> silent_;  // bus names that let a call of this round time out
 };

@@ -165,7 +165,8 @@ TEST_F(Field, ofAnApplicationThatStopsIsNotTouchedAfterTheAgentHasLeft) {
   EXPECT_EQ(replace("שלום"), 0);
   access.reset();
   app->resume();
-  EXPECT_TRUE(pumpUntil([this] { return app->text() == "akuoשלום nv"; }));
+  while (g_main_context_iteration(nullptr, FALSE) != FALSE) continue;
+  EXPECT_EQ(app->text(), "akuoשלום nv");
   EXPECT_EQ(app->calls("DeleteText") + app->calls("AddSelection"), 0);
 }
 
