@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "platform/linux/buses.h"
 
@@ -13,18 +14,77 @@ namespace {
 constexpr const char* kRegistry = "org.a11y.atspi.Registry";
 constexpr const char* kRootPath = "/org/a11y/atspi/accessible/root";
 
-std::vector<AtspiObject> objectsOf(GVariant* array) {
-  std::vector<AtspiObject> objects;
-  GVariantIter iterator;
-  g_variant_iter_init(&iterator, array);
-  const char* bus = nullptr;
-  const char* path = nullptr;
-  while (g_variant_iter_next(&iterator, "(&s&o)", &bus, &path) != FALSE) objects.push_back({bus, path});
-  return objects;
+/// The answers to many calls, as they come.
+struct Round {
+  std::vector<GVariantRef> answers;
+  std::size_t waiting = 0;
+  bool wasCancelled = false;
+  std::set<std::string> silent;  // bus names of calls that timed out
+  std::function<void(const std::vector<GVariantRef>&)> then;
+};
+
+/// Sends every call that `mayAsk` allows; the answers come to the thread's default context.
+std::shared_ptr<Round> ask(GDBusConnection* connection, const std::vector<AtspiCall>& calls, int milliseconds,
+                           GCancellable* cancellable, const std::function<bool(const AtspiCall&)>& mayAsk) {
+  struct Slot {
+    std::shared_ptr<Round> round;
+    std::size_t index;
+    std::string bus;
+  };
+  auto round = std::make_shared<Round>();
+  round->answers.resize(calls.size());
+  for (std::size_t i = 0; i < calls.size(); ++i) {
+    const AtspiCall& call = calls[i];
+    if (!mayAsk(call)) continue;
+    ++round->waiting;
+    g_dbus_connection_call(
+        connection, call.object.bus.c_str(), call.object.path.c_str(), call.interface, call.method,
+        call.arguments.get(), G_VARIANT_TYPE(call.replyType), G_DBUS_CALL_FLAGS_NO_AUTO_START, milliseconds,
+        cancellable,
+        [](GObject* source, GAsyncResult* result, gpointer data) {
+          const std::unique_ptr<Slot> slot(static_cast<Slot*>(data));
+          Round& asked = *slot->round;
+          GError* error = nullptr;
+          asked.answers[slot->index].reset(
+              g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
+          const GErrorRef owned(error);
+          if (error != nullptr && (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE ||
+                                   g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY) != FALSE)) {
+            asked.silent.insert(slot->bus);
+          }
+          if (error != nullptr && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) {
+            asked.wasCancelled = true;
+          }
+          if (--asked.waiting == 0 && asked.then && !asked.wasCancelled) asked.then(asked.answers);
+        },
+        new Slot{round, i, call.object.bus});
+  }
+  return round;
 }
 
-constexpr const char* kStatesReply = "(au)";
-constexpr const char* kChildrenReply = "(a(so))";
+}  // namespace
+
+AtspiCall::AtspiCall(AtspiObject to, const char* interfaceName, const char* methodName,
+                     GVariant* withArguments, const char* answerType)
+    : object(std::move(to)), interface(interfaceName), method(methodName), replyType(answerType) {
+  if (withArguments != nullptr) arguments.reset(g_variant_ref_sink(withArguments), GVariantUnref());
+}
+
+AtspiCall askStates(const AtspiObject& object) {
+  return {object, AtspiBus::kAccessible, "GetState", nullptr, "(au)"};
+}
+
+AtspiCall askInterfaces(const AtspiObject& object) {
+  return {object, AtspiBus::kAccessible, "GetInterfaces", nullptr, "(as)"};
+}
+
+AtspiCall askChildren(const AtspiObject& object) {
+  return {object, AtspiBus::kAccessible, "GetChildren", nullptr, "(a(so))"};
+}
+
+AtspiCall askProperty(const AtspiObject& object, const char* interface, const char* name) {
+  return {object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", interface, name), "(v)"};
+}
 
 std::optional<std::uint64_t> statesIn(const GVariantRef& reply) {
   if (!reply) return std::nullopt;
@@ -37,13 +97,47 @@ std::optional<std::uint64_t> statesIn(const GVariantRef& reply) {
   return bits;
 }
 
-std::optional<std::vector<AtspiObject>> childrenIn(const GVariantRef& reply) {
-  if (!reply) return std::nullopt;
-  const GVariantRef array(g_variant_get_child_value(reply.get(), 0));
-  return objectsOf(array.get());
+bool interfacesHave(const GVariantRef& reply, const char* interface) {
+  if (!reply) return false;
+  const GVariantRef names(g_variant_get_child_value(reply.get(), 0));
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, names.get());
+  const char* name = nullptr;
+  while (g_variant_iter_next(&iterator, "&s", &name) != FALSE) {
+    if (std::strcmp(name, interface) == 0) return true;
+  }
+  return false;
 }
 
-}  // namespace
+std::vector<AtspiObject> objectsIn(const GVariantRef& reply) {
+  std::vector<AtspiObject> objects;
+  if (!reply) return objects;
+  const GVariantRef array(g_variant_get_child_value(reply.get(), 0));
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, array.get());
+  const char* bus = nullptr;
+  const char* path = nullptr;
+  while (g_variant_iter_next(&iterator, "(&s&o)", &bus, &path) != FALSE) objects.push_back({bus, path});
+  return objects;
+}
+
+std::optional<std::int32_t> integerIn(const GVariantRef& property) {
+  if (!property) return std::nullopt;
+  GVariant* inner = nullptr;
+  g_variant_get(property.get(), "(v)", &inner);
+  const GVariantRef value(inner);
+  if (g_variant_is_of_type(inner, G_VARIANT_TYPE_INT32) == FALSE) return std::nullopt;
+  return g_variant_get_int32(inner);
+}
+
+std::optional<std::string> textIn(const GVariantRef& property) {
+  if (!property) return std::nullopt;
+  GVariant* inner = nullptr;
+  g_variant_get(property.get(), "(v)", &inner);
+  const GVariantRef value(inner);
+  if (g_variant_is_of_type(inner, G_VARIANT_TYPE_STRING) == FALSE) return std::nullopt;
+  return g_variant_get_string(inner, nullptr);
+}
 
 AtspiBus::~AtspiBus() {
   if (cancellable_) g_cancellable_cancel(cancellable_.get());
@@ -138,6 +232,7 @@ void AtspiBus::disconnected() {
   connection_.reset();
   lastFocus_.reset();
   processes_.clear();
+  toolkits_.clear();
 }
 
 void AtspiBus::beginRound() {
@@ -151,43 +246,39 @@ void AtspiBus::joinRound() {
     beginRound();
 }
 
-GVariantRef AtspiBus::call(const AtspiObject& object, const char* interface, const char* method,
-                           GVariant* arguments, const char* replyType) {
-  return callName(object.bus, object.path.c_str(), interface, method, arguments, replyType);
+GVariantRef AtspiBus::call(const AtspiCall& call) {
+  return std::move(callAll({call}).front());
 }
 
-GVariantRef AtspiBus::callToWrite(const AtspiObject& object, const char* interface, const char* method,
-                                  GVariant* arguments, const char* replyType) {
-  return callName(object.bus, object.path.c_str(), interface, method, arguments, replyType, kRoundLimit);
-}
-
-void AtspiBus::send(const AtspiObject& object, const char* interface, const char* method,
-                    GVariant* arguments) {
-  const GVariantRef owned(g_variant_ref_sink(arguments));
-  if (!isConnected()) return;
-  g_dbus_connection_call(connection_.get(), object.bus.c_str(), object.path.c_str(), interface, method,
-                         owned.get(), nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr,
-                         nullptr);
-}
-
-GVariantRef AtspiBus::callName(const std::string& bus, const char* path, const char* interface,
-                               const char* method, GVariant* arguments, const char* replyType,
-                               std::chrono::milliseconds limit) {
-  GVariant* const sunk = arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr;
-  const GVariantRef ownedArguments(sunk);
+std::vector<GVariantRef> AtspiBus::callAll(const std::vector<AtspiCall>& calls,
+                                           std::chrono::milliseconds limit) {
   const auto left = timeLeft();
-  if (!isConnected() || left.count() <= 0 || silent_.count(bus) != 0) return nullptr;
+  if (!isConnected() || left.count() <= 0) return std::vector<GVariantRef>(calls.size());
 
-  GError* error = nullptr;
-  GVariantRef reply(g_dbus_connection_call_sync(
-      connection_.get(), bus.c_str(), path, interface, method, sunk, G_VARIANT_TYPE(replyType),
-      G_DBUS_CALL_FLAGS_NO_AUTO_START, static_cast<int>(std::min(left, limit).count()), nullptr, &error));
-  const GErrorRef owned(error);
-  if (error != nullptr && (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE ||
-                           g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY) != FALSE)) {
-    silent_.insert(bus);
-  }
-  return reply;
+  // The answers come to a context of this call alone, so that nothing else of the program runs meanwhile.
+  GMainContext* const context = g_main_context_new();
+  g_main_context_push_thread_default(context);
+  const auto round = ask(connection_.get(), calls, static_cast<int>(std::min(left, limit).count()), nullptr,
+                         [this](const AtspiCall& call) { return !timedOut(call.object); });
+  while (round->waiting > 0) g_main_context_iteration(context, TRUE);
+  g_main_context_pop_thread_default(context);
+  g_main_context_unref(context);
+  silent_.merge(round->silent);
+  return std::move(round->answers);
+}
+
+void AtspiBus::whenAnswered(const std::vector<AtspiCall>& calls,
+                            std::function<void(const std::vector<GVariantRef>&)> then) {
+  if (!isConnected()) return;
+  ask(connection_.get(), calls, G_MAXINT, cancellable_.get(), [](const AtspiCall&) { return true; })->then =
+      std::move(then);
+}
+
+void AtspiBus::send(const AtspiCall& call) {
+  if (!isConnected()) return;
+  g_dbus_connection_call(connection_.get(), call.object.bus.c_str(), call.object.path.c_str(), call.interface,
+                         call.method, call.arguments.get(), nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1,
+                         nullptr, nullptr, nullptr);
 }
 
 std::chrono::milliseconds AtspiBus::timeLeft() {
@@ -196,102 +287,21 @@ std::chrono::milliseconds AtspiBus::timeLeft() {
                                                                std::chrono::steady_clock::now());
 }
 
-std::vector<GVariantRef> AtspiBus::callAll(const std::vector<AtspiObject>& objects, const char* interface,
-                                           const char* method, const char* replyType) {
-  struct Round {
-    std::vector<GVariantRef> answers;
-    std::size_t waiting = 0;
-    bool someTimedOut = false;
-  };
-  struct Slot {
-    std::shared_ptr<Round> round;
-    std::size_t index;
-  };
-  const auto round = std::make_shared<Round>();
-  round->answers.resize(objects.size());
-  const auto left = timeLeft();
-  if (!isConnected() || left.count() <= 0) return std::move(round->answers);
-
-  // The answers come to a context of this call alone, so that nothing else of the program runs meanwhile.
-  GMainContext* const context = g_main_context_new();
-  g_main_context_push_thread_default(context);
-  for (std::size_t i = 0; i < objects.size(); ++i) {
-    if (timedOut(objects[i])) continue;
-    ++round->waiting;
-    g_dbus_connection_call(
-        connection_.get(), objects[i].bus.c_str(), objects[i].path.c_str(), interface, method, nullptr,
-        G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NO_AUTO_START,
-        static_cast<int>(std::min(left, kCallLimit).count()), nullptr,
-        [](GObject* connection, GAsyncResult* result, gpointer data) {
-          const std::unique_ptr<Slot> slot(static_cast<Slot*>(data));
-          GError* error = nullptr;
-          slot->round->answers[slot->index].reset(
-              g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result, &error));
-          const GErrorRef owned(error);
-          if (error != nullptr && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE) {
-            slot->round->someTimedOut = true;
-          }
-          --slot->round->waiting;
-        },
-        new Slot{round, i});
-  }
-  while (round->waiting > 0) g_main_context_iteration(context, TRUE);
-  g_main_context_pop_thread_default(context);
-  g_main_context_unref(context);
-  if (round->someTimedOut && !objects.empty()) silent_.insert(objects.front().bus);
-  return std::move(round->answers);
-}
-
-GVariantRef AtspiBus::property(const AtspiObject& object, const char* interface, const char* name) {
-  const GVariantRef reply =
-      call(object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", interface, name), "(v)");
-  if (!reply) return nullptr;
-  GVariant* value = nullptr;
-  g_variant_get(reply.get(), "(v)", &value);
-  return GVariantRef(value);
-}
-
 std::optional<std::uint64_t> AtspiBus::states(const AtspiObject& object) {
-  return statesIn(call(object, kAccessible, "GetState", nullptr, kStatesReply));
-}
-
-std::optional<std::vector<AtspiObject>> AtspiBus::children(const AtspiObject& object) {
-  return childrenIn(call(object, kAccessible, "GetChildren", nullptr, kChildrenReply));
-}
-
-std::vector<std::optional<std::uint64_t>> AtspiBus::statesOf(const std::vector<AtspiObject>& objects) {
-  std::vector<std::optional<std::uint64_t>> all;
-  for (const GVariantRef& reply : callAll(objects, kAccessible, "GetState", kStatesReply))
-    all.push_back(statesIn(reply));
-  return all;
-}
-
-std::vector<std::optional<std::vector<AtspiObject>>> AtspiBus::childrenOf(
-    const std::vector<AtspiObject>& objects) {
-  std::vector<std::optional<std::vector<AtspiObject>>> all;
-  for (const GVariantRef& reply : callAll(objects, kAccessible, "GetChildren", kChildrenReply)) {
-    all.push_back(childrenIn(reply));
-  }
-  return all;
+  return statesIn(call(askStates(object)));
 }
 
 bool AtspiBus::hasInterface(const AtspiObject& object, const char* interface) {
-  const GVariantRef reply = call(object, kAccessible, "GetInterfaces", nullptr, "(as)");
-  if (!reply) return false;
-  const GVariantRef names(g_variant_get_child_value(reply.get(), 0));
-  GVariantIter iterator;
-  g_variant_iter_init(&iterator, names.get());
-  const char* name = nullptr;
-  while (g_variant_iter_next(&iterator, "&s", &name) != FALSE) {
-    if (std::strcmp(name, interface) == 0) return true;
-  }
-  return false;
+  return interfacesHave(call(askInterfaces(object)), interface);
 }
 
 std::optional<std::uint32_t> AtspiBus::processOf(const std::string& bus) {
   if (const auto known = processes_.find(bus); known != processes_.end()) return known->second;
-  const GVariantRef reply = callName("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                     "GetConnectionUnixProcessID", g_variant_new("(s)", bus.c_str()), "(u)");
+  const GVariantRef reply = call({{"org.freedesktop.DBus", "/org/freedesktop/DBus"},
+                                  "org.freedesktop.DBus",
+                                  "GetConnectionUnixProcessID",
+                                  g_variant_new("(s)", bus.c_str()),
+                                  "(u)"});
   if (!reply) return std::nullopt;
   std::uint32_t process = 0;
   g_variant_get(reply.get(), "(u)", &process);
@@ -299,11 +309,23 @@ std::optional<std::uint32_t> AtspiBus::processOf(const std::string& bus) {
   return process;
 }
 
+std::optional<std::string> AtspiBus::toolkitOf(const AtspiObject& object) {
+  if (const auto known = toolkits_.find(object.bus); known != toolkits_.end()) return known->second;
+  const GVariantRef application = call({object, kAccessible, "GetApplication", nullptr, "((so))"});
+  if (!application) return std::nullopt;
+  const char* name = nullptr;
+  const char* path = nullptr;
+  g_variant_get(application.get(), "((&s&o))", &name, &path);
+  // An application may name itself by an empty bus name: it is the one that answered.
+  const AtspiObject root{*name != '\0' ? name : object.bus, path};
+  auto toolkit = textIn(call(askProperty(root, kApplication, "ToolkitName")));
+  if (toolkit) toolkits_[object.bus] = *toolkit;
+  return toolkit;
+}
+
 std::vector<AtspiObject> AtspiBus::applicationsOf(std::uint32_t process) {
   std::vector<AtspiObject> found;
-  const auto applications = children(AtspiObject{kRegistry, kRootPath});
-  if (!applications) return found;
-  for (const AtspiObject& application : *applications) {
+  for (const AtspiObject& application : objectsIn(call(askChildren({kRegistry, kRootPath})))) {
     if (processOf(application.bus) == process) found.push_back(application);
   }
   return found;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -20,6 +21,29 @@ struct AtspiObject {
   std::string path;
   bool operator==(const AtspiObject&) const = default;
 };
+
+/// One question to an object.
+struct AtspiCall {
+  /// The arguments may be null; a floating reference is taken over.
+  AtspiCall(AtspiObject to, const char* interfaceName, const char* methodName, GVariant* withArguments,
+            const char* answerType);
+  AtspiObject object;
+  const char* interface;
+  const char* method;
+  std::shared_ptr<GVariant> arguments;
+  const char* replyType;
+};
+/// What every accessible is asked, and what the answers say: nothing for no answer.
+AtspiCall askStates(const AtspiObject& object);
+AtspiCall askInterfaces(const AtspiObject& object);
+AtspiCall askChildren(const AtspiObject& object);
+/// The answer is a variant of the property's own type.
+AtspiCall askProperty(const AtspiObject& object, const char* interface, const char* name);
+std::optional<std::uint64_t> statesIn(const GVariantRef& reply);
+bool interfacesHave(const GVariantRef& reply, const char* interface);
+std::vector<AtspiObject> objectsIn(const GVariantRef& reply);
+std::optional<std::int32_t> integerIn(const GVariantRef& property);
+std::optional<std::string> textIn(const GVariantRef& property);
 
 /// The desktop's accessibility bus, spoken directly over D-Bus so that every wait has a limit. Main thread
 /// only. The connection is made in the background from the GLib main context; nothing here waits for it, but
@@ -52,33 +76,32 @@ class AtspiBus {
   /// The same, unless a round began so lately that the call is part of the same fix.
   void joinRound();
 
-  /// A method call; the arguments (floating or null) are consumed. Null on an error, on a reply of another
-  /// type, and when the round's time is used up.
-  GVariantRef call(const AtspiObject& object, const char* interface, const char* method, GVariant* arguments,
-                   const char* replyType);
-  /// The same for a call that changes something: it may take all that is left of the round.
-  GVariantRef callToWrite(const AtspiObject& object, const char* interface, const char* method,
-                          GVariant* arguments, const char* replyType);
-  /// The same argumentless call to many objects at once: as long as the slowest of them, not as all together.
-  /// One answer per object in their order, null like call().
-  std::vector<GVariantRef> callAll(const std::vector<AtspiObject>& objects, const char* interface,
-                                   const char* method, const char* replyType);
-  /// Sends a call and does not wait for its answer. Calls to one application arrive in the order in which
-  /// they were sent.
-  void send(const AtspiObject& object, const char* interface, const char* method, GVariant* arguments);
+  /// A method call: the answer, null on an error, on a reply of another type, when the application does not
+  /// answer in time, and when the round's time is used up.
+  GVariantRef call(const AtspiCall& call);
+  /// Many calls at once, which take as long as the slowest of them: one answer each, in their order, null
+  /// like call(). Those to one application arrive in their order.
+  std::vector<GVariantRef> callAll(const std::vector<AtspiCall>& calls) { return callAll(calls, kCallLimit); }
+  /// The same for calls that change something: they may take all that is left of the round.
+  std::vector<GVariantRef> callAllToWrite(const std::vector<AtspiCall>& calls) {
+    return callAll(calls, kRoundLimit);
+  }
+  /// The same without waiting and without a limit: the answers come from the GLib main context, unless this
+  /// object or the connection ends before.
+  void whenAnswered(const std::vector<AtspiCall>& calls,
+                    std::function<void(const std::vector<GVariantRef>&)> then);
+  /// Sends a call and does not wait for its answer.
+  void send(const AtspiCall& call);
   /// Whether that application let a call of this round time out: what was asked may still happen.
   bool timedOut(const AtspiObject& object) const { return silent_.count(object.bus) != 0; }
-  /// A property; null like call().
-  GVariantRef property(const AtspiObject& object, const char* interface, const char* name);
 
   // What every accessible answers. Nothing on any error.
   std::optional<std::uint64_t> states(const AtspiObject& object);
-  std::optional<std::vector<AtspiObject>> children(const AtspiObject& object);
-  std::vector<std::optional<std::uint64_t>> statesOf(const std::vector<AtspiObject>& objects);
-  std::vector<std::optional<std::vector<AtspiObject>>> childrenOf(const std::vector<AtspiObject>& objects);
   bool hasInterface(const AtspiObject& object, const char* interface);
   /// The process that owns a name on the accessibility bus.
   std::optional<std::uint32_t> processOf(const std::string& bus);
+  /// The name of the toolkit of that object's application.
+  std::optional<std::string> toolkitOf(const AtspiObject& object);
   /// The root object of each application of that process.
   std::vector<AtspiObject> applicationsOf(std::uint32_t process);
 
@@ -87,9 +110,7 @@ class AtspiBus {
   static constexpr std::chrono::milliseconds kRoundLimit{700};
   static constexpr std::chrono::milliseconds kSameFix{1500};
 
-  GVariantRef callName(const std::string& bus, const char* path, const char* interface, const char* method,
-                       GVariant* arguments, const char* replyType,
-                       std::chrono::milliseconds limit = kCallLimit);
+  std::vector<GVariantRef> callAll(const std::vector<AtspiCall>& calls, std::chrono::milliseconds limit);
   /// What is left of the round; begins one where there was none yet.
   std::chrono::milliseconds timeLeft();
   void askForAddress(GDBusConnection* session);
@@ -103,7 +124,9 @@ class AtspiBus {
   guint subscription_ = 0;
   bool connecting_ = false;
   std::optional<AtspiObject> lastFocus_;
-  std::map<std::string, std::uint32_t> processes_;  // unique bus names are never used again
+  // By unique bus names, which are never used again on this connection.
+  std::map<std::string, std::uint32_t> processes_;
+  std::map<std::string, std::string> toolkits_;
   std::chrono::steady_clock::time_point roundStart_{std::chrono::steady_clock::time_point::min()};
   std::set<std::string> silent_;  // bus names that let a call of this round time out
 };
@@ -111,11 +134,14 @@ class AtspiBus {
 /// AtspiStateType bits.
 inline constexpr std::uint64_t kAtspiStateEditable = std::uint64_t{1} << 7;
 inline constexpr std::uint64_t kAtspiStateFocused = std::uint64_t{1} << 12;
+inline constexpr std::uint64_t kAtspiStateMultiLine = std::uint64_t{1} << 17;
 inline constexpr std::uint64_t kAtspiStateShowing = std::uint64_t{1} << 25;
 inline constexpr std::uint64_t kAtspiStateVisible = std::uint64_t{1} << 30;
+inline constexpr std::uint64_t kAtspiStateManagesDescendants = std::uint64_t{1} << 31;
 inline constexpr std::uint64_t kAtspiStateReadOnly = std::uint64_t{1} << 43;
-/// AtspiRole ATSPI_ROLE_PASSWORD_TEXT.
+/// AtspiRole numbers.
 inline constexpr std::uint32_t kAtspiRolePasswordText = 40;
+inline constexpr std::uint32_t kAtspiRoleTerminal = 60;
 inline constexpr std::uint32_t kAtspiRoleParagraph = 73;
 
 }  // namespace lexwend::platform

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/focus_finder.h"
 
+#include <algorithm>
 #include <chrono>
+#include <utility>
 #include <vector>
 
 namespace lexwend::platform {
@@ -12,6 +14,8 @@ constexpr std::chrono::milliseconds kWalkLimit{100};
 constexpr int kMatchAll = 1;        // ATSPI_Collection_MATCH_ALL
 constexpr unsigned kCanonical = 1;  // ATSPI_Collection_SORT_ORDER_CANONICAL
 constexpr int kMatchLimit = 5;
+// A window's fields are among fewer objects than these; a table of thousands is not asked cell by cell.
+constexpr std::size_t kMaxLevelWidth = 500;
 
 GVariant* focusedRule() {
   GVariantBuilder states;
@@ -40,21 +44,15 @@ std::optional<AtspiObject> FocusFinder::focusedText(std::uint32_t process) {
 }
 
 bool FocusFinder::isFocusedText(const AtspiObject& object) {
-  const auto states = bus_.states(object);
-  return states && (*states & kAtspiStateFocused) != 0 && bus_.hasInterface(object, AtspiBus::kText);
+  const auto answers = bus_.callAll({askStates(object), askInterfaces(object)});
+  const auto states = statesIn(answers[0]);
+  return states && (*states & kAtspiStateFocused) != 0 && interfacesHave(answers[1], AtspiBus::kText);
 }
 
 std::optional<AtspiObject> FocusFinder::askCollection(const AtspiObject& application) {
   const GVariantRef reply =
-      bus_.call(application, AtspiBus::kCollection, "GetMatches", focusedRule(), "(a(so))");
-  if (!reply) return std::nullopt;
-  const GVariantRef matches(g_variant_get_child_value(reply.get(), 0));
-  GVariantIter iterator;
-  g_variant_iter_init(&iterator, matches.get());
-  const char* bus = nullptr;
-  const char* path = nullptr;
-  while (g_variant_iter_next(&iterator, "(&s&o)", &bus, &path) != FALSE) {
-    AtspiObject object{bus, path};
+      bus_.call({application, AtspiBus::kCollection, "GetMatches", focusedRule(), "(a(so))"});
+  for (const AtspiObject& object : objectsIn(reply)) {
     if (isFocusedText(object)) return object;
   }
   return std::nullopt;
@@ -63,26 +61,35 @@ std::optional<AtspiObject> FocusFinder::askCollection(const AtspiObject& applica
 std::optional<AtspiObject> FocusFinder::walk(const AtspiObject& application) {
   const auto end = std::chrono::steady_clock::now() + kWalkLimit;
   // GTK 4 does not say SHOWING of what shows, but VISIBLE of what is not hidden.
-  const GVariantRef toolkit = bus_.property(application, AtspiBus::kApplication, "ToolkitName");
-  const bool isGtk4 = toolkit && g_variant_is_of_type(toolkit.get(), G_VARIANT_TYPE_STRING) != FALSE &&
-                      std::string(g_variant_get_string(toolkit.get(), nullptr)) == "GTK";
-  const std::uint64_t shown = isGtk4 ? kAtspiStateVisible : kAtspiStateShowing;
+  const std::uint64_t shown = bus_.toolkitOf(application) == "GTK" ? kAtspiStateVisible : kAtspiStateShowing;
 
   // Level by level, each asked at once: an answer costs a turn of the application's loop, whatever else it is
   // asked.
-  std::vector<AtspiObject> level{application};
+  std::vector<AtspiCall> level{askChildren(application)};
   while (!level.empty() && std::chrono::steady_clock::now() < end) {
-    std::vector<AtspiObject> next;
-    for (auto& children : bus_.childrenOf(level)) {
-      if (children) next.insert(next.end(), children->begin(), children->end());
+    std::vector<AtspiObject> found;
+    std::vector<AtspiCall> questions;
+    for (const GVariantRef& children : bus_.callAll(level)) {
+      for (AtspiObject& child : objectsIn(children)) {
+        if (found.size() == kMaxLevelWidth) break;
+        questions.push_back(askStates(child));
+        questions.push_back(askProperty(child, AtspiBus::kAccessible, "ChildCount"));
+        found.push_back(std::move(child));
+      }
     }
-    const auto states = bus_.statesOf(next);
+    const auto answers = bus_.callAll(questions);
     level.clear();
-    for (std::size_t i = 0; i < next.size(); ++i) {
-      if (!states[i]) continue;
-      if ((*states[i] & kAtspiStateFocused) != 0 && bus_.hasInterface(next[i], AtspiBus::kText))
-        return next[i];
-      if ((*states[i] & shown) != 0) level.push_back(next[i]);
+    std::size_t width = 0;
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      const auto states = statesIn(answers[2 * i]);
+      if (!states) continue;
+      if ((*states & kAtspiStateFocused) != 0 && bus_.hasInterface(found[i], AtspiBus::kText))
+        return found[i];
+      if ((*states & shown) == 0 || (*states & kAtspiStateManagesDescendants) != 0) continue;
+      const auto count = static_cast<std::size_t>(std::max(0, integerIn(answers[2 * i + 1]).value_or(0)));
+      if (count == 0 || count > kMaxLevelWidth - width) continue;
+      width += count;
+      level.push_back(askChildren(found[i]));
     }
   }
   return std::nullopt;

@@ -33,10 +33,12 @@ SecureInput& LinuxHost::secureInput() {
 }
 
 KeyEvents& LinuxHost::keyEvents() {
-  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy; and where none
-  // is made, what another program copies must not be taken for the selection.
+  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy. A terminal inside
+  // another program's window is not known by the window's class. Where no copy is made, what another program
+  // copies must not be taken for the selection.
   return made(
-      keyEvents_, x11(), [this] { return !pasteboard()->isWithheld(); },
+      keyEvents_, x11(),
+      [this] { return !pasteboard()->isWithheld() && !linuxAccessibility().focusIsTerminal(); },
       [this] { pasteboard()->copyWasRefused(); });
 }
 

@@ -9,8 +9,9 @@ namespace lexwend::platform {
 class FocusedRole {
  public:
   virtual ~FocusedRole() = default;
-  /// True when it is a field for passwords. Reads no text, waits for a bounded time; false when it cannot be
-  /// found out.
+  /// True when it is a field for passwords, and when it was found but does not tell what it is; false when no
+  /// field is found. Does not ask the field for its text; may read the PRIMARY selection, which is the mask
+  /// in a field that hides its text. Waits for a bounded time.
   virtual bool focusIsPasswordField() = 0;
 };
 

@@ -2,13 +2,19 @@
 # SPDX-License-Identifier: MIT
 """A window with one GTK field for the desktop tests.
 
-usage: gtk_field.py 3|4 entry-hidden|password-entry|read-only TEXT
+usage: gtk_field.py 3|4 entry-hidden TEXT [SIGN]
+       gtk_field.py 3|4 entry|entry-full|password-entry|read-only TEXT
+       gtk_field.py 3 terminal COMMAND
+
+A hidden entry shows the sign instead of each character, a full one has room for no more. The command runs in a terminal
+that is a part of the window; what it writes is selected.
 """
 import sys
 
 import gi
 
 version, kind, text = sys.argv[1:4]
+sign = sys.argv[4] if len(sys.argv) > 4 else None
 gi.require_version('Gtk', version + '.0')
 from gi.repository import GLib, Gtk  # noqa: E402
 
@@ -26,9 +32,24 @@ def field():
         return view
     if kind == 'password-entry':
         return Gtk.PasswordEntry(text=text)
+    if kind == 'terminal':
+        return terminal()
     entry = Gtk.Entry(text=text)
-    entry.set_visibility(False)
+    if kind == 'entry-full':
+        entry.set_max_length(len(text))
+    entry.set_visibility(kind != 'entry-hidden')
+    if sign:
+        entry.set_invisible_char(sign)
     return entry
+
+
+def terminal():
+    gi.require_version('Vte', '2.91')
+    from gi.repository import Vte
+    widget = Vte.Terminal()
+    widget.connect('contents-changed', lambda _: widget.select_all())
+    widget.spawn_async(Vte.PtyFlags.DEFAULT, None, ['/bin/sh', '-c', text], None, GLib.SpawnFlags.DEFAULT, None, None, -1, None, None)
+    return widget
 
 
 window = Gtk.Window(title='gtk_field')

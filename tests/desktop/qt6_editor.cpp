@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A small Qt 6 editor for the desktop tests: `qt6_editor FILE` shows a text, `qt6_editor --password TEXT` a
-// masked field.
+// masked field, `qt6_editor --line TEXT [LENGTH]` a field of one line and at most that length, whose window
+// is titled "edited" when its user has edited it.
 #include <QApplication>
 #include <QFile>
 #include <QLineEdit>
@@ -9,17 +10,19 @@
 int main(int argc, char** argv) {
   QApplication application(argc, argv);
   const QStringList arguments = application.arguments();
-  if (arguments.size() == 3 && arguments[1] == "--password") {
+  if (arguments.size() >= 3 && (arguments[1] == "--password" || arguments[1] == "--line")) {
     auto* field = new QLineEdit(arguments[2]);
-    field->setEchoMode(QLineEdit::Password);
-    field->setWindowTitle("password");
+    if (arguments[1] == "--password") field->setEchoMode(QLineEdit::Password);
+    if (arguments.size() > 3) field->setMaxLength(arguments[3].toInt());
+    QObject::connect(field, &QLineEdit::textEdited, field, [field] { field->setWindowTitle("edited"); });
+    field->setWindowTitle("line");
     field->resize(400, 40);
     field->show();
     field->setFocus();
     return application.exec();
   }
   if (arguments.size() != 2) {
-    qCritical("usage: qt6_editor FILE | --password TEXT");
+    qCritical("usage: qt6_editor FILE | --password TEXT | --line TEXT [LENGTH]");
     return 2;
   }
   QFile file(arguments[1]);

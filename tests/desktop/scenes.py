@@ -10,7 +10,7 @@ import time
 from datetime import datetime, timedelta
 
 from session import run_scene, until
-from stage import HERE, SCENES, active_class, in_each_editor, main, scene
+from stage import HERE, SCENES, active_class, active_title, in_each_editor, main, scene
 
 
 @in_each_editor
@@ -39,6 +39,41 @@ def keeps_the_clipboard(stage, editor):
     assert 'clipboard: pasted 13 chars' in stage.session.log(), stage.session.log()
     until(lambda: stage.clipboard('text/html') == '<b>kept</b>', 'the clipboard to come back')
     assert stage.clipboard_targets() == targets, f'targets were {targets}, are {stage.clipboard_targets()}'
+
+
+def gtk_field(version, kind, *more):
+    return ['/usr/bin/python3', str(HERE / 'gtk_field.py'), version, kind, *more]
+
+
+def fixes_a_line(stage, command, application, path='not applicable, falling back to clipboard'):
+    """A field of one line. Where an insertion would cut the text short or cost the field its history, by the clipboard."""
+    stage.start_agent()
+    stage.put_on_clipboard('kept')
+    stage.show(command, application)
+    until(lambda: stage.field.text() == 'akuo', 'the field to show its text')
+    stage.keyboard.press('Control+a')
+    until(lambda: stage.field.selection_length() == len('akuo'), 'the text to be selected')
+    stage.fix('שלום')
+    stage.expect_paths([path])
+    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+
+
+for _version in '34':
+    SCENES[f'fixes_an_entry_of_gtk{_version}'] = lambda stage, version=_version: fixes_a_line(
+        stage, gtk_field(version, 'entry', 'akuo'), 'gtk_field', 'done')
+    SCENES[f'fixes_a_full_entry_of_gtk{_version}'] = lambda stage, version=_version: fixes_a_line(
+        stage, gtk_field(version, 'entry-full', 'akuo'), 'gtk_field')
+
+
+def fixes_a_line_of_qt6(stage, *length):
+    fixes_a_line(stage, [str(stage.qt6_editor), '--line', 'akuo', *length], 'qt6_editor')
+    assert 'edited' in active_title(), active_title()
+    stage.keyboard.press('Control+z')
+    until(lambda: stage.field.text() == 'akuo', 'the fix to be undone')
+
+
+SCENES['fixes_a_line_of_qt6'] = fixes_a_line_of_qt6
+SCENES['fixes_a_full_line_of_qt6'] = lambda stage: fixes_a_line_of_qt6(stage, '4')
 
 
 @in_each_editor
@@ -104,7 +139,7 @@ def leaves_text_without_layout_letters_alone(stage):
 def read_only(stage):
     stage.start_agent()
     stage.put_on_clipboard('kept')
-    stage.show(['/usr/bin/python3', str(HERE / 'gtk_field.py'), '3', 'read-only', 'akuo'], 'gtk_field')
+    stage.show(gtk_field('3', 'read-only', 'akuo'), 'gtk_field')
     until(lambda: stage.field.text() == 'akuo', 'the field to show its text')
     stage.select_all()
     stage.fix('akuo')
@@ -124,19 +159,16 @@ def refuses_password(stage, command, application):
     stage.expect_refused_password()
 
 
-@scene
-def refuses_a_hidden_entry_of_gtk3(stage):
-    refuses_password(stage, ['/usr/bin/python3', str(HERE / 'gtk_field.py'), '3', 'entry-hidden', 'akuo'], 'gtk_field')
-
-
-@scene
-def refuses_a_hidden_entry_of_gtk4(stage):
-    refuses_password(stage, ['/usr/bin/python3', str(HERE / 'gtk_field.py'), '4', 'entry-hidden', 'akuo'], 'gtk_field')
+for _version in '34':
+    SCENES[f'refuses_a_hidden_entry_of_gtk{_version}'] = lambda stage, version=_version: refuses_password(
+        stage, gtk_field(version, 'entry-hidden', 'akuo'), 'gtk_field')
+    SCENES[f'refuses_a_hidden_entry_of_gtk{_version}_with_a_sign_of_its_own'] = lambda stage, version=_version: refuses_password(
+        stage, gtk_field(version, 'entry-hidden', 'akuo', '#'), 'gtk_field')
 
 
 @scene
 def refuses_a_password_entry_of_gtk4(stage):
-    refuses_password(stage, ['/usr/bin/python3', str(HERE / 'gtk_field.py'), '4', 'password-entry', 'akuo'], 'gtk_field')
+    refuses_password(stage, gtk_field('4', 'password-entry', 'akuo'), 'gtk_field')
 
 
 @scene
@@ -155,6 +187,20 @@ def refuses_a_terminal_and_leaves_its_program_running(stage):
     stage.fix_that_fails('noSelection')
     assert terminal.poll() is None, 'the terminal has ended'
     assert 'fix: front=XTerm' in stage.session.log(), stage.session.log()
+    assert stage.clipboard() == 'kept'
+
+
+@scene
+def refuses_a_terminal_inside_another_window(stage):
+    stage.start_agent()
+    stage.put_on_clipboard('kept')
+    received = stage.session.folder / 'received'
+    stage.show(gtk_field('3', 'terminal', f'stty raw -echo; printf akuo; exec cat >{received}'), 'gtk_field')
+    until(lambda: received.exists() and stage.field.selection_length() > 0, 'the program in the terminal to run')
+    stage.fix_that_fails('noSelection')
+    stage.keyboard.press('a')
+    until(lambda: received.read_bytes(), 'the terminal to pass a key on')
+    assert received.read_bytes() == b'a', received.read_bytes()
     assert stage.clipboard() == 'kept'
 
 

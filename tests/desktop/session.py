@@ -272,7 +272,8 @@ class FocusedText:
 
     def text(self):
         node = self.find()
-        return None if node is None else self.atspi.Text.get_text(node, 0, -1)
+        # Not -1 for the end, which an entry of GTK 4 does not know.
+        return None if node is None else self.atspi.Text.get_text(node, 0, self.atspi.Text.get_character_count(node))
 
     def selection_length(self):
         node = self.find()
