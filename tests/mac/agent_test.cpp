@@ -290,7 +290,7 @@ TEST_F(AgentOnMac, explainsTheMissingPermissionAndOpensTheSettingsOnlyWhenTold) 
 
 TEST_F(AgentOnMac, goesOnWhileTheAlertOfAFixFromTheMenuIsOpen) {
   doubles::accessibility::setTrusted(false);
-  run([this] {
+  run([] {
     doubles::forgetCalls();
     doubles::time::later(10s, [] { doubles::workspace::postDidWake(); });
     doubles::time::later(20s, [] {
