@@ -193,6 +193,18 @@ def works_with_german_and_hebrew(stage):
 
 
 @scene
+def works_where_control_and_caps_lock_have_changed_places(stage):
+    stage.start_agent(compatMode=True)
+    stage.open('mousepad', 'akuo')
+    stage.put_on_clipboard('kept')
+    stage.select_all()
+    subprocess.run(['setxkbmap', '-option', 'ctrl:swapcaps'], check=True)
+    stage.fix('שלום')
+    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+    assert stage.keyboard.locks() == 0, 'Caps Lock is on'
+
+
+@scene
 def is_restored_when_it_is_ended_during_a_paste(stage):
     stage.start_agent(compatMode=True)
     stage.open('mousepad', 'akuo')

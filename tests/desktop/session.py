@@ -99,11 +99,18 @@ class Keyboard:
         self.x11.XGrabKey(self.display, KEYS[key], ctypes.c_uint(modifiers), root, 0, grab_async, grab_async)
         self.x11.XSync(self.display, 0)
 
-    def group(self):
-        """The active keyboard group, 0 for the first layout."""
+    def _state(self):
         state = XkbState()
         self.x11.XkbGetState(self.display, ctypes.c_uint(self.CORE_KEYBOARD), ctypes.byref(state))
-        return state.group
+        return state
+
+    def group(self):
+        """The active keyboard group, 0 for the first layout."""
+        return self._state().group
+
+    def locks(self):
+        """The locked modifiers, the bits of the core protocol; 0 while Caps Lock and Num Lock are off."""
+        return self._state().locked_mods
 
     def lock_group(self, group):
         self.x11.XkbLockGroup(self.display, ctypes.c_uint(self.CORE_KEYBOARD), ctypes.c_uint(group))

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/input-event-codes.h>
 
 #include "tests/linux/virtual_display.h"
 
@@ -115,6 +116,26 @@ TEST_F(Keyboard, tellsAndSelectsTheCurrentLayoutInEitherOrder) {
   }
 }
 
+TEST_F(Keyboard, keepsTheLayoutsOfTheUserWhenSimulatedKeysHaveOthers) {
+  display.setLayouts("us");
+  typist.setKeyboardsApart("us", "us,il");
+  EXPECT_THAT(ids(), ElementsAre("us", "il"));  // before any key
+  typist.tapPhysically(KEY_A);
+  EXPECT_THAT(ids(), ElementsAre("us", "il"));
+  int changes = 0;
+  sources.observeEnabledLayoutsChanged([&] { ++changes; });
+  typist.tap(KEY_A);
+  ASSERT_THAT(ids(), ElementsAre("us", "il"));
+  EXPECT_EQ(typed(enabled()[1], 0, kPlain), u"ש");
+  EXPECT_EQ(currentId(), "us");
+  // The change after it is announced alone.
+  typist.setKeyboardsApart("us", "us,de");
+  typist.tapPhysically(KEY_A);
+  ASSERT_TRUE(pumpUntil([&] { return changes > 0; }));
+  EXPECT_THAT(ids(), ElementsAre("us", "de"));
+  EXPECT_EQ(changes, 1);
+}
+
 TEST_F(Keyboard, seesTheGroupThatTheUserSwitchedTo) {
   display.setLayouts("us,il");
   typist.lockGroup(1);
@@ -218,7 +239,7 @@ TEST_F(Keyboard, announcesNothingWhenOnlyTheGroupOrNothingChanged) {
   sources.observeEnabledLayoutsChanged([&] { ++changes; });
   display.setLayouts("us,il");
   typist.lockGroup(1);
-  typist.tap(30);
+  typist.tap(KEY_A);
   pumpFor(std::chrono::milliseconds(300));
   EXPECT_EQ(changes, 0);
 }

@@ -50,8 +50,13 @@ class Typist {
   /// The same on the server's own keyboard, where a person types, not on the one that simulated keys share.
   void pressPhysically(int evdevKey);
   void releasePhysically(int evdevKey);
+  void tapPhysically(int evdevKey);
+  /// Other layouts on the keyboard of simulated keys than on the server's own, as on a machine whose layouts
+  /// come from the system's configuration.
+  void setKeyboardsApart(const std::string& simulated, const std::string& own);
   /// Locks exactly these modifiers (core mask).
   void lockModifiers(std::uint8_t mask);
+  std::uint8_t lockedModifiers();
   void lockGroup(std::uint8_t group);
   int group();
   /// True while the server holds the key for pressed.
@@ -62,7 +67,8 @@ class Typist {
 
  private:
   void fake(std::uint8_t type, int evdevKey, std::uint8_t device = 0);
-  std::uint8_t physicalKeyboard();
+  /// The server's own keyboard, or that of simulated keys.
+  std::uint8_t keyboard(bool simulated);
   void sync();
   xcb_connection_t* connection_;
   xcb_window_t root_;
