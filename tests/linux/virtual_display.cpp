@@ -197,6 +197,45 @@ void Typist::sync() {
   roundTrip(connection_);
 }
 
+PressCounter::PressCounter(int evdevKey) : key_(static_cast<std::uint32_t>(evdevKey + kXKeyOffset)) {
+  xcb_window_t root = XCB_WINDOW_NONE;
+  connection_ = connectOrThrow(root);
+  std::free(
+      xcb_input_xi_query_version_reply(connection_, xcb_input_xi_query_version(connection_, 2, 2), nullptr));
+  struct {
+    xcb_input_event_mask_t head;
+    std::uint32_t mask;
+  } selection{{XCB_INPUT_DEVICE_ALL, 1}, XCB_INPUT_XI_EVENT_MASK_KEY_PRESS};
+  xcb_input_xi_select_events(connection_, root, 1, &selection.head);
+  roundTrip(connection_);
+}
+
+PressCounter::~PressCounter() {
+  xcb_disconnect(connection_);
+}
+
+int PressCounter::presses() {
+  roundTrip(connection_);
+  while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+    if (eventType(*event) == XCB_GE_GENERIC &&
+        reinterpret_cast<const xcb_input_key_press_event_t&>(*event).detail == key_) {
+      ++presses_;
+    }
+  }
+  return presses_;
+}
+
+bool PressCounter::reaches(int presses) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (this->presses() < presses) {
+    if (std::chrono::steady_clock::now() >= deadline) {
+      return false;
+    }
+    usleep(1000);
+  }
+  return true;
+}
+
 FocusedWindow::FocusedWindow(const std::string& windowClass) {
   xcb_window_t root = XCB_WINDOW_NONE;
   connection_ = connectOrThrow(root);

@@ -74,6 +74,25 @@ class Typist {
   xcb_window_t root_;
 };
 
+/// Another client that sees a key go down while somebody else has grabbed it. The server repeats a held key for
+/// it too: each time counts once.
+class PressCounter {
+ public:
+  explicit PressCounter(int evdevKey);
+  ~PressCounter();
+  PressCounter(const PressCounter&) = delete;
+  PressCounter& operator=(const PressCounter&) = delete;
+
+  int presses();
+  /// Waits for so many presses, without running the main context; false when they do not come in time.
+  bool reaches(int presses);
+
+ private:
+  xcb_connection_t* connection_;
+  std::uint32_t key_;
+  int presses_ = 0;
+};
+
 /// A window that has the input focus and remembers the keys that it gets.
 class FocusedWindow {
  public:
