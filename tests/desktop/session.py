@@ -54,6 +54,45 @@ class XkbState(ctypes.Structure):
                 ('ptr_buttons', ctypes.c_ushort)]
 
 
+class XiEventMask(ctypes.Structure):
+    _fields_ = [('device', ctypes.c_int), ('mask_length', ctypes.c_int), ('mask', ctypes.POINTER(ctypes.c_ubyte))]
+
+
+class XiEvent(ctypes.Structure):
+    """The head of an event of XInput 2, with room for the longest event of the core protocol."""
+    _fields_ = [('type', ctypes.c_int), ('serial', ctypes.c_ulong), ('send_event', ctypes.c_int),
+                ('display', ctypes.c_void_p), ('extension', ctypes.c_int), ('event_type', ctypes.c_int),
+                ('rest', ctypes.c_long * 24)]
+
+
+class PressCounter:
+    """Sees keys go down while another program has grabbed them, each repetition of a held key as well."""
+    ALL_DEVICES = 0
+    KEY_PRESS = 2  # XI_KeyPress
+    GENERIC_EVENT = 35
+
+    def __init__(self, display_name):
+        self.x11 = ctypes.CDLL('libX11.so.6')
+        xi = ctypes.CDLL('libXi.so.6')
+        self.x11.XOpenDisplay.restype = ctypes.c_void_p
+        self.x11.XDefaultRootWindow.restype = ctypes.c_ulong
+        self.display = ctypes.c_void_p(self.x11.XOpenDisplay(display_name.encode()))
+        xi.XIQueryVersion(self.display, ctypes.byref(ctypes.c_int(2)), ctypes.byref(ctypes.c_int(2)))
+        mask = (ctypes.c_ubyte * 1)(1 << self.KEY_PRESS)
+        selection = XiEventMask(self.ALL_DEVICES, 1, mask)
+        root = ctypes.c_ulong(self.x11.XDefaultRootWindow(self.display))
+        xi.XISelectEvents(self.display, root, ctypes.byref(selection), 1)
+        self.x11.XSync(self.display, 0)
+        self.count = 0
+
+    def presses(self):
+        event = XiEvent()
+        while self.x11.XPending(self.display):
+            self.x11.XNextEvent(self.display, ctypes.byref(event))
+            self.count += event.type == self.GENERIC_EVENT and event.event_type == self.KEY_PRESS
+        return self.count
+
+
 class Keyboard:
     """Raw key events and keyboard groups of one display."""
     CORE_KEYBOARD = 0x100  # XkbUseCoreKbd

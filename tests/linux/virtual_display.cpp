@@ -92,10 +92,6 @@ bool pumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds
   return true;
 }
 
-void pumpFor(std::chrono::milliseconds time) {
-  pumpUntil([] { return false; }, time);
-}
-
 Typist::Typist() : connection_(connectOrThrow(root_)) {
   std::free(xcb_xkb_use_extension_reply(connection_, xcb_xkb_use_extension(connection_, 1, 0), nullptr));
 }

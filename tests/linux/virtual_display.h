@@ -32,8 +32,6 @@ int runProgram(const std::string& commandLine);
 /// Iterates the default main context until the condition holds; false when it does not within the time.
 bool pumpUntil(const std::function<bool()>& condition,
                std::chrono::milliseconds time = std::chrono::seconds(10));
-/// Iterates the default main context for the whole time.
-void pumpFor(std::chrono::milliseconds time);
 
 /// What a user at the keyboard does, on a connection of its own. Each call returns when the server has
 /// handled it. Key codes are those of evdev.
@@ -74,8 +72,8 @@ class Typist {
   xcb_window_t root_;
 };
 
-/// Another client that sees a key go down while somebody else has grabbed it. The server repeats a held key for
-/// it too: each time counts once.
+/// Another client that sees a key go down while somebody else has grabbed it. The server repeats a held key
+/// for it too: each time counts once.
 class PressCounter {
  public:
   explicit PressCounter(int evdevKey);
