@@ -193,6 +193,17 @@ def works_with_german_and_hebrew(stage):
 
 
 @scene
+def works_where_simulated_keys_have_another_layout(stage):
+    stage.start_agent(compatMode=True)
+    stage.open('mousepad', 'akuo')
+    stage.keyboard.type_on_the_servers_own('us', 'us,il')
+    for group, meant in ((1, 'שלום'), (0, 'akuo')):
+        stage.select_all()
+        stage.fix(meant)
+        stage.expect_group(group)
+
+
+@scene
 def works_where_control_and_caps_lock_have_changed_places(stage):
     stage.start_agent(compatMode=True)
     stage.open('mousepad', 'akuo')

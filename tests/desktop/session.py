@@ -65,6 +65,11 @@ class XiEvent(ctypes.Structure):
                 ('rest', ctypes.c_long * 24)]
 
 
+class XiDeviceInfo(ctypes.Structure):
+    _fields_ = [('id', ctypes.c_int), ('name', ctypes.c_char_p), ('use', ctypes.c_int), ('attachment', ctypes.c_int),
+                ('enabled', ctypes.c_int), ('class_count', ctypes.c_int), ('classes', ctypes.c_void_p)]
+
+
 class PressCounter:
     """Sees keys go down while another program has grabbed them, each repetition of a held key as well."""
     ALL_DEVICES = 0
@@ -104,10 +109,31 @@ class Keyboard:
         self.display = ctypes.c_void_p(self.x11.XOpenDisplay(display_name.encode()))
         if not self.display:
             raise DesktopError(f'cannot open display {display_name}')
+        self.device = None
 
     def _event(self, key, is_down):
-        self.xtst.XTestFakeKeyEvent(self.display, ctypes.c_uint(KEYS[key]), ctypes.c_int(is_down), ctypes.c_ulong(0))
+        code, down, delay = ctypes.c_uint(KEYS[key]), ctypes.c_int(is_down), ctypes.c_ulong(0)
+        if self.device:
+            self.xtst.XTestFakeDeviceKeyEvent(self.display, self.device, code, down, None, 0, delay)
+        else:
+            self.xtst.XTestFakeKeyEvent(self.display, code, down, delay)
         self.x11.XSync(self.display, 0)
+
+    def type_on_the_servers_own(self, simulated_layouts, own_layouts):
+        """From now on keys are pressed where a person presses them, and the keyboard of simulated keys has other layouts,
+        as on a machine whose layouts come from the system's configuration."""
+        xi = ctypes.CDLL('libXi.so.6')
+        xi.XIQueryDevice.restype = ctypes.POINTER(XiDeviceInfo)
+        xi.XOpenDevice.restype = ctypes.c_void_p
+        count, all_devices, slave_keyboard = ctypes.c_int(), 0, 4
+        found = xi.XIQueryDevice(self.display, all_devices, ctypes.byref(count))
+        keyboards = [found[i] for i in range(count.value) if found[i].use == slave_keyboard]
+        simulated = next(device.id for device in keyboards if b'XTEST' in device.name)
+        own = next(device.id for device in keyboards if b'XTEST' not in device.name)
+        # setxkbmap notes the layouts that it set last for the whole server: the user's come last.
+        for device, layouts in ((simulated, simulated_layouts), (own, own_layouts)):
+            subprocess.run(['setxkbmap', '-device', str(device), '-layout', layouts], check=True)
+        self.device = ctypes.c_void_p(xi.XOpenDevice(self.display, ctypes.c_ulong(own)))
 
     def down(self, key):
         self._event(key, 1)
