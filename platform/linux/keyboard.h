@@ -35,7 +35,7 @@ std::vector<XkbLayoutName> parseRulesNames(std::string_view value);
 /// without an entry has none.
 std::vector<std::string> languagesOf(const XkbLayoutName& layout);
 
-/// Keyboard layouts are the groups of the user's keyboard's XKB keymap, named by the configuration that
+/// Keyboard layouts are the groups of the XKB keymap of the user's keyboard, named by the configuration that
 /// produced it. The identifier of a layout is XkbLayoutName::id(). The keyboard type is always 0: XKB folds
 /// it into the keymap. Of the modifiers, translate() knows Shift and Caps Lock. Without a display there is no
 /// list. A layout is selected by locking its group; a desktop with a list of its own is told
