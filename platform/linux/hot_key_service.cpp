@@ -5,6 +5,7 @@
 
 #include <xcb/xinput.h>
 
+#include "platform/linux/keyboard_devices.h"
 #include "platform/linux/mac_key_codes.h"
 #include "platform/linux/xcb_xkb.h"
 
@@ -148,6 +149,9 @@ void LinuxHotKeyService::stop() {
 }
 
 bool LinuxHotKeyService::grab(const Registration& registration) {
+  if (isHeldThroughXInput2(registration)) {
+    return false;
+  }
   xcb_connection_t* c = x11_->get();
   std::vector<xcb_void_cookie_t> cookies;
   for (const std::uint16_t locks : masks_.lockCombinations()) {
@@ -165,6 +169,32 @@ bool LinuxHotKeyService::grab(const Registration& registration) {
     x11_->flush();
   }
   return !taken;
+}
+
+/// Window managers may take their keys through XInput 2, and the server compares grabs of one kind only: such
+/// a grab is asked for as well, and given back at once.
+bool LinuxHotKeyService::isHeldThroughXInput2(const Registration& registration) {
+  const KeyboardDevices::Id keyboard = readKeyboardDevices(*x11_).core;
+  if (keyboard == KeyboardDevices::kNone) {
+    return false;
+  }
+  xcb_connection_t* c = x11_->get();
+  std::vector<std::uint32_t> modifiers;
+  for (const std::uint16_t locks : masks_.lockCombinations()) {
+    modifiers.push_back(static_cast<std::uint32_t>(registration.state | locks));
+  }
+  const auto count = static_cast<std::uint16_t>(modifiers.size());
+  constexpr std::uint32_t kEvents = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS;
+  const auto cookie = xcb_input_xi_passive_grab_device(
+      c, XCB_CURRENT_TIME, x11_->root(), XCB_CURSOR_NONE, registration.key, keyboard, count, 1,
+      XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_MODE_22_ASYNC,
+      XCB_INPUT_GRAB_OWNER_NO_OWNER, &kEvents, modifiers.data());
+  xcb_input_xi_passive_ungrab_device(c, x11_->root(), registration.key, keyboard, count,
+                                     XCB_INPUT_GRAB_TYPE_KEYCODE, modifiers.data());
+  // The answer lists the combinations that were refused.
+  const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(
+      xcb_input_xi_passive_grab_device_reply(c, cookie, nullptr));
+  return reply != nullptr && reply->num_modifiers != 0;
 }
 
 void LinuxHotKeyService::ungrab(const Registration& registration) {

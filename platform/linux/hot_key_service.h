@@ -16,8 +16,9 @@ namespace lexwend::platform {
 inline constexpr OSStatus kHotKeyExistsErr = -9878;
 inline constexpr OSStatus kHotKeyInvalidErr = -9879;
 
-/// Passive key grabs on the root window, one for each combination of Caps Lock, Num Lock and Scroll Lock.
-/// Command is Control here, Option is Alt, and Control is Super.
+/// Passive key grabs on the root window, one for each combination of Caps Lock, Num Lock and Scroll Lock. A
+/// key is taken when another client has it by such a grab or by one of XInput 2. Command is Control here,
+/// Option is Alt, and Control is Super.
 ///
 /// The keyboard grab that a press brings is given up before the handler runs, so that keys simulated by the
 /// handler reach their application. Since the server then no longer says when the key goes up, raw key
@@ -43,6 +44,7 @@ class LinuxHotKeyService : public HotKeyService {
   void handleKeymapChange();
   void selectRawReleases(bool wanted);
   bool grab(const Registration& registration);
+  bool isHeldThroughXInput2(const Registration& registration);
   void ungrab(const Registration& registration);
 
   std::shared_ptr<X11Connection> x11_;

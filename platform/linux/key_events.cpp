@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <linux/input-event-codes.h>
+#include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
 #include "platform/linux/mac_key_codes.h"
@@ -20,9 +21,7 @@ namespace {
 constexpr std::uint16_t kMacKeyC = 8;
 constexpr std::uint16_t kMacKeyV = 9;
 
-constexpr xcb_keycode_t xKey(int evdev) {
-  return static_cast<xcb_keycode_t>(evdev + kXKeyCodeOffset);
-}
+constexpr xcb_keycode_t kInsert = KEY_INSERT + kXKeyCodeOffset;
 
 // Terminals whose class does not say so; the others contain "terminal" or one of kTerminalWords.
 constexpr std::array<std::string_view, 37> kTerminalClasses = {
@@ -38,12 +37,12 @@ constexpr std::array<std::string_view, 6> kTerminalWords = {"terminal", "termina
 
 struct FlagKey {
   EventFlags flag;
-  xcb_keycode_t key;
+  xcb_keycode_t ModifierKeys::*key;
 };
-constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, xKey(KEY_LEFTCTRL)},
-                                               {kEventFlagShift, xKey(KEY_LEFTSHIFT)},
-                                               {kEventFlagOption, xKey(KEY_LEFTALT)},
-                                               {kEventFlagControl, xKey(KEY_LEFTMETA)}}};
+constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, &ModifierKeys::control},
+                                               {kEventFlagShift, &ModifierKeys::shift},
+                                               {kEventFlagOption, &ModifierKeys::alt},
+                                               {kEventFlagControl, &ModifierKeys::super}}};
 
 class XTestEventSource : public EventSource {};
 
@@ -55,17 +54,17 @@ class XTestKeyEvent : public KeyEvent {
 
   bool down() const { return down_; }
   /// The keys to hold, in the order of pressing, and last the key itself.
-  std::vector<xcb_keycode_t> chord() const {
+  std::vector<xcb_keycode_t> chord(const ModifierKeys& modifierKeys) const {
     if (flags_ == kEventFlagCommand && macKeyCode_ == kMacKeyC) {
-      return {xKey(KEY_LEFTCTRL), xKey(KEY_INSERT)};
+      return {modifierKeys.control, kInsert};
     }
     if (flags_ == kEventFlagCommand && macKeyCode_ == kMacKeyV) {
-      return {xKey(KEY_LEFTSHIFT), xKey(KEY_INSERT)};
+      return {modifierKeys.shift, kInsert};
     }
     std::vector<xcb_keycode_t> keys;
     for (const FlagKey& flagKey : kFlagKeys) {
       if ((flags_ & flagKey.flag) != 0) {
-        keys.push_back(flagKey.key);
+        keys.push_back(modifierKeys.*flagKey.key);
       }
     }
     keys.push_back(key_);
@@ -155,10 +154,13 @@ void LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
     return;
   }
   xcb_connection_t* c = x11_->get();
-  std::vector<xcb_keycode_t> chord = keyEvent->chord();
   if (keyEvent->down()) {
+    devices_ = readKeyboardDevices(*x11_);
+    modifierKeys_ = readModifierKeys(*x11_, devices_);
     releaseHeldModifiers();
-  } else {
+  }
+  std::vector<xcb_keycode_t> chord = keyEvent->chord(modifierKeys_);
+  if (!keyEvent->down()) {
     std::reverse(chord.begin(), chord.end());
   }
   // A hot key that is still held repeats, and each repetition grabs the keyboard anew: what is typed then
@@ -168,9 +170,20 @@ void LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   xcb_ungrab_keyboard(c, XCB_CURRENT_TIME);
   const std::uint8_t type = keyEvent->down() ? XCB_KEY_PRESS : XCB_KEY_RELEASE;
   for (const xcb_keycode_t key : chord) {
-    xcb_test_fake_input(c, type, key, 0, XCB_WINDOW_NONE, 0, 0, 0);
+    play(type, key);
   }
   x11_->flush();
+}
+
+void LinuxKeyEvents::play(std::uint8_t coreType, xcb_keycode_t key) {
+  const KeyboardDevices::Id device = devices_.forSimulatedKeys();
+  std::uint8_t type = coreType;
+  if (device != KeyboardDevices::kNone) {
+    const int offset = coreType == XCB_KEY_PRESS ? XCB_INPUT_DEVICE_KEY_PRESS : XCB_INPUT_DEVICE_KEY_RELEASE;
+    type =
+        static_cast<std::uint8_t>(xcb_get_extension_data(x11_->get(), &xcb_input_id)->first_event + offset);
+  }
+  xcb_test_fake_input(x11_->get(), type, key, 0, XCB_WINDOW_NONE, 0, 0, device);
 }
 
 void LinuxKeyEvents::releaseHeldModifiers() {
@@ -192,7 +205,7 @@ void LinuxKeyEvents::releaseHeldModifiers() {
     const xcb_keycode_t key = keys[i];
     const bool isDown = (keymap->keys[key / 8] & (1 << (key % 8))) != 0;
     if (key != 0 && isDown) {
-      xcb_test_fake_input(c, XCB_KEY_RELEASE, key, 0, XCB_WINDOW_NONE, 0, 0, 0);
+      play(XCB_KEY_RELEASE, key);
     }
   }
 }

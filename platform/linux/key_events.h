@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/key_events.h"
+#include "platform/linux/keyboard_devices.h"
 #include "platform/linux/x11_connection.h"
 
 namespace lexwend::platform {
@@ -22,6 +23,9 @@ bool isTerminalClass(std::string_view windowClass);
 /// A modifier that the user holds is let go before a key is pressed, since the key is to have its own
 /// modifiers only. It is not pressed again afterwards: the user may have let go meanwhile, and it would stay
 /// down. So to the applications a held modifier is up until it is pressed anew.
+///
+/// The keys are played on the keyboard that was last used (keyboard_devices.h). Keys of the server's own
+/// keyboard of simulated keys, which may have no Hebrew, would take the selected layout away from the user.
 ///
 /// No event is made while a terminal has the keyboard: there the copy shortcut stops the running program or
 /// types an escape sequence, and no selection can be replaced in place.
@@ -42,10 +46,14 @@ class LinuxKeyEvents : public KeyEvents {
  private:
   std::optional<xcb_keycode_t> keyToPost(std::uint16_t keyCode);
   void releaseHeldModifiers();
+  void play(std::uint8_t coreType, xcb_keycode_t key);
 
   std::shared_ptr<X11Connection> x11_;
   std::function<bool()> mayPost_;
   std::function<void()> refused_;
+  // As they were when a key was pressed, so that its release lets the same keys go.
+  KeyboardDevices devices_;
+  ModifierKeys modifierKeys_{};
 };
 
 }  // namespace lexwend::platform

@@ -243,8 +243,8 @@ LinuxInputSources::~LinuxInputSources() = default;
 
 std::vector<XkbLayoutName> LinuxInputSources::enabledLayouts() {
   const auto rules = x11_->property(x11_->root(), x11_->atom("_XKB_RULES_NAMES"));
-  const XcbReply<xcb_xkb_get_controls_reply_t> controls(xcb_xkb_get_controls_reply(
-      x11_->get(), xcb_xkb_get_controls(x11_->get(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
+  const XcbReply<xcb_xkb_get_controls_reply_t> controls(
+      xcb_xkb_get_controls_reply(x11_->get(), xcb_xkb_get_controls(x11_->get(), usersKeyboard()), nullptr));
   if (!rules || !controls) {
     return {};
   }
@@ -362,8 +362,21 @@ void LinuxInputSources::observeEnabledLayoutsChanged(std::function<void()> handl
   observer_->add(std::move(handler));
 }
 
+std::uint16_t LinuxInputSources::usersKeyboard() {
+  const KeyboardDevices devices = readKeyboardDevices(*x11_);
+  if (devices.isReal(devices.lastUsed)) {
+    usersKeyboard_ = devices.lastUsed;
+  } else if (!devices.isReal(usersKeyboard_)) {
+    usersKeyboard_ = devices.real.empty() ? devices.core : devices.real.front();
+  }
+  return usersKeyboard_ == KeyboardDevices::kNone ? std::uint16_t{XCB_XKB_ID_USE_CORE_KBD} : usersKeyboard_;
+}
+
 std::shared_ptr<xkb_keymap> LinuxInputSources::serverKeymap() {
-  const std::int32_t device = xkb_x11_get_core_keyboard_device_id(x11_->get());
+  std::int32_t device = usersKeyboard();
+  if (device == XCB_XKB_ID_USE_CORE_KBD) {
+    device = xkb_x11_get_core_keyboard_device_id(x11_->get());
+  }
   if (device < 0) {
     return nullptr;
   }

@@ -9,6 +9,7 @@
 #include <gio/gio.h>
 
 #include "platform/input_sources.h"
+#include "platform/linux/keyboard_devices.h"
 #include "platform/linux/x11_connection.h"
 
 struct xkb_context;
@@ -34,10 +35,11 @@ std::vector<XkbLayoutName> parseRulesNames(std::string_view value);
 /// without an entry has none.
 std::vector<std::string> languagesOf(const XkbLayoutName& layout);
 
-/// Keyboard layouts are the groups of the server's XKB keymap, named by the configuration that produced it.
-/// The identifier of a layout is XkbLayoutName::id(). The keyboard type is always 0: XKB folds it into the
-/// keymap. Of the modifiers, translate() knows Shift and Caps Lock. Without a display there is no list.
-/// A layout is selected by locking its group; a desktop with a list of its own is told (desktop_layouts.h).
+/// Keyboard layouts are the groups of the XKB keymap of the user's keyboard, named by the configuration that
+/// produced it. The identifier of a layout is XkbLayoutName::id(). The keyboard type is always 0: XKB folds
+/// it into the keymap. Of the modifiers, translate() knows Shift and Caps Lock. Without a display there is no
+/// list. A layout is selected by locking its group; a desktop with a list of its own is told
+/// (desktop_layouts.h).
 class LinuxInputSources : public InputSourceService {
  public:
   using SessionBus = std::function<GDBusConnection*()>;
@@ -59,10 +61,14 @@ class LinuxInputSources : public InputSourceService {
  private:
   class Observer;
   std::vector<XkbLayoutName> enabledLayouts();
+  /// The keyboard that the user types on, as XKB requests name it: its keymap counts, whatever simulated keys
+  /// have made of the core keyboard's. Without XInput 2 that one.
+  std::uint16_t usersKeyboard();
   std::shared_ptr<xkb_keymap> serverKeymap();
   std::string signature();
 
   std::shared_ptr<X11Connection> x11_;
+  KeyboardDevices::Id usersKeyboard_ = KeyboardDevices::kNone;
   SessionBus sessionBus_;
   std::shared_ptr<xkb_context> context_;
   std::unique_ptr<Observer> observer_;

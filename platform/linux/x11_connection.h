@@ -91,7 +91,6 @@ class X11Connection {
   bool hasXkb() const { return hasXkb_; }
   /// XInput 2.2 or later.
   bool hasXInput2() const { return hasXInput2_; }
-  std::uint8_t xkbFirstEvent() const { return xkbFirstEvent_; }
   std::uint8_t xInputOpcode() const { return xInputOpcode_; }
 
   /// The handler sees every event of this connection, in order.

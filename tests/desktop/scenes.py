@@ -4,12 +4,12 @@
 
 usage: scenes.py --list | scenes.py SCENE AGENT QT6_EDITOR
 """
+import os
 import signal
 import subprocess
-import time
 from datetime import datetime, timedelta
 
-from session import run_scene, until
+from session import PressCounter, run_scene, until
 from stage import HERE, SCENES, active_class, active_title, in_each_editor, main, scene
 
 
@@ -252,15 +252,44 @@ def works_with_german_and_hebrew(stage):
 
 
 @scene
+def works_where_simulated_keys_have_another_layout(stage):
+    stage.start_agent(compatMode=True)
+    stage.open('mousepad', 'akuo')
+    stage.keyboard.type_on_the_servers_own('us', 'us,il')
+    for group, meant in ((1, 'שלום'), (0, 'akuo')):
+        stage.select_all()
+        stage.fix(meant)
+        stage.expect_group(group)
+
+
+@scene
+def works_where_control_and_caps_lock_have_changed_places(stage):
+    stage.start_agent(compatMode=True)
+    stage.open('mousepad', 'akuo')
+    stage.put_on_clipboard('kept')
+    stage.select_all()
+    subprocess.run(['setxkbmap', '-option', 'ctrl:swapcaps'], check=True)
+    stage.fix('שלום')
+    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+    assert stage.keyboard.locks() == 0, 'Caps Lock is on'
+
+
+@scene
 def a_held_hot_key_fires_once(stage):
     stage.start_agent()
     stage.open('mousepad', 'akuo')
     stage.select_all()
+    subprocess.run(['xset', 'r', 'rate', '100', '50'], check=True)
+    counter = PressCounter(os.environ['DISPLAY'])
     stage.keyboard.down('F2')
     until(lambda: stage.field.text() == 'שלום', 'the fix')
-    time.sleep(1.2)  # longer than the delay before a held key repeats: what is shown is that nothing happens
+    repetitions = counter.presses() + 10
+    until(lambda: counter.presses() >= repetitions, 'the key to repeat')
     stage.keyboard.up('F2')
-    assert stage.session.log().count('fix: front=') == 1, stage.session.log()
+    # A second fix comes after whatever the repetitions have set off.
+    stage.select_all()
+    stage.fix('akuo')
+    assert stage.session.log().count('fix: front=') == 2, stage.session.log()
 
 
 def moment(log, words):

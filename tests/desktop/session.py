@@ -54,6 +54,50 @@ class XkbState(ctypes.Structure):
                 ('ptr_buttons', ctypes.c_ushort)]
 
 
+class XiEventMask(ctypes.Structure):
+    _fields_ = [('device', ctypes.c_int), ('mask_length', ctypes.c_int), ('mask', ctypes.POINTER(ctypes.c_ubyte))]
+
+
+class XiEvent(ctypes.Structure):
+    """The head of an event of XInput 2, with room for the longest event of the core protocol."""
+    _fields_ = [('type', ctypes.c_int), ('serial', ctypes.c_ulong), ('send_event', ctypes.c_int),
+                ('display', ctypes.c_void_p), ('extension', ctypes.c_int), ('event_type', ctypes.c_int),
+                ('rest', ctypes.c_long * 24)]
+
+
+class XiDeviceInfo(ctypes.Structure):
+    _fields_ = [('id', ctypes.c_int), ('name', ctypes.c_char_p), ('use', ctypes.c_int), ('attachment', ctypes.c_int),
+                ('enabled', ctypes.c_int), ('class_count', ctypes.c_int), ('classes', ctypes.c_void_p)]
+
+
+class PressCounter:
+    """Sees keys go down while another program has grabbed them, each repetition of a held key as well."""
+    ALL_DEVICES = 0
+    KEY_PRESS = 2  # XI_KeyPress
+    GENERIC_EVENT = 35
+
+    def __init__(self, display_name):
+        self.x11 = ctypes.CDLL('libX11.so.6')
+        xi = ctypes.CDLL('libXi.so.6')
+        self.x11.XOpenDisplay.restype = ctypes.c_void_p
+        self.x11.XDefaultRootWindow.restype = ctypes.c_ulong
+        self.display = ctypes.c_void_p(self.x11.XOpenDisplay(display_name.encode()))
+        xi.XIQueryVersion(self.display, ctypes.byref(ctypes.c_int(2)), ctypes.byref(ctypes.c_int(2)))
+        mask = (ctypes.c_ubyte * 1)(1 << self.KEY_PRESS)
+        selection = XiEventMask(self.ALL_DEVICES, 1, mask)
+        root = ctypes.c_ulong(self.x11.XDefaultRootWindow(self.display))
+        xi.XISelectEvents(self.display, root, ctypes.byref(selection), 1)
+        self.x11.XSync(self.display, 0)
+        self.count = 0
+
+    def presses(self):
+        event = XiEvent()
+        while self.x11.XPending(self.display):
+            self.x11.XNextEvent(self.display, ctypes.byref(event))
+            self.count += event.type == self.GENERIC_EVENT and event.event_type == self.KEY_PRESS
+        return self.count
+
+
 class Keyboard:
     """Raw key events and keyboard groups of one display."""
     CORE_KEYBOARD = 0x100  # XkbUseCoreKbd
@@ -65,10 +109,31 @@ class Keyboard:
         self.display = ctypes.c_void_p(self.x11.XOpenDisplay(display_name.encode()))
         if not self.display:
             raise DesktopError(f'cannot open display {display_name}')
+        self.device = None
 
     def _event(self, key, is_down):
-        self.xtst.XTestFakeKeyEvent(self.display, ctypes.c_uint(KEYS[key]), ctypes.c_int(is_down), ctypes.c_ulong(0))
+        code, down, delay = ctypes.c_uint(KEYS[key]), ctypes.c_int(is_down), ctypes.c_ulong(0)
+        if self.device:
+            self.xtst.XTestFakeDeviceKeyEvent(self.display, self.device, code, down, None, 0, delay)
+        else:
+            self.xtst.XTestFakeKeyEvent(self.display, code, down, delay)
         self.x11.XSync(self.display, 0)
+
+    def type_on_the_servers_own(self, simulated_layouts, own_layouts):
+        """From now on keys are pressed where a person presses them, and the keyboard of simulated keys has other layouts,
+        as on a machine whose layouts come from the system's configuration."""
+        xi = ctypes.CDLL('libXi.so.6')
+        xi.XIQueryDevice.restype = ctypes.POINTER(XiDeviceInfo)
+        xi.XOpenDevice.restype = ctypes.c_void_p
+        count, all_devices, slave_keyboard = ctypes.c_int(), 0, 4
+        found = xi.XIQueryDevice(self.display, all_devices, ctypes.byref(count))
+        keyboards = [found[i] for i in range(count.value) if found[i].use == slave_keyboard]
+        simulated = next(device.id for device in keyboards if b'XTEST' in device.name)
+        own = next(device.id for device in keyboards if b'XTEST' not in device.name)
+        # setxkbmap notes the layouts that it set last for the whole server: the user's come last.
+        for device, layouts in ((simulated, simulated_layouts), (own, own_layouts)):
+            subprocess.run(['setxkbmap', '-device', str(device), '-layout', layouts], check=True)
+        self.device = ctypes.c_void_p(xi.XOpenDevice(self.display, ctypes.c_ulong(own)))
 
     def down(self, key):
         self._event(key, 1)
@@ -105,11 +170,18 @@ class Keyboard:
         self.x11.XGrabKey(self.display, KEYS[key], ctypes.c_uint(modifiers), root, 0, grab_async, grab_async)
         self.x11.XSync(self.display, 0)
 
-    def group(self):
-        """The active keyboard group, 0 for the first layout."""
+    def _state(self):
         state = XkbState()
         self.x11.XkbGetState(self.display, ctypes.c_uint(self.CORE_KEYBOARD), ctypes.byref(state))
-        return state.group
+        return state
+
+    def group(self):
+        """The active keyboard group, 0 for the first layout."""
+        return self._state().group
+
+    def locks(self):
+        """The locked modifiers, the bits of the core protocol; 0 while Caps Lock and Num Lock are off."""
+        return self._state().locked_mods
 
     def lock_group(self, group):
         self.x11.XkbLockGroup(self.display, ctypes.c_uint(self.CORE_KEYBOARD), ctypes.c_uint(group))

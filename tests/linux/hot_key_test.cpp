@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include <glib.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
+#include <xcb/xinput.h>
 
 #include "platform/linux/hot_key_service.h"
 #include "platform/linux/key_events.h"
+#include "platform/linux/keyboard_devices.h"
 #include "tests/linux/virtual_display.h"
 
 namespace lexwend::platform {
@@ -30,6 +31,27 @@ class Holder {
   std::shared_ptr<X11Connection> x11_;
 };
 
+/// Another client that holds a key as a window manager does, through XInput 2.
+class XInput2Holder {
+ public:
+  XInput2Holder(int evdevKey, std::uint32_t modifiers, KeyboardDevices::Id device)
+      : x11_(X11Connection::open()) {
+    const std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS;
+    const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(xcb_input_xi_passive_grab_device_reply(
+        x11_->get(),
+        xcb_input_xi_passive_grab_device(x11_->get(), XCB_CURRENT_TIME, x11_->root(), XCB_CURSOR_NONE,
+                                         static_cast<std::uint32_t>(evdevKey + 8), device, 1, 1,
+                                         XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC,
+                                         XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, &events,
+                                         &modifiers),
+        nullptr));
+    EXPECT_TRUE(reply && reply->num_modifiers == 0);
+  }
+
+ private:
+  std::shared_ptr<X11Connection> x11_;
+};
+
 struct HotKeys : testing::Test {
   VirtualDisplay display;
   Typist typist;
@@ -39,7 +61,7 @@ struct HotKeys : testing::Test {
 
   HotKeys() {
     display.setLayouts("us,il");
-    pumpFor(std::chrono::milliseconds(1));
+    settle();
     service.installHandler([this](const HotKeyEvent& event) {
       HotKeyID id;
       EXPECT_EQ(event.hotKeyID(id), kNoErr);
@@ -54,8 +76,11 @@ struct HotKeys : testing::Test {
   bool pressedBecomes(std::size_t count) {
     return pumpUntil([&] { return pressed.size() == count; });
   }
-  /// Lets everything that is on its way arrive: a key of our own comes after it.
-  void settle() { pumpFor(std::chrono::milliseconds(50)); }
+  /// Handles everything that the server has sent: the answer to a question comes after it.
+  void settle() {
+    std::free(xcb_get_input_focus_reply(x11->get(), xcb_get_input_focus(x11->get()), nullptr));
+    x11->dispatchPending();
+  }
 };
 
 TEST_F(HotKeys, fireOncePerPressWithEveryCombinationOfLocks) {
@@ -78,9 +103,11 @@ TEST_F(HotKeys, fireOncePerPressWithEveryCombinationOfLocks) {
 TEST_F(HotKeys, fireOnceWhileTheKeyIsHeldAndAgainAfterIt) {
   ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
   ASSERT_EQ(runProgram("xset r rate 100 50"), 0);
+  PressCounter counter(KEY_F2);
   typist.press(KEY_F2);
   ASSERT_TRUE(pressedBecomes(1));
-  pumpFor(std::chrono::milliseconds(500));  // some twenty repetitions
+  ASSERT_TRUE(pumpUntil([&] { return counter.presses() >= 10; }));
+  settle();
   EXPECT_EQ(pressed.size(), 1U);
   typist.release(KEY_F2);
   settle();
@@ -140,11 +167,12 @@ TEST_F(HotKeys, letSimulatedKeysThroughWhileTheKeyIsStillHeld) {
   ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
   ASSERT_EQ(runProgram("xset r rate 100 50"), 0);
   FocusedWindow window;
+  PressCounter counter(KEY_F2);
   typist.press(KEY_F2);
   ASSERT_TRUE(pressedBecomes(1));
   // Repetitions that nobody handles grab the keyboard again.
   LinuxKeyEvents keyEvents(x11, [] { return true; });
-  g_usleep(300000);
+  ASSERT_TRUE(counter.reaches(counter.presses() + 3));
   for (const bool down : {true, false}) {
     const auto event = keyEvents.createKeyboardEvent(nullptr, 8, down);
     ASSERT_NE(event, nullptr);
@@ -183,6 +211,26 @@ TEST_F(HotKeys, areRefusedWhenAnotherProgramHoldsTheKey) {
   EXPECT_EQ(refused.status, kHotKeyExistsErr);
   EXPECT_EQ(refused.ref, nullptr);
   EXPECT_EQ(add(kMacF2, kShiftKey, 2).status, kNoErr);
+}
+
+TEST_F(HotKeys, areRefusedWhenAnotherProgramHoldsTheKeyThroughXInput2) {
+  constexpr std::uint32_t kAnyModifier = 1U << 31;
+  for (const KeyboardDevices::Id device : {readKeyboardDevices(*x11).core, KeyboardDevices::Id{1}}) {
+    for (const std::uint32_t modifiers : {0U, std::uint32_t{XCB_MOD_MASK_LOCK}, kAnyModifier}) {
+      const XInput2Holder holder(KEY_F2, modifiers, device);
+      EXPECT_EQ(add(kMacF2, 0, 1).status, kHotKeyExistsErr) << int{device} << " " << modifiers;
+    }
+  }
+  const XInput2Holder another(KEY_F2, XCB_MOD_MASK_SHIFT, readKeyboardDevices(*x11).core);
+  EXPECT_EQ(add(kMacF2, kShiftKey, 2).status, kHotKeyExistsErr);
+  ASSERT_EQ(add(kMacF2, 0, 3).status, kNoErr);
+  typist.tap(KEY_F2);
+  EXPECT_TRUE(pressedBecomes(1));
+}
+
+TEST_F(HotKeys, leaveNothingBehindWhereTheyLookedForOtherHolders) {
+  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  const XInput2Holder later(KEY_F2, 0, readKeyboardDevices(*x11).core);
 }
 
 TEST_F(HotKeys, areRefusedWholeWhenOnlyOneLockCombinationIsTaken) {

@@ -59,6 +59,69 @@ TEST_F(SimulatedKeys, playOtherKeysWithTheirModifiers) {
   })) << window.keys();
 }
 
+TEST_F(SimulatedKeys, holdTheKeysThatAreModifiersWhereverTheyArePrinted) {
+  struct Row {
+    const char* option;
+    const char* keys;
+  };
+  for (const Row& row :
+       {Row{"ctrl:swapcaps", "+66 +118 -118 -66 +50 +118 -118 -50 +66 +38 -38 -66"},
+        Row{"ctrl:nocaps", "+37 +118 -118 -37 +50 +118 -118 -50 +37 +38 -38 -37"},
+        Row{"altwin:swap_lalt_lwin", "+37 +118 -118 -37 +50 +118 -118 -50 +37 +38 -38 -37"}}) {
+    ASSERT_EQ(runProgram(std::string("setxkbmap -option '' -option ") + row.option), 0);
+    FocusedWindow window;
+    type(kMacC, kEventFlagCommand);
+    type(kMacV, kEventFlagCommand);
+    type(kMacA, kEventFlagCommand);
+    EXPECT_EQ(window.keys(), row.keys) << row.option;
+    EXPECT_EQ(typist.lockedModifiers(), 0) << row.option;
+  }
+  FocusedWindow window;
+  type(kMacA, kEventFlagOption);
+  type(kMacA, kEventFlagControl);
+  EXPECT_EQ(window.keys(), "+133 +38 -38 -133 +64 +38 -38 -64");
+}
+
+TEST_F(SimulatedKeys, holdTheOtherKeyOfAModifierThatHasLostOne) {
+  ASSERT_EQ(runProgram("xmodmap -e 'remove control = Control_L' -e 'remove shift = Shift_L' "
+                       "-e 'keycode 37 = x' -e 'keycode 50 = y'"),
+            0);
+  FocusedWindow window;
+  type(kMacC, kEventFlagCommand);
+  type(kMacV, kEventFlagCommand);
+  EXPECT_EQ(window.keys(), "+105 +118 -118 -105 +62 +118 -118 -62");
+}
+
+TEST_F(SimulatedKeys, leaveTheGroupWhereTheirOwnKeyboardHasNoOther) {
+  typist.setKeyboardsApart("us", "us,il");
+  for (const std::uint8_t group : {std::uint8_t{1}, std::uint8_t{0}}) {
+    typist.tapPhysically(KEY_A);
+    typist.lockGroup(group);
+    FocusedWindow window;
+    type(kMacC, kEventFlagCommand);
+    EXPECT_EQ(window.keys(), "+37 +118 -118 -37");
+    EXPECT_EQ(typist.group(), group);
+  }
+}
+
+TEST_F(SimulatedKeys, leaveTheGroupWhenNoKeyWasEverPressed) {
+  typist.setKeyboardsApart("us", "us,il");
+  typist.lockGroup(1);
+  type(kMacC, kEventFlagCommand);
+  EXPECT_EQ(typist.group(), 1);
+}
+
+TEST_F(SimulatedKeys, letGoModifiersOfAnotherKeyboardToo) {
+  typist.press(KEY_LEFTSHIFT);
+  typist.tapPhysically(KEY_F2);
+  EXPECT_EQ(held(), kEventFlagShift);
+  FocusedWindow window;
+  type(kMacC, kEventFlagCommand);
+  EXPECT_EQ(window.keys(), "-50 +37 +118 -118 -37");
+  EXPECT_EQ(held(), 0U);
+  typist.release(KEY_LEFTSHIFT);
+}
+
 TEST_F(SimulatedKeys, leaveNoKeyDown) {
   type(kMacC, kEventFlagCommand);
   EXPECT_TRUE(pumpUntil([&] { return held() == 0; }));

@@ -92,10 +92,6 @@ bool pumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds
   return true;
 }
 
-void pumpFor(std::chrono::milliseconds time) {
-  pumpUntil([] { return false; }, time);
-}
-
 Typist::Typist() : connection_(connectOrThrow(root_)) {
   std::free(xcb_xkb_use_extension_reply(connection_, xcb_xkb_use_extension(connection_, 1, 0), nullptr));
 }
@@ -119,15 +115,29 @@ void Typist::tap(int evdevKey) {
 
 void Typist::pressPhysically(int evdevKey) {
   const std::uint8_t first = xcb_get_extension_data(connection_, &xcb_input_id)->first_event;
-  fake(static_cast<std::uint8_t>(first + XCB_INPUT_DEVICE_KEY_PRESS), evdevKey, physicalKeyboard());
+  fake(static_cast<std::uint8_t>(first + XCB_INPUT_DEVICE_KEY_PRESS), evdevKey, keyboard(false));
 }
 
 void Typist::releasePhysically(int evdevKey) {
   const std::uint8_t first = xcb_get_extension_data(connection_, &xcb_input_id)->first_event;
-  fake(static_cast<std::uint8_t>(first + XCB_INPUT_DEVICE_KEY_RELEASE), evdevKey, physicalKeyboard());
+  fake(static_cast<std::uint8_t>(first + XCB_INPUT_DEVICE_KEY_RELEASE), evdevKey, keyboard(false));
 }
 
-std::uint8_t Typist::physicalKeyboard() {
+void Typist::tapPhysically(int evdevKey) {
+  pressPhysically(evdevKey);
+  releasePhysically(evdevKey);
+}
+
+void Typist::setKeyboardsApart(const std::string& simulated, const std::string& own) {
+  // setxkbmap notes the layouts that it set last for the whole server: the user's come last.
+  for (const auto& [device, layouts] : {std::pair{keyboard(true), simulated}, {keyboard(false), own}}) {
+    ASSERT_EQ(runProgram("setxkbmap -device " + std::to_string(device) +
+                         " -rules evdev -model pc105 -layout '" + layouts + "'"),
+              0);
+  }
+}
+
+std::uint8_t Typist::keyboard(bool simulated) {
   std::free(
       xcb_input_xi_query_version_reply(connection_, xcb_input_xi_query_version(connection_, 2, 2), nullptr));
   const XcbReply<xcb_input_xi_query_device_reply_t> devices(xcb_input_xi_query_device_reply(
@@ -136,16 +146,23 @@ std::uint8_t Typist::physicalKeyboard() {
        xcb_input_xi_device_info_next(&it)) {
     const std::string name(xcb_input_xi_device_info_name(it.data),
                            static_cast<std::size_t>(xcb_input_xi_device_info_name_length(it.data)));
-    if (it.data->type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD && name.find("XTEST") == std::string::npos) {
+    if (it.data->type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD &&
+        (name.find("XTEST") != std::string::npos) == simulated) {
       return static_cast<std::uint8_t>(it.data->deviceid);
     }
   }
-  throw std::runtime_error("the server has no keyboard of its own");
+  throw std::runtime_error("the server lacks a keyboard");
 }
 
 void Typist::lockModifiers(std::uint8_t mask) {
   xcb_xkb_latch_lock_state(connection_, XCB_XKB_ID_USE_CORE_KBD, 0xFF, mask, 0, 0, 0, 0, 0);
   sync();
+}
+
+std::uint8_t Typist::lockedModifiers() {
+  const XcbReply<xcb_xkb_get_state_reply_t> state(
+      xcb_xkb_get_state_reply(connection_, xcb_xkb_get_state(connection_, XCB_XKB_ID_USE_CORE_KBD), nullptr));
+  return state ? state->lockedMods : std::uint8_t{0xFF};
 }
 
 void Typist::lockGroup(std::uint8_t group) {
@@ -174,6 +191,45 @@ void Typist::fake(std::uint8_t type, int evdevKey, std::uint8_t device) {
 
 void Typist::sync() {
   roundTrip(connection_);
+}
+
+PressCounter::PressCounter(int evdevKey) : key_(static_cast<std::uint32_t>(evdevKey + kXKeyOffset)) {
+  xcb_window_t root = XCB_WINDOW_NONE;
+  connection_ = connectOrThrow(root);
+  std::free(
+      xcb_input_xi_query_version_reply(connection_, xcb_input_xi_query_version(connection_, 2, 2), nullptr));
+  struct {
+    xcb_input_event_mask_t head;
+    std::uint32_t mask;
+  } selection{{XCB_INPUT_DEVICE_ALL, 1}, XCB_INPUT_XI_EVENT_MASK_KEY_PRESS};
+  xcb_input_xi_select_events(connection_, root, 1, &selection.head);
+  roundTrip(connection_);
+}
+
+PressCounter::~PressCounter() {
+  xcb_disconnect(connection_);
+}
+
+int PressCounter::presses() {
+  roundTrip(connection_);
+  while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+    if (eventType(*event) == XCB_GE_GENERIC &&
+        reinterpret_cast<const xcb_input_key_press_event_t&>(*event).detail == key_) {
+      ++presses_;
+    }
+  }
+  return presses_;
+}
+
+bool PressCounter::reaches(int presses) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (this->presses() < presses) {
+    if (std::chrono::steady_clock::now() >= deadline) {
+      return false;
+    }
+    usleep(1000);
+  }
+  return true;
 }
 
 FocusedWindow::FocusedWindow(const std::string& windowClass) {

@@ -32,8 +32,6 @@ int runProgram(const std::string& commandLine);
 /// Iterates the default main context until the condition holds; false when it does not within the time.
 bool pumpUntil(const std::function<bool()>& condition,
                std::chrono::milliseconds time = std::chrono::seconds(10));
-/// Iterates the default main context for the whole time.
-void pumpFor(std::chrono::milliseconds time);
 
 /// What a user at the keyboard does, on a connection of its own. Each call returns when the server has
 /// handled it. Key codes are those of evdev.
@@ -50,8 +48,13 @@ class Typist {
   /// The same on the server's own keyboard, where a person types, not on the one that simulated keys share.
   void pressPhysically(int evdevKey);
   void releasePhysically(int evdevKey);
+  void tapPhysically(int evdevKey);
+  /// Other layouts on the keyboard of simulated keys than on the server's own, as on a machine whose layouts
+  /// come from the system's configuration.
+  void setKeyboardsApart(const std::string& simulated, const std::string& own);
   /// Locks exactly these modifiers (core mask).
   void lockModifiers(std::uint8_t mask);
+  std::uint8_t lockedModifiers();
   void lockGroup(std::uint8_t group);
   int group();
   /// True while the server holds the key for pressed.
@@ -62,10 +65,30 @@ class Typist {
 
  private:
   void fake(std::uint8_t type, int evdevKey, std::uint8_t device = 0);
-  std::uint8_t physicalKeyboard();
+  /// The server's own keyboard, or that of simulated keys.
+  std::uint8_t keyboard(bool simulated);
   void sync();
   xcb_connection_t* connection_;
   xcb_window_t root_;
+};
+
+/// Another client that sees a key go down while somebody else has grabbed it. The server repeats a held key
+/// for it too: each time counts once.
+class PressCounter {
+ public:
+  explicit PressCounter(int evdevKey);
+  ~PressCounter();
+  PressCounter(const PressCounter&) = delete;
+  PressCounter& operator=(const PressCounter&) = delete;
+
+  int presses();
+  /// Waits for so many presses, without running the main context; false when they do not come in time.
+  bool reaches(int presses);
+
+ private:
+  xcb_connection_t* connection_;
+  std::uint32_t key_;
+  int presses_ = 0;
 };
 
 /// A window that has the input focus and remembers the keys that it gets.
