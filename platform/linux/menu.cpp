@@ -15,6 +15,16 @@ QString literally(const std::string& text) {
   return QString::fromStdString(text).replace('&', "&&").replace('\t', ' ');
 }
 
+/// Calls those observers that are still there and forgets the others.
+void tell(std::vector<std::weak_ptr<std::function<void()>>>& observers) {
+  observers.erase(std::remove_if(observers.begin(), observers.end(),
+                                 [](const auto& observer) { return observer.expired(); }),
+                  observers.end());
+  for (const auto& weak : std::vector(observers)) {
+    if (const auto observer = weak.lock()) (*observer)();
+  }
+}
+
 }  // namespace
 
 void LinuxMenuItem::setTitle(std::string_view title) {
@@ -62,20 +72,19 @@ void LinuxMenuItem::addTo(QMenu& menu) {
   shown_->setShortcutVisibleInContextMenu(true);
   QObject::connect(shown_, &QAction::triggered, shown_, [this] {
     if (checked_ && shown_) shown_->setChecked(*checked_);  // the mark follows the setting, not the click
-    const auto action = terminates_ ? terminate_ : action_;
-    if (action) action();
+    choose();
   });
   show(*shown_);
 }
 
+void LinuxMenuItem::choose() const {
+  const auto action = terminates_ ? terminate_ : action_;  // a copy: it may let go of this item
+  if (action) action();
+}
+
 void LinuxMenuItem::changed() {
   if (shown_) show(*shown_);
-  observers_.erase(std::remove_if(observers_.begin(), observers_.end(),
-                                  [](const auto& observer) { return observer.expired(); }),
-                   observers_.end());
-  for (const auto& weak : std::vector(observers_)) {
-    if (const auto observer = weak.lock()) (*observer)();
-  }
+  tell(observers_);
 }
 
 void LinuxMenuItem::show(QAction& action) const {
@@ -126,13 +135,19 @@ void LinuxMenu::setAutoenablesItems(bool) {}
 void LinuxMenu::addItem(const MenuItemRef& item) {
   auto entry = std::dynamic_pointer_cast<LinuxMenuItem>(item);
   if (entry == nullptr) return;
+  for (const auto& observer : observers_) entry->observe(observer);
   if (menu_) entry->addTo(*menu_);
-  entries_.push_back(std::move(entry));
+  added(std::move(entry));
 }
 
 void LinuxMenu::addSeparator() {
   if (menu_) menu_->addSeparator();
-  entries_.push_back(nullptr);
+  added(nullptr);
+}
+
+void LinuxMenu::added(std::shared_ptr<LinuxMenuItem> entry) {
+  entries_.push_back(std::move(entry));
+  tell(observers_);
 }
 
 QMenu& LinuxMenu::shown() {
@@ -159,6 +174,7 @@ std::optional<std::string> LinuxMenu::information() const {
 }
 
 void LinuxMenu::observe(const std::weak_ptr<std::function<void()>>& observer) {
+  observers_.push_back(observer);
   for (const auto& entry : entries_) {
     if (entry != nullptr) entry->observe(observer);
   }

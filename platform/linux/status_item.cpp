@@ -11,6 +11,7 @@
 #include "platform/linux/buses.h"
 #include "platform/linux/identity.h"
 #include "platform/linux/menu.h"
+#include "platform/linux/menu_export.h"
 #include "platform/linux/panel_color.h"
 #include "platform/linux/status_notifier.h"
 #include "platform/linux/symbol_image.h"
@@ -33,6 +34,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
       hostPresenceKnown(false);
       return;
     }
+    exported_.emplace(bus);
     notifier_.emplace(bus, StatusNotifier::Events{[this] { openMenu(); },
                                                   [this](bool present) { hostPresenceKnown(present); }});
   }
@@ -46,6 +48,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
     menu_ = std::dynamic_pointer_cast<LinuxMenu>(menu);
     menuChanged_ = std::make_shared<std::function<void()>>([this] { showToolTip(); });
     if (menu_ != nullptr) menu_->observe(menuChanged_);
+    if (exported_) exported_->setMenu(menu_);
     showToolTip();
   }
 
@@ -126,6 +129,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
   std::shared_ptr<LinuxMenu> menu_;
   std::shared_ptr<std::function<void()>> menuChanged_;
   X11Connection::Observation trays_;
+  std::optional<MenuExport> exported_;
   std::optional<StatusNotifier> notifier_;
   std::unique_ptr<QSystemTrayIcon> embedded_;
 };

@@ -10,7 +10,7 @@ import os
 import signal
 import subprocess
 
-from panel import Panel, ScreenReader
+from panel import DesktopPanel, Panel, ScreenReader
 from session import run_scene, until
 from stage import main, scene, scene_on
 from tray import Screen, Tray
@@ -23,6 +23,9 @@ COMPATIBILITY = 'מצב תאימות (דרך הלוח)'
 PERMISSION = 'נדרש אישור נגישות…'
 STATUS = 'גרסה 0.1.0 · פריסה מהמערכת · פעיל'
 QUIT = 'יציאה'
+# Whether each is enabled and checked. The permission's item is not shown.
+STATES = {FIX + 'F2': (True, False), CHANGE_KEY: (True, False), SWITCH_LAYOUT: (True, True), LOGIN_ITEM: (True, True),
+          COMPATIBILITY: (True, False), STATUS: (False, False), QUIT: (True, False)}
 WAITING_STATUS = 'גרסה 0.1.0 · ממתין לאישור נגישות'
 
 RECORDER = 'מקש קיצור'
@@ -116,9 +119,7 @@ def the_menu_reads_to_the_letter(stage):
     titles = [FIX + 'F2', CHANGE_KEY, None, SWITCH_LAYOUT, LOGIN_ITEM, COMPATIBILITY, None, PERMISSION, STATUS, None, QUIT]
     assert user.reader.menu_titles() == titles, user.reader.menu_titles()
     states = {title: (item.is_enabled, item.is_checked) for title, item in items.items() if item.is_shown}
-    assert states == {FIX + 'F2': (True, False), CHANGE_KEY: (True, False), SWITCH_LAYOUT: (True, True),
-                      LOGIN_ITEM: (True, True), COMPATIBILITY: (True, False), STATUS: (False, False),
-                      QUIT: (True, False)}, states  # and so the permission's item is not shown
+    assert states == STATES, states
     user.close_menu()
 
 
@@ -325,12 +326,30 @@ def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
 def a_desktop_panel_shows_the_item_and_no_second_icon(stage):
     user = User(stage)
     stage.start_agent()
-    stage.session.start(['xfce4-panel', '--disable-wm-check'])
+    DesktopPanel(stage.session)
     user.panel.expect_item()
     screen = Screen(stage.session)
     until(lambda: not [w for w in screen.windows() if w[2] < 100], 'no icon in an XEmbed tray as well')
     assert FIX + 'F2' in user.open_menu()
     user.close_menu()
+
+
+@scene
+def a_desktop_panel_draws_the_menu_itself_at_the_second_button_of_the_mouse(stage):
+    user = User(stage)
+    stage.start_agent()
+    panel = DesktopPanel(stage.session)
+    user.panel.expect_item()
+    items = panel.draw_menu_of_item(user.reader, QUIT)
+    states = {title: (item.is_enabled, item.is_checked) for title, (item, _) in items.items()}
+    assert states == STATES, states
+    stage.keyboard.click(*items[SWITCH_LAYOUT][1])
+    until(lambda: user.panel.menu_property(4, 'toggle-state') == 0, 'the check mark to go')
+    panel.click_item(panel.LEFT)
+    user.reader.hear_menu()  # the agent's own
+    assert not user.reader.menu_items()[SWITCH_LAYOUT].is_checked
+    user.close_menu()
+    assert not panel.draw_menu_of_item(user.reader, QUIT)[SWITCH_LAYOUT][0].is_checked
 
 
 @scene
