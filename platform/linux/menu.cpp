@@ -4,8 +4,11 @@
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QKeySequence>
+#include <QStyleOptionMenuItem>
 #include <QThread>
 #include <algorithm>
+
+#include "platform/linux/isolated_combination.h"
 
 namespace lexwend::platform {
 namespace {
@@ -101,9 +104,17 @@ void LinuxMenuItem::show(QAction& action) const {
 namespace {
 
 /// A menu whose shortcuts work while it is open. The toolkit offers those of a menu to windows only, and the
-/// tray's menu belongs to none.
+/// tray's menu belongs to none. The combination of keys at the end of a title is drawn in its order; the
+/// title itself, which a screen reader reads, stays as it is.
 class TrayMenu : public QMenu {
  protected:
+  void initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const override {
+    QMenu::initStyleOption(option, action);
+    const QString title = option->text.section('\t', 0, 0);
+    const auto isSign = [](QChar c) { return kModifierSigns.contains(c); };
+    const auto begin = std::find_if(title.begin(), title.end(), isSign) - title.begin();
+    option->text = withIsolated(option->text, title.mid(begin));
+  }
   void keyPressEvent(QKeyEvent* event) override {
     for (QAction* action : actions()) {
       const bool meant = action->isVisible() && action->isEnabled() &&

@@ -110,6 +110,22 @@ TEST_F(Tray, menuIsDrawnRightToLeftWithItsTextsToTheLetter) {
   EXPECT_TRUE(shown().actions()[4]->isShortcutVisibleInContextMenu());
 }
 
+TEST_F(Tray, menuDrawsACombinationInItsOrderAndLeavesTheTitleAsItIs) {
+  const auto drawn = [](const QString& text) {
+    QMenu plain;
+    plain.setLayoutDirection(Qt::RightToLeft);
+    plain.addAction(text);
+    return plain.grab().toImage();
+  };
+  const MenuRef single = bar.makeMenu();
+  single->addItem(fix);
+  fix->setTitle("תקן    ⌘F5");
+  QMenu& own = std::dynamic_pointer_cast<LinuxMenu>(single)->shown();
+  EXPECT_EQ(own.actions()[0]->text(), QString("תקן    ⌘F5"));
+  EXPECT_EQ(own.grab().toImage(), drawn(QString("תקן    ") + QChar(0x2066) + "⌘F5" + QChar(0x2069)));
+  EXPECT_NE(own.grab().toImage(), drawn("תקן    ⌘F5"));
+}
+
 TEST_F(Tray, menusKeyEquivalentWorksWhileTheMenuIsOpen) {
   int chosen = 0;
   fix->setKeyEquivalent("x");
@@ -241,6 +257,14 @@ TEST(PanelsColor, decidesBetweenALightAndADarkSymbol) {
   EXPECT_LT(legibleOn(panel).lightness(), 60);
   for (int x = 0; x < 15; ++x) panel.setPixelColor(x, 3, Qt::black);  // letters on a light panel
   EXPECT_LT(legibleOn(panel).lightness(), 60);
+}
+
+TEST(PanelsColor, isLightForTheBarOfGnomeAndThatOfTheThemesTextElsewhere) {
+  QPalette light;
+  light.setColor(QPalette::WindowText, Qt::black);
+  EXPECT_GT(usualForeground("ubuntu:GNOME", light).lightness(), 200);
+  EXPECT_EQ(usualForeground("XFCE", light), QColor(Qt::black));
+  EXPECT_EQ(usualForeground("", light), QColor(Qt::black));
 }
 
 }  // namespace
