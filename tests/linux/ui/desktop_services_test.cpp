@@ -57,10 +57,6 @@ TEST_F(AlertOnTheDesktop, showsItsTextsRightToLeftAboveOtherWindows) {
       if (label->text().isEmpty()) continue;
       EXPECT_LE(label->heightForWidth(label->width()), label->height()) << label->text().toStdString();
     }
-    // For looking at: the folder that gets a picture is named by whoever runs the test.
-    if (const auto folder = qEnvironmentVariable("LEXWEND_PICTURES"); !folder.isEmpty()) {
-      box.grab().save(folder + "/alert-permission.png");
-    }
     box.close();
   });
 }
@@ -140,6 +136,19 @@ TEST_F(ApplicationOnTheDesktop, endsByTheSystemsSignals) {
     runWith([signal] { ::raise(signal); });
   }
   EXPECT_EQ(launches, 3);
+}
+
+TEST_F(ApplicationOnTheDesktop, leavesASignalIgnoredThatItWasStartedToIgnore) {
+  std::signal(SIGHUP, SIG_IGN);
+  runWith([this] {
+    struct sigaction action {};
+    ::sigaction(SIGHUP, nullptr, &action);
+    EXPECT_EQ(action.sa_handler, SIG_IGN);
+    ::sigaction(SIGTERM, nullptr, &action);
+    EXPECT_NE(action.sa_handler, SIG_IGN);
+    application.terminate();
+  });
+  std::signal(SIGHUP, SIG_DFL);
 }
 
 TEST_F(ApplicationOnTheDesktop, putsThingsBackBeforeItEnds) {
