@@ -18,6 +18,14 @@ def call(destination, path, interface, method, signature=None, *arguments):
     return bus.call_sync(destination, path, interface, method, parameters, None, Gio.DBusCallFlags.NONE, -1, None).unpack()
 
 
+def start_ready(session, program):
+    """Starts a program of this folder, which prints a line as soon as it is ready."""
+    process = session.start(['/usr/bin/python3', '-B', str(HERE / program)], stdout=subprocess.PIPE, text=True)
+    if process.stdout.readline() != 'ready\n':
+        raise DesktopError(f'{program} did not start')
+    return process
+
+
 class Panel:
     """A StatusNotifier panel and what it is told about the agent."""
 
@@ -26,10 +34,7 @@ class Panel:
         self.process = None
 
     def start(self):
-        self.process = self.session.start(['/usr/bin/python3', '-B', str(HERE / 'status_watcher.py')],
-                                          stdout=subprocess.PIPE, text=True)
-        if self.process.stdout.readline() != 'ready\n':
-            raise DesktopError('the panel did not start')
+        self.process = start_ready(self.session, 'status_watcher.py')
 
     def next_item(self):
         """The monotonic time at which the next item came, or came since this was last asked."""
