@@ -332,10 +332,9 @@ def an_embedded_tray_shows_the_icon_and_opens_the_menu(stage):
         tray.start()
 
 
-@scene
-def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
-    tray, screen = Tray(stage.session), Screen(stage.session)
-    stage.start_agent()
+def expect_legible_icon(session):
+    """On a dark tray and then on a light one, where it is left; returns its pixels there."""
+    tray, screen = Tray(session), Screen(session)
 
     def usual(is_legible):
         # All of it in one look: a tray that is being set up shows other backgrounds first.
@@ -346,11 +345,34 @@ def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
     until(lambda: usual(lambda pixels: pixels[0] == 0x20 and max(pixels) > 180), 'a light icon on a dark tray')
     tray.end()
     tray.start('#f0f0f0')
-    icon = until(lambda: usual(lambda pixels: pixels[0] == 0xf0 and min(pixels) < 80), 'a dark icon on a light tray')
+    return until(lambda: usual(lambda pixels: pixels[0] == 0xf0 and min(pixels) < 80), 'a dark icon on a light tray')
+
+
+@scene
+def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
+    screen = Screen(stage.session)
+    stage.start_agent()
+    icon = expect_legible_icon(stage.session)
     stage.keyboard.press('F2')  # nothing is selected
     until(lambda: screen.icon_pixels() != icon, 'the cross to be shown')
     until(lambda: screen.icon_pixels() == icon, 'the usual icon to come back')
     assert 'fix: failed' in stage.session.log(), stage.session.log()
+
+
+@scene
+def a_dense_display_shows_windows_twice_as_large_and_the_icon_as_sharp(stage):
+    os.environ['QT_SCALE_FACTOR'] = '2'
+    user = User(stage)
+    stage.start_agent()
+    expect_legible_icon(stage.session)
+    user.panel.start()
+    user.panel.expect_item()
+    user.panel.expect_drawn_icon()
+    sides = [width for width, _, _ in user.panel.item('IconPixmap')]
+    assert sides == [16, 22, 24, 32, 48, 64], sides  # pixels of the screen
+    user.open_recorder()
+    user.expect_recorder('F2', CURRENT_KEY, may_save=False)
+    Screen(stage.session).window('the recorder', (800, 800), (420, 420))
 
 
 @scene

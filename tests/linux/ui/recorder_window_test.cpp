@@ -150,6 +150,31 @@ TEST_F(Recorder, drawsACombinationInItsOrderAndLeavesItsTextAsItIs) {
   EXPECT_EQ(drawn("הוסף ⌘, ⌃ או ⌥, או בחר מקש F."), QString("הוסף ⌘, ⌃ או ⌥, או בחר מקש F."));
 }
 
+TEST_F(Recorder, takesTheColorsOfAnotherThemeWhileItIsOpen) {
+  open();
+  window->setMessage("א", ColorRole::systemRed);
+  const QPalette before = QApplication::palette();
+  const auto colors = [] {
+    std::vector<QColor> found;
+    for (const auto* label : shown().findChildren<QLabel*>()) {
+      found.push_back(label->palette().color(QPalette::WindowText));
+    }
+    return found;
+  };
+  const auto redOn = [&](const QColor& background, const QColor& text) {
+    QPalette theme = before;
+    theme.setColor(QPalette::Window, background);
+    theme.setColor(QPalette::WindowText, text);
+    QApplication::setPalette(theme);
+    EXPECT_TRUE(pumpUntil([&] { return colors()[0] == text && colors()[1] == text; }));
+    return colors()[2];
+  };
+  const QColor onDark = redOn(QColor(0x20, 0x20, 0x20), QColor(0xfa, 0xfa, 0xfa));
+  const QColor onLight = redOn(QColor(0xf0, 0xf0, 0xf0), QColor(0x10, 0x10, 0x10));
+  EXPECT_GT(onDark.lightness(), onLight.lightness());
+  QApplication::setPalette(before);
+}
+
 TEST_F(Recorder, reportsItsButtons) {
   open();
   window->setSaveEnabled(false);

@@ -57,6 +57,21 @@ class Panel {
     g_variant_unref(value);
     return result;
   }
+  /// Of the first opaque pixel of the largest icon.
+  QRgb iconColor() {
+    GVariant* pixmaps = property("IconPixmap");
+    GVariant* bytes = nullptr;
+    g_variant_get_child(pixmaps, g_variant_n_children(pixmaps) - 1, "(ii@ay)", nullptr, nullptr, &bytes);
+    gsize size = 0;
+    const auto* argb = static_cast<const guchar*>(g_variant_get_fixed_array(bytes, &size, 1));
+    QRgb color = 0;
+    for (gsize i = 0; i < size && color == 0; i += 4) {
+      if (argb[i] == 0xff) color = qRgb(argb[i + 1], argb[i + 2], argb[i + 3]);
+    }
+    g_variant_unref(bytes);
+    g_variant_unref(pixmaps);
+    return color;
+  }
   void click() {
     peer_.call(item(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
                g_variant_new("(ii)", 5, 5));
@@ -189,6 +204,24 @@ TEST_F(Tray, itemShowsImageToolTipAndMenuInAPanel) {
   EXPECT_TRUE(pumpUntil([&] { return shown().isVisible(); }));
   panel.click();
   EXPECT_TRUE(pumpUntil([&] { return !shown().isVisible(); }));
+}
+
+TEST_F(Tray, itemsIconFollowsTheThemeWhereNoPanelCanBeLookedAt) {
+  Panel panel;
+  panel.appear();
+  const auto item = bar.statusItem(kSquareStatusItemLength);
+  const auto image = bar.symbolImage("keyboard", "Lexwend");
+  image->setTemplate(true);
+  item->setImage(image);
+  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+  const QPalette before = QApplication::palette();
+  for (const QColor color : {QColor(0xfc, 0xfa, 0xf8), QColor(0x10, 0x20, 0x30)}) {
+    QPalette theme = before;
+    theme.setColor(QPalette::WindowText, color);
+    QApplication::setPalette(theme);
+    EXPECT_EQ(panel.iconColor(), color.rgb());
+  }
+  QApplication::setPalette(before);
 }
 
 TEST_F(Tray, itemRegistersWithAPanelThatAppearsLateOrRestarts) {
