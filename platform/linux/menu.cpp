@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QKeySequence>
+#include <QPainter>
 #include <QStyleOptionMenuItem>
 #include <QThread>
 #include <algorithm>
@@ -103,6 +104,9 @@ void LinuxMenuItem::show(QAction& action) const {
 
 namespace {
 
+constexpr int kLineLightness = 400;  // of the background's, in per cent
+constexpr int kSeparatorMargin = 5;  // device-independent pixels
+
 /// A menu whose shortcuts work while it is open. The toolkit offers those of a menu to windows only, and the
 /// tray's menu belongs to none. The combination of keys at the end of a title is drawn in its order; the
 /// title itself, which a screen reader reads, stays as it is.
@@ -114,6 +118,20 @@ class TrayMenu : public QMenu {
     const auto isSign = [](QChar c) { return kModifierSigns.contains(c); };
     const auto begin = std::find_if(title.begin(), title.end(), isSign) - title.begin();
     option->text = withIsolated(option->text, title.mid(begin));
+    if (const auto line = lineColor()) option->palette.setColor(QPalette::Window, *line);
+  }
+  void paintEvent(QPaintEvent* event) override {
+    QMenu::paintEvent(event);
+    const auto line = lineColor();
+    if (!line) return;
+    QPainter painter(this);
+    painter.setPen(*line);
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    for (QAction* action : actions()) {
+      const QRect place = actionGeometry(action).adjusted(kSeparatorMargin, 0, -kSeparatorMargin, 0);
+      if (action->isSeparator() && place.isValid())
+        painter.drawLine(place.left(), place.center().y(), place.right(), place.center().y());
+    }
   }
   void keyPressEvent(QKeyEvent* event) override {
     for (QAction* action : actions()) {
@@ -125,6 +143,15 @@ class TrayMenu : public QMenu {
       return;
     }
     QMenu::keyPressEvent(event);
+  }
+
+ private:
+  /// Of separators, empty boxes and the edge in a dark theme, where the style has them darker still: between
+  /// the background and the text.
+  std::optional<QColor> lineColor() const {
+    const QColor background = palette().color(QPalette::Base);
+    if (background.lightness() >= palette().color(QPalette::Text).lightness()) return std::nullopt;
+    return background.lighter(kLineLightness);
   }
 };
 

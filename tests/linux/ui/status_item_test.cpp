@@ -141,6 +141,19 @@ TEST_F(Tray, menuDrawsACombinationInItsOrderAndLeavesTheTitleAsItIs) {
   EXPECT_NE(own.grab().toImage(), drawn("תקן    ⌘F5"));
 }
 
+TEST_F(Tray, menusLinesAreSeenInADarkTheme) {
+  QPalette dark = shown().palette();
+  dark.setColor(QPalette::Base, QColor(0x1b, 0x1e, 0x20));
+  dark.setColor(QPalette::Window, QColor(0x2a, 0x2e, 0x32));
+  dark.setColor(QPalette::Text, Qt::white);
+  shown().setPalette(dark);
+  const QImage drawn = shown().grab().toImage();
+  const QRect separator = shown().actionGeometry(shown().actions()[2]);
+  for (const QPoint place : {QPoint(0, drawn.height() / 2), separator.center()}) {
+    EXPECT_GT(qGray(drawn.pixel(place)), 2 * qGray(dark.color(QPalette::Window).rgb())) << place.x();
+  }
+}
+
 TEST_F(Tray, menusKeyEquivalentWorksWhileTheMenuIsOpen) {
   int chosen = 0;
   fix->setKeyEquivalent("x");
