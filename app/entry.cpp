@@ -11,6 +11,7 @@
 #include "hotkey/hot_key_center.h"
 #include "platform/application.h"
 #include "platform/running_applications.h"
+#include "support/log.h"
 
 namespace lexwend {
 namespace {
@@ -43,6 +44,12 @@ bool anotherInstanceRuns() {
                      [own](platform::ProcessIdentifier process) { return process != own; });
 }
 
+/// What is said before the interface is there: in the log and on the terminal.
+void tell(const std::string& sentence, std::ostream& err) {
+  Log::write(sentence);
+  err << "lexwend: " << sentence << '\n' << std::flush;
+}
+
 }  // namespace
 
 int runEntry(const std::vector<std::string>& arguments, HotKeyCenter& hotKeyCenter, std::ostream& out,
@@ -65,9 +72,10 @@ int runEntry(const std::vector<std::string>& arguments, HotKeyCenter& hotKeyCent
 
   platform::Application& application = platform::application();
   if (const auto reason = application.takeSharedApplication()) {
-    err << "lexwend: " << *reason << '\n' << std::flush;
+    tell(*reason, err);
     return 1;
   }
+  if (const auto notice = application.notice()) tell(*notice, err);
   const auto delegate = AppDelegate::create(hotKeyCenter);
   application.setDelegate([weak = std::weak_ptr<AppDelegate>(delegate)] {
     if (const auto self = weak.lock()) self->applicationDidFinishLaunching();

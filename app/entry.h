@@ -13,7 +13,7 @@ class HotKeyCenter;
 /// the arguments (the first of these three wins, whatever their order), else runs the agent, of which one
 /// instance per user stays. Other arguments are ignored. `arguments` starts with the program's path. Needs an
 /// installed host; the three reports need no display. Returns the exit status: 0, also for a second instance,
-/// which leaves silently; 1 with a line on `err` when no agent can run here.
+/// which leaves silently; 1 with a line on `err` and in the log when no agent can run here.
 int runEntry(const std::vector<std::string>& arguments, HotKeyCenter& hotKeyCenter, std::ostream& out,
              std::ostream& err);
 

@@ -23,6 +23,9 @@ class Application {
   /// Takes the shared application object. On failure one sentence for the user says why no agent can run
   /// here.
   virtual std::optional<std::string> takeSharedApplication() = 0;
+  /// Of the shared application once it is taken: one sentence for the user about what does not work in this
+  /// session; nothing where all of it does.
+  virtual std::optional<std::string> notice() = 0;
   /// `didFinishLaunching` runs once, at the start of run().
   virtual void setDelegate(std::function<void()> didFinishLaunching) = 0;
   virtual void setActivationPolicy(ActivationPolicy policy) = 0;

@@ -24,6 +24,7 @@ class FakeApplication : public Application {
     if (system_.failure(FakeOperation::takeSharedApplication)) return "There is no desktop to run on.";
     return std::nullopt;
   }
+  std::optional<std::string> notice() override { return sessionNotice; }
   void setDelegate(std::function<void()> didFinishLaunching) override {
     system_.called("application.setDelegate");
     didFinishLaunching_ = std::move(didFinishLaunching);
@@ -56,6 +57,7 @@ class FakeApplication : public Application {
   std::optional<std::string> identifier = "org.lexwend.Lexwend";
   std::string name = "Lexwend";
   std::optional<std::string> version = "1.0";
+  std::optional<std::string> sessionNotice;
   /// What happens in the event loop, after the launch; the loop ends when it returns.
   std::function<void()> whileRunning;
   ActivationPolicy policy = ActivationPolicy::regular;

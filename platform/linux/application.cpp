@@ -7,7 +7,7 @@
 #include <QWidget>
 #include <array>
 #include <csignal>
-#include <cstdio>
+#include <vector>
 
 #include <glib-unix.h>
 
@@ -26,15 +26,10 @@ bool x11DisplayOpens() {
   return connectToDisplay(screenNumber) != nullptr;
 }
 
-/// Where no window is ever shown, as in a test, Qt needs no display.
-bool displayIsWanted() {
-  return qgetenv("QT_QPA_PLATFORM") != "offscreen";
-}
-
-std::string failure(const SessionNotice& notice) {
-  writeToLog(notice.english);
-  notifyUser(notice.hebrew);
-  return std::string(notice.english);
+/// As nohup leaves SIGHUP for the programs that it starts.
+bool isIgnored(int number) {
+  struct sigaction action {};
+  return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 gboolean endByASignal(gpointer application) {
@@ -62,8 +57,10 @@ std::optional<std::string> LinuxApplication::shortVersionString() {
 std::optional<std::string> LinuxApplication::takeSharedApplication() {
   if (application_ != nullptr) return std::nullopt;
   // Qt ends the process where it finds no display.
-  if (displayIsWanted() && !x11DisplayOpens()) {
-    return failure(sessionIsWayland() ? kWaylandOnly : kNoDisplay);
+  if (!x11DisplayOpens()) {
+    const SessionNotice& reason = sessionIsWayland() ? kWaylandOnly : kNoDisplay;
+    notifyUser(reason.hebrew);
+    return std::string(reason.english);
   }
   qunsetenv("QT_NO_GLIB");  // deferred work and every service live in GLib's main context
   QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
@@ -76,7 +73,7 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
   static char platformOption[] = "-platform";
   static char platform[] = "xcb";
   static char* arguments[] = {programName, platformOption, platform, nullptr};
-  static int argumentCount = displayIsWanted() ? 3 : 1;
+  static int argumentCount = 3;
   application_ = std::make_unique<QApplication>(argumentCount, arguments);
   QGuiApplication::setLayoutDirection(Qt::RightToLeft);
   QGuiApplication::setWindowIcon(applicationIcon());
@@ -89,10 +86,13 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
                    Qt::DirectConnection);
   QObject::connect(application_.get(), &QGuiApplication::saveStateRequest, application_.get(), neverRestart,
                    Qt::DirectConnection);
-  if (displayIsWanted() && sessionIsWayland()) {
-    std::fprintf(stderr, "lexwend: %s\n", failure(kWaylandWithX11).c_str());
-  }
+  if (sessionIsWayland()) notifyUser(kWaylandWithX11.hebrew);
   return std::nullopt;
+}
+
+std::optional<std::string> LinuxApplication::notice() {
+  if (!sessionIsWayland()) return std::nullopt;
+  return std::string(kWaylandWithX11.english);
 }
 
 void LinuxApplication::setDelegate(std::function<void()> didFinishLaunching) {
@@ -102,9 +102,9 @@ void LinuxApplication::setDelegate(std::function<void()> didFinishLaunching) {
 void LinuxApplication::setActivationPolicy(ActivationPolicy) {}
 
 void LinuxApplication::run() {
-  std::array<guint, kEndingSignals.size()> sources{};
-  for (std::size_t i = 0; i < kEndingSignals.size(); ++i) {
-    sources[i] = g_unix_signal_add(kEndingSignals[i], &endByASignal, this);
+  std::vector<guint> sources;
+  for (const int number : kEndingSignals) {
+    if (!isIgnored(number)) sources.push_back(g_unix_signal_add(number, &endByASignal, this));
   }
   // From within the loop, where terminate() counts.
   QTimer::singleShot(0, application_.get(), [this] {

@@ -28,9 +28,10 @@ class LinuxApplication : public Application {
   std::string displayName() override;
   std::optional<std::string> shortVersionString() override;
 
-  /// Fails without an X11 display. In a Wayland session with one it says once, in the log, on standard error
-  /// and as a notification, what works there.
+  /// Fails without an X11 display. What it says, or notice() will, it shows as a notification as well.
   std::optional<std::string> takeSharedApplication() override;
+  /// In a Wayland session that has an X11 display: what works there.
+  std::optional<std::string> notice() override;
   void setDelegate(std::function<void()> didFinishLaunching) override;
   /// An agent without windows is an accessory on X11 anyway.
   void setActivationPolicy(ActivationPolicy policy) override;

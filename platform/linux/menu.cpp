@@ -4,8 +4,12 @@
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QKeySequence>
+#include <QPainter>
+#include <QStyleOptionMenuItem>
 #include <QThread>
 #include <algorithm>
+
+#include "platform/linux/isolated_combination.h"
 
 namespace lexwend::platform {
 namespace {
@@ -13,6 +17,16 @@ namespace {
 /// An ampersand would mark a key of the menu, a tab would begin the shortcut's column.
 QString literally(const std::string& text) {
   return QString::fromStdString(text).replace('&', "&&").replace('\t', ' ');
+}
+
+/// Calls those observers that are still there and forgets the others.
+void tell(std::vector<std::weak_ptr<std::function<void()>>>& observers) {
+  observers.erase(std::remove_if(observers.begin(), observers.end(),
+                                 [](const auto& observer) { return observer.expired(); }),
+                  observers.end());
+  for (const auto& weak : std::vector(observers)) {
+    if (const auto observer = weak.lock()) (*observer)();
+  }
 }
 
 }  // namespace
@@ -62,20 +76,19 @@ void LinuxMenuItem::addTo(QMenu& menu) {
   shown_->setShortcutVisibleInContextMenu(true);
   QObject::connect(shown_, &QAction::triggered, shown_, [this] {
     if (checked_ && shown_) shown_->setChecked(*checked_);  // the mark follows the setting, not the click
-    const auto action = terminates_ ? terminate_ : action_;
-    if (action) action();
+    choose();
   });
   show(*shown_);
 }
 
+void LinuxMenuItem::choose() const {
+  const auto action = terminates_ ? terminate_ : action_;  // a copy: it may let go of this item
+  if (action) action();
+}
+
 void LinuxMenuItem::changed() {
   if (shown_) show(*shown_);
-  observers_.erase(std::remove_if(observers_.begin(), observers_.end(),
-                                  [](const auto& observer) { return observer.expired(); }),
-                   observers_.end());
-  for (const auto& weak : std::vector(observers_)) {
-    if (const auto observer = weak.lock()) (*observer)();
-  }
+  tell(observers_);
 }
 
 void LinuxMenuItem::show(QAction& action) const {
@@ -91,10 +104,35 @@ void LinuxMenuItem::show(QAction& action) const {
 
 namespace {
 
+constexpr int kLineLightness = 400;  // of the background's, in per cent
+constexpr int kSeparatorMargin = 5;  // device-independent pixels
+
 /// A menu whose shortcuts work while it is open. The toolkit offers those of a menu to windows only, and the
-/// tray's menu belongs to none.
+/// tray's menu belongs to none. The combination of keys at the end of a title is drawn in its order; the
+/// title itself, which a screen reader reads, stays as it is.
 class TrayMenu : public QMenu {
  protected:
+  void initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const override {
+    QMenu::initStyleOption(option, action);
+    const QString title = option->text.section('\t', 0, 0);
+    const auto isSign = [](QChar c) { return kModifierSigns.contains(c); };
+    const auto begin = std::find_if(title.begin(), title.end(), isSign) - title.begin();
+    option->text = withIsolated(option->text, title.mid(begin));
+    if (const auto line = lineColor()) option->palette.setColor(QPalette::Window, *line);
+  }
+  void paintEvent(QPaintEvent* event) override {
+    QMenu::paintEvent(event);
+    const auto line = lineColor();
+    if (!line) return;
+    QPainter painter(this);
+    painter.setPen(*line);
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    for (QAction* action : actions()) {
+      const QRect place = actionGeometry(action).adjusted(kSeparatorMargin, 0, -kSeparatorMargin, 0);
+      if (action->isSeparator() && place.isValid())
+        painter.drawLine(place.left(), place.center().y(), place.right(), place.center().y());
+    }
+  }
   void keyPressEvent(QKeyEvent* event) override {
     for (QAction* action : actions()) {
       const bool meant = action->isVisible() && action->isEnabled() &&
@@ -105,6 +143,15 @@ class TrayMenu : public QMenu {
       return;
     }
     QMenu::keyPressEvent(event);
+  }
+
+ private:
+  /// Of separators, empty boxes and the edge in a dark theme, where the style has them darker still: between
+  /// the background and the text.
+  std::optional<QColor> lineColor() const {
+    const QColor background = palette().color(QPalette::Base);
+    if (background.lightness() >= palette().color(QPalette::Text).lightness()) return std::nullopt;
+    return background.lighter(kLineLightness);
   }
 };
 
@@ -126,13 +173,19 @@ void LinuxMenu::setAutoenablesItems(bool) {}
 void LinuxMenu::addItem(const MenuItemRef& item) {
   auto entry = std::dynamic_pointer_cast<LinuxMenuItem>(item);
   if (entry == nullptr) return;
+  for (const auto& observer : observers_) entry->observe(observer);
   if (menu_) entry->addTo(*menu_);
-  entries_.push_back(std::move(entry));
+  added(std::move(entry));
 }
 
 void LinuxMenu::addSeparator() {
   if (menu_) menu_->addSeparator();
-  entries_.push_back(nullptr);
+  added(nullptr);
+}
+
+void LinuxMenu::added(std::shared_ptr<LinuxMenuItem> entry) {
+  entries_.push_back(std::move(entry));
+  tell(observers_);
 }
 
 QMenu& LinuxMenu::shown() {
@@ -159,6 +212,7 @@ std::optional<std::string> LinuxMenu::information() const {
 }
 
 void LinuxMenu::observe(const std::weak_ptr<std::function<void()>>& observer) {
+  observers_.push_back(observer);
   for (const auto& entry : entries_) {
     if (entry != nullptr) entry->observe(observer);
   }

@@ -30,6 +30,14 @@ class LinuxMenuItem : public MenuItem {
   void setHidden(bool hidden) override;
   void setEnabled(bool enabled) override;
 
+  const std::string& title() const { return title_; }
+  const std::string& keyEquivalent() const { return keyEquivalent_; }
+  /// Nothing when the item never had a check mark.
+  std::optional<bool> checked() const { return checked_; }
+  bool isHidden() const { return hidden_; }
+  bool isEnabled() const { return enabled_; }
+  /// What the user's choice of the item does.
+  void choose() const;
   /// The title of an item that only informs: shown, disabled and without an action.
   std::optional<std::string> information() const;
   /// Calls the observer after every change, until the observer's owner is gone.
@@ -46,7 +54,7 @@ class LinuxMenuItem : public MenuItem {
   std::function<void()> action_;
   bool terminates_ = false;
   std::string keyEquivalent_;
-  std::optional<bool> checked_;  ///< nothing: the item never had a check mark
+  std::optional<bool> checked_;
   bool hidden_ = false;
   bool enabled_ = true;
   QPointer<QAction> shown_;
@@ -65,10 +73,16 @@ class LinuxMenu : public Menu {
   QMenu& shown();
   /// The first item that only informs.
   std::optional<std::string> information() const;
+  /// Calls the observer after every change of an item and after each new entry.
   void observe(const std::weak_ptr<std::function<void()>>& observer);
+  /// From top to bottom; null is a separator.
+  const std::vector<std::shared_ptr<LinuxMenuItem>>& entries() const { return entries_; }
 
  private:
-  std::vector<std::shared_ptr<LinuxMenuItem>> entries_;  ///< null: a separator
+  void added(std::shared_ptr<LinuxMenuItem> entry);
+
+  std::vector<std::shared_ptr<LinuxMenuItem>> entries_;
+  std::vector<std::weak_ptr<std::function<void()>>> observers_;
   QPointer<QMenu> menu_;
 };
 

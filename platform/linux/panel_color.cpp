@@ -2,9 +2,9 @@
 #include "platform/linux/panel_color.h"
 
 #include <QGuiApplication>
-#include <QPalette>
 #include <QPixmap>
 #include <QScreen>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -78,6 +78,11 @@ QColor legibleOn(const QImage& panel) {
   return dark > light ? kLight : kDark;
 }
 
+QColor usualForeground(std::string_view desktop, const QPalette& palette) {
+  const bool isGnome = desktop.find("GNOME") != std::string_view::npos;
+  return isGnome ? kLight : palette.color(QPalette::WindowText);
+}
+
 QColor panelForeground(X11Connection* x11, const std::optional<QRect>& icon) {
   // Never the icon's own place alone: a symbol that covers most of it would be taken for the panel, and the
   // color would turn with each look.
@@ -85,7 +90,8 @@ QColor panelForeground(X11Connection* x11, const std::optional<QRect>& icon) {
   if (x11 != nullptr) panel = pictureOf(dockOf(*x11, icon));
   if (panel.isNull() && icon) panel = pictureOf(icon->adjusted(-icon->width(), 0, icon->width(), 0));
   if (!panel.isNull()) return legibleOn(panel);
-  return QGuiApplication::palette().color(QPalette::WindowText);
+  const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
+  return usualForeground(desktop != nullptr ? desktop : "", QGuiApplication::palette());
 }
 
 }  // namespace lexwend::platform

@@ -16,6 +16,8 @@
 #include <QWidget>
 #include <QWindow>
 
+#include "platform/linux/isolated_combination.h"
+
 namespace lexwend::platform {
 namespace {
 
@@ -91,16 +93,16 @@ class Label : public QLabel {
       : QLabel(parent), look_(look), role_(look.color) {
     setGeometry(geometryOf(look.frame, content));
     setTextFormat(Qt::PlainText);
-    show(look.text, look.color);
+    show(qtText(look.text), look.color);
   }
 
-  void show(std::string_view utf8, ColorRole role) {
+  /// Where the text names the combination, that is drawn in its order; a screen reader gets the plain text.
+  void show(const QString& text, ColorRole role, const QString& combination = {}) {
     role_ = role;
-    const QString shown = qtText(utf8);
-    setLayoutDirection(shown.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     setAlignment(alignment());
-    fit(shown);
-    setAccessibleName(shown);
+    fit(withIsolated(text, combination));
+    setAccessibleName(text);
     applyColor();
   }
 
@@ -261,9 +263,12 @@ class LinuxRecorderWindow : public RecorderWindow {
   LinuxRecorderWindow& operator=(const LinuxRecorderWindow&) = delete;
 
   void setCombination(std::string_view utf8) override {
-    panel_->combination().show(utf8, look_.combination.color);
+    combination_ = qtText(utf8);
+    panel_->combination().show(combination_, look_.combination.color, combination_);
   }
-  void setMessage(std::string_view utf8, ColorRole color) override { panel_->message().show(utf8, color); }
+  void setMessage(std::string_view utf8, ColorRole color) override {
+    panel_->message().show(qtText(utf8), color, combination_);
+  }
   void setSaveEnabled(bool enabled) override { panel_->saveButton().setEnabled(enabled); }
   void showAndMakeKey() override { panel_->showAndMakeKey(); }
   void close() override {
@@ -276,6 +281,7 @@ class LinuxRecorderWindow : public RecorderWindow {
 
  private:
   RecorderWindowLook look_;
+  QString combination_;
   QPointer<Panel> panel_;
 };
 

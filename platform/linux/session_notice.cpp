@@ -4,30 +4,20 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/date_formatter.h"
-#include "platform/files.h"
 #include "platform/linux/buses.h"
+#include "platform/linux/glib_ref.h"
 #include "platform/linux/identity.h"
 
 namespace lexwend::platform {
-namespace {
-
-constexpr char kLogFile[] = "/Library/Logs/Lexwend.log";
-constexpr char kLogDatePattern[] = "yyyy-MM-dd HH:mm:ss.SSS";
-
-}  // namespace
 
 const SessionNotice kWaylandWithX11 = {
     "this is a Wayland session: the hot key and the fix work in X11 (XWayland) windows only; in Wayland "
-    "windows "
-    "nothing is read or changed",
+    "windows nothing is read or changed",
     "זו סביבת Wayland: מקש הקיצור והתיקון פועלים רק בחלונות X11 (XWayland). בחלונות Wayland שום דבר לא נקרא "
-    "ולא "
-    "משתנה."};
+    "ולא משתנה."};
 const SessionNotice kWaylandOnly = {
     "this Wayland session has no X11 display (XWayland), so the hot key and the fix cannot work here; "
-    "conversion on "
-    "the command line works: lexwend-convert",
+    "conversion on the command line works: lexwend-convert",
     "בסביבת Wayland הזו אין תצוגת X11 (XWayland), ולכן מקש הקיצור והתיקון לא יכולים לפעול בה."};
 const SessionNotice kNoDisplay = {"no X11 display can be opened; the agent needs one (DISPLAY)", ""};
 
@@ -36,19 +26,6 @@ bool sessionIsWayland() {
   const char* type = std::getenv("XDG_SESSION_TYPE");
   return (display != nullptr && display[0] != '\0') ||
          (type != nullptr && std::string_view(type) == "wayland");
-}
-
-void writeToLog(std::string_view message) {
-  const auto line =
-      dateFormatters().withPattern(kLogDatePattern).stringFromNow() + ' ' + std::string(message) + '\n';
-  const auto path = files().homeDirectoryForCurrentUser() + kLogFile;
-  if (const auto log = files().fileHandleForWriting(path)) {
-    log->seekToEndOfFile();
-    log->write(line);
-    log->close();
-  } else {
-    files().writeWholeFile(path, line);
-  }
 }
 
 void notifyUser(std::string_view sentence) {
@@ -60,14 +37,13 @@ void notifyUser(std::string_view sentence) {
   g_variant_builder_init(&noActions, G_VARIANT_TYPE("as"));
   g_variant_builder_init(&noHints, G_VARIANT_TYPE("a{sv}"));
   constexpr gint32 kServersChoice = -1;  // of how long it stays
-  // With its answer, since the process may end right after this; a flush would have no time limit.
-  GVariant* const answer = g_dbus_connection_call_sync(
+  // Not a flush, which would have no time limit.
+  const GVariantRef answer(g_dbus_connection_call_sync(
       bus, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "org.freedesktop.Notifications",
       "Notify",
       g_variant_new("(susssasa{sv}i)", name.c_str(), 0U, std::string(kIdentifier).c_str(), name.c_str(),
                     std::string(sentence).c_str(), &noActions, &noHints, kServersChoice),
-      nullptr, G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, nullptr, nullptr);
-  if (answer != nullptr) g_variant_unref(answer);
+      nullptr, G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, nullptr, nullptr));
 }
 
 }  // namespace lexwend::platform

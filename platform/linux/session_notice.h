@@ -20,10 +20,8 @@ extern const SessionNotice kWaylandOnly;
 /// Why no agent can run without any display.
 extern const SessionNotice kNoDisplay;
 
-/// One line in the agent's log, in the form of all its lines. The folder is not created; failures are silent.
-void writeToLog(std::string_view message);
-/// Asks the desktop to show the sentence, without waiting for it; nothing happens where nobody shows
-/// notifications.
+/// Asks the desktop to show the sentence and waits until it has taken it, for kBusCallTimeout at most: the
+/// process may end right after. Nothing happens where nobody shows notifications.
 void notifyUser(std::string_view sentence);
 
 }  // namespace lexwend::platform

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/status_item.h"
 
+#include <QCoreApplication>
 #include <QCursor>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QScreen>
@@ -11,6 +13,7 @@
 #include "platform/linux/buses.h"
 #include "platform/linux/identity.h"
 #include "platform/linux/menu.h"
+#include "platform/linux/menu_export.h"
 #include "platform/linux/panel_color.h"
 #include "platform/linux/status_notifier.h"
 #include "platform/linux/symbol_image.h"
@@ -19,8 +22,24 @@
 namespace lexwend::platform {
 namespace {
 
-/// After this a panel that has just appeared has drawn itself, so that its color can be seen.
+/// After this a panel that has just appeared, or has another theme, has drawn itself: its color can be seen.
 constexpr std::chrono::milliseconds kPanelDrawn(1000);
+
+/// Reports each change of the desktop's colors.
+class ThemeWatch : public QObject {
+ public:
+  explicit ThemeWatch(std::function<void()> changed) : changed_(std::move(changed)) {
+    QCoreApplication::instance()->installEventFilter(this);
+  }
+  bool eventFilter(QObject* receiver, QEvent* event) override {
+    const bool isOfApplication = receiver == QCoreApplication::instance();
+    if (isOfApplication && event->type() == QEvent::ApplicationPaletteChange) changed_();
+    return false;
+  }
+
+ private:
+  std::function<void()> changed_;
+};
 
 class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem> {
  public:
@@ -28,11 +47,17 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
 
   void appear() {
     watchForTrays();
+    // The panel follows the same theme, sooner or later.
+    theme_.emplace([this] {
+      drawIcon();
+      drawIconAgain();
+    });
     GDBusConnection* bus = sessionBus();
     if (bus == nullptr) {
       hostPresenceKnown(false);
       return;
     }
+    exported_.emplace(bus);
     notifier_.emplace(bus, StatusNotifier::Events{[this] { openMenu(); },
                                                   [this](bool present) { hostPresenceKnown(present); }});
   }
@@ -46,6 +71,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
     menu_ = std::dynamic_pointer_cast<LinuxMenu>(menu);
     menuChanged_ = std::make_shared<std::function<void()>>([this] { showToolTip(); });
     if (menu_ != nullptr) menu_->observe(menuChanged_);
+    if (exported_) exported_->setMenu(menu_);
     showToolTip();
   }
 
@@ -126,6 +152,8 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
   std::shared_ptr<LinuxMenu> menu_;
   std::shared_ptr<std::function<void()>> menuChanged_;
   X11Connection::Observation trays_;
+  std::optional<ThemeWatch> theme_;
+  std::optional<MenuExport> exported_;
   std::optional<StatusNotifier> notifier_;
   std::unique_ptr<QSystemTrayIcon> embedded_;
 };

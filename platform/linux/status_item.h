@@ -13,8 +13,9 @@ namespace lexwend::platform {
 class X11Connection;
 
 /// The tray: a StatusNotifier item for panels that show such items, else an icon in an XEmbed tray; whichever
-/// is there, appears later or comes back. In both, a click with any button opens the agent's own menu, drawn
-/// right to left. The tooltip is the menu's first item that only informs.
+/// is there, appears later or comes back. In both, a click opens the agent's own menu, drawn right to left,
+/// but where a panel insists on drawing the menu itself. The tooltip is the menu's first item that only
+/// informs.
 class LinuxStatusBar : public StatusBar {
  public:
   struct Needs {

@@ -5,6 +5,7 @@
 
 #include "platform/linux/buses.h"
 #include "platform/linux/identity.h"
+#include "platform/linux/menu_export.h"
 
 namespace lexwend::platform {
 namespace {
@@ -13,8 +14,6 @@ constexpr char kWatcherName[] = "org.kde.StatusNotifierWatcher";
 constexpr char kWatcherPath[] = "/StatusNotifierWatcher";
 constexpr char kItemPath[] = "/StatusNotifierItem";
 constexpr char kItemInterface[] = "org.kde.StatusNotifierItem";
-/// What panels take for "no menu of its own".
-constexpr char kNoMenuPath[] = "/NO_DBUSMENU";
 
 constexpr char kIntrospection[] = R"xml(<node><interface name="org.kde.StatusNotifierItem">
   <property name="Category" type="s" access="read"/>
@@ -60,8 +59,7 @@ GVariant* pixmaps(const QList<QImage>& images) {
 
 }  // namespace
 
-StatusNotifier::StatusNotifier(GDBusConnection* bus, Events events)
-    : bus_(bus), events_(std::move(events)), cancellable_(g_cancellable_new()) {
+StatusNotifier::StatusNotifier(GDBusConnection* bus, Events events) : bus_(bus), events_(std::move(events)) {
   static constexpr GDBusInterfaceVTable kItem = {
       &StatusNotifier::methodCalled, &StatusNotifier::propertyAsked, nullptr, {}};
   object_ =
@@ -75,8 +73,7 @@ StatusNotifier::StatusNotifier(GDBusConnection* bus, Events events)
 }
 
 StatusNotifier::~StatusNotifier() {
-  g_cancellable_cancel(cancellable_);
-  g_object_unref(cancellable_);
+  g_cancellable_cancel(cancellable_.get());
   g_bus_unwatch_name(watch_);
   g_dbus_connection_signal_unsubscribe(bus_, subscription_);
   if (object_ != 0) g_dbus_connection_unregister_object(bus_, object_);
@@ -117,7 +114,7 @@ GVariant* StatusNotifier::propertyAsked(GDBusConnection*, const char*, const cha
   if (name == "IconPixmap") return pixmaps(self.icons_);
   if (name == "IconAccessibleDesc") return g_variant_new_string(self.description_.c_str());
   if (name == "ItemIsMenu") return g_variant_new_boolean(FALSE);
-  if (name == "Menu") return g_variant_new_object_path(kNoMenuPath);
+  if (name == "Menu") return g_variant_new_object_path(MenuExport::kPath);
   return g_variant_new("(s@a(iiay)ss)", "", pixmaps({}), self.toolTipTitle_.c_str(),
                        self.toolTipText_.c_str());
 }
@@ -148,24 +145,22 @@ void StatusNotifier::registerWithWatcher() {
 void StatusNotifier::askForHosts() {
   g_dbus_connection_call(bus_, kWatcherName, kWatcherPath, "org.freedesktop.DBus.Properties", "Get",
                          g_variant_new("(ss)", kWatcherName, "IsStatusNotifierHostRegistered"),
-                         G_VARIANT_TYPE("(v)"), G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, cancellable_,
+                         G_VARIANT_TYPE("(v)"), G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, cancellable_.get(),
                          &StatusNotifier::hostsTold, this);
 }
 
 void StatusNotifier::hostsTold(GObject* source, GAsyncResult* result, void* self) {
-  GError* error = nullptr;
-  GVariant* reply = g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error);
+  GError* failure = nullptr;
+  const GVariantRef reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &failure));
+  const GErrorRef error(failure);
   // A cancelled call belongs to an item that is gone.
-  const bool cancelled = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE;
-  g_clear_error(&error);
-  if (cancelled) return;
+  if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) return;
   bool present = false;
   if (reply != nullptr) {
-    GVariant* value = nullptr;
-    g_variant_get(reply, "(v)", &value);
-    present = g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN) && g_variant_get_boolean(value) != FALSE;
-    g_variant_unref(value);
-    g_variant_unref(reply);
+    const GVariantRef boxed(g_variant_get_child_value(reply.get(), 0));
+    const GVariantRef value(g_variant_get_variant(boxed.get()));
+    present = g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN) &&
+              g_variant_get_boolean(value.get()) != FALSE;
   }
   static_cast<StatusNotifier*>(self)->events_.hostPresenceKnown(present);
 }

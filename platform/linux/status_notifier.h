@@ -6,17 +6,17 @@
 #include <functional>
 #include <string>
 
-#include <gio/gio.h>
+#include "platform/linux/glib_ref.h"
 
 namespace lexwend::platform {
 
 /// The agent's item on the session bus, as the StatusNotifierItem specification describes it, for panels that
-/// show such items. It gives no menu: a panel then reports the click, and the menu shown is the agent's own,
-/// which is drawn right to left everywhere. Main thread only.
+/// show such items. Most of them report a click, and then the menu shown is the agent's own, which is drawn
+/// right to left everywhere; others draw the menu that the item names (MenuExport). Main thread only.
 class StatusNotifier {
  public:
   struct Events {
-    std::function<void()> clicked;                ///< with any button
+    std::function<void()> clicked;                ///< with a button that opens no menu of the panel's
     std::function<void(bool)> hostPresenceKnown;  ///< whether some panel shows items now; at every change
   };
 
@@ -45,7 +45,7 @@ class StatusNotifier {
 
   GDBusConnection* bus_;
   Events events_;
-  GCancellable* cancellable_;
+  GObjectRef<GCancellable> cancellable_{g_cancellable_new()};
   guint object_ = 0;
   guint watch_ = 0;
   guint subscription_ = 0;

@@ -59,6 +59,7 @@ class MacApplication : public Application {
     application_ = [NSApplication sharedApplication];
     return std::nullopt;
   }
+  std::optional<std::string> notice() override { return std::nullopt; }
   void setDelegate(std::function<void()> didFinishLaunching) override {
     delegate_ = [[LXWApplicationDelegate alloc] initWithDidFinishLaunching:std::move(didFinishLaunching)];
     application_.delegate = delegate_;

@@ -172,14 +172,24 @@ TEST(Entry, missingBundleIdentifierFallsBackToTheApplicationsOwn) {
   EXPECT_FALSE(start.agentRan());
 }
 
-TEST(Entry, reasonWhyNoAgentCanRunGoesToStandardError) {
+TEST(Entry, reasonWhyNoAgentCanRunGoesToStandardErrorAndTheLog) {
   Start start;
   start.host.failNext(FakeOperation::takeSharedApplication);
   EXPECT_EQ(start(), 1);
   EXPECT_EQ(start.err.str(), "lexwend: There is no desktop to run on.\n");
+  EXPECT_THAT(start.host.logMessages(), ElementsAre("There is no desktop to run on."));
   EXPECT_EQ(start.out.str(), "");
   EXPECT_EQ(start.host.statusBar().item(), nullptr);
   EXPECT_FALSE(start.agentRan());
+}
+
+TEST(Entry, noticeAboutTheSessionGoesToStandardErrorAndTheLogAndTheAgentRuns) {
+  Start start;
+  start.host.application().sessionNotice = "Half of it works here.";
+  EXPECT_EQ(start(), 0);
+  EXPECT_EQ(start.err.str(), "lexwend: Half of it works here.\n");
+  EXPECT_EQ(start.host.logMessages().front(), "Half of it works here.");
+  EXPECT_TRUE(start.agentRan());
 }
 
 TEST(Entry, startsTheAgentStepByStep) {

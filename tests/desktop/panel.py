@@ -18,6 +18,14 @@ def call(destination, path, interface, method, signature=None, *arguments):
     return bus.call_sync(destination, path, interface, method, parameters, None, Gio.DBusCallFlags.NONE, -1, None).unpack()
 
 
+def start_ready(session, program):
+    """Starts a program of this folder, which prints a line as soon as it is ready."""
+    process = session.start(['/usr/bin/python3', '-B', str(HERE / program)], stdout=subprocess.PIPE, text=True)
+    if process.stdout.readline() != 'ready\n':
+        raise DesktopError(f'{program} did not start')
+    return process
+
+
 class Panel:
     """A StatusNotifier panel and what it is told about the agent."""
 
@@ -26,10 +34,7 @@ class Panel:
         self.process = None
 
     def start(self):
-        self.process = self.session.start(['/usr/bin/python3', '-B', str(HERE / 'status_watcher.py')],
-                                          stdout=subprocess.PIPE, text=True)
-        if self.process.stdout.readline() != 'ready\n':
-            raise DesktopError('the panel did not start')
+        self.process = start_ready(self.session, 'status_watcher.py')
 
     def next_item(self):
         """The monotonic time at which the next item came, or came since this was last asked."""
@@ -55,6 +60,11 @@ class Panel:
     def item(self, name):
         return call(self.items()[0], '/StatusNotifierItem', PROPERTIES, 'Get', '(ss)', ITEM, name)[0]
 
+    def menu_property(self, entry, name):
+        """Of the menu that is offered to panels; its entries are counted from 1."""
+        path = self.item('Menu')
+        return call(self.items()[0], path, 'com.canonical.dbusmenu', 'GetProperty', '(is)', entry, name)[0]
+
     def expect_drawn_icon(self):
         """Every size has its pixels, and more than one of them is seen."""
         pictures = self.item('IconPixmap')
@@ -66,6 +76,58 @@ class Panel:
     def click_item(self):
         self.expect_item()
         call(self.items()[0], '/StatusNotifierItem', ITEM, 'Activate', '(ii)', 0, 0)
+
+
+# A panel at the top of the screen with nothing but the items, so that the first one stands in the corner.
+XFCE_PANEL = """<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array">
+    <value type="int" value="1"/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value="p=6;x=0;y=0"/>
+      <property name="position-locked" type="bool" value="true"/>
+      <property name="length" type="uint" value="100"/>
+      <property name="size" type="uint" value="{side}"/>
+      <property name="plugin-ids" type="array"><value type="int" value="1"/></property>
+    </property>
+  </property>
+  <property name="plugins" type="empty"><property name="plugin-1" type="string" value="systray"/></property>
+</channel>
+"""
+
+
+class DesktopPanel:
+    """Xfce's panel, with one item to be clicked on."""
+    LEFT, RIGHT = 1, 3
+    SIDE = 32
+
+    def __init__(self, session):
+        self.keyboard = session.keyboard
+        settings = session.home / '.config' / 'xfce4' / 'xfconf' / 'xfce-perchannel-xml' / 'xfce4-panel.xml'
+        settings.parent.mkdir(parents=True)
+        settings.write_text(XFCE_PANEL.format(side=self.SIDE), encoding='utf-8')
+        session.start(['xfce4-panel', '--disable-wm-check'])
+
+    def _icon_is_seen(self):
+        pixels = subprocess.run(['import', '-silent', '-window', 'root', '-crop', f'{self.SIDE}x{self.SIDE}+0+0', '-depth', '8',
+                                 'gray:-'], capture_output=True, check=True).stdout
+        return max(pixels) - min(pixels) > 100
+
+    def click_item(self, button):
+        self.keyboard.click(self.SIDE // 2, self.SIDE // 2, button)
+
+    def draw_menu_of_item(self, reader, title):
+        """Has the panel draw the menu with that title. It answers with a menu of its own until the item is in its place."""
+        def drawn():
+            self.click_item(self.RIGHT)
+            items = reader.hear_drawn_menu()
+            if title in items:
+                return items
+            self.keyboard.press('Escape')
+            return None
+        until(self._icon_is_seen, 'the icon in the panel')
+        return until(drawn, 'the panel to draw the menu of the item')
 
 
 @dataclass
@@ -88,6 +150,7 @@ class ScreenReader:
         self.error = GLib.Error
         self.context = GLib.MainContext.default()
         self.menu = None
+        self.drawn_menu = None
         self.focus = None
         self.listener = Atspi.EventListener.new(self._heard)
         for event in ('object:state-changed:focused', 'object:state-changed:showing'):
@@ -101,6 +164,8 @@ class ScreenReader:
         if role == self.atspi.Role.POPUP_MENU and event.type.startswith('object:state-changed:showing'):
             self.menu = event.source if event.detail1 else None
             self.focus = None
+        elif role == self.atspi.Role.MENU and event.type.startswith('object:state-changed:focused') and event.detail1:
+            self.drawn_menu = event.source
         elif role == self.atspi.Role.MENU_ITEM and event.type.startswith('object:state-changed:focused') and event.detail1:
             self.focus = event.source.get_name()
 
@@ -114,6 +179,23 @@ class ScreenReader:
             return self.menu
         until(shown, 'the menu to open')
 
+    def hear_drawn_menu(self):
+        """Waits for a menu that the panel draws, and returns the visible items with their middles on the screen."""
+        def shown():
+            self._listen()
+            return self.drawn_menu
+        menu = until(shown, 'the panel to draw the menu')
+        self.drawn_menu = None
+        state = self.atspi.StateType
+        items = {}
+        for entry in self._entries(menu):
+            states = entry.get_state_set()
+            if entry.get_role() != self.atspi.Role.SEPARATOR and states.contains(state.SHOWING):
+                place = self.atspi.Component.get_extents(entry, self.atspi.CoordType.SCREEN)
+                item = Item(True, states.contains(state.ENABLED), states.contains(state.CHECKED))
+                items[entry.get_name()] = (item, (place.x + place.width // 2, place.y + place.height // 2))
+        return items
+
     def menu_is_closed(self):
         self._listen()
         return self.menu is None
@@ -122,8 +204,9 @@ class ScreenReader:
         self._listen()
         return self.focus
 
-    def _entries(self):
-        return [self.menu.get_child_at_index(i) for i in range(self.menu.get_child_count())]
+    def _entries(self, menu=None):
+        menu = menu or self.menu
+        return [menu.get_child_at_index(i) for i in range(menu.get_child_count())]
 
     def menu_titles(self):
         """From top to bottom; a separator has none."""

@@ -155,11 +155,16 @@ class Keyboard:
         self.x11.XQueryKeymap(self.display, keys)
         return [code for code in range(256) if keys[code // 8] & 1 << code % 8]
 
-    def click(self, x, y):
-        """Presses and releases the first button there, in pixels of the screen."""
+    def point(self, x, y):
+        """Moves the mouse there, in pixels of the screen."""
         self.xtst.XTestFakeMotionEvent(self.display, -1, x, y, ctypes.c_ulong(0))
+        self.x11.XSync(self.display, 0)
+
+    def click(self, x, y, button=1):
+        """Moves the mouse there, and presses and releases one of its buttons."""
+        self.point(x, y)
         for is_down in (1, 0):
-            self.xtst.XTestFakeButtonEvent(self.display, 1, is_down, ctypes.c_ulong(0))
+            self.xtst.XTestFakeButtonEvent(self.display, button, is_down, ctypes.c_ulong(0))
         self.x11.XSync(self.display, 0)
 
     def take(self, key, modifiers):

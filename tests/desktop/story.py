@@ -10,7 +10,7 @@ import os
 import signal
 import subprocess
 
-from panel import Panel, ScreenReader
+from panel import DesktopPanel, Panel, ScreenReader, start_ready
 from session import run_scene, until
 from stage import in_each_editor, main, scene, scene_on
 from tray import Screen, Tray
@@ -21,9 +21,9 @@ SWITCH_LAYOUT = 'החלף שפת מקלדת אחרי תיקון'
 LOGIN_ITEM = 'הפעל עם הכניסה למחשב'
 COMPATIBILITY = 'מצב תאימות (דרך הלוח)'
 PERMISSION = 'נדרש אישור נגישות…'
-STATUS = 'גרסה 0.1.0 · פריסה מהמערכת · פעיל'
+READY = 'פריסה מהמערכת · פעיל'
+WAITING = 'ממתין לאישור נגישות'
 QUIT = 'יציאה'
-WAITING_STATUS = 'גרסה 0.1.0 · ממתין לאישור נגישות'
 
 RECORDER = 'מקש קיצור'
 PROMPT = 'לחץ על צירוף המקשים שתרצה להפעיל בו את התיקון'
@@ -42,6 +42,11 @@ NEEDS_PERMISSION = 'נדרש אישור נגישות'
 NEEDS_PERMISSION_WHY = ('כדי לתקן טקסט מסומן, האפליקציה צריכה אישור לשלוט במחשב דרך הנגישות. '
                         'האישור ניתן פעם אחת בהגדרות המערכת. '
                         'האפליקציה לא שומרת ולא שולחת שום הקלדה.')
+
+
+X11_WINDOWS_ONLY = ('זו סביבת Wayland: מקש הקיצור והתיקון פועלים רק בחלונות X11 (XWayland). '
+                    'בחלונות Wayland שום דבר לא נקרא ולא משתנה.')
+NO_X11_DISPLAY = 'בסביבת Wayland הזו אין תצוגת X11 (XWayland), ולכן מקש הקיצור והתיקון לא יכולים לפעול בה.'
 
 
 class User:
@@ -93,6 +98,34 @@ class User:
         until(lambda: not self.reader.window(RECORDER), 'the recorder to close')
 
 
+def status(stage, state):
+    """The menu's information line."""
+    told = subprocess.run([str(stage.agent_path), '--version'], capture_output=True, text=True, check=True).stdout
+    return f'גרסה {told.split()[1]} · {state}'
+
+
+def usual_states(stage):
+    """Of the menu's items, whether each is enabled and checked. The permission's item is not shown."""
+    return {FIX + 'F2': (True, False), CHANGE_KEY: (True, False), SWITCH_LAYOUT: (True, True), LOGIN_ITEM: (True, True),
+            COMPATIBILITY: (True, False), status(stage, READY): (False, False), QUIT: (True, False)}
+
+
+class StandIn:
+    """A program by that name that only notes with which arguments it was run."""
+
+    def __init__(self, stage, name):
+        folder = stage.session.folder / 'bin'
+        folder.mkdir()
+        self.notes = folder / 'notes'
+        program = folder / name
+        program.write_text(f'#!/bin/sh\necho "$@" >> "{self.notes}"\n', encoding='utf-8')
+        program.chmod(0o755)
+        os.environ['PATH'] = f'{folder}:{os.environ["PATH"]}'
+
+    def runs(self):
+        return self.notes.read_text(encoding='utf-8').splitlines() if self.notes.exists() else []
+
+
 def registrations(stage):
     return [line.partition(' hotkey: ')[2] for line in stage.session.log().splitlines() if ' hotkey: ' in line]
 
@@ -109,16 +142,15 @@ def the_menu_reads_to_the_letter(stage):
     stage.start_agent()
     user.panel.expect_item()
     assert user.panel.item('Title') == 'Lexwend'
-    assert user.panel.item('ToolTip')[2:] == ('Lexwend', STATUS), user.panel.item('ToolTip')
+    assert user.panel.item('ToolTip')[2:] == ('Lexwend', status(stage, READY)), user.panel.item('ToolTip')
     user.panel.expect_drawn_icon()
 
     items = user.open_menu()
-    titles = [FIX + 'F2', CHANGE_KEY, None, SWITCH_LAYOUT, LOGIN_ITEM, COMPATIBILITY, None, PERMISSION, STATUS, None, QUIT]
+    titles = [FIX + 'F2', CHANGE_KEY, None, SWITCH_LAYOUT, LOGIN_ITEM, COMPATIBILITY, None, PERMISSION,
+              status(stage, READY), None, QUIT]
     assert user.reader.menu_titles() == titles, user.reader.menu_titles()
     states = {title: (item.is_enabled, item.is_checked) for title, item in items.items() if item.is_shown}
-    assert states == {FIX + 'F2': (True, False), CHANGE_KEY: (True, False), SWITCH_LAYOUT: (True, True),
-                      LOGIN_ITEM: (True, True), COMPATIBILITY: (True, False), STATUS: (False, False),
-                      QUIT: (True, False)}, states  # and so the permission's item is not shown
+    assert states == usual_states(stage), states
     user.close_menu()
 
 
@@ -301,10 +333,9 @@ def an_embedded_tray_shows_the_icon_and_opens_the_menu(stage):
         tray.start()
 
 
-@scene
-def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
-    tray, screen = Tray(stage.session), Screen(stage.session)
-    stage.start_agent()
+def expect_legible_icon(session):
+    """On a dark tray and then on a light one, where it is left; returns its pixels there."""
+    tray, screen = Tray(session), Screen(session)
 
     def usual(is_legible):
         # All of it in one look: a tray that is being set up shows other backgrounds first.
@@ -315,7 +346,14 @@ def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
     until(lambda: usual(lambda pixels: pixels[0] == 0x20 and max(pixels) > 180), 'a light icon on a dark tray')
     tray.end()
     tray.start('#f0f0f0')
-    icon = until(lambda: usual(lambda pixels: pixels[0] == 0xf0 and min(pixels) < 80), 'a dark icon on a light tray')
+    return until(lambda: usual(lambda pixels: pixels[0] == 0xf0 and min(pixels) < 80), 'a dark icon on a light tray')
+
+
+@scene
+def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
+    screen = Screen(stage.session)
+    stage.start_agent()
+    icon = expect_legible_icon(stage.session)
     stage.keyboard.press('F2')  # nothing is selected
     until(lambda: screen.icon_pixels() != icon, 'the cross to be shown')
     until(lambda: screen.icon_pixels() == icon, 'the usual icon to come back')
@@ -323,15 +361,49 @@ def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
 
 
 @scene
+def a_dense_display_shows_windows_twice_as_large_and_the_icon_as_sharp(stage):
+    os.environ['QT_SCALE_FACTOR'] = '2'
+    user = User(stage)
+    stage.start_agent()
+    expect_legible_icon(stage.session)
+    user.panel.start()
+    user.panel.expect_item()
+    user.panel.expect_drawn_icon()
+    sides = [width for width, _, _ in user.panel.item('IconPixmap')]
+    assert sides == [16, 22, 24, 32, 48, 64], sides  # pixels of the screen
+    user.open_recorder()
+    user.expect_recorder('F2', CURRENT_KEY, may_save=False)
+    Screen(stage.session).window('the recorder', (800, 800), (420, 420))
+
+
+@scene
 def a_desktop_panel_shows_the_item_and_no_second_icon(stage):
     user = User(stage)
     stage.start_agent()
-    stage.session.start(['xfce4-panel', '--disable-wm-check'])
+    DesktopPanel(stage.session)
     user.panel.expect_item()
     screen = Screen(stage.session)
     until(lambda: not [w for w in screen.windows() if w[2] < 100], 'no icon in an XEmbed tray as well')
     assert FIX + 'F2' in user.open_menu()
     user.close_menu()
+
+
+@scene
+def a_desktop_panel_draws_the_menu_itself_at_the_second_button_of_the_mouse(stage):
+    user = User(stage)
+    stage.start_agent()
+    panel = DesktopPanel(stage.session)
+    user.panel.expect_item()
+    items = panel.draw_menu_of_item(user.reader, QUIT)
+    states = {title: (item.is_enabled, item.is_checked) for title, (item, _) in items.items()}
+    assert states == usual_states(stage), states
+    stage.keyboard.click(*items[SWITCH_LAYOUT][1])
+    until(lambda: user.panel.menu_property(4, 'toggle-state') == 0, 'the check mark to go')
+    panel.click_item(panel.LEFT)
+    user.reader.hear_menu()  # the agent's own
+    assert not user.reader.menu_items()[SWITCH_LAYOUT].is_checked
+    user.close_menu()
+    assert not panel.draw_menu_of_item(user.reader, QUIT)[SWITCH_LAYOUT][0].is_checked
 
 
 @scene
@@ -344,45 +416,64 @@ def an_interrupt_ends_the_agent_like_a_request(stage):
 
 @scene
 def a_session_of_another_kind_is_told_in_one_sentence(stage):
+    notifications = start_ready(stage.session, 'notification_server.py')
     os.environ.update(WAYLAND_DISPLAY='wayland-of-nobody', XDG_SESSION_TYPE='wayland')
     stage.start_agent()
     assert stage.session.end(stage.agent) == 0
     said = stage.agent.stderr.read().decode()
     assert said.startswith('lexwend: this is a Wayland session: ') and said.count('\n') == 1, said
-    assert said[len('lexwend: '):] in stage.session.log(), stage.session.log()
+    assert stage.session.log().count(said[len('lexwend: '):]) == 1, stage.session.log()
 
     def refused():
         return subprocess.run([str(stage.agent_path)], capture_output=True, text=True, timeout=10, check=False)
 
-    for display in ('', ':9999'):
+    for count, display in enumerate(('', ':9999'), start=1):
         os.environ['DISPLAY'] = display
         answer = refused()
         assert answer.returncode == 1, answer
         assert answer.stderr.startswith('lexwend: this Wayland session has no X11 display'), answer.stderr
         assert answer.stderr.count('\n') == 1, answer.stderr
+        assert stage.session.log().count(answer.stderr[len('lexwend: '):]) == count, stage.session.log()
     del os.environ['WAYLAND_DISPLAY'], os.environ['XDG_SESSION_TYPE']
     answer = refused()
     assert (answer.returncode, answer.stderr) == (1, 'lexwend: no X11 display can be opened; the agent needs one (DISPLAY)\n'), answer
+
+    stage.session.end(notifications)
+    shown = notifications.stdout.read().splitlines()
+    assert shown == [X11_WINDOWS_ONLY, NO_X11_DISPLAY, NO_X11_DISPLAY], shown
 
 
 @scene_on(server_options=('-extension', 'XTEST'))
 def a_desktop_that_cannot_be_controlled_is_told(stage):
     """No key can be simulated there, by nobody, so the screen reader presses what is to be pressed."""
+    settings = StandIn(stage, 'gnome-control-center')
+    os.environ['XDG_CURRENT_DESKTOP'] = 'GNOME'
     user = User(stage)
+    waiting = status(stage, WAITING)
     user.panel.start()
     stage.start_agent()
     user.panel.expect_item()
-    assert user.panel.item('ToolTip')[3] == WAITING_STATUS, user.panel.item('ToolTip')
+    assert user.panel.item('ToolTip')[3] == waiting, user.panel.item('ToolTip')
     user.panel.click_item()
     user.reader.hear_menu()
     assert user.reader.menu_items()[PERMISSION].is_shown, user.reader.menu_items()
-    assert WAITING_STATUS in user.reader.menu_titles(), user.reader.menu_titles()
-    user.reader.press_item(FIX + 'F2')
-    until(lambda: user.reader.labels('Lexwend') == [NEEDS_PERMISSION, NEEDS_PERMISSION_WHY], 'the alert')
-    assert user.reader.buttons('Lexwend') == ['פתח הגדרות', 'ביטול'], user.reader.buttons('Lexwend')
-    assert 'fix: no permission' in stage.session.log(), stage.session.log()
-    user.reader.press_button('Lexwend', 'ביטול')
-    until(lambda: not user.reader.window('Lexwend'), 'the alert to close')
+    assert waiting in user.reader.menu_titles(), user.reader.menu_titles()
+    user.reader.press_item(PERMISSION)
+    until(lambda: settings.runs() == ['universal-access'], 'the accessibility settings')
+
+    for button, runs in (('ביטול', 1), ('פתח הגדרות', 2)):
+        user.reader.press_item(FIX + 'F2')
+        until(lambda: user.reader.labels('Lexwend') == [NEEDS_PERMISSION, NEEDS_PERMISSION_WHY], 'the alert')
+        assert user.reader.buttons('Lexwend') == ['פתח הגדרות', 'ביטול'], user.reader.buttons('Lexwend')
+        assert 'fix: no permission' in stage.session.log(), stage.session.log()
+        user.reader.press_button('Lexwend', button)
+        until(lambda: not user.reader.window('Lexwend'), 'the alert to close')
+        until(lambda n=runs: settings.runs() == ['universal-access'] * n, f'{runs} runs of the accessibility settings')
+        until(user.reader.menu_is_closed, 'the menu to close')  # the alert closes it, such a press does not
+        user.panel.click_item()
+        user.reader.hear_menu()
+    # Settings grant nothing on such a display.
+    assert user.panel.item('ToolTip')[3] == waiting, user.panel.item('ToolTip')
     assert stage.agent.poll() is None, 'the agent has ended'
 
 

@@ -6,12 +6,15 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <array>
+#include <cstring>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 
 #include "platform/key_monitor.h"
+#include "platform/linux/x11_connection.h"
 #include "tests/linux/ui/private_desktop.h"
 
 namespace lexwend::platform {
@@ -87,6 +90,25 @@ TEST_F(Recorder, standsWhereTheLookPutsItCountedFromTheBottom) {
   EXPECT_EQ(shown().minimumSize(), shown().maximumSize());
 }
 
+TEST_F(Recorder, asksTheWindowManagerForNoOtherButtonThanTheCloseBox) {
+  open();
+  const auto x11 = X11Connection::open();
+  const auto hints = x11->property(static_cast<xcb_window_t>(shown().winId()), x11->atom("_MOTIF_WM_HINTS"));
+  ASSERT_TRUE(hints.has_value());
+  ASSERT_GE(hints->size(), 3 * sizeof(std::uint32_t));
+  std::array<std::uint32_t, 3> values{};  // which follow, functions, decorations
+  std::memcpy(values.data(), hints->data(), sizeof(values));
+  constexpr std::uint32_t kBothFollow = 3;
+  constexpr std::uint32_t kMinimizeFunction = 8;
+  constexpr std::uint32_t kMaximizeFunction = 16;
+  constexpr std::uint32_t kCloseFunction = 32;
+  constexpr std::uint32_t kMinimizeButton = 32;
+  constexpr std::uint32_t kMaximizeButton = 64;
+  EXPECT_EQ(values[0] & kBothFollow, kBothFollow);
+  EXPECT_EQ(values[1] & (kMinimizeFunction | kMaximizeFunction | kCloseFunction), kCloseFunction);
+  EXPECT_EQ(values[2] & (kMinimizeButton | kMaximizeButton), 0U);
+}
+
 TEST_F(Recorder, showsEveryTextCompletely) {
   open();
   for (const auto* text :
@@ -108,6 +130,49 @@ TEST_F(Recorder, showsEveryTextCompletely) {
     }
     EXPECT_EQ(labels, 3);
   }
+}
+
+TEST_F(Recorder, drawsACombinationInItsOrderAndLeavesItsTextAsItIs) {
+  open();
+  const auto drawn = [](const QString& accessibleName) {
+    for (const auto* label : shown().findChildren<QLabel*>()) {
+      if (label->accessibleName() == accessibleName) return QString(label->text()).replace('\n', ' ');
+    }
+    return QString("no such text");
+  };
+  const QString isolated = QChar(0x2066) + QString("⌘,") + QChar(0x2069);
+  window->setCombination("⌘,");
+  window->setMessage("הצירוף ⌘, שמור למערכת.", ColorRole::systemRed);
+  EXPECT_EQ(drawn("⌘,"), isolated);
+  EXPECT_EQ(drawn("הצירוף ⌘, שמור למערכת."), "הצירוף " + isolated + " שמור למערכת.");
+  window->setCombination(",");
+  window->setMessage("הוסף ⌘, ⌃ או ⌥, או בחר מקש F.", ColorRole::systemRed);
+  EXPECT_EQ(drawn("הוסף ⌘, ⌃ או ⌥, או בחר מקש F."), QString("הוסף ⌘, ⌃ או ⌥, או בחר מקש F."));
+}
+
+TEST_F(Recorder, takesTheColorsOfAnotherThemeWhileItIsOpen) {
+  open();
+  window->setMessage("א", ColorRole::systemRed);
+  const QPalette before = QApplication::palette();
+  const auto colors = [] {
+    std::vector<QColor> found;
+    for (const auto* label : shown().findChildren<QLabel*>()) {
+      found.push_back(label->palette().color(QPalette::WindowText));
+    }
+    return found;
+  };
+  const auto redOn = [&](const QColor& background, const QColor& text) {
+    QPalette theme = before;
+    theme.setColor(QPalette::Window, background);
+    theme.setColor(QPalette::WindowText, text);
+    QApplication::setPalette(theme);
+    EXPECT_TRUE(pumpUntil([&] { return colors()[0] == text && colors()[1] == text; }));
+    return colors()[2];
+  };
+  const QColor onDark = redOn(QColor(0x20, 0x20, 0x20), QColor(0xfa, 0xfa, 0xfa));
+  const QColor onLight = redOn(QColor(0xf0, 0xf0, 0xf0), QColor(0x10, 0x10, 0x10));
+  EXPECT_GT(onDark.lightness(), onLight.lightness());
+  QApplication::setPalette(before);
 }
 
 TEST_F(Recorder, reportsItsButtons) {

@@ -57,6 +57,21 @@ class Panel {
     g_variant_unref(value);
     return result;
   }
+  /// Of the first opaque pixel of the largest icon.
+  QRgb iconColor() {
+    GVariant* pixmaps = property("IconPixmap");
+    GVariant* bytes = nullptr;
+    g_variant_get_child(pixmaps, g_variant_n_children(pixmaps) - 1, "(ii@ay)", nullptr, nullptr, &bytes);
+    gsize size = 0;
+    const auto* argb = static_cast<const guchar*>(g_variant_get_fixed_array(bytes, &size, 1));
+    QRgb color = 0;
+    for (gsize i = 0; i < size && color == 0; i += 4) {
+      if (argb[i] == 0xff) color = qRgb(argb[i + 1], argb[i + 2], argb[i + 3]);
+    }
+    g_variant_unref(bytes);
+    g_variant_unref(pixmaps);
+    return color;
+  }
   void click() {
     peer_.call(item(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
                g_variant_new("(ii)", 5, 5));
@@ -108,6 +123,35 @@ TEST_F(Tray, menuIsDrawnRightToLeftWithItsTextsToTheLetter) {
   EXPECT_FALSE(shown().actions()[3]->isEnabled());
   EXPECT_EQ(shown().actions()[4]->shortcut(), QKeySequence("Ctrl+Q"));
   EXPECT_TRUE(shown().actions()[4]->isShortcutVisibleInContextMenu());
+}
+
+TEST_F(Tray, menuDrawsACombinationInItsOrderAndLeavesTheTitleAsItIs) {
+  const auto drawn = [](const QString& text) {
+    QMenu plain;
+    plain.setLayoutDirection(Qt::RightToLeft);
+    plain.addAction(text);
+    return plain.grab().toImage();
+  };
+  const MenuRef single = bar.makeMenu();
+  single->addItem(fix);
+  fix->setTitle("תקן    ⌘F5");
+  QMenu& own = std::dynamic_pointer_cast<LinuxMenu>(single)->shown();
+  EXPECT_EQ(own.actions()[0]->text(), QString("תקן    ⌘F5"));
+  EXPECT_EQ(own.grab().toImage(), drawn(QString("תקן    ") + QChar(0x2066) + "⌘F5" + QChar(0x2069)));
+  EXPECT_NE(own.grab().toImage(), drawn("תקן    ⌘F5"));
+}
+
+TEST_F(Tray, menusLinesAreSeenInADarkTheme) {
+  QPalette dark = shown().palette();
+  dark.setColor(QPalette::Base, QColor(0x1b, 0x1e, 0x20));
+  dark.setColor(QPalette::Window, QColor(0x2a, 0x2e, 0x32));
+  dark.setColor(QPalette::Text, Qt::white);
+  shown().setPalette(dark);
+  const QImage drawn = shown().grab().toImage();
+  const QRect separator = shown().actionGeometry(shown().actions()[2]);
+  for (const QPoint place : {QPoint(0, drawn.height() / 2), separator.center()}) {
+    EXPECT_GT(qGray(drawn.pixel(place)), 2 * qGray(dark.color(QPalette::Window).rgb())) << place.x();
+  }
 }
 
 TEST_F(Tray, menusKeyEquivalentWorksWhileTheMenuIsOpen) {
@@ -173,6 +217,24 @@ TEST_F(Tray, itemShowsImageToolTipAndMenuInAPanel) {
   EXPECT_TRUE(pumpUntil([&] { return shown().isVisible(); }));
   panel.click();
   EXPECT_TRUE(pumpUntil([&] { return !shown().isVisible(); }));
+}
+
+TEST_F(Tray, itemsIconFollowsTheThemeWhereNoPanelCanBeLookedAt) {
+  Panel panel;
+  panel.appear();
+  const auto item = bar.statusItem(kSquareStatusItemLength);
+  const auto image = bar.symbolImage("keyboard", "Lexwend");
+  image->setTemplate(true);
+  item->setImage(image);
+  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+  const QPalette before = QApplication::palette();
+  for (const QColor color : {QColor(0xfc, 0xfa, 0xf8), QColor(0x10, 0x20, 0x30)}) {
+    QPalette theme = before;
+    theme.setColor(QPalette::WindowText, color);
+    QApplication::setPalette(theme);
+    EXPECT_EQ(panel.iconColor(), color.rgb());
+  }
+  QApplication::setPalette(before);
 }
 
 TEST_F(Tray, itemRegistersWithAPanelThatAppearsLateOrRestarts) {
@@ -241,6 +303,14 @@ TEST(PanelsColor, decidesBetweenALightAndADarkSymbol) {
   EXPECT_LT(legibleOn(panel).lightness(), 60);
   for (int x = 0; x < 15; ++x) panel.setPixelColor(x, 3, Qt::black);  // letters on a light panel
   EXPECT_LT(legibleOn(panel).lightness(), 60);
+}
+
+TEST(PanelsColor, isLightForTheBarOfGnomeAndThatOfTheThemesTextElsewhere) {
+  QPalette light;
+  light.setColor(QPalette::WindowText, Qt::black);
+  EXPECT_GT(usualForeground("ubuntu:GNOME", light).lightness(), 200);
+  EXPECT_EQ(usualForeground("XFCE", light), QColor(Qt::black));
+  EXPECT_EQ(usualForeground("", light), QColor(Qt::black));
 }
 
 }  // namespace

@@ -1,0 +1,44 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""What cmake --install puts where, for a user and for a package.
+
+usage: install_test.py CMAKE BUILD
+"""
+import os
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+IDENTIFIER = 'org.lexwend.Lexwend'
+
+
+def install(prefix, home, **environment):
+    home.mkdir()
+    subprocess.run([sys.argv[1], '--install', sys.argv[2], '--prefix', str(prefix)], check=True, stdout=subprocess.DEVNULL,
+                   env=dict(os.environ, HOME=str(home), **environment))
+
+
+def expect_installed(root, prefix):
+    """`root` is where the prefix's files are now."""
+    shown = root / 'share' / 'applications' / f'{IDENTIFIER}.desktop'
+    entry = shown.read_text(encoding='utf-8').splitlines()
+    assert f'Exec="{prefix}/bin/lexwend"' in entry, entry
+    assert f'Icon={IDENTIFIER}' in entry, entry
+    for program in ('lexwend', 'lexwend-convert'):
+        assert os.access(root / 'bin' / program, os.X_OK), program
+    assert (root / 'share' / 'icons' / 'hicolor' / 'scalable' / 'apps' / f'{IDENTIFIER}.svg').is_file()
+    folders = (root / 'share' / 'user-tmpfiles.d' / 'lexwend.conf').read_text(encoding='utf-8')
+    assert '\nd %h/Library/Logs ' in folders, folders
+
+
+with tempfile.TemporaryDirectory() as name:
+    folder = Path(name)
+    own = folder / 'the user' / '.local'
+    install(own, folder / 'home')
+    expect_installed(own, own)
+    assert (folder / 'home' / 'Library' / 'Logs').is_dir()
+
+    install('/usr', folder / 'builder', DESTDIR=str(folder / 'package'))
+    expect_installed(folder / 'package' / 'usr', '/usr')
+    assert not list((folder / 'builder').iterdir())
