@@ -60,8 +60,10 @@ std::optional<AtspiObject> FocusFinder::askCollection(const AtspiObject& applica
 
 std::optional<AtspiObject> FocusFinder::walk(const AtspiObject& application) {
   const auto end = std::chrono::steady_clock::now() + kWalkLimit;
-  // GTK 4 does not say SHOWING of what shows, but VISIBLE of what is not hidden.
-  const std::uint64_t shown = bus_.toolkitOf(application) == "GTK" ? kAtspiStateVisible : kAtspiStateShowing;
+  // GTK 4 does not say SHOWING of what shows, but VISIBLE of what is not hidden. Its root knows its
+  // toolkit, but not its application.
+  const auto toolkit = textIn(bus_.call(askProperty(application, AtspiBus::kApplication, "ToolkitName")));
+  const std::uint64_t shown = toolkit == "GTK" ? kAtspiStateVisible : kAtspiStateShowing;
 
   // Level by level, each asked at once: an answer costs a turn of the application's loop, whatever else it is
   // asked.

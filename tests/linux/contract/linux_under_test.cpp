@@ -268,7 +268,7 @@ std::optional<std::string> LinuxUnderTest::shownCombination() {
   auto labels = window->findChildren<QLabel*>();
   std::sort(labels.begin(), labels.end(), [](const QLabel* a, const QLabel* b) { return a->y() < b->y(); });
   constexpr qsizetype kLabels = 3;
-  return labels.size() == kLabels ? std::optional(labels[1]->text().toStdString()) : std::nullopt;
+  return labels.size() == kLabels ? std::optional(labels[1]->accessibleName().toStdString()) : std::nullopt;
 }
 
 bool LinuxUnderTest::clickRecorder(RecorderButton which) {
