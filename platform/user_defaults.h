@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,6 +16,13 @@ struct OtherDefaultsValue {
 };
 /// Numbers are std::int64_t when whole and in range, else double.
 using DefaultsValue = std::variant<bool, std::int64_t, double, std::string, OtherDefaultsValue>;
+
+/// The value of a number that is stored as a real one.
+inline DefaultsValue defaultsValueOf(double real) {
+  constexpr double kInt64Limit = 9223372036854775808.0;  // 2 to the power of 63, exact as a double
+  const bool isWhole = std::trunc(real) == real && real >= -kInt64Limit && real < kInt64Limit;
+  return isWhole ? DefaultsValue(static_cast<std::int64_t>(real)) : DefaultsValue(real);
+}
 
 /// The application's own per-user key-value store, kept over runs. Any thread; a write is seen by the next
 /// read, and a crash at any moment leaves either the old or the new value.

@@ -39,6 +39,7 @@ class FakeUserDefaults : public UserDefaults {
 
   /// Controls of a test.
   void put(std::string_view key, DefaultsValue value) {
+    if (const auto* real = std::get_if<double>(&value)) value = defaultsValueOf(*real);
     values_.insert_or_assign(std::string(key), std::move(value));
   }
   void remove(std::string_view key) {

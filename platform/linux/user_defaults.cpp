@@ -88,7 +88,7 @@ std::optional<DefaultsValue> typedValue(std::string_view text) {
     if (const auto number = integerValue(value)) return *number;
   }
   if (type == "real") {
-    if (const auto real = realValue(value)) return *real;
+    if (const auto real = realValue(value)) return defaultsValueOf(*real);
   }
   if (type == "string") {
     if (auto string = unquoted(value)) return std::move(*string);

@@ -3,16 +3,11 @@
 
 #import <Foundation/Foundation.h>
 
-#include <cmath>
-
 #include "platform/mac/cf_text.h"
 #include "platform/mac/mac_services.h"
 
 namespace lexwend::platform::mac {
 namespace {
-
-/// 2 to the power of 63: the first value above std::int64_t, exact as a double.
-constexpr double kInt64Limit = 9223372036854775808.0;
 
 DefaultsValue numberValue(CFNumberRef number) {
   std::int64_t whole = 0;
@@ -20,9 +15,7 @@ DefaultsValue numberValue(CFNumberRef number) {
   if (!CFNumberIsFloatType(number) && CFNumberGetValue(number, kCFNumberSInt64Type, &whole)) return whole;
   double real = 0;
   CFNumberGetValue(number, kCFNumberFloat64Type, &real);
-  const bool isWhole = std::trunc(real) == real;
-  if (isWhole && real >= -kInt64Limit && real < kInt64Limit) return static_cast<std::int64_t>(real);
-  return real;
+  return defaultsValueOf(real);
 }
 
 /// A truth value and a number are both NSNumber; only their Core Foundation types tell them apart.
