@@ -26,6 +26,7 @@ class MenuItem {
   virtual void setAction(std::function<void()> action) = 0;
   /// Choosing the item ends the application in the system's standard way.
   virtual void setTerminatesApplication() = 0;
+  /// The key that chooses the item, with Command, while the menu is open; empty: none.
   virtual void setKeyEquivalent(std::string_view key) = 0;
   virtual void setChecked(bool checked) = 0;
   virtual void setHidden(bool hidden) = 0;
