@@ -50,7 +50,8 @@ class Accessibility {
   virtual ~Accessibility() = default;
   /// True when this process may use the interface. Never prompts.
   virtual bool isProcessTrusted() = 0;
-  /// The same, and when not trusted the system shows its own prompt. Does not wait for the user.
+  /// The same, and when not trusted the system shows its own prompt, if it has one. Does not wait for the
+  /// user.
   virtual bool isProcessTrustedWithPrompt() = 0;
   virtual AccessibilityElementRef createSystemWideElement() = 0;
   virtual AttributeResult copyAttributeValue(const AccessibilityElementRef& element,

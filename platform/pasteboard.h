@@ -18,13 +18,13 @@ using Bytes = std::vector<std::byte>;
 class PasteboardItem {
  public:
   virtual ~PasteboardItem() = default;
-  /// Type identifiers in the item's order; a type may stand twice.
+  /// Type identifiers in the item's order; a type may stand twice, and then has the data of the first.
   virtual std::vector<std::string> types() = 0;
   /// The bytes of a type, promised data fetched from its owner; nothing when they cannot be had.
   virtual std::optional<Bytes> data(const std::string& type) = 0;
 };
 
-/// One item to write: types with their bytes, in the order in which they are to be set.
+/// One item to write: types, each once, with their bytes, in the order in which they are to be set.
 using PasteboardItemData = std::vector<std::pair<std::string, Bytes>>;
 
 /// A pasteboard. Main thread only; a host goes on serving what it wrote while the main thread sleeps.
@@ -45,7 +45,8 @@ class Pasteboard {
   /// Writes the plain text, which is to pass through only: on Linux, and nowhere else, it is marked for
   /// clipboard histories to leave it out. Follows a clearContents().
   virtual void setString(std::string_view text) = 0;
-  /// Makes a new item of each entry and writes all of them at once. Follows a clearContents().
+  /// Makes a new item of each entry and writes all of them at once; where a pasteboard has room for one, they
+  /// become one. Follows a clearContents().
   virtual void writeItems(const std::vector<PasteboardItemData>& items) = 0;
 };
 using PasteboardRef = std::shared_ptr<Pasteboard>;

@@ -41,8 +41,8 @@ void FakeAlerts::answerWith(std::size_t button, std::function<void()> meanwhile)
   answers_.push_back({false, "#" + std::to_string(button), button, std::move(meanwhile)});
 }
 
-void FakeAlerts::answerByClosing() {
-  answers_.push_back({true, {}, std::nullopt, {}});
+void FakeAlerts::answerByClosing(std::function<void()> meanwhile) {
+  answers_.push_back({true, {}, std::nullopt, std::move(meanwhile)});
 }
 
 std::vector<std::string> FakeAlerts::unused() const {

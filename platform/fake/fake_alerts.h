@@ -27,7 +27,7 @@ class FakeAlerts : public Alerts {
   /// The same by the button's place, 0 for the first.
   void answerWith(std::size_t button, std::function<void()> meanwhile = {});
   /// The user will close the next alert's window.
-  void answerByClosing();
+  void answerByClosing(std::function<void()> meanwhile = {});
   const std::vector<Alert>& shown() const { return shown_; }
   bool open() const { return depth_ > 0; }
   std::vector<std::string> unused() const;

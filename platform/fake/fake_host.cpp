@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::uint16_t kCopyKey = 8;
 constexpr std::uint16_t kPasteKey = 9;
+constexpr std::uint16_t kSpaceKey = 49;       // presses a window's first button, which has the focus
 constexpr std::size_t kTimestampLength = 23;  // "2024-03-05 14:07:09.042"
 
 EventFlags eventFlags(std::uint32_t carbonModifiers) {
@@ -53,7 +54,11 @@ KeyFate FakeHost::userPresses(std::uint16_t keyCode, std::uint32_t carbonModifie
   if (hotKeys_.isTaken(keyCode, carbonModifiers)) return KeyFate::othersHotKey;
   if (hotKeys_.press(keyCode, carbonModifiers)) return KeyFate::ownHotKey;
   if (recorderWindows_.window() != nullptr) {
-    keyMonitor_.deliver({keyCode, eventFlags(carbonModifiers)});
+    const auto disposition = keyMonitor_.deliver({keyCode, eventFlags(carbonModifiers)});
+    const auto* window = recorderWindows_.window();
+    if (disposition == KeyDisposition::passedOn && keyCode == kSpaceKey && window && window->saveEnabled) {
+      recorderWindows_.clickSave();
+    }
     return KeyFate::ownWindow;
   }
   if (!apps_.front()) return KeyFate::nobody;

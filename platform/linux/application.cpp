@@ -39,7 +39,7 @@ gboolean endByASignal(gpointer application) {
 
 }  // namespace
 
-LinuxApplication::LinuxApplication(std::function<void()> finishWork) : finishWork_(std::move(finishWork)) {}
+LinuxApplication::LinuxApplication(Needs needs) : needs_(std::move(needs)) {}
 LinuxApplication::~LinuxApplication() = default;
 
 std::optional<std::string> LinuxApplication::bundleIdentifier() {
@@ -113,7 +113,7 @@ void LinuxApplication::run() {
   QApplication::exec();
   // Hidden, not closed: closing a window would be answered by work that the end makes vain.
   for (QWidget* window : QApplication::topLevelWidgets()) window->hide();
-  finishWork_();
+  needs_.finishWork();
   for (const guint source : sources) g_source_remove(source);
 }
 
@@ -125,7 +125,9 @@ void LinuxApplication::activate(bool) {
   for (QWidget* window : QApplication::topLevelWidgets()) {
     if (!window->isVisible() || window->windowType() == Qt::Popup) continue;
     window->raise();
-    window->activateWindow();
+    // The toolkit would ask as of the last event that it got, which is no longer granted once the user has
+    // been in another application.
+    if (const auto x11 = needs_.x11()) x11->activate(static_cast<xcb_window_t>(window->winId()));
   }
 }
 

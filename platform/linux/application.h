@@ -12,14 +12,19 @@ class QApplication;
 
 namespace lexwend::platform {
 
+class X11Connection;
+
 /// The agent as an application of Qt on an X11 display. SIGTERM, SIGINT, SIGHUP, the end of the session and
 /// terminate() all end the event loop the same way: the windows go without being asked, what the host still
 /// has to finish is finished, so that the clipboard is put back; then run() returns and the services let go
 /// of what they hold.
 class LinuxApplication : public Application {
  public:
-  /// `finishWork` runs when the event loop has ended and no window is left.
-  explicit LinuxApplication(std::function<void()> finishWork);
+  struct Needs {
+    std::function<void()> finishWork;  ///< runs when the event loop has ended and no window is left
+    std::function<std::shared_ptr<X11Connection>()> x11;
+  };
+  explicit LinuxApplication(Needs needs);
   ~LinuxApplication() override;
   LinuxApplication(const LinuxApplication&) = delete;
   LinuxApplication& operator=(const LinuxApplication&) = delete;
@@ -43,7 +48,7 @@ class LinuxApplication : public Application {
   void beep() override;
 
  private:
-  std::function<void()> finishWork_;
+  Needs needs_;
   std::unique_ptr<QApplication> application_;
   std::function<void()> didFinishLaunching_;
 };

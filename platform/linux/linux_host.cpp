@@ -86,7 +86,7 @@ RunLoop& LinuxHost::runLoop() {
 }
 
 Application& LinuxHost::application() {
-  return made(application_, [this] { finishWork(); });
+  return made(application_, LinuxApplication::Needs{[this] { finishWork(); }, [this] { return x11(); }});
 }
 
 Files& LinuxHost::files() {

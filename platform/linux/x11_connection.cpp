@@ -258,6 +258,26 @@ xcb_window_t X11Connection::activeWindow() {
   return onWindow ? focus->focus : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
 }
 
+void X11Connection::activate(xcb_window_t window) {
+  if (!property(root_, atom("_NET_SUPPORTING_WM_CHECK"))) {
+    xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+    flush();
+    return;
+  }
+  constexpr std::uint32_t kWishOfTheUser = 2;  // EWMH, source indication
+  xcb_client_message_event_t message{};
+  message.response_type = XCB_CLIENT_MESSAGE;
+  message.format = 32;
+  message.window = window;
+  message.type = atom("_NET_ACTIVE_WINDOW");
+  message.data.data32[0] = kWishOfTheUser;
+  message.data.data32[1] = XCB_CURRENT_TIME;
+  xcb_send_event(connection_.get(), 0, root_,
+                 XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                 reinterpret_cast<const char*>(&message));
+  flush();
+}
+
 std::optional<std::string> X11Connection::windowClass(xcb_window_t window) {
   for (int depth = 0; depth < kMaxWindowDepth && window != XCB_WINDOW_NONE && window != root_; ++depth) {
     // Two strings, each ended by a NUL: the instance, then the class.

@@ -106,6 +106,9 @@ class X11Connection {
   /// The window that has the keyboard: _NET_ACTIVE_WINDOW, without a window manager the input focus;
   /// XCB_WINDOW_NONE when there is none.
   xcb_window_t activeWindow();
+  /// Gives that window the keyboard and brings it to the front, as a wish of the user's: whatever he last did
+  /// elsewhere does not count against it.
+  void activate(xcb_window_t window);
   /// The class part of WM_CLASS (Latin-1 by the ICCCM) in UTF-8, of the window or the nearest ancestor that
   /// has one.
   std::optional<std::string> windowClass(xcb_window_t window);

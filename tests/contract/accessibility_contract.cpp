@@ -34,6 +34,7 @@ class AccessibilityContract : public ContractTest {
 TEST_F(AccessibilityContract, aTrustedProcessIsTrustedAndNeverPrompted) {
   EXPECT_TRUE(access().isProcessTrusted());
   EXPECT_TRUE(access().isProcessTrustedWithPrompt());
+  EXPECT_EQ(underTest->prompts(), 0);
 }
 
 TEST_F(AccessibilityContract, withNothingInFrontThereIsNoFocusedElement) {
@@ -66,6 +67,28 @@ TEST_F(AccessibilityContract, anAttributeThatNoElementHasIsAnErrorOrNothing) {
   const auto result = access().copyAttributeValue(element, "AXLexwendNowhere");
   EXPECT_TRUE(result.error != 0 || std::holds_alternative<std::monostate>(result.value));
   EXPECT_FALSE(access().isAttributeSettable(element, "AXLexwendNowhere").settable);
+}
+
+TEST_F(AccessibilityContract, onlyTheCallWithThePromptPromptsAndOnlyWithoutTrust) {
+  const bool isNeeded = underTest->withdrawTrust();
+  EXPECT_EQ(access().isProcessTrusted(), !isNeeded);
+  EXPECT_EQ(underTest->prompts(), 0);
+  EXPECT_EQ(access().isProcessTrustedWithPrompt(), !isNeeded);
+  EXPECT_EQ(underTest->prompts(), isNeeded ? 1 : 0);
+}
+
+TEST_F(AccessibilityContract, aCallThatIsNotAnsweredEndsAsAnErrorAndChangesNothing) {
+  const auto element = focusedEditor("akuo");
+  ASSERT_NE(element, nullptr);
+  underTest->editorHangs();
+  const auto selected = access().copyAttributeValue(element, platform::kSelectedTextAttribute);
+  EXPECT_NE(selected.error, 0);
+  EXPECT_EQ(selected.value, platform::AccessibilityValue());
+  const auto settable = access().isAttributeSettable(element, platform::kSelectedTextAttribute);
+  EXPECT_NE(settable.error, 0);
+  EXPECT_FALSE(settable.settable);
+  EXPECT_NE(access().setAttributeValue(element, platform::kSelectedTextAttribute, "שלום"), 0);
+  EXPECT_EQ(underTest->editorText(), "akuo");
 }
 
 class SecureInputContract : public ContractTest {};

@@ -118,12 +118,6 @@ TEST(FakeHost, anUnansweredAlertIsAComplaintAndTakesTheLastButton) {
   EXPECT_THAT(host.settle(), ElementsAre(HasSubstr("no answer prepared")));
 }
 
-TEST(FakeHost, closingAnAlertIsItsLastButton) {
-  FakeHost host;
-  host.alerts().answerByClosing();
-  EXPECT_EQ(host.alerts().runModal({"message", "", {"one", "two", "three"}}), kAlertFirstButtonReturn + 2);
-}
-
 TEST(FakeHost, timePassesWhileAnAlertIsOpen) {
   FakeHost host;
   int ticks = 0;
@@ -161,20 +155,6 @@ TEST(FakeHost, theApplicationLaunchesThenRunsItsLoopThenReturns) {
   host.application().run();
   EXPECT_EQ(order, "launched running");
   EXPECT_FALSE(host.application().running());
-}
-
-TEST(FakeHost, quittingFromTheMenuTerminates) {
-  FakeHost host;
-  auto& bar = host.statusBar();
-  const auto item = bar.statusItem(kSquareStatusItemLength);
-  const auto menu = bar.makeMenu();
-  const auto quit = bar.makeMenuItem();
-  quit->setTitle("quit");
-  quit->setTerminatesApplication();
-  menu->addItem(quit);
-  item->setMenu(menu);
-  EXPECT_TRUE(bar.choose("quit"));
-  EXPECT_TRUE(host.application().terminated);
 }
 
 TEST(FakeHost, theUserTypesByTheLayoutInUseUnlessSomebodyHoldsTheKey) {

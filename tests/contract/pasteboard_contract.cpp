@@ -16,12 +16,33 @@ Bytes bytes(std::string_view text) {
   return made;
 }
 
+constexpr const char* kOne = "application/x-lexwend-one";
+constexpr const char* kTwo = "application/x-lexwend-two";
+constexpr const char* kThree = "application/x-lexwend-three";
+
+/// A type that the host adds by itself.
+bool isForeign(const std::string& type) {
+  return !type.starts_with("application/x-lexwend-");
+}
+
+/// A pasteboard that reports no list of items needs a system of its own: PasteboardWithoutDisplay in
+/// tests/linux/, MacPasteboardService in tests/mac/.
 class PasteboardContract : public ContractTest {
  protected:
   platform::PasteboardRef pasteboard = host().generalPasteboard();
   void write(std::string_view text) {
     pasteboard->clearContents();
     pasteboard->setString(text);
+  }
+  /// The one item that another application has promised, once it is there.
+  std::unique_ptr<platform::PasteboardItem> promised(const HostUnderTest::Promises& promises) {
+    underTest->otherApplicationPromises(promises);
+    std::optional<std::vector<std::unique_ptr<platform::PasteboardItem>>> items;
+    EXPECT_TRUE(underTest->waitUntil([&] {
+      items = pasteboard->items();
+      return items && items->size() == 1;
+    }));
+    return items && items->size() == 1 ? std::move(items->front()) : nullptr;
   }
 };
 
@@ -87,9 +108,7 @@ TEST_F(PasteboardContract, anItemKeepsItsTypesInOrderAndItsBytes) {
   Bytes large(300'000);
   for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<std::byte>(i * 7 % 256);
   const platform::PasteboardItemData data = {
-      {"application/x-lexwend-one", bytes(std::string_view("a\0b", 3))},
-      {"application/x-lexwend-two", large},
-      {"application/x-lexwend-empty", {}}};
+      {kOne, bytes(std::string_view("a\0b", 3))}, {kTwo, large}, {kThree, {}}};
   pasteboard->clearContents();
   pasteboard->writeItems({data});
 
@@ -97,11 +116,43 @@ TEST_F(PasteboardContract, anItemKeepsItsTypesInOrderAndItsBytes) {
   ASSERT_TRUE(items.has_value());
   ASSERT_EQ(items->size(), 1U);
   auto types = items->front()->types();
-  std::erase_if(types, [](const std::string& type) { return !type.starts_with("application/x-lexwend-"); });
-  EXPECT_EQ(types, (std::vector<std::string>{data[0].first, data[1].first, data[2].first}));
+  std::erase_if(types, isForeign);
+  EXPECT_EQ(types, (std::vector<std::string>{kOne, kTwo, kThree}));
   for (const auto& [type, expected] : data) {
     EXPECT_EQ(items->front()->data(type), expected) << type;
   }
+}
+
+TEST_F(PasteboardContract, severalItemsAreAllWrittenInTheirOrder) {
+  pasteboard->clearContents();
+  pasteboard->writeItems({{{kOne, bytes("1")}, {kTwo, bytes("2")}}, {{kThree, bytes("3")}}});
+  platform::PasteboardItemData read;
+  const auto items = pasteboard->items();
+  ASSERT_TRUE(items.has_value());
+  for (const auto& item : *items) {
+    for (const auto& type : item->types()) {
+      if (!isForeign(type)) read.emplace_back(type, item->data(type).value_or(Bytes()));
+    }
+  }
+  EXPECT_EQ(read,
+            (platform::PasteboardItemData{{kOne, bytes("1")}, {kTwo, bytes("2")}, {kThree, bytes("3")}}));
+}
+
+TEST_F(PasteboardContract, promisedDataIsFetchedFromItsOwnerAndABrokenPromiseIsNoData) {
+  const auto item = promised({{kOne, "kept"}, {kTwo, std::nullopt}, {kThree, "kept too"}});
+  ASSERT_NE(item, nullptr);
+  EXPECT_EQ(item->data(kOne), bytes("kept"));
+  EXPECT_EQ(item->data(kTwo), std::nullopt);
+  EXPECT_EQ(item->data(kThree), bytes("kept too"));
+}
+
+TEST_F(PasteboardContract, aTypeThatStandsTwiceHasTheDataOfTheFirst) {
+  const auto item = promised({{kOne, "first"}, {kTwo, "other"}, {kOne, "second"}});
+  ASSERT_NE(item, nullptr);
+  const auto types = item->types();
+  EXPECT_GE(std::count(types.begin(), types.end(), kOne), 1);
+  EXPECT_EQ(item->data(kOne), bytes("first"));
+  EXPECT_EQ(item->data(kTwo), bytes("other"));
 }
 
 TEST_F(PasteboardContract, aTypeThatIsNotThereHasNoData) {

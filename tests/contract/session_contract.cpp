@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
-// What surrounds the program: the user's session, who else runs, stored values, the login item, files and the
-// date.
+// What surrounds the program: the user's session, who else runs, stored values, the login item, files, the
+// date, and the program itself as an application.
 #include <cctype>
 
 #include "platform/application.h"
 #include "platform/date_formatter.h"
 #include "platform/files.h"
 #include "platform/login_item.h"
+#include "platform/recorder_window.h"
+#include "platform/run_loop.h"
 #include "platform/running_applications.h"
 #include "platform/user_defaults.h"
 #include "platform/workspace.h"
@@ -32,6 +34,17 @@ TEST_F(WorkspaceContract, whatIsNoUrlGivesNone) {
   EXPECT_NE(workspace.urlFromString(
                 "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility"),
             nullptr);
+}
+
+TEST_F(WorkspaceContract, aUrlIsOpenedByTheProgramForItsScheme) {
+  auto& workspace = host().workspace();
+  const std::string text = "lexwend-contract:pane?a=1&b=%20";
+  const auto url = workspace.urlFromString(text);
+  ASSERT_NE(url, nullptr);
+  EXPECT_TRUE(underTest->openedUrls().empty());
+  workspace.open(url);
+  EXPECT_TRUE(underTest->waitUntil([&] { return !underTest->openedUrls().empty(); }));
+  EXPECT_EQ(underTest->openedUrls(), std::vector<std::string>{text});
 }
 
 TEST_F(WorkspaceContract, observersHearOfEveryWake) {
@@ -90,6 +103,36 @@ TEST_F(UserDefaultsContract, aWriteReplacesTheValueAndItsKindAndLeavesOthersAlon
   EXPECT_EQ(defaults().objectForKey("contractTwo"), platform::DefaultsValue(std::int64_t{8}));
 }
 
+TEST_F(UserDefaultsContract, valuesAreKeptOverRuns) {
+  defaults().setInteger(4294967295, "contractNumber");
+  defaults().setBool(false, "contractTruth");
+  underTest->restart();
+  EXPECT_EQ(defaults().objectForKey("contractNumber"), platform::DefaultsValue(std::int64_t{4294967295}));
+  EXPECT_EQ(defaults().objectForKey("contractTruth"), platform::DefaultsValue(false));
+}
+
+TEST_F(UserDefaultsContract, whatSomebodyElseStoredIsReadByItsKind) {
+  using Value = platform::DefaultsValue;
+  struct Row {
+    Value stored, read;
+    bool truth;
+  };
+  constexpr double kBeyondIntegers = 1e19;
+  const Row rows[] = {{true, true, true},
+                      {std::int64_t{-3}, std::int64_t{-3}, true},
+                      {120.0, std::int64_t{120}, true},
+                      {-0.0, std::int64_t{0}, false},
+                      {0.5, 0.5, true},
+                      {kBeyondIntegers, kBeyondIntegers, true},
+                      {std::string("F2 \"ש\""), std::string("F2 \"ש\""), false},
+                      {platform::OtherDefaultsValue{}, platform::OtherDefaultsValue{}, false}};
+  for (const auto& row : rows) {
+    underTest->storeDefault("contractStored", row.stored);
+    EXPECT_EQ(defaults().objectForKey("contractStored"), row.read) << row.stored.index();
+    EXPECT_EQ(defaults().boolForKey("contractStored"), row.truth) << row.stored.index();
+  }
+}
+
 class LoginItemContract : public ContractTest {};
 
 TEST_F(LoginItemContract, registeringAndUnregisteringShowInTheStatus) {
@@ -104,6 +147,7 @@ TEST_F(LoginItemContract, registeringAndUnregisteringShowInTheStatus) {
 
 class FilesContract : public ContractTest {
  protected:
+  using Trouble = HostUnderTest::FileTrouble;
   platform::Files& files() { return host().files(); }
   const std::string path = underTest->writableFolder() + "/contract.log";
 };
@@ -154,6 +198,33 @@ TEST_F(FilesContract, aMissingFolderIsNeverCreated) {
   EXPECT_EQ(underTest->fileBytes(lost), std::nullopt);
 }
 
+TEST_F(FilesContract, aReadOnlyFileIsNeitherOpenedNorReplaced) {
+  ASSERT_TRUE(files().writeWholeFile(path, "kept"));
+  underTest->causeTrouble(path, Trouble::readOnly);
+  EXPECT_EQ(files().fileHandleForWriting(path), nullptr);
+  EXPECT_FALSE(files().writeWholeFile(path, "new"));
+  EXPECT_EQ(underTest->fileBytes(path), "kept");
+}
+
+TEST_F(FilesContract, aWriteThatTheDiskRefusesIsGivenUpSilently) {
+  ASSERT_TRUE(files().writeWholeFile(path, "kept"));
+  underTest->causeTrouble(path, Trouble::diskFull);
+  const auto handle = files().fileHandleForWriting(path);
+  ASSERT_NE(handle, nullptr);
+  handle->seekToEndOfFile();
+  EXPECT_NO_THROW(handle->write(" and lost"));
+  EXPECT_TRUE(handle->close());
+  EXPECT_EQ(underTest->fileBytes(path), "kept");
+}
+
+TEST_F(FilesContract, aCloseThatTheSystemReportsAsAnErrorIsFalse) {
+  ASSERT_TRUE(files().writeWholeFile(path, ""));
+  const auto handle = files().fileHandleForWriting(path);
+  ASSERT_NE(handle, nullptr);
+  underTest->causeTrouble(path, Trouble::closeFails);
+  EXPECT_FALSE(handle->close());
+}
+
 class DateFormatterContract : public ContractTest {};
 
 TEST_F(DateFormatterContract, aPatternIsRenderedDigitByDigit) {
@@ -181,11 +252,64 @@ TEST_F(DateFormatterContract, timeGoesOn) {
   EXPECT_TRUE(underTest->waitUntil([&] { return formatter.stringFromNow() > before; }, 2s));
 }
 
-class ApplicationContract : public ContractTest {};
+/// What an executable without a bundle answers is shown in tests/mac/, since elsewhere there is none without.
+class ApplicationContract : public ContractTest {
+ protected:
+  platform::Application& application() { return host().application(); }
+};
 
-TEST_F(ApplicationContract, hasANameAndCanBeTaken) {
-  EXPECT_FALSE(host().application().displayName().empty());
-  EXPECT_EQ(host().application().takeSharedApplication(), std::nullopt);
+TEST_F(ApplicationContract, knowsItsIdentifierNameAndVersion) {
+  EXPECT_EQ(application().bundleIdentifier(), "org.lexwend.Lexwend");
+  EXPECT_EQ(application().displayName(), "Lexwend");
+  const auto version = application().shortVersionString().value_or("none");
+  EXPECT_NE(std::isdigit(static_cast<unsigned char>(version.front())), 0) << version;
+}
+
+TEST_F(ApplicationContract, canBeTakenAgain) {
+  EXPECT_EQ(application().takeSharedApplication(), std::nullopt);
+}
+
+TEST_F(ApplicationContract, launchesOnceAtTheStartOfItsLoopAndRunsUntilItIsTerminated) {
+  std::string events;
+  application().setDelegate([&] {
+    events += "launched";
+    host().runLoop().dispatchAfter(20ms, [&] {
+      events += ", terminated";
+      application().terminate();
+    });
+  });
+  EXPECT_EQ(events, "");
+  application().run();
+  events += ", returned";
+  EXPECT_EQ(events, "launched, terminated, returned");
+}
+
+TEST_F(ApplicationContract, mayBeTerminatedWhileItLaunches) {
+  int launches = 0;
+  application().setDelegate([&] {
+    ++launches;
+    application().terminate();
+  });
+  application().run();
+  EXPECT_EQ(launches, 1);
+}
+
+TEST_F(ApplicationContract, activatingBringsItToTheFront) {
+  platform::RecorderWindowLook look;
+  look.contentRect = {0, 0, 400, 210};
+  const auto window = host().recorderWindows().create(look, {});
+  window->showAndMakeKey();
+  underTest->openEditor("akuo");
+  ASSERT_TRUE(underTest->waitUntil([&] { return !underTest->isInFront(); }));
+  application().activate(true);
+  EXPECT_TRUE(underTest->waitUntil([&] { return underTest->isInFront(); }));
+}
+
+TEST_F(ApplicationContract, beepsOncePerCall) {
+  EXPECT_EQ(underTest->beeps(), 0);
+  application().beep();
+  application().beep();
+  EXPECT_TRUE(underTest->waitUntil([&] { return underTest->beeps() == 2; }));
 }
 
 }  // namespace

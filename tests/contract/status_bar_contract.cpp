@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "platform/application.h"
+#include "platform/run_loop.h"
 #include "platform/status_item.h"
 #include "tests/contract/contract_test.h"
 
@@ -41,6 +43,27 @@ TEST_F(StatusBarContract, choosingAnEntryRunsItsAction) {
   EXPECT_TRUE(underTest->waitUntil([&] { return chosen == 1; }));
 }
 
+TEST_F(StatusBarContract, anEntryMayEndTheApplication) {
+  second->setEnabled(true);
+  second->setTerminatesApplication();
+  bool isChosen = false;
+  host().application().setDelegate(
+      [&] { host().runLoop().dispatchAfter(1ms, [&] { isChosen = underTest->chooseMenuEntry("second"); }); });
+  host().application().run();
+  EXPECT_TRUE(isChosen);
+}
+
+TEST_F(StatusBarContract, anActionMayEndTheApplication) {
+  first->setAction([this] {
+    ++chosen;
+    host().application().terminate();
+  });
+  host().application().setDelegate(
+      [&] { host().runLoop().dispatchAfter(1ms, [&] { underTest->chooseMenuEntry("ראשון"); }); });
+  host().application().run();
+  EXPECT_EQ(chosen, 1);
+}
+
 TEST_F(StatusBarContract, aDisabledEntryIsSeenAndCannotBeChosen) {
   bool ran = false;
   second->setAction([&] { ran = true; });
@@ -65,6 +88,30 @@ TEST_F(StatusBarContract, aHiddenEntryIsNotSeenUntilItIsShownAgain) {
 TEST_F(StatusBarContract, aTitleCanChangeAtAnyTimeAndKeepsItsBlanks) {
   first->setTitle("תקן טקסט מסומן    F2");
   EXPECT_TRUE(menuIs({"תקן טקסט מסומן    F2", "---", "second"}));
+}
+
+TEST_F(StatusBarContract, theCheckMarkComesAndGoes) {
+  first->setChecked(true);
+  EXPECT_TRUE(menuIs({"✓ ראשון", "---", "second"}));
+  first->setChecked(false);
+  EXPECT_TRUE(menuIs({"ראשון", "---", "second"}));
+}
+
+/// That the key then works is shown where the host sees to it itself, in tests/linux/ui/status_item_test.cpp.
+TEST_F(StatusBarContract, theKeyEquivalentIsShownUntilItIsTakenAway) {
+  second->setKeyEquivalent("q");
+  EXPECT_TRUE(menuIs({"ראשון", "---", "second ⌘q"}));
+  second->setKeyEquivalent("");
+  EXPECT_TRUE(menuIs({"ראשון", "---", "second"}));
+}
+
+TEST_F(StatusBarContract, theItemGoesWithItsLastReference) {
+  platform::StatusItemRef other = item;
+  EXPECT_TRUE(underTest->waitUntil([&] { return underTest->statusItemIsShown(); }));
+  item.reset();
+  EXPECT_TRUE(underTest->statusItemIsShown());
+  other.reset();
+  EXPECT_TRUE(underTest->waitUntil([&] { return !underTest->statusItemIsShown(); }));
 }
 
 TEST_F(StatusBarContract, theFourSymbolsExistAndOthersDoNot) {

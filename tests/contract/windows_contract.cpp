@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The recorder window, the monitor of its keys, and alerts: what the program shows and waits for.
+#include <set>
+
 #include "platform/alerts.h"
 #include "platform/key_monitor.h"
 #include "platform/recorder_window.h"
 #include "platform/run_loop.h"
+#include "platform/workspace.h"
 #include "tests/contract/contract_test.h"
 
 namespace lexwend::contract {
@@ -12,6 +15,8 @@ namespace {
 using platform::KeyDisposition;
 using platform::KeyDownEvent;
 using Button = HostUnderTest::RecorderButton;
+
+constexpr std::uint16_t kF5 = 96;
 
 platform::RecorderWindowLook look() {
   platform::RecorderWindowLook made;
@@ -42,7 +47,10 @@ class RecorderWindowContract : public ContractTest {
     window = host().recorderWindows().create(look(), std::move(events));
   }
   bool shows(const std::optional<std::string>& combination) {
-    return underTest->waitUntil([&] { return underTest->shownCombination() == combination; });
+    return underTest->waitUntil([&] {
+      const auto shown = underTest->shownRecorder();
+      return shown.has_value() == combination.has_value() && (!shown || shown->combination == *combination);
+    });
   }
   void show() {
     window->showAndMakeKey();
@@ -54,7 +62,7 @@ class RecorderWindowContract : public ContractTest {
 };
 
 TEST_F(RecorderWindowContract, appearsOnlyWhenItIsShown) {
-  EXPECT_EQ(underTest->shownCombination(), std::nullopt);
+  EXPECT_FALSE(underTest->shownRecorder().has_value());
   show();
   window->setCombination("⌘K");
   EXPECT_TRUE(shows("⌘K"));
@@ -95,22 +103,60 @@ TEST_F(RecorderWindowContract, theCloseBoxReportsOnce) {
   EXPECT_TRUE(shows(std::nullopt));
 }
 
-TEST_F(RecorderWindowContract, anEventMayDestroyTheWindow) {
-  std::unique_ptr<platform::RecorderWindow> own;
-  int cancelled = 0;
-  platform::RecorderWindowEvents events;
-  events.cancel = [&] {
-    ++cancelled;
-    own->close();
-    own.reset();
+TEST_F(RecorderWindowContract, theMessageIsShownInTheColorOfItsRole) {
+  using platform::ColorRole;
+  show();
+  std::set<std::string> colors;
+  const auto color = [&](ColorRole role, std::string_view text) {
+    window->setMessage(text, role);
+    EXPECT_TRUE(underTest->waitUntil([&] {
+      const auto shown = underTest->shownRecorder();
+      return shown && shown->message == text;
+    }));
+    const auto shown = underTest->shownRecorder();
+    return shown ? shown->messageColor : "(no window)";
   };
-  own = host().recorderWindows().create(look(), std::move(events));
-  own->showAndMakeKey();
-  ASSERT_TRUE(shows("F2"));
+  const auto red = color(ColorRole::systemRed, "שגיאה");
+  for (const auto role : {ColorRole::label, ColorRole::secondaryLabel, ColorRole::quaternaryLabel}) {
+    colors.insert(color(role, "message " + std::to_string(static_cast<int>(role))));
+  }
+  colors.insert(red);
+  EXPECT_EQ(colors.size(), 4U) << "a color for each role";
+  EXPECT_EQ(color(ColorRole::systemRed, "again"), red);
+}
+
+class DestroyedRecorderWindow : public RecorderWindowContract {
+ protected:
+  void showAnother(platform::RecorderWindowEvents events) {
+    destructions = 0;
+    window = host().recorderWindows().create(look(), std::move(events));
+    show();
+  }
+  void expectDestroyed() {
+    EXPECT_TRUE(underTest->waitUntil([&] { return destructions == 1; }));
+    EXPECT_TRUE(shows(std::nullopt));
+    EXPECT_EQ(destructions, 1) << "nothing is reported of a window that is gone";
+  }
+  int destructions = 0;
+  const std::function<void()> destroy = [this] {
+    ++destructions;
+    window.reset();
+  };
+};
+
+TEST_F(DestroyedRecorderWindow, mayGoAtEachOfTheUsersClicks) {
+  for (const auto button : {Button::save, Button::cancel, Button::closeBox}) {
+    SCOPED_TRACE(static_cast<int>(button));
+    showAnother({destroy, destroy, destroy});
+    EXPECT_TRUE(underTest->clickRecorder(button));
+    expectDestroyed();
+  }
+}
+
+TEST_F(DestroyedRecorderWindow, mayGoWhileAClickClosesIt) {
+  showAnother({{}, [this] { window->close(); }, destroy});
   EXPECT_TRUE(underTest->clickRecorder(Button::cancel));
-  EXPECT_TRUE(underTest->waitUntil([&] { return cancelled == 1; }));
-  EXPECT_EQ(own, nullptr);
-  EXPECT_TRUE(shows(std::nullopt));
+  expectDestroyed();
 }
 
 class KeyMonitorContract : public RecorderWindowContract {};
@@ -122,17 +168,36 @@ TEST_F(KeyMonitorContract, seesEveryKeyWhileTheWindowHasTheKeyboard) {
     return KeyDisposition::consumed;
   });
   show();
-  underTest->userPresses(96, 0);
+  underTest->userPresses(kF5, 0);
   EXPECT_TRUE(underTest->waitUntil([&] { return seen.size() == 1; }));
   underTest->userPresses(0, 0x0100 | 0x0200);
   EXPECT_TRUE(underTest->waitUntil([&] { return seen.size() == 2; }));
   ASSERT_EQ(seen.size(), 2U);
   constexpr platform::EventFlags kAll = platform::kEventFlagShift | platform::kEventFlagControl |
                                         platform::kEventFlagOption | platform::kEventFlagCommand;
-  EXPECT_EQ(seen[0].keyCode, 96);
+  EXPECT_EQ(seen[0].keyCode, kF5);
   EXPECT_EQ(seen[0].modifierFlags & kAll, 0U);
   EXPECT_EQ(seen[1].keyCode, 0);
   EXPECT_EQ(seen[1].modifierFlags & kAll, platform::kEventFlagCommand | platform::kEventFlagShift);
+}
+
+TEST_F(KeyMonitorContract, aKeyThatIsPassedOnReachesTheControlAndAConsumedOneDoesNot) {
+  constexpr std::uint16_t kSpace = 49;  // presses the button that has the focus, which is the first
+  auto disposition = KeyDisposition::consumed;
+  int seen = 0;
+  const auto token = host().keyMonitor().addLocalKeyDownMonitor([&](const KeyDownEvent&) {
+    ++seen;
+    return disposition;
+  });
+  show();
+  underTest->userPresses(kSpace, 0);
+  underTest->userPresses(kF5, 0);  // once it is here, the one before it has been let go of
+  EXPECT_TRUE(underTest->waitUntil([&] { return seen == 2; }));
+  EXPECT_EQ(saves, 0);
+  disposition = KeyDisposition::passedOn;
+  underTest->userPresses(kSpace, 0);
+  EXPECT_TRUE(underTest->waitUntil([&] { return saves == 1; }));
+  EXPECT_EQ(seen, 3);
 }
 
 TEST_F(KeyMonitorContract, isSilentOnceItsTokenIsGone) {
@@ -143,7 +208,7 @@ TEST_F(KeyMonitorContract, isSilentOnceItsTokenIsGone) {
   });
   show();
   token.reset();
-  underTest->userPresses(96, 0);
+  underTest->userPresses(kF5, 0);
   underTest->waitUntil([] { return false; }, 100ms);
   EXPECT_EQ(seen, 0);
 }
@@ -157,9 +222,9 @@ TEST_F(KeyMonitorContract, mayRemoveItselfFromItsHandler) {
     return KeyDisposition::consumed;
   });
   show();
-  underTest->userPresses(96, 0);
+  underTest->userPresses(kF5, 0);
   EXPECT_TRUE(underTest->waitUntil([&] { return seen == 1; }));
-  underTest->userPresses(96, 0);
+  underTest->userPresses(kF5, 0);
   underTest->waitUntil([] { return false; }, 100ms);
   EXPECT_EQ(seen, 1);
 }
@@ -170,18 +235,30 @@ class AlertsContract : public ContractTest {
 };
 
 TEST_F(AlertsContract, theResponseSaysWhichButtonWasPressed) {
-  underTest->answerNextAlert(0, 0ms);
+  underTest->answerNextAlert(0);
   EXPECT_EQ(host().alerts().runModal(alert), platform::kAlertFirstButtonReturn);
-  underTest->answerNextAlert(1, 0ms);
+  underTest->answerNextAlert(1);
   EXPECT_EQ(host().alerts().runModal(alert), platform::kAlertFirstButtonReturn + 1);
 }
 
-TEST_F(AlertsContract, timersGoOnWhileAnAlertIsOpen) {
+TEST_F(AlertsContract, closingTheWindowIsTheLastButtonsResponse) {
+  underTest->answerNextAlert(std::nullopt);
+  EXPECT_EQ(host().alerts().runModal(alert), platform::kAlertFirstButtonReturn + 1);
+  underTest->answerNextAlert(std::nullopt);
+  EXPECT_EQ(host().alerts().runModal({"one", "button", {"only"}}), platform::kAlertFirstButtonReturn);
+}
+
+TEST_F(AlertsContract, timersAndObserversGoOnWhileAnAlertIsOpen) {
   int ticks = 0;
-  const auto timer = host().runLoop().scheduledRepeatingTimer(10ms, [&](platform::Timer&) { ++ticks; });
-  underTest->answerNextAlert(1, 1s);
-  host().alerts().runModal(alert);
+  int wakes = 0;
+  host().workspace().observeDidWake([&] { ++wakes; });
+  const auto timer = host().runLoop().scheduledRepeatingTimer(10ms, [&](platform::Timer&) {
+    if (++ticks == 1) underTest->wakeFromSleep();
+  });
+  underTest->answerNextAlert(0, [&] { return ticks >= 3 && wakes > 0; });
+  EXPECT_EQ(host().alerts().runModal(alert), platform::kAlertFirstButtonReturn);
   EXPECT_GE(ticks, 3);
+  EXPECT_EQ(wakes, 1);
   timer->invalidate();
 }
 

@@ -16,8 +16,10 @@ PrivateBus::PrivateBus() {
   std::string printAddress = "--print-address=1";
   char* arguments[] = {program.data(), session.data(), foreground.data(), printAddress.data(), nullptr};
   int output = -1;
-  if (g_spawn_async_with_pipes(nullptr, arguments, nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &process_,
-                               nullptr, &output, nullptr, nullptr) == FALSE) {
+  // What it starts is of its group and ends with it, also while that is starting something itself.
+  const GSpawnChildSetupFunc leadGroup = [](gpointer) { ::setpgid(0, 0); };
+  if (g_spawn_async_with_pipes(nullptr, arguments, nullptr, G_SPAWN_SEARCH_PATH, leadGroup, nullptr,
+                               &process_, nullptr, &output, nullptr, nullptr) == FALSE) {
     throw std::runtime_error("dbus-daemon cannot be started");
   }
   for (char byte = 0; ::read(output, &byte, 1) == 1 && byte != '\n';) address_ += byte;
@@ -27,7 +29,7 @@ PrivateBus::PrivateBus() {
 }
 
 PrivateBus::~PrivateBus() {
-  ::kill(process_, SIGTERM);
+  ::kill(-process_, SIGTERM);
   g_spawn_close_pid(process_);
 }
 

@@ -25,6 +25,29 @@ TEST(WindowClass, isUtf8WhateverTheWindowSays) {
   EXPECT_EQ(x11->activeWindowClass(), "Editor");
 }
 
+TEST(ActivationOfAWindow, isAskedOfTheWindowManagerWhereThereIsOne) {
+  const VirtualDisplay display;
+  const auto x11 = X11Connection::open();
+  const auto manager = X11Connection::open();
+  const auto wish = manager->atom("_NET_ACTIVE_WINDOW");
+  std::vector<xcb_client_message_event_t> wishes;
+  const auto observation = manager->observe([&](const xcb_generic_event_t& event) {
+    const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
+    if (eventType(event) == XCB_CLIENT_MESSAGE && message.type == wish) wishes.push_back(message);
+  });
+  manager->selectRootEvents(XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
+  const xcb_window_t root = manager->root();
+  xcb_change_property(manager->get(), XCB_PROP_MODE_REPLACE, root, manager->atom("_NET_SUPPORTING_WM_CHECK"),
+                      XCB_ATOM_WINDOW, 32, 1, &root);
+  ASSERT_TRUE(manager->property(root, manager->atom("_NET_SUPPORTING_WM_CHECK")).has_value());
+  constexpr xcb_window_t kWindow = 4711;
+  x11->activate(kWindow);
+  ASSERT_TRUE(pumpUntil([&] { return !wishes.empty(); }));
+  constexpr std::uint32_t kWishOfTheUser = 2;
+  EXPECT_EQ(wishes.front().window, kWindow);
+  EXPECT_EQ(wishes.front().data.data32[0], kWishOfTheUser);
+}
+
 TEST(ConnectionWhoseServerDies, wakesNobody) {
   auto display = std::make_unique<VirtualDisplay>();
   const auto x11 = X11Connection::open();

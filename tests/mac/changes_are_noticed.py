@@ -91,7 +91,7 @@ CHANGES = [
     ("login_item.mm", "return LoginItemStatus::requiresApproval;", "return LoginItemStatus::enabled;"),
     ("user_defaults.mm", "if (type == CFBooleanGetTypeID())", "if (false)"),
     ("user_defaults.mm", "!CFNumberIsFloatType(number) && ", ""),
-    ("user_defaults.mm", "real < kInt64Limit", "real <= kInt64Limit"),
+    ("user_defaults.mm", "return defaultsNumber(real)", "return real"),
     ("user_defaults.mm", "[defaults_ setBool:value", "[defaults_ setInteger:value"),
     ("run_loop.mm", "addTimer:scheduled forMode:NSRunLoopCommonModes", "addTimer:scheduled forMode:NSDefaultRunLoopMode"),
     ("run_loop.mm", "repeats:YES", "repeats:NO"),

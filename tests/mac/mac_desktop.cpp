@@ -14,6 +14,8 @@ constexpr std::uint16_t kPasteKey = 9;
 constexpr std::uint32_t kPlain = 0;
 constexpr std::uint32_t kWithShift = 2;
 constexpr std::int32_t kParameterError = -50;
+constexpr std::int32_t kCannotComplete = -25204;
+constexpr std::chrono::seconds kSystemsPatience{6};
 constexpr const char* kPlainText = "public.utf8-plain-text";
 
 std::u16string utf16(const std::string& text) {
@@ -103,6 +105,32 @@ void MacDesktop::publish(const std::shared_ptr<Editor>& editor) {
     publish(focused);
   };
   accessibility::setAttribute("AXSelectedText", selection);
+}
+
+void MacDesktop::pressKeyInEditor(std::uint16_t keyCode) {
+  const auto layout = platform::usLayout();
+  const auto key = layout.keys.find(keyCode);
+  if (editor_ == nullptr || key == layout.keys.end()) return;
+  editor_->text = key->second.plain;
+  publish(editor_);
+}
+
+void MacDesktop::editorHangs() {
+  const auto giveUp = [] {
+    time::block(kSystemsPatience);
+    return kCannotComplete;
+  };
+  accessibility::Answers answers;
+  answers.read = [giveUp](const auto&, const auto&) {
+    accessibility::Answers::Read read;
+    read.error = giveUp();
+    return read;
+  };
+  answers.settable = [giveUp](const auto&, const auto&) {
+    return accessibility::Answers::Settable{.error = giveUp()};
+  };
+  answers.write = [giveUp](const auto&, const auto&, const auto&) { return giveUp(); };
+  accessibility::answerWith(std::move(answers));
 }
 
 void MacDesktop::focusPasswordField() {

@@ -32,6 +32,11 @@ class MacDesktop {
   /// The same, but its field does not answer the Accessibility interface; copy and paste work.
   void openEditorWithoutAccessibility(const std::string& text);
   std::string editorText() const { return editor_ == nullptr ? std::string() : editor_->text; }
+  /// The user presses a key there, without any modifier.
+  void pressKeyInEditor(std::uint16_t keyCode);
+  /// Whoever asks the field anything over the Accessibility interface waits for as long as the system lets
+  /// him.
+  static void editorHangs();
   /// A password field comes to the front.
   void focusPasswordField();
 

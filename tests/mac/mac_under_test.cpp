@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -42,7 +43,8 @@ class MacUnderTest : public HostUnderTest {
     doubles::process::setHomeDirectory(folder_.string());
     doubles::process::setIdentifier(4242);
     doubles::status_bar::symbolIsUnknown("lexwend.nowhere");
-    host_->application().takeSharedApplication();
+    doubles::alerts::answerWith([this](const auto& alert) { return answer(alert.buttons.size()); });
+    start();
   }
   ~MacUnderTest() override {
     host_ = nullptr;
@@ -50,6 +52,11 @@ class MacUnderTest : public HostUnderTest {
     std::filesystem::remove_all(folder_);
   }
   platform::Host& host() override { return *host_; }
+  void restart() override {
+    host_ = nullptr;
+    doubles::process::end();
+    start();
+  }
 
   bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) override {
     for (auto waited = std::chrono::milliseconds(0); !condition(); waited += kStep) {
@@ -61,6 +68,7 @@ class MacUnderTest : public HostUnderTest {
 
   void openEditor(std::string_view text) override { desktop_.openEditor(std::string(text)); }
   std::string editorText() override { return desktop_.editorText(); }
+  void editorHangs() override { doubles::MacDesktop::editorHangs(); }
   void focusPasswordField() override { desktop_.focusPasswordField(); }
   void otherApplicationCopies(std::string_view text) override {
     doubles::time::later(doubles::MacDesktop::kReaction,
@@ -70,9 +78,30 @@ class MacUnderTest : public HostUnderTest {
     return doubles::MacDesktop::pasteboardText();
   }
 
+  void otherApplicationPromises(const Promises& item) override {
+    doubles::pasteboard::Item promised;
+    for (const auto& [type, bytes] : item) {
+      const auto data = bytes ? std::optional(doubles::bytesOf(*bytes)) : std::nullopt;
+      promised.push_back({.type = type, .data = data, .isPromised = true});
+    }
+    doubles::time::later(doubles::MacDesktop::kReaction,
+                         [promised] { doubles::pasteboard::otherAppCopies({promised}); });
+  }
+
+  bool withdrawTrust() override {
+    doubles::accessibility::setTrusted(false);
+    return true;
+  }
+  int prompts() override { return doubles::accessibility::promptsShown(); }
+
   void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) override {
     if (doubles::hot_keys::press(keyCode, carbonModifiers).has_value()) return;
-    doubles::windows::pressKey(keyCode, eventFlags(carbonModifiers));
+    if (doubles::windows::pressKey(keyCode, eventFlags(carbonModifiers))) return;
+    if (recorder()) {
+      if (keyCode == kSpaceKey) clickRecorder(RecorderButton::save);
+    } else if (carbonModifiers == 0) {
+      desktop_.pressKeyInEditor(keyCode);
+    }
   }
   void userHolds(platform::EventFlags modifiers) override {
     doubles::key_events::setModifiersHeld(modifiers);
@@ -87,11 +116,15 @@ class MacUnderTest : public HostUnderTest {
   }
   void wakeFromSleep() override { doubles::workspace::postDidWake(); }
 
+  bool statusItemIsShown() override { return !doubles::status_bar::items().empty(); }
   std::vector<std::string> visibleMenu() override {
-    std::vector<std::string> titles;
-    for (const auto& item : menu())
-      if (!item.isHidden) titles.push_back(item.isSeparator ? "---" : item.title);
-    return titles;
+    std::vector<std::string> seen;
+    for (const auto& item : menu()) {
+      if (item.isHidden) continue;
+      const std::string key = item.keyEquivalent.empty() ? "" : " ⌘" + item.keyEquivalent;
+      seen.push_back(item.isSeparator ? "---" : (item.state == kOn ? "✓ " : "") + item.title + key);
+    }
+    return seen;
   }
   bool chooseMenuEntry(std::string_view title) override {
     const auto items = menu();
@@ -102,9 +135,11 @@ class MacUnderTest : public HostUnderTest {
     return canBeChosen;
   }
 
-  std::optional<std::string> shownCombination() override {
+  std::optional<Recorder> shownRecorder() override {
     const auto window = recorder();
-    return window ? std::optional(window->controls.at(kCombination).text) : std::nullopt;
+    if (!window) return std::nullopt;
+    const auto& message = window->controls.at(kMessage);
+    return Recorder{window->controls.at(kCombination).text, message.text, message.color};
   }
   bool clickRecorder(RecorderButton button) override {
     const auto window = recorder();
@@ -118,8 +153,16 @@ class MacUnderTest : public HostUnderTest {
     return control.isEnabled;
   }
 
-  void answerNextAlert(std::size_t button, std::chrono::milliseconds after) override {
-    doubles::alerts::answerNext(kFirstButton + static_cast<long>(button), after);
+  void answerNextAlert(std::optional<std::size_t> button, std::function<bool()> when) override {
+    nextAnswer_ = {button, std::move(when)};
+  }
+
+  bool isInFront() override { return doubles::app::activations() > 0; }
+  int beeps() override { return doubles::app::beeps(); }
+  std::vector<std::string> openedUrls() override { return doubles::workspace::openedUrls(); }
+
+  void storeDefault(const std::string& key, const platform::DefaultsValue& value) override {
+    doubles::defaults::set(key, std::visit(StoredObject(), value));
   }
 
   std::string writableFolder() override { return folder_.string(); }
@@ -130,12 +173,50 @@ class MacUnderTest : public HostUnderTest {
     bytes << stream.rdbuf();
     return bytes.str();
   }
+  void causeTrouble(const std::string& path, FileTrouble trouble) override {
+    switch (trouble) {
+      case FileTrouble::readOnly:
+        return doubles::process::setReadOnly(path);
+      case FileTrouble::diskFull:
+        return doubles::failures::failNext("-[NSFileHandle writeData:]");
+      case FileTrouble::closeFails:
+        return doubles::failures::failNext("-[NSFileHandle closeAndReturnError:]");
+    }
+  }
 
  private:
   static constexpr std::chrono::milliseconds kStep{1};
+  static constexpr std::chrono::seconds kPatience{20};
   static constexpr long kFirstButton = 1000;
+  static constexpr long kOn = 1;
   /// Where the controls stand in the window.
-  static constexpr std::size_t kCombination = 1, kSave = 3, kCancel = 4;
+  static constexpr std::size_t kCombination = 1, kMessage = 2, kSave = 3, kCancel = 4;
+  /// Presses the window's first button where keyboard navigation is on.
+  static constexpr std::uint16_t kSpaceKey = 49;
+
+  struct Answer {
+    std::optional<std::size_t> button;
+    std::function<bool()> when;
+  };
+  struct StoredObject {
+    doubles::Value operator()(const platform::OtherDefaultsValue&) const { return doubles::Bytes(); }
+    doubles::Value operator()(const auto& value) const { return value; }
+  };
+
+  void start() {
+    host_ = platform::makeHost();
+    host_->application().takeSharedApplication();
+    doubles::app::setEventLoop([this] {
+      EXPECT_TRUE(waitUntil(doubles::app::isTerminated, kPatience)) << "nobody ended the event loop";
+    });
+  }
+  long answer(std::size_t buttons) {
+    const auto next = std::exchange(nextAnswer_, {}).value();
+    for (auto waited = std::chrono::milliseconds(0); !next.when() && waited < kPatience; waited += kStep)
+      doubles::time::advanceInModalPanel(kStep);
+    EXPECT_TRUE(next.when());
+    return kFirstButton + static_cast<long>(next.button.value_or(buttons - 1));
+  }
 
   static std::vector<doubles::status_bar::MenuItem> menu() {
     const auto items = doubles::status_bar::items();
@@ -151,7 +232,8 @@ class MacUnderTest : public HostUnderTest {
   doubles::Session session_;
   doubles::MacDesktop desktop_;
   std::filesystem::path folder_ = newFolder();
-  std::unique_ptr<platform::Host> host_ = platform::makeHost();
+  std::unique_ptr<platform::Host> host_;
+  std::optional<Answer> nextAnswer_;
 };
 
 }  // namespace

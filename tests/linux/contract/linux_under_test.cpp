@@ -10,11 +10,13 @@
 #include <QWindow>
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/accessibility.h"
 #include "platform/application.h"
@@ -22,6 +24,7 @@
 #include "platform/linux/buses.h"
 #include "platform/linux/mac_key_codes.h"
 #include "platform/run_loop.h"
+#include "tests/linux/contract/url_opener.h"
 
 namespace lexwend::contract {
 namespace {
@@ -32,10 +35,12 @@ constexpr const char* kSleepManagerName = "org.freedesktop.login1";
 /// Far longer than a loaded machine needs to start a program.
 constexpr std::chrono::seconds kProgramStart(60);
 
-/// What all tests of a process share: the message bus, and the folder in which its programs meet.
+/// What all tests of a process share: the message bus, the folder in which its programs meet, and what the
+/// desktop has installed.
 struct Session {
   Session() { ::setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1); }
   test::TemporaryFolder folder;
+  UrlOpener urlOpener{folder.file("share")};
   std::optional<PrivateBus> bus;
 };
 
@@ -66,6 +71,7 @@ void enterSession(const std::string& home) {
     ::unsetenv(name);
   }
   if (!session()->bus) session()->bus.emplace();
+  session()->urlOpener.forget();
 }
 
 /// Programs that the bus starts come to this test's display.
@@ -101,7 +107,7 @@ constexpr Modifier kModifiers[] = {{kCmdKey, kEventFlagCommand, KEY_LEFTCTRL, XC
                                    {kOptionKey, kEventFlagOption, KEY_LEFTALT, XCB_MOD_MASK_1},
                                    {kControlKey, kEventFlagControl, KEY_LEFTMETA, XCB_MOD_MASK_4}};
 
-QWidget* shownRecorder() {
+QWidget* recorderWindow() {
   QWidget* window = QApplication::activeWindow();
   const bool isRecorder = window != nullptr && qobject_cast<QMessageBox*>(window) == nullptr &&
                           !window->findChildren<QPushButton*>().isEmpty();
@@ -120,12 +126,17 @@ LinuxUnderTest::LinuxUnderTest() {
   sleepManager_ = std::make_unique<BusPeer>();
   sleepManager_->ownName(kSleepManagerName);
   tellBusOfDisplay(*sleepManager_);
-  host_ = std::make_unique<LinuxHost>();
-  if (const auto reason = host_->application().takeSharedApplication()) throw std::runtime_error(*reason);
+  restart();
 }
 
 LinuxUnderTest::~LinuxUnderTest() {
   userHolds(0);
+}
+
+void LinuxUnderTest::restart() {
+  host_.reset();  // before the next: there is one application object at a time
+  host_ = std::make_unique<LinuxHost>();
+  if (const auto reason = host_->application().takeSharedApplication()) throw std::runtime_error(*reason);
 }
 
 bool LinuxUnderTest::waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
@@ -165,6 +176,16 @@ std::optional<std::string> LinuxUnderTest::otherApplicationPastes() {
   PastingApplication pasting;
   const auto value = pasting.paste("UTF8_STRING");
   return value ? std::optional(value->bytes) : std::nullopt;
+}
+
+void LinuxUnderTest::otherApplicationPromises(const Promises& item) {
+  // A selection's owner is asked for everything; nothing is handed over beforehand.
+  CopyingApplication::Behaviour behaviour;
+  for (const auto& [type, bytes] : item) {
+    behaviour.targets.push_back({type, {type, 8, bytes.value_or("")}});
+    if (!bytes) behaviour.refusedTargets.insert(type);
+  }
+  copying_ = std::make_unique<CopyingApplication>(behaviour);
 }
 
 void LinuxUnderTest::userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
@@ -228,25 +249,37 @@ void LinuxUnderTest::wakeFromSleep() {
   }
 }
 
-QMenu* LinuxUnderTest::openMenu() {
+Panel& LinuxUnderTest::panel() {
   if (panel_ == nullptr) panel_ = std::make_unique<Panel>();
+  return *panel_;
+}
+
+bool LinuxUnderTest::statusItemIsShown() {
+  return panel().showsItem();
+}
+
+QMenu* LinuxUnderTest::openMenu() {
   const auto open = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
   if (open() == nullptr) {
-    if (!pumpUntil([this] { return !panel_->item().empty(); })) return nullptr;
-    panel_->click();
+    if (!pumpUntil([this] { return !panel().item().empty(); })) return nullptr;
+    panel().click();
   }
   return pumpUntil([&] { return open() != nullptr && isOnTheScreen(*open()); }) ? open() : nullptr;
 }
 
 std::vector<std::string> LinuxUnderTest::visibleMenu() {
-  std::vector<std::string> titles;
+  std::vector<std::string> seen;
   const QMenu* menu = openMenu();
-  if (menu == nullptr) return titles;
+  if (menu == nullptr) return seen;
   for (const QAction* entry : menu->actions()) {
     if (!entry->isVisible()) continue;
-    titles.push_back(entry->isSeparator() ? "---" : entry->text().replace("&&", "&").toStdString());
+    QString text = entry->text().replace("&&", "&");
+    if (entry->isChecked()) text.prepend("✓ ");
+    const QString key = entry->shortcut().toString(QKeySequence::PortableText);
+    if (!key.isEmpty()) text += ' ' + QString(key).replace("Ctrl+", "⌘").toLower();
+    seen.push_back(entry->isSeparator() ? "---" : text.toStdString());
   }
-  return titles;
+  return seen;
 }
 
 bool LinuxUnderTest::chooseMenuEntry(std::string_view title) {
@@ -261,18 +294,20 @@ bool LinuxUnderTest::chooseMenuEntry(std::string_view title) {
   return false;
 }
 
-std::optional<std::string> LinuxUnderTest::shownCombination() {
-  const QWidget* window = shownRecorder();
+std::optional<HostUnderTest::Recorder> LinuxUnderTest::shownRecorder() {
+  const QWidget* window = recorderWindow();
   if (window == nullptr) return std::nullopt;
   // The prompt, the combination, the message, from the top down.
   auto labels = window->findChildren<QLabel*>();
   std::sort(labels.begin(), labels.end(), [](const QLabel* a, const QLabel* b) { return a->y() < b->y(); });
   constexpr qsizetype kLabels = 3;
-  return labels.size() == kLabels ? std::optional(labels[1]->accessibleName().toStdString()) : std::nullopt;
+  if (labels.size() != kLabels) return std::nullopt;
+  return Recorder{labels[1]->accessibleName().toStdString(), labels[2]->accessibleName().toStdString(),
+                  labels[2]->palette().color(QPalette::WindowText).name().toStdString()};
 }
 
 bool LinuxUnderTest::clickRecorder(RecorderButton which) {
-  QWidget* window = shownRecorder();
+  QWidget* window = recorderWindow();
   if (window == nullptr) return false;
   if (which == RecorderButton::closeBox) {
     pointer_.closeBox(*window);
@@ -291,17 +326,18 @@ bool LinuxUnderTest::clickRecorder(RecorderButton which) {
   return false;
 }
 
-void LinuxUnderTest::answerNextAlert(std::size_t button, std::chrono::milliseconds after) {
+void LinuxUnderTest::answerNextAlert(std::optional<std::size_t> button, std::function<bool()> when) {
   constexpr std::chrono::milliseconds kLook(10);
-  using Clock = std::chrono::steady_clock;
-  const auto shownSince = std::make_shared<std::optional<Clock::time_point>>();
   answering_ = host_->runLoop().scheduledRepeatingTimer(kLook, [=, this](Timer& look) {
     const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-    if (box == nullptr || !isOnTheScreen(*box)) return;
-    if (!*shownSince) *shownSince = Clock::now();
-    if (Clock::now() - **shownSince < after) return;
+    if (box == nullptr || !isOnTheScreen(*box) || !when()) return;
+    if (!button) {
+      look.invalidate();
+      pointer_.closeBox(*box);
+      return;
+    }
     const auto buttons = box->buttons();
-    const auto index = static_cast<qsizetype>(button);
+    const auto index = static_cast<qsizetype>(*button);
     if (index >= buttons.size()) return;
     const QAbstractButton& wanted = *buttons[index];
     if (!wanted.underMouse()) {
@@ -314,6 +350,22 @@ void LinuxUnderTest::answerNextAlert(std::size_t button, std::chrono::millisecon
   });
 }
 
+bool LinuxUnderTest::isInFront() {
+  return QApplication::activeWindow() != nullptr;
+}
+
+std::vector<std::string> LinuxUnderTest::openedUrls() {
+  return session()->urlOpener.opened();
+}
+
+void LinuxUnderTest::storeDefault(const std::string& key, const DefaultsValue& value) {
+  const std::filesystem::path path = LinuxUserDefaults::standardPath();
+  auto table = parseDefaults(test::contentsOf(path)).value_or(DefaultsTable());
+  table.insert_or_assign(key, value);
+  std::filesystem::create_directories(path.parent_path());
+  test::putContents(path, defaultsText(table));
+}
+
 std::string LinuxUnderTest::writableFolder() {
   return home_.path();
 }
@@ -322,6 +374,27 @@ std::optional<std::string> LinuxUnderTest::fileBytes(const std::string& path) {
   struct stat state {};
   if (::stat(path.c_str(), &state) != 0) return std::nullopt;
   return test::contentsOf(path);
+}
+
+void LinuxUnderTest::causeTrouble(const std::string& path, FileTrouble trouble) {
+  switch (trouble) {
+    case FileTrouble::readOnly:
+      std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+      ordinaryUser_.emplace(home_.path());
+      return;
+    case FileTrouble::diskFull:
+      fullDisk_.emplace(std::filesystem::file_size(path));
+      return;
+    case FileTrouble::closeFails:
+      // Closed behind the handle's back: closing it once more is an error of the system's.
+      for (const auto& open : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code ignored;
+        if (std::filesystem::read_symlink(open, ignored) != path) continue;
+        ::close(std::stoi(open.path().filename()));
+        return;
+      }
+      FAIL() << path << " is not open";
+  }
 }
 
 std::unique_ptr<HostUnderTest> makeHostUnderTest() {

@@ -10,10 +10,12 @@
 
 #include "platform/linux/linux_host.h"
 #include "tests/contract/host_under_test.h"
+#include "tests/linux/contract/bells.h"
 #include "tests/linux/contract/other_editor.h"
 #include "tests/linux/contract/panel.h"
 #include "tests/linux/contract/pointer.h"
 #include "tests/linux/other_application.h"
+#include "tests/linux/ui/file_troubles.h"
 #include "tests/linux/ui/temporary_folder.h"
 #include "tests/linux/virtual_display.h"
 
@@ -31,13 +33,19 @@ class LinuxUnderTest : public HostUnderTest {
   LinuxUnderTest& operator=(const LinuxUnderTest&) = delete;
 
   platform::Host& host() override { return *host_; }
+  void restart() override;
   bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) override;
 
   void openEditor(std::string_view text) override;
   std::string editorText() override;
+  void editorHangs() override { editor_->hang(); }
   void focusPasswordField() override;
   void otherApplicationCopies(std::string_view text) override;
   std::optional<std::string> otherApplicationPastes() override;
+  void otherApplicationPromises(const Promises& item) override;
+
+  bool withdrawTrust() override { return false; }
+  int prompts() override { return 0; }
 
   void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) override;
   void userHolds(platform::EventFlags modifiers) override;
@@ -46,25 +54,35 @@ class LinuxUnderTest : public HostUnderTest {
   void disableHebrew() override;
   void wakeFromSleep() override;
 
+  bool statusItemIsShown() override;
   std::vector<std::string> visibleMenu() override;
   bool chooseMenuEntry(std::string_view title) override;
 
-  std::optional<std::string> shownCombination() override;
+  std::optional<Recorder> shownRecorder() override;
   bool clickRecorder(RecorderButton button) override;
 
-  void answerNextAlert(std::size_t button, std::chrono::milliseconds after) override;
+  void answerNextAlert(std::optional<std::size_t> button, std::function<bool()> when) override;
+
+  bool isInFront() override;
+  int beeps() override { return bells_.rung(); }
+  std::vector<std::string> openedUrls() override;
+
+  void storeDefault(const std::string& key, const platform::DefaultsValue& value) override;
 
   std::string writableFolder() override;
   std::optional<std::string> fileBytes(const std::string& path) override;
+  void causeTrouble(const std::string& path, FileTrouble trouble) override;
 
  private:
   void bringToFront(std::unique_ptr<OtherEditor>& place, OtherEditor::Kind kind, std::string_view text);
+  Panel& panel();
   QMenu* openMenu();
 
   test::TemporaryFolder home_;
   platform::VirtualDisplay display_;
   platform::Typist typist_;
   Pointer pointer_{typist_.connection(), typist_.root()};
+  Bells bells_;
   std::set<int> heldKeys_;
   /// Stands for logind, and asks the bus on the test's behalf.
   std::unique_ptr<platform::BusPeer> sleepManager_;
@@ -74,6 +92,8 @@ class LinuxUnderTest : public HostUnderTest {
   std::unique_ptr<OtherEditor> passwordField_;
   std::unique_ptr<platform::CopyingApplication> copying_;
   platform::TimerRef answering_;
+  std::optional<test::FullDisk> fullDisk_;
+  std::optional<test::OrdinaryUser> ordinaryUser_;
 };
 
 }  // namespace lexwend::contract

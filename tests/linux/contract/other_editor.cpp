@@ -42,7 +42,7 @@ OtherEditor::OtherEditor(Kind kind, std::string_view text) {
 }
 
 OtherEditor::~OtherEditor() {
-  ::kill(process_, SIGTERM);
+  ::kill(process_, SIGKILL);
   ::waitpid(process_, nullptr, 0);
   ::close(output_);
 }
@@ -55,6 +55,10 @@ bool OtherEditor::isReady() {
 std::string OtherEditor::text() {
   listen();
   return text_;
+}
+
+void OtherEditor::hang() {
+  ::kill(process_, SIGSTOP);
 }
 
 void OtherEditor::listen() {

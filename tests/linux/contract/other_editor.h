@@ -21,6 +21,8 @@ class OtherEditor {
   bool isReady();
   /// The text that it told of last.
   std::string text();
+  /// From now on it does nothing at all.
+  void hang();
 
  private:
   void listen();

@@ -21,6 +21,12 @@ std::string Panel::item() {
   return item_;
 }
 
+bool Panel::showsItem() {
+  return !item().empty() &&
+         peer_.call(item(), "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
+                    g_variant_new("(ss)", "org.kde.StatusNotifierItem", "Id")) != nullptr;
+}
+
 void Panel::click() {
   peer_.call(item(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
              g_variant_new("(ii)", 5, 5));

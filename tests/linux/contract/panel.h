@@ -14,6 +14,8 @@ class Panel {
   Panel();
   /// The bus name of the item that registered last; empty before.
   std::string item();
+  /// Whether that item is still there.
+  bool showsItem();
   /// The user clicks on the item.
   void click();
 

@@ -13,7 +13,6 @@
 #include "platform/alerts.h"
 #include "platform/application.h"
 #include "platform/key_monitor.h"
-#include "platform/linux/xcb_xkb.h"
 #include "platform/recorder_window.h"
 #include "platform/workspace.h"
 #include "tests/linux/ui/private_desktop.h"
@@ -93,12 +92,6 @@ TEST_F(AlertOnTheDesktop, leavesNoKeyAndNoClickToTheRecorderBehindIt) {
   EXPECT_EQ(seen, 0);
 }
 
-TEST_F(AlertOnTheDesktop, isAnsweredByEachButton) {
-  EXPECT_EQ(runWith([](QMessageBox& box) { box.buttons()[1]->click(); }) +
-                runWith([](QMessageBox& box) { box.buttons()[0]->click(); }),
-            2001);
-}
-
 constexpr std::uint32_t kMacF9 = 101;
 constexpr std::uint32_t kMacF10 = 109;
 
@@ -115,21 +108,9 @@ struct ApplicationOnTheDesktop : Desktop {
   }
 };
 
-TEST_F(ApplicationOnTheDesktop, namesItself) {
-  EXPECT_EQ(application.bundleIdentifier(), "org.lexwend.Lexwend");
-  EXPECT_EQ(application.displayName(), "Lexwend");
-  ASSERT_TRUE(application.shortVersionString().has_value());
-  EXPECT_NE(application.shortVersionString()->find('.'), std::string::npos);
-}
-
 TEST_F(ApplicationOnTheDesktop, tellsProgramsThatItStartsNothingOfItsDisplay) {
   EXPECT_EQ(QGuiApplication::platformName(), QString("xcb"));
   EXPECT_FALSE(qEnvironmentVariableIsSet("QT_QPA_PLATFORM"));
-}
-
-TEST_F(ApplicationOnTheDesktop, launchesOnceAndEndsWhenItIsToldTo) {
-  runWith([this] { application.terminate(); });
-  EXPECT_EQ(launches, 1);
 }
 
 TEST_F(ApplicationOnTheDesktop, endsByTheSystemsSignals) {
@@ -196,54 +177,10 @@ TEST_F(ApplicationOnTheDesktop, endsAlsoWhileAnAlertIsOpen) {
   EXPECT_EQ(response, 1001);
 }
 
-/// Counts the bells of the display.
-class BellListener {
- public:
-  BellListener() {
-    xcb_discard_reply(c(), xcb_xkb_use_extension(c(), 1, 0).sequence);
-    constexpr std::uint16_t kBell = XCB_XKB_EVENT_TYPE_BELL_NOTIFY;
-    xcb_xkb_select_events(c(), XCB_XKB_ID_USE_CORE_KBD, kBell, 0, kBell, 0, 0, nullptr);
-    const std::uint8_t xkbEvent = xcb_get_extension_data(c(), &xcb_xkb_id)->first_event;
-    observation_ = x11_->observe([this, xkbEvent](const xcb_generic_event_t& event) {
-      rings += eventType(event) == xkbEvent && event.pad0 == XCB_XKB_BELL_NOTIFY ? 1 : 0;
-    });
-    const XcbReply<xcb_get_input_focus_reply_t> selected(
-        xcb_get_input_focus_reply(c(), xcb_get_input_focus(c()), nullptr));
-  }
-  int rings = 0;
-
- private:
-  xcb_connection_t* c() { return x11_->get(); }
-  std::shared_ptr<X11Connection> x11_ = X11Connection::open();
-  X11Connection::Observation observation_;
-};
-
-TEST_F(ApplicationOnTheDesktop, beepsByTheBellOfTheDisplay) {
-  BellListener listener;
-  application.beep();
-  EXPECT_TRUE(pumpUntil([&] { return listener.rings == 1; }));
-}
-
 struct WorkspaceOnTheDesktop : Desktop {
   Workspace& workspace = host.workspace();
   BusPeer peer;
 };
-
-TEST_F(WorkspaceOnTheDesktop, tellsOfEachWakeFromSleepAndNotOfFallingAsleep) {
-  int wakes = 0;
-  workspace.observeDidWake([&] { ++wakes; });
-  peer.ownName("org.freedesktop.login1");
-  const auto sleep = [&](bool falling) {
-    peer.emit("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
-              g_variant_new("(b)", falling ? TRUE : FALSE));
-  };
-  sleep(true);
-  sleep(false);
-  EXPECT_TRUE(pumpUntil([&] { return wakes == 1; }));
-  sleep(true);
-  sleep(false);
-  EXPECT_TRUE(pumpUntil([&] { return wakes == 2; }));
-}
 
 TEST_F(WorkspaceOnTheDesktop, switchesAccessibilityOnWhereMacSettingsAreToBeOpened) {
   std::atomic<bool> switchedOn = false;

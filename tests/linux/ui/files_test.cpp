@@ -15,11 +15,6 @@ struct UsersFiles : ::testing::Test {
   LinuxFiles files;
 };
 
-TEST_F(UsersFiles, openForWritingOnlyWhenTheyExist) {
-  EXPECT_EQ(files.fileHandleForWriting(path), nullptr);
-  EXPECT_FALSE(std::filesystem::exists(path));
-}
-
 TEST_F(UsersFiles, areWrittenInPlaceAndAtTheEnd) {
   test::putContents(path, "abc");
   auto handle = files.fileHandleForWriting(path);
@@ -30,17 +25,6 @@ TEST_F(UsersFiles, areWrittenInPlaceAndAtTheEnd) {
   EXPECT_TRUE(handle->close());
   EXPECT_FALSE(handle->close());
   EXPECT_EQ(test::contentsOf(path), "Xbc\n");
-}
-
-TEST_F(UsersFiles, areReplacedAsAWhole) {
-  test::putContents(path, "a longer text");
-  EXPECT_TRUE(files.writeWholeFile(path, "short"));
-  EXPECT_EQ(test::contentsOf(path), "short");
-}
-
-TEST_F(UsersFiles, neverBringTheirFolder) {
-  EXPECT_FALSE(files.writeWholeFile(folder.file("missing/a.log"), "x"));
-  EXPECT_FALSE(std::filesystem::exists(folder.file("missing")));
 }
 
 TEST_F(UsersFiles, onAFullDiskReportFailure) {

@@ -248,16 +248,6 @@ TEST_F(Tray, itemRegistersWithAPanelThatAppearsLateOrRestarts) {
   }
 }
 
-TEST_F(Tray, itemGoesWithItsLastReference) {
-  Panel panel;
-  panel.appear();
-  auto item = bar.statusItem(kSquareStatusItemLength);
-  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
-  EXPECT_NE(panel.property("Id"), nullptr);
-  item.reset();
-  EXPECT_EQ(panel.property("Id"), nullptr);
-}
-
 TEST(Symbols, areThereUnderTheirFourNamesAndNoOther) {
   for (const auto* name : {"keyboard", "keyboard.badge.ellipsis", "checkmark", "xmark"}) {
     EXPECT_NE(LinuxSymbolImage::named(name, ""), nullptr) << name;

@@ -4,30 +4,12 @@
 #include <limits>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
+#include "tests/linux/ui/file_troubles.h"
 #include "tests/linux/ui/temporary_folder.h"
 
 namespace lexwend::platform {
 namespace {
-
-/// While this lives a test that runs as root runs as somebody who may not read everything, and who owns the
-/// folder.
-class OrdinaryUser {
- public:
-  explicit OrdinaryUser(const std::string& folder) {
-    constexpr uid_t kNobody = 65534;
-    if (::geteuid() != 0) return;
-    EXPECT_EQ(::chown(folder.c_str(), kNobody, kNobody), 0);
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-      EXPECT_EQ(::chown(entry.path().c_str(), kNobody, kNobody), 0);
-    }
-    EXPECT_EQ(::seteuid(kNobody), 0);
-  }
-  ~OrdinaryUser() { EXPECT_EQ(::seteuid(::getuid()), 0); }
-  OrdinaryUser(const OrdinaryUser&) = delete;
-  OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-};
 
 struct UserDefaultsFile : ::testing::Test {
   test::TemporaryFolder folder;
@@ -51,21 +33,6 @@ TEST_F(UserDefaultsFile, isNotMadeByReading) {
   EXPECT_EQ(defaults.objectForKey("hotKeyCode"), std::nullopt);
   EXPECT_FALSE(defaults.boolForKey("didRegisterLoginItem"));
   EXPECT_FALSE(std::filesystem::exists(folder.file("lexwend")));
-}
-
-TEST_F(UserDefaultsFile, keepsNumbersAndTruthValuesOverRuns) {
-  {
-    auto defaults = opened();
-    defaults.setInteger(4294967295, "hotKeyCode");
-    defaults.setBool(false, "switchLayoutAfterFix");
-    defaults.setBool(true, "compatMode");
-    EXPECT_EQ(defaults.objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{4294967295}));
-  }
-  auto defaults = opened();
-  EXPECT_EQ(defaults.objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{4294967295}));
-  EXPECT_EQ(defaults.objectForKey("switchLayoutAfterFix"), DefaultsValue(false));
-  EXPECT_TRUE(defaults.boolForKey("compatMode"));
-  EXPECT_FALSE(defaults.boolForKey("switchLayoutAfterFix"));
 }
 
 TEST_F(UserDefaultsFile, isTypedText) {
@@ -156,7 +123,7 @@ TEST_F(UserDefaultsFile, thatCannotBeWrittenStillServesThisRun) {
 TEST_F(UserDefaultsFile, thatCannotBeReadIsNotWrittenOver) {
   const std::string kept = "# Lexwend settings\nhotKeyCode = integer 96\nend\n";
   put(kept);
-  const OrdinaryUser user(folder.path());
+  const test::OrdinaryUser user(folder.path());
   ASSERT_EQ(::chmod(path.c_str(), 0), 0);
   auto defaults = opened();
   defaults.setBool(true, "compatMode");
