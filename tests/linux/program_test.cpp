@@ -19,8 +19,8 @@ Outcome runWithNothing(const std::string& option) {
 
 TEST(ProgramWithNothing, limitEndsWhoWritesAFile) {
   const auto file = testing::TempDir() + "lexwend-program-test";
-  const Outcome outcome =
-      runProgram("/usr/bin/env", {"-i", "/usr/bin/prlimit", "--fsize=0", "/bin/sh", "-c", "echo x > " + file}, "");
+  const Outcome outcome = runProgram(
+      "/usr/bin/env", {"-i", "/usr/bin/prlimit", "--fsize=0", "/bin/sh", "-c", "echo x > " + file}, "");
   EXPECT_NE(outcome.status, 0);
 }
 
