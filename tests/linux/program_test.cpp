@@ -17,6 +17,11 @@ Outcome runWithNothing(const std::string& option) {
   return runProgram("/usr/bin/env", {"-i", "/usr/bin/prlimit", "--fsize=0", LEXWEND_PROGRAM, option}, "");
 }
 
+/// The account has a home even without an environment, and the agent its log there.
+Outcome runWithoutHome(const std::string& option) {
+  return runProgram("/usr/bin/env", {"-i", "HOME=/nonexistent", LEXWEND_PROGRAM, option}, "");
+}
+
 TEST(ProgramWithNothing, limitEndsWhoWritesAFile) {
   const auto file = testing::TempDir() + "lexwend-program-test";
   const Outcome outcome = runProgram(
@@ -43,7 +48,7 @@ TEST(ProgramWithNothing, tellsItsUsageAndItsVersion) {
 }
 
 TEST(ProgramWithNothing, refusesToBeAnAgentInOneSentence) {
-  const Outcome outcome = runWithNothing("--quiet");
+  const Outcome outcome = runWithoutHome("--quiet");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.output, "");
   EXPECT_EQ(outcome.errors, "lexwend: no X11 display can be opened; the agent needs one (DISPLAY)\n");
