@@ -318,9 +318,13 @@ void LinuxInputSources::select(const InputSourceRef& source) {
   if (group >= names.size()) {
     return;
   }
-  xcb_xkb_latch_lock_state(x11_->get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 1, static_cast<std::uint8_t>(group), 0,
-                           0, 0);
-  x11_->flush();
+  // Waits until the server has done it: what the user types from now on is of that layout.
+  const XcbReply<xcb_generic_error_t> error(xcb_request_check(
+      x11_->get(), xcb_xkb_latch_lock_state_checked(x11_->get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 1,
+                                                    static_cast<std::uint8_t>(group), 0, 0, 0)));
+  if (error != nullptr) {
+    return;
+  }
   if (sessionBus_) {
     const auto sameLayout = [&](const XkbLayoutName& name) { return name.layout == names[group].layout; };
     const auto end = names.begin() + static_cast<std::ptrdiff_t>(group);
