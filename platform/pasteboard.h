@@ -29,7 +29,7 @@ using PasteboardItemData = std::vector<std::pair<std::string, Bytes>>;
 
 /// A pasteboard. Main thread only; a host goes on serving what it wrote while the main thread sleeps.
 /// The operations that need an answer of another application block until it comes: on Linux items(), which
-/// fetches all data, one second and a half at most and every other half a second; on macOS as long as the
+/// fetches all data, two seconds at most and every other a second; on macOS as long as the
 /// system lets them.
 class Pasteboard {
  public:

@@ -95,7 +95,7 @@ std::optional<std::string> LinuxPasteboard::string() {
     return std::nullopt;
   }
   owner_->settle();
-  return reader_->readText({kStringTime, budget_.silence, budget_.bytes});
+  return reader_->readText({kStringTime, kStringTime, budget_.bytes});
 }
 
 void LinuxPasteboard::setString(std::string_view text) {

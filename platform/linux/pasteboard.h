@@ -58,8 +58,9 @@ struct PasteboardBudget {
 class LinuxPasteboard : public Pasteboard {
  public:
   static constexpr std::chrono::milliseconds kHandOverTime{2000};
-  /// The longest wait of string() for one answer is the budget's silence, and for everything this.
-  static constexpr std::chrono::milliseconds kStringTime{500};
+  /// The longest wait of string(). A toolkit may need most of it to make the text of a megabyte in many
+  /// lines.
+  static constexpr std::chrono::milliseconds kStringTime{1000};
 
   /// Connects to the display of DISPLAY. Without one the pasteboard is empty, never changes, and writing does
   /// nothing.

@@ -337,16 +337,18 @@ def expect_legible_icon(session):
     """On a dark tray and then on a light one, where it is left; returns its pixels there."""
     tray, screen = Tray(session), Screen(session)
 
-    def usual(is_legible):
-        # All of it in one look: a tray that is being set up shows other backgrounds first.
+    def usual(background, sign):
+        # All of it in one look: a tray that is being set up shows other backgrounds first, and the sign has its
+        # final color only when the agent has looked at a tray that is there.
         pixels = screen.icon_pixels()
-        return pixels if pixels[0] == pixels[-1] and is_legible(pixels) else None
+        corners = (pixels[0], pixels[-1])
+        return pixels if corners == (background, background) and sign in (min(pixels), max(pixels)) else None
 
     tray.start('#202020')
-    until(lambda: usual(lambda pixels: pixels[0] == 0x20 and max(pixels) > 180), 'a light icon on a dark tray')
+    until(lambda: usual(0x20, 0xf2), 'a light icon on a dark tray')
     tray.end()
     tray.start('#f0f0f0')
-    return until(lambda: usual(lambda pixels: pixels[0] == 0xf0 and min(pixels) < 80), 'a dark icon on a light tray')
+    return until(lambda: usual(0xf0, 0x20), 'a dark icon on a light tray')
 
 
 @scene
