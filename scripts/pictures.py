@@ -257,7 +257,7 @@ def take_fix(studio):
     environment = dict(os.environ, GSETTINGS_BACKEND='keyfile')
     document = studio.session.folder / 'letter.txt'
     document.write_text(GARBLED, encoding='utf-8')
-    studio.session.start(['mousepad', '--disable-server', str(document)], env=environment)
+    studio.session.start_in_front(['mousepad', '--disable-server', str(document)], env=environment)
     field = FocusedText('mousepad')
     until(lambda: field.text() == GARBLED, 'the editor to show the garbled text')
     studio.keyboard.press('Control+a')

@@ -16,6 +16,7 @@ import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
+LINES_OF_FAILURE = 20
 SKIPPED = ("SKIP_REGULAR_EXPRESSION_MATCHED", "SKIP_RETURN_CODE")
 
 
@@ -24,7 +25,10 @@ class Tally:
 
     def __init__(self):
         self.passed, self.failed, self.skipped = 0, 0, 0
-        self.rows, self.wrong = [], []
+        self.rows, self.wrong = [], []  # what went wrong by its name and with the end of what it said
+
+    def note(self, name, said=""):
+        self.wrong.append((name, said or ""))
 
     def add(self, name, seconds, passed, failed, skipped=0):
         self.passed += passed
@@ -36,8 +40,10 @@ class Tally:
         print("\n== summary")
         for name, seconds, passed, failed, skipped in self.rows:
             print(f"  {'FAILED' if failed else 'ok':6}  {seconds:5.0f} s  {name}: {passed} passed, {failed} failed, {skipped} skipped")
-        for line in self.wrong:
-            print(f"  failed: {line}")
+        for name, said in self.wrong:
+            print(f"  failed: {name}")
+            for line in said.splitlines()[-LINES_OF_FAILURE:]:
+                print(f"    {line}")
         failed, skipped = self.failed, self.skipped
         if skipped and os.environ.get("CI") == "true":
             print(f"  {skipped} skipped tests count as failures here, because CI=true")
@@ -58,7 +64,7 @@ def check(tally, name, *command):
     good = run(*command) == 0
     tally.add(name, time.monotonic() - start, 1 if good else 0, 0 if good else 1)
     if not good:
-        tally.wrong.append(name)
+        tally.note(name)
     return good
 
 
@@ -68,22 +74,22 @@ def build(tally, preset, *options):
     good = run("cmake", "--preset", preset, *options) == 0 and run("cmake", "--build", "--preset", preset) == 0
     tally.add(f"build {preset}", time.monotonic() - start, 1 if good else 0, 0 if good else 1)
     if not good:
-        tally.wrong.append(f"build {preset}")
+        tally.note(f"build {preset}")
     return good
 
 
 def outcomes(report):
-    """(name, outcome) for each test in ctest's report; a test that could not be started has failed."""
+    """(name, outcome, output) for each test in ctest's report; a test that could not be started has failed."""
     for case in ElementTree.parse(report).getroot().iter("testcase"):
-        status, skip = case.get("status"), case.find("skipped")
+        name, status, skip, said = case.get("name"), case.get("status"), case.find("skipped"), case.findtext("system-out")
         if status == "run":
-            yield case.get("name"), "passed"
+            yield name, "passed", said
         elif status == "disabled":
-            yield case.get("name"), "skipped"
+            yield name, "skipped", said
         elif status == "notrun" and skip is not None and (skip.get("message") or "").startswith(SKIPPED):
-            yield case.get("name"), "skipped"
+            yield name, "skipped", said
         else:
-            yield case.get("name"), "failed"
+            yield name, "failed", said
 
 
 def tests(tally, preset, *options):
@@ -96,13 +102,13 @@ def tests(tally, preset, *options):
                  "--output-junit", report, *options)
     counts = {"passed": 0, "failed": 0, "skipped": 0}
     if report.exists():
-        for name, outcome in outcomes(report):
+        for name, outcome, said in outcomes(report):
             counts[outcome] += 1
             if outcome != "passed":
-                tally.wrong.append(f"{preset}: {name}" + (" (skipped)" if outcome == "skipped" else ""))
+                tally.note(f"{preset}: {name}" + (" (skipped)" if outcome == "skipped" else ""), said)
     if (status != 0) and counts["failed"] == 0:
         counts["failed"] = 1
-        tally.wrong.append(f"{preset}: ctest itself ended with {status}")
+        tally.note(f"{preset}: ctest itself ended with {status}")
     tally.add(f"tests {preset}", time.monotonic() - start, counts["passed"], counts["failed"], counts["skipped"])
 
 

@@ -246,13 +246,19 @@ void AtspiBus::joinRound() {
     beginRound();
 }
 
+std::chrono::milliseconds AtspiBus::roundAge() {
+  if (roundStart_ == std::chrono::steady_clock::time_point::min()) beginRound();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                               roundStart_);
+}
+
 GVariantRef AtspiBus::call(const AtspiCall& call) {
   return std::move(callAll({call}).front());
 }
 
 std::vector<GVariantRef> AtspiBus::callAll(const std::vector<AtspiCall>& calls,
                                            std::chrono::milliseconds limit) {
-  const auto left = timeLeft();
+  const auto left = kRoundLimit - roundAge();
   if (!isConnected() || left.count() <= 0) return std::vector<GVariantRef>(calls.size());
 
   // The answers come to a context of this call alone, so that nothing else of the program runs meanwhile.
@@ -279,12 +285,6 @@ void AtspiBus::send(const AtspiCall& call) {
   g_dbus_connection_call(connection_.get(), call.object.bus.c_str(), call.object.path.c_str(), call.interface,
                          call.method, call.arguments.get(), nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1,
                          nullptr, nullptr, nullptr);
-}
-
-std::chrono::milliseconds AtspiBus::timeLeft() {
-  if (roundStart_ == std::chrono::steady_clock::time_point::min()) beginRound();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(roundStart_ + kRoundLimit -
-                                                               std::chrono::steady_clock::now());
 }
 
 std::optional<std::uint64_t> AtspiBus::states(const AtspiObject& object) {

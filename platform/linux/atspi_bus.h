@@ -75,6 +75,8 @@ class AtspiBus {
   void beginRound();
   /// The same, unless a round began so lately that the call is part of the same fix.
   void joinRound();
+  /// How long the round has been going on; begins one where there was none yet.
+  std::chrono::milliseconds roundAge();
 
   /// A method call: the answer, null on an error, on a reply of another type, when the application does not
   /// answer in time, and when the round's time is used up.
@@ -111,8 +113,6 @@ class AtspiBus {
   static constexpr std::chrono::milliseconds kSameFix{1500};
 
   std::vector<GVariantRef> callAll(const std::vector<AtspiCall>& calls, std::chrono::milliseconds limit);
-  /// What is left of the round; begins one where there was none yet.
-  std::chrono::milliseconds timeLeft();
   void askForAddress(GDBusConnection* session);
   void connectTo(const char* address);
   void connected(GDBusConnection* connection);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,11 @@ namespace {
 
 // A walk over a large window takes half a second; past this the clipboard is the quicker way.
 constexpr std::chrono::milliseconds kWalkLimit{100};
+// The press of the hot key takes the keyboard from the window for as long as the agent lets it. GTK 3
+// believes that its focus is gone until it has come to the event that gives it back, draws its window anew,
+// and answers questions meanwhile. Seen to last up to 50 ms on a busy machine.
+constexpr std::chrono::milliseconds kGrabIsForgotten{150};
+constexpr std::chrono::milliseconds kPause{5};
 constexpr int kMatchAll = 1;        // ATSPI_Collection_MATCH_ALL
 constexpr unsigned kCanonical = 1;  // ATSPI_Collection_SORT_ORDER_CANONICAL
 constexpr int kMatchLimit = 5;
@@ -30,17 +36,26 @@ GVariant* focusedRule() {
 }  // namespace
 
 std::optional<AtspiObject> FocusFinder::focusedText(std::uint32_t process) {
-  // The last focus event may be of another window, of a popup, or plainly wrong, so it is asked once more.
+  while (true) {
+    if (const auto known = askKnown(process)) return known;
+    lastFound_.reset();
+    const auto applications = bus_.applicationsOf(process);
+    for (const AtspiObject& application : applications) {
+      lastFound_ = askCollection(application);
+      if (!lastFound_) lastFound_ = walk(application);
+      if (lastFound_) return lastFound_;
+    }
+    if (applications.empty() || bus_.roundAge() > kGrabIsForgotten) return std::nullopt;
+    std::this_thread::sleep_for(kPause);
+  }
+}
+
+/// The last focus event may be of another window, of a popup, or plainly wrong, so it is asked once more.
+std::optional<AtspiObject> FocusFinder::askKnown(std::uint32_t process) {
   for (const auto& candidate : {bus_.lastFocus(), lastFound_}) {
     if (candidate && bus_.processOf(candidate->bus) == process && isFocusedText(*candidate)) return candidate;
   }
-  lastFound_.reset();
-  for (const AtspiObject& application : bus_.applicationsOf(process)) {
-    lastFound_ = askCollection(application);
-    if (!lastFound_) lastFound_ = walk(application);
-    if (lastFound_) break;
-  }
-  return lastFound_;
+  return std::nullopt;
 }
 
 bool FocusFinder::isFocusedText(const AtspiObject& object) {

@@ -13,11 +13,13 @@ class FocusFinder {
  public:
   explicit FocusFinder(AtspiBus& bus) : bus_(bus) {}
 
-  /// The focused object with text in that process; none when there is none or it was not found in time.
+  /// The focused object with text in that process; none when there is none or it was not found in time. Early
+  /// in a round it is looked for again and again: see kGrabIsForgotten.
   std::optional<AtspiObject> focusedText(std::uint32_t process);
 
  private:
   bool isFocusedText(const AtspiObject& object);
+  std::optional<AtspiObject> askKnown(std::uint32_t process);
   std::optional<AtspiObject> askCollection(const AtspiObject& application);
   std::optional<AtspiObject> walk(const AtspiObject& application);
 

@@ -27,7 +27,7 @@ def main():
         session.start_agent(arguments.agent.resolve())
         document = session.folder / 'letter.txt'
         document.write_text(GARBLED, encoding='utf-8')
-        session.start(['mousepad', '--disable-server', str(document)])
+        session.start_in_front(['mousepad', '--disable-server', str(document)])
 
         field = FocusedText('mousepad')
         until(lambda: field.text() == GARBLED, 'the editor to show the garbled text')

@@ -3,7 +3,8 @@
 
 Everything lives in a temporary folder and ends with the session. Nothing sleeps for a guess: `until` polls a condition
 against a deadline and says what it waited for. One session per process, because the accessibility library binds to the
-first bus that it sees.
+first bus that it sees. LEXWEND_DESKTOP_VERBOSE shows what the programs say, LEXWEND_DESKTOP_PICTURES names a folder for a
+picture of the screen as a failure left it.
 """
 import ctypes
 import os
@@ -194,6 +195,53 @@ class Keyboard:
         until(lambda: self.group() == group, f'keyboard group {group}')
 
 
+def active_window_says(*arguments):
+    """What xprop tells about the window that has the keyboard."""
+    window = subprocess.run(['xprop', '-root', '_NET_ACTIVE_WINDOW'], capture_output=True, text=True, check=False)
+    name = window.stdout.split()[-1] if window.returncode == 0 and window.stdout else ''
+    if not name.startswith('0x') or name == '0x0':
+        return ''
+    return subprocess.run(['xprop', '-id', name, *arguments], capture_output=True, text=True, check=False).stdout
+
+
+def active_process():
+    """The process of the window that has the keyboard; nothing where there is none or it does not tell."""
+    number = active_window_says('-notype', '_NET_WM_PID').partition(' = ')[2].strip()
+    return int(number) if number else None
+
+
+def _session_of(process):
+    """The first process of its session; every program of a desktop has a session of its own."""
+    try:
+        return process and os.getsid(process)
+    except ProcessLookupError:
+        return None
+
+
+class AccessibilityBus:
+    """Who is on the desktop's accessibility bus, which starts when it is first asked for."""
+
+    def __init__(self):
+        from gi.repository import Gio
+        session = Gio.bus_get_sync(Gio.BusType.SESSION)
+        address = session.call_sync('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress', None, None,
+                                    Gio.DBusCallFlags.NONE, -1, None).unpack()[0]
+        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+        self.bus = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+        self.no_flags = Gio.DBusCallFlags.NONE
+
+    def _call(self, destination, path, method, arguments=None):
+        return self.bus.call_sync(destination, path, destination, method, arguments, None, self.no_flags, -1, None).unpack()[0]
+
+    def hears_focus(self, process):
+        """Whether that process is registered for the events of the focus."""
+        from gi.repository import GLib
+        events = self._call('org.a11y.atspi.Registry', '/org/a11y/atspi/registry', 'GetRegisteredEvents')
+        listeners = {listener for listener, event in events if 'focused' in event.lower()}
+        return process in [self._call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'GetConnectionUnixProcessID',
+                                      GLib.Variant('(s)', (listener,))) for listener in listeners]
+
+
 class Session:
     """A desktop from __enter__ to __exit__. Changes this process's environment to it."""
 
@@ -209,29 +257,38 @@ class Session:
 
     def __enter__(self):
         self.folder = Path(tempfile.mkdtemp(prefix='lexwend-desktop-'))
+        self.home = self.folder / 'home'
         try:
             self._start()
         except BaseException:
-            self.__exit__(None, None, None)
+            self.__exit__(*sys.exc_info())
             raise
         return self
 
-    def __exit__(self, *_):
+    def _tell(self):
+        """What a failed scene has left behind, on standard error."""
+        ended = [f'{process.args[0]} with {process.poll()}' for process in self.processes if process.poll() is not None]
+        print(f'programs that had ended: {", ".join(ended) or "none"}\nlog of the agent:\n{self.log()}', file=sys.stderr)
+        folder = os.environ.get('LEXWEND_DESKTOP_PICTURES')
+        if folder and 'DISPLAY' in os.environ:
+            self.screenshot(Path(folder) / f'failure-{os.getpid()}.png')
+
+    def __exit__(self, kind, error, _):
+        if error is not None:
+            self._tell()
         for process in reversed(self.processes):
             self.end(process)
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def _start(self):
-        home = self.folder / 'home'
         runtime = self.folder / 'run'
-        (home / 'Library' / 'Logs').mkdir(parents=True)
+        (self.home / 'Library' / 'Logs').mkdir(parents=True)
         runtime.mkdir(mode=0o700)
         for name in [n for n in os.environ if n.startswith(('XDG_', 'DBUS_', 'WAYLAND_', 'GTK_', 'QT_'))]:
             del os.environ[name]
-        os.environ.update(HOME=str(home), XDG_RUNTIME_DIR=str(runtime), GSETTINGS_BACKEND='memory', LANG='C.UTF-8',
+        os.environ.update(HOME=str(self.home), XDG_RUNTIME_DIR=str(runtime), GSETTINGS_BACKEND='memory', LANG='C.UTF-8',
                           LC_ALL='C.UTF-8', XDG_SESSION_TYPE='x11', GDK_BACKEND='x11', NO_AT_BRIDGE='0',
                           LIBGL_ALWAYS_SOFTWARE='1')
-        self.home = home
 
         read_end, write_end = os.pipe()
         self.start(['Xvfb', '-displayfd', str(write_end), '-screen', '0', self.size, '-nolisten', 'tcp', '-noreset',
@@ -266,6 +323,12 @@ class Session:
         process = subprocess.Popen(command, stdin=subprocess.DEVNULL, start_new_session=True, **options)
         self.processes.append(process)
         return process
+
+    def start_in_front(self, command, **options):
+        """The same, and waits until a window of the program has the keyboard: keys pressed before that go astray."""
+        program = self.start(command, **options)
+        until(lambda: _session_of(active_process()) == program.pid, f'a window of {command[0]} to have the keyboard')
+        return program
 
     def end(self, process, seconds=5.0):
         """Asks a program to end and returns its exit status; insists when it does not."""
@@ -341,11 +404,16 @@ class FocusedText:
             for application in self._children(self.atspi.get_desktop(0)):
                 if self.application in (application.get_name() or '').lower():
                     found = self._find(application)
-                    if found:
+                    if found and self._is_focused_now(found):
                         return found
         except self.error:
             pass  # a window that goes while it is looked at
         return None
+
+    def _is_focused_now(self, node):
+        # GTK 3 announces the focus as soon as the field has it within its window, and has it only with its window.
+        node.clear_cache()
+        return node.get_state_set().contains(self.atspi.StateType.FOCUSED)
 
     def text(self):
         node = self.find()

@@ -4,7 +4,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from session import DesktopError, FocusedText, Session, until
+from session import AccessibilityBus, DesktopError, FocusedText, Session, active_window_says, until
 
 HERE = Path(__file__).resolve().parent
 SCENES = {}
@@ -58,9 +58,11 @@ class Stage:
         return program
 
     def show(self, command, application):
-        """Starts a program whose focused field is looked at from now on."""
+        """Starts a program whose focused field is looked at from now on, by the agent as well."""
+        bus = AccessibilityBus()
+        until(lambda: bus.hears_focus(self.agent.pid), 'the agent to listen to the focus')
         self.field = FocusedText(application)
-        return self.session.start(command)
+        return self.session.start_in_front(command)
 
     def select_all(self):
         # Not Control+A, which toolkits look up by letter: with a Hebrew layout alone there is none.
@@ -151,15 +153,6 @@ def in_each_editor(function):
     for editor in Stage.EDITORS:
         SCENES[f'{function.__name__}_in_{editor.replace("-", "_")}'] = lambda stage, editor=editor: function(stage, editor)
     return function
-
-
-def active_window_says(*arguments):
-    """What xprop tells about the window that has the keyboard."""
-    window = subprocess.run(['xprop', '-root', '_NET_ACTIVE_WINDOW'], capture_output=True, text=True, check=False)
-    name = window.stdout.split()[-1] if window.returncode == 0 and window.stdout else ''
-    if not name.startswith('0x') or name == '0x0':
-        return ''
-    return subprocess.run(['xprop', '-id', name, *arguments], capture_output=True, text=True, check=False).stdout
 
 
 def active_class():

@@ -221,8 +221,12 @@ int ScriptedApplication::index(int offset) const {
   return isQt() ? std::min(offset, field_.text.length()) : field_.text.moveIndex32(0, offset);
 }
 
-std::uint64_t ScriptedApplication::statesOf(const std::string& path) const {
-  if (path == field_.path) return field_.states;
+std::uint64_t ScriptedApplication::statesOf(const std::string& path) {
+  if (path == field_.path) {
+    if (field_.answersUnfocused == 0) return field_.states;
+    --field_.answersUnfocused;
+    return field_.states & ~kAtspiStateFocused;
+  }
   const auto other = others_.find(path);
   return other != others_.end() ? other->second.states : 0;
 }

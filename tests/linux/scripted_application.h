@@ -37,7 +37,8 @@ struct ScriptedField {
   std::function<icu::UnicodeString(const icu::UnicodeString&)> filter;  // what an insertion comes to
   std::set<std::string> refused;                                        // methods that answer FALSE
   std::set<std::string> broken;                                         // methods that answer with an error
-  std::string stopsBefore;  // the method at which the application stops to answer
+  int answersUnfocused = 0;  // of GetState, before it answers as it is
+  std::string stopsBefore;   // the method at which the application stops to answer
 };
 
 /// An object beside the field.
@@ -78,7 +79,7 @@ class ScriptedApplication {
   GVariant* insert(int position, const std::string& text, int length);
   int index(int offset) const;
   bool isQt() const { return field_.toolkit == "Qt"; }
-  std::uint64_t statesOf(const std::string& path) const;
+  std::uint64_t statesOf(const std::string& path);
   std::vector<std::string> childrenOf(const std::string& path) const;
   GVariant* reference(const std::string& path) const;
 
