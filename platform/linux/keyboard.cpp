@@ -184,34 +184,47 @@ class LinuxInputSources::Observer {
     x11.selectKeymapEvents();
     x11.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
   }
-  ~Observer() {
-    if (timer_ != 0) {
-      g_source_remove(timer_);
-    }
-  }
+  ~Observer() { stopTimer(); }
   Observer(const Observer&) = delete;
   Observer& operator=(const Observer&) = delete;
 
   void add(std::function<void()> handler) { handlers_.push_back(std::move(handler)); }
+  /// Reports now what it would report soon.
+  void settle() {
+    if (timer_ != 0) {
+      stopTimer();
+      check();
+    }
+  }
 
  private:
   void checkSoon() {
-    if (timer_ == 0) {
-      timer_ = g_timeout_add(kChangeDelayMilliseconds, &Observer::check, this);
-    }
+    stopTimer();
+    timer_ = g_timeout_add(
+        kChangeDelayMilliseconds,
+        [](gpointer self) {
+          static_cast<Observer*>(self)->timer_ = 0;
+          static_cast<Observer*>(self)->check();
+          return G_SOURCE_REMOVE;
+        },
+        this);
   }
-  static gboolean check(gpointer data) {
-    auto* self = static_cast<Observer*>(data);
-    self->timer_ = 0;
-    std::string now = self->owner_.signature();
-    if (now != self->known_) {
-      self->known_ = std::move(now);
-      const auto handlers = self->handlers_;
-      for (const auto& handler : handlers) {
-        handler();
-      }
+  void stopTimer() {
+    if (timer_ != 0) {
+      g_source_remove(timer_);
     }
-    return G_SOURCE_REMOVE;
+    timer_ = 0;
+  }
+  void check() {
+    std::string now = owner_.signature();
+    if (now == known_) {
+      return;
+    }
+    known_ = std::move(now);
+    const auto handlers = handlers_;
+    for (const auto& handler : handlers) {
+      handler();
+    }
   }
 
   LinuxInputSources& owner_;
@@ -294,6 +307,9 @@ InputSourceValue LinuxInputSources::property(const InputSourceRef& source, Input
 InputSourceRef LinuxInputSources::copyCurrentKeyboardLayoutInputSource() {
   if (!x11_) {
     return nullptr;
+  }
+  if (observer_) {
+    observer_->settle();
   }
   const XcbReply<xcb_xkb_get_state_reply_t> state(
       xcb_xkb_get_state_reply(x11_->get(), xcb_xkb_get_state(x11_->get(), XCB_XKB_ID_USE_CORE_KBD), nullptr));

@@ -55,7 +55,9 @@ class LinuxInputSources : public InputSourceService {
   std::uint32_t keyboardType() override;
   std::optional<std::u16string> translate(const KeyLayoutData& data, const KeyTranslation& translation,
                                           std::uint32_t& deadKeyState) override;
-  /// Several changes within a twentieth of a second are one: replacing a keymap is announced in many events.
+  /// Changes that follow each other within a twentieth of a second are one: replacing a keymap is announced
+  /// in many events. The handler is called earlier when the current layout is asked for meanwhile, so that a
+  /// fix right after a change knows the new layouts.
   void observeEnabledLayoutsChanged(std::function<void()> handler) override;
 
  private:

@@ -74,11 +74,14 @@ struct Keyboard : testing::Test {
     }
     return ids;
   }
+  void handleWhatTheServerHasSent() {
+    std::free(xcb_get_input_focus_reply(x11->get(), xcb_get_input_focus(x11->get()), nullptr));
+    x11->dispatchPending();
+  }
   /// Handles what the server has sent and the check that it may have put off: a timer that is longer than
   /// that delay and begins after it ends later.
   void settle() {
-    std::free(xcb_get_input_focus_reply(x11->get(), xcb_get_input_focus(x11->get()), nullptr));
-    x11->dispatchPending();
+    handleWhatTheServerHasSent();
     bool over = false;
     constexpr guint kLongerThanTheDelay = 60;
     g_timeout_add(
@@ -250,6 +253,19 @@ TEST_F(Keyboard, announcesAnotherSetOfLayoutsOnce) {
   EXPECT_EQ(changes, 1);
   display.setLayouts("us,il");
   EXPECT_TRUE(pumpUntil([&] { return changes == 2; }));
+}
+
+TEST_F(Keyboard, announcesAnotherSetOfLayoutsBeforeItTellsTheCurrentOne) {
+  display.setLayouts("us,il");
+  int changes = 0;
+  sources.observeEnabledLayoutsChanged([&] { ++changes; });
+  display.setLayouts("de,il");
+  handleWhatTheServerHasSent();
+  EXPECT_EQ(changes, 0);
+  EXPECT_EQ(currentId(), "de");
+  EXPECT_EQ(changes, 1);
+  settle();
+  EXPECT_EQ(changes, 1);
 }
 
 TEST_F(Keyboard, announcesNothingWhenOnlyTheGroupOrNothingChanged) {
