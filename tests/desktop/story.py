@@ -12,7 +12,7 @@ import subprocess
 
 from panel import DesktopPanel, Panel, ScreenReader, start_ready
 from session import run_scene, until
-from stage import in_each_editor, main, scene, scene_on
+from stage import active_title, in_each_editor, main, scene, scene_on
 from tray import Screen, Tray
 
 FIX = 'תקן טקסט מסומן    '
@@ -87,7 +87,11 @@ class User:
 
     def open_recorder(self):
         self.choose(CHANGE_KEY)
-        until(lambda: self.reader.is_active(RECORDER), 'the recorder to have the keyboard')
+        self.expect_keyboard_in(RECORDER)
+
+    def expect_keyboard_in(self, title):
+        """The toolkit calls its window active before the display has given it the keyboard."""
+        until(lambda: self.reader.is_active(title) and active_title() == f'"{title}"', f'{title} to have the keyboard')
 
     def expect_recorder(self, combination, message, may_save):
         wanted = [PROMPT, combination, message]
@@ -228,7 +232,7 @@ def a_taken_key_is_rolled_back_with_an_alert(stage):
     until(lambda: user.reader.labels('Lexwend') == [TAKEN_KEY, TAKEN_KEY_WHY], 'the alert')
     assert user.reader.buttons('Lexwend') == ['אישור'], user.reader.buttons('Lexwend')
     assert registrations(stage) == ['register F2 ok=true', 'register ⌘F5 ok=false', 'register F2 ok=true']
-    until(lambda: user.reader.is_active('Lexwend'), 'the alert to have the keyboard')
+    user.expect_keyboard_in('Lexwend')
     stage.keyboard.press('Return')
     until(lambda: not user.reader.window('Lexwend'), 'the alert to close')
     assert FIX + 'F2' in user.open_menu()
