@@ -114,7 +114,7 @@ def fixes_both_ways(stage, application):
     open_application(stage, application, 'akuo nv akunl')
     until(lambda: stage.field.text() == 'akuo nv akunl', f'{application} to show the text')
     for meant, group in (('שלום מה שלומך', 1), ('akuo nv akunl', 0)):
-        stage.select_all()
+        stage.select_all_of_page()
         stage.fix(meant)
         stage.expect_group(group)
         until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
@@ -128,7 +128,7 @@ def keeps_the_clipboard(stage, application):
     until(lambda: stage.field.text() == 'akuo nv akunl', f'{application} to show the text')
     stage.put_on_clipboard('<b>kept</b>', 'text/html')
     targets = stage.clipboard_targets()
-    stage.select_all()
+    stage.select_all_of_page()
     stage.fix('שלום מה שלומך')
     assert 'clipboard: pasted 13 chars' in stage.session.log(), stage.session.log()
     until(lambda: stage.clipboard('text/html') == '<b>kept</b>', 'the clipboard to come back')
@@ -140,8 +140,7 @@ def refuses_a_password(stage, application):
     stage.put_on_clipboard('kept')
     open_application(stage, application, 'akuo', PASSWORD)
     until(lambda: len(stage.field.text() or '') == len('akuo'), 'the field to have the focus')
-    stage.keyboard.press('Control+a')
-    until(lambda: stage.field.selection_length() == len('akuo'), 'the text to be selected')
+    stage.select_until(lambda: stage.field.selection_length() == len('akuo'))
     stage.expect_refused_password()
 
 
@@ -160,9 +159,7 @@ def fixes_two_paragraphs(stage, application):
 
 def select_everything(stage):
     """Also where the focused field is only a part of the document."""
-    stage.keyboard.press('Control+Home')
-    stage.keyboard.press('Control+Shift+End')
-    until(lambda: stage.field.selection_length() > 0, 'the text to be selected')
+    stage.select_until(lambda: stage.field.selection_length() > 0)
 
 
 for _application in APPLICATIONS:

@@ -4,7 +4,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from session import AccessibilityBus, DesktopError, FocusedText, Session, active_window_says, until
+from session import DEADLINE_SECONDS, AccessibilityBus, DesktopError, FocusedText, Session, active_window_says, until
 
 HERE = Path(__file__).resolve().parent
 SCENES = {}
@@ -65,19 +65,32 @@ class Stage:
         return self.session.start_in_front(command)
 
     def select_all(self):
-        # Not Control+A, which toolkits look up by letter: with a Hebrew layout alone there is none.
-        length = len(self.field.text())
-        self.keyboard.press('Control+Home')
-        self.keyboard.press('Control+Shift+End')
-        until(lambda: self.field.selection_length() >= length, 'the text to be selected')
+        self._press_selection()
+        until(self._all_is_selected(), 'the text to be selected')
+
+    def select_all_of_page(self):
+        """A page may show its text and take no keys for a while: it is selected anew until it is."""
+        self.select_until(self._all_is_selected())
 
     def select_until(self, selected):
-        """Selects everything, again and again until the program has taken it: a page takes no keys before it is ready."""
-        def tried():
-            self.keyboard.press('Control+Home')
-            self.keyboard.press('Control+Shift+End')
-            return selected()
-        until(tried, 'the text to be selected')
+        """Selects everything, again when the program has not taken it: not at once, or it would come after the hot key."""
+        tries = round(DEADLINE_SECONDS / ANSWER_SECONDS)
+        for left in reversed(range(tries)):
+            self._press_selection()
+            try:
+                return until(selected, 'the text to be selected', ANSWER_SECONDS)
+            except DesktopError:
+                if not left:
+                    raise
+
+    def _press_selection(self):
+        # Not Control+A, which toolkits look up by letter: with a Hebrew layout alone there is none.
+        self.keyboard.press('Control+Home')
+        self.keyboard.press('Control+Shift+End')
+
+    def _all_is_selected(self):
+        length = len(self.field.text())
+        return lambda: self.field.selection_length() >= length
 
     def fix_ends(self):
         """Presses the hot key and waits until the fix has ended."""
