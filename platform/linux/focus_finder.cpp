@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -12,7 +13,7 @@ namespace {
 
 // A walk over a window of GTK 4 that is drawn without a graphics card was seen to take 30 to 120 ms, on a
 // busy machine 280 ms. One over a much larger window is given up for the clipboard.
-constexpr std::chrono::milliseconds kWalkLimit{300};
+constexpr std::chrono::milliseconds kWalkLimit{500};
 // The press of the hot key takes the keyboard from the window for as long as the agent lets it. GTK 3
 // believes that its focus is gone until it has come to the event that gives it back, draws its window anew,
 // and answers questions meanwhile. Seen to last up to 50 ms on a busy machine.
@@ -23,6 +24,11 @@ constexpr unsigned kCanonical = 1;  // ATSPI_Collection_SORT_ORDER_CANONICAL
 constexpr int kMatchLimit = 5;
 // A window's fields are among fewer objects than these; a table of thousands is not asked cell by cell.
 constexpr std::size_t kMaxLevelWidth = 500;
+
+/// GTK 3 by its own name, Firefox and LibreOffice, whose windows it makes.
+bool mayForgetItsFocus(const std::optional<std::string>& toolkit) {
+  return toolkit == "gtk" || toolkit == "Gecko" || toolkit == "VCL";
+}
 
 GVariant* focusedRule() {
   GVariantBuilder states;
@@ -39,14 +45,17 @@ GVariant* focusedRule() {
 std::optional<AtspiObject> FocusFinder::focusedText(std::uint32_t process) {
   while (true) {
     if (const auto known = askKnown(process)) return known;
-    lastFound_.reset();
-    const auto applications = bus_.applicationsOf(process);
-    for (const AtspiObject& application : applications) {
-      lastFound_ = askCollection(application);
-      if (!lastFound_) lastFound_ = walk(application);
-      if (lastFound_) return lastFound_;
+    bool mayBeFoundSoon = false;
+    for (const AtspiObject& application : bus_.applicationsOf(process)) {
+      // GTK 4's root knows its toolkit, but not its application.
+      const auto toolkit = textIn(bus_.call(askProperty(application, AtspiBus::kApplication, "ToolkitName")));
+      auto found = askCollection(application);
+      if (!found) found = walk(application, toolkit == "GTK");
+      if (found) return lastFound_ = found;
+      mayBeFoundSoon |= mayForgetItsFocus(toolkit);
     }
-    if (applications.empty() || bus_.roundAge() > kGrabIsForgotten) return std::nullopt;
+    if (!mayBeFoundSoon) return std::nullopt;
+    if (bus_.roundAge() > kGrabIsForgotten) return askKnown(process);
     std::this_thread::sleep_for(kPause);
   }
 }
@@ -74,12 +83,10 @@ std::optional<AtspiObject> FocusFinder::askCollection(const AtspiObject& applica
   return std::nullopt;
 }
 
-std::optional<AtspiObject> FocusFinder::walk(const AtspiObject& application) {
+std::optional<AtspiObject> FocusFinder::walk(const AtspiObject& application, bool isGtk4) {
   const auto end = std::chrono::steady_clock::now() + kWalkLimit;
-  // GTK 4 does not say SHOWING of what shows, but VISIBLE of what is not hidden. Its root knows its
-  // toolkit, but not its application.
-  const auto toolkit = textIn(bus_.call(askProperty(application, AtspiBus::kApplication, "ToolkitName")));
-  const std::uint64_t shown = toolkit == "GTK" ? kAtspiStateVisible : kAtspiStateShowing;
+  // GTK 4 does not say SHOWING of what shows, but VISIBLE of what is not hidden.
+  const std::uint64_t shown = isGtk4 ? kAtspiStateVisible : kAtspiStateShowing;
 
   // Level by level, each asked at once: an answer costs a turn of the application's loop, whatever else it is
   // asked.

@@ -21,7 +21,7 @@ class FocusFinder {
   bool isFocusedText(const AtspiObject& object);
   std::optional<AtspiObject> askKnown(std::uint32_t process);
   std::optional<AtspiObject> askCollection(const AtspiObject& application);
-  std::optional<AtspiObject> walk(const AtspiObject& application);
+  std::optional<AtspiObject> walk(const AtspiObject& application, bool isGtk4);
 
   AtspiBus& bus_;
   std::optional<AtspiObject>

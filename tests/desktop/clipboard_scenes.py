@@ -8,7 +8,7 @@ import signal
 import subprocess
 
 from session import run_scene, until
-from stage import active_class, main, scene
+from stage import main, scene
 
 HTML = '<b>kept – נשמר</b>'
 
@@ -107,7 +107,7 @@ def leaves_a_clipboard_alone_that_cannot_be_kept(stage):
         stage.owner.send_signal(signal.SIGCONT)
     until(lambda: stage.clipboard() == 'kept', 'the clipboard to be answered for again')
     assert stage.clipboard_owner_is_still_the_first(), 'the clipboard has changed hands'
-    assert stage.field.text() == 'akuo', stage.field.text()
+    stage.expect_text('akuo')
 
 
 def copy_meanwhile(stage):
@@ -133,15 +133,14 @@ def takes_no_foreign_copy_for_the_selection_when_the_clipboard_cannot_be_kept(st
         copy_meanwhile(stage)
     finally:
         slow.send_signal(signal.SIGCONT)
-    assert stage.field.text() == 'nv', stage.field.text()
+    stage.expect_text('nv')
 
 
 @scene
 def takes_no_foreign_copy_for_the_selection_of_a_terminal(stage):
     stage.start_agent()
     stage.put_on_clipboard('kept')
-    stage.session.start(['xterm', '-e', 'exec sleep 600'])
-    until(lambda: 'XTerm' in active_class(), 'the terminal to have the keyboard')
+    stage.session.start_in_front(['xterm', '-e', 'exec sleep 600'])
     copy_meanwhile(stage)
 
 

@@ -159,8 +159,10 @@ class ScreenReader:
     def _heard(self, event):
         try:
             role = event.source.get_role()
-        except self.error:
-            return  # it was gone before its event arrived
+        except self.error:  # it was gone before its event arrived
+            if event.source == self.menu:
+                self.menu = None
+            return
         if role == self.atspi.Role.POPUP_MENU and event.type.startswith('object:state-changed:showing'):
             self.menu = event.source if event.detail1 else None
             self.focus = None

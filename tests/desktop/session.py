@@ -236,10 +236,13 @@ class AccessibilityBus:
     def hears_focus(self, process):
         """Whether that process is registered for the events of the focus."""
         from gi.repository import GLib
-        events = self._call('org.a11y.atspi.Registry', '/org/a11y/atspi/registry', 'GetRegisteredEvents')
-        listeners = {listener for listener, event in events if 'focused' in event.lower()}
-        return process in [self._call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'GetConnectionUnixProcessID',
-                                      GLib.Variant('(s)', (listener,))) for listener in listeners]
+        try:
+            events = self._call('org.a11y.atspi.Registry', '/org/a11y/atspi/registry', 'GetRegisteredEvents')
+            listeners = {listener for listener, event in events if 'focused' in event.lower()}
+            return process in [self._call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'GetConnectionUnixProcessID',
+                                          GLib.Variant('(s)', (listener,))) for listener in listeners]
+        except GLib.Error:
+            return False  # one that went while it was asked about
 
 
 class Session:
@@ -254,6 +257,7 @@ class Session:
         self.server_options = tuple(server_options)
         self.processes = []
         self.folder = None
+        self.display = None
 
     def __enter__(self):
         self.folder = Path(tempfile.mkdtemp(prefix='lexwend-desktop-'))
@@ -270,12 +274,16 @@ class Session:
         ended = [f'{process.args[0]} with {process.poll()}' for process in self.processes if process.poll() is not None]
         print(f'programs that had ended: {", ".join(ended) or "none"}\nlog of the agent:\n{self.log()}', file=sys.stderr)
         folder = os.environ.get('LEXWEND_DESKTOP_PICTURES')
-        if folder and 'DISPLAY' in os.environ:
+        if folder and self.display:
+            os.environ['DISPLAY'] = self.display
             self.screenshot(Path(folder) / f'failure-{os.getpid()}.png')
 
     def __exit__(self, kind, error, _):
-        if error is not None:
-            self._tell()
+        try:
+            if error is not None:
+                self._tell()
+        except (OSError, subprocess.SubprocessError) as trouble:
+            print(f'no more can be told: {trouble}', file=sys.stderr)
         for process in reversed(self.processes):
             self.end(process)
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -299,7 +307,7 @@ class Session:
             number = pipe.readline().strip()
         if not number:
             raise DesktopError('Xvfb did not start')
-        os.environ['DISPLAY'] = f':{number}'
+        self.display = os.environ['DISPLAY'] = f':{number}'
 
         bus = self.start(['dbus-daemon', '--session', '--nofork', '--print-address=1'], stdout=subprocess.PIPE, text=True)
         os.environ['DBUS_SESSION_BUS_ADDRESS'] = bus.stdout.readline().strip()
@@ -371,7 +379,7 @@ class Session:
 
     def screenshot(self, path):
         Path(path).parent.mkdir(parents=True, exist_ok=True)
-        subprocess.run(['import', '-window', 'root', str(path)], check=True)
+        subprocess.run(['import', '-window', 'root', str(path)], check=True, timeout=DEADLINE_SECONDS)
 
 
 class FocusedText:
@@ -404,28 +412,31 @@ class FocusedText:
             for application in self._children(self.atspi.get_desktop(0)):
                 if self.application in (application.get_name() or '').lower():
                     found = self._find(application)
-                    if found and self._is_focused_now(found):
+                    if found:
                         return found
         except self.error:
             pass  # a window that goes while it is looked at
         return None
 
-    def _is_focused_now(self, node):
-        # GTK 3 announces the focus as soon as the field has it within its window, and has it only with its window.
-        node.clear_cache()
-        return node.get_state_set().contains(self.atspi.StateType.FOCUSED)
+    def _asked(self, question):
+        """What the field answers; nothing while there is none or it does not answer."""
+        node = self.find()
+        try:
+            return None if node is None else question(node)
+        except self.error:
+            return None
 
     def text(self):
-        node = self.find()
         # Not -1 for the end, which an entry of GTK 4 does not know.
-        return None if node is None else self.atspi.Text.get_text(node, 0, self.atspi.Text.get_character_count(node))
+        return self._asked(lambda node: self.atspi.Text.get_text(node, 0, self.atspi.Text.get_character_count(node)))
 
     def selection_length(self):
-        node = self.find()
-        if node is None or self.atspi.Text.get_n_selections(node) == 0:
-            return 0
-        selected = self.atspi.Text.get_selection(node, 0)
-        return abs(selected.end_offset - selected.start_offset)
+        def length(node):
+            if self.atspi.Text.get_n_selections(node) == 0:
+                return 0
+            selected = self.atspi.Text.get_selection(node, 0)
+            return abs(selected.end_offset - selected.start_offset)
+        return self._asked(length) or 0
 
 
 def run_scene(scene):

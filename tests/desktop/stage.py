@@ -65,8 +65,9 @@ class Stage:
         return self.session.start_in_front(command)
 
     def select_all(self):
+        selected = self._all_is_selected()
         self._press_selection()
-        until(self._all_is_selected(), 'the text to be selected')
+        until(selected, 'the text to be selected')
 
     def select_all_of_page(self):
         """A page may show its text and take no keys for a while: it is selected anew until it is."""
@@ -89,7 +90,7 @@ class Stage:
         self.keyboard.press('Control+Shift+End')
 
     def _all_is_selected(self):
-        length = len(self.field.text())
+        length = len(until(self.field.text, 'the field to tell its text'))
         return lambda: self.field.selection_length() >= length
 
     def fix_ends(self):
@@ -106,13 +107,17 @@ class Stage:
         """Presses the hot key and waits until the field holds the text and the fix has ended."""
         self.fix_ends()
         try:
-            until(lambda: self.field.text() == expected, f'the field to hold "{expected[:60]}"')
+            self.expect_text(expected)
         except DesktopError as error:
-            raise DesktopError(f'{error}; it holds "{self.field.text()[:60]}"\n{self.session.log()}') from None
+            held = self.field.text()
+            raise DesktopError(f'{error}; it holds "{held[:60] if held else held}"') from None
 
     def fix_that_fails(self, failure):
         self.keyboard.press('F2')
         until(lambda: f'fix: failed {failure}' in self.session.log(), f'the fix to fail with {failure}')
+
+    def expect_text(self, expected):
+        until(lambda: self.field.text() == expected, f'the field to hold "{expected[:60]}"')
 
     def expect_refused_password(self):
         """No text leaves the field: the clipboard is neither read from nor written to, and the log names the reason."""
@@ -166,10 +171,6 @@ def in_each_editor(function):
     for editor in Stage.EDITORS:
         SCENES[f'{function.__name__}_in_{editor.replace("-", "_")}'] = lambda stage, editor=editor: function(stage, editor)
     return function
-
-
-def active_class():
-    return active_window_says('WM_CLASS')
 
 
 def active_title():

@@ -360,9 +360,10 @@ def the_icon_is_light_on_a_dark_tray_and_dark_on_a_light_one(stage):
     screen = Screen(stage.session)
     stage.start_agent()
     icon = expect_legible_icon(stage.session)
+    place = screen.icon()
     stage.keyboard.press('F2')  # nothing is selected
-    until(lambda: screen.icon_pixels() != icon, 'the cross to be shown')
-    until(lambda: screen.icon_pixels() == icon, 'the usual icon to come back')
+    until(lambda: screen.pixels(place) != icon, 'the cross to be shown')
+    until(lambda: screen.pixels(place) == icon, 'the usual icon to come back')
     assert 'fix: failed' in stage.session.log(), stage.session.log()
 
 

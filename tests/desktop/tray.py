@@ -91,12 +91,18 @@ class Screen:
         return None
 
     def icon(self):
-        """Waits until the icon is inside a tray, and returns its geometry."""
-        return until(self._icon_in_tray, 'the icon in the tray')
+        """Waits until the icon stands still inside a tray, and returns its geometry."""
+        def settled():
+            place = self._icon_in_tray()
+            return place if place == self._icon_in_tray() else None
+        return until(settled, 'the icon in the tray')
 
     def icon_pixels(self):
         """The gray levels where the icon stands, row by row."""
-        x, y, width, height = self.icon()
+        return self.pixels(self.icon())
+
+    def pixels(self, place):
+        x, y, width, height = place
         return subprocess.run(['import', '-silent', '-window', 'root', '-crop', f'{width}x{height}+{x}+{y}', '-depth', '8',
                                'gray:-'], capture_output=True, check=True).stdout
 
