@@ -25,11 +25,6 @@ constexpr int kMatchLimit = 5;
 // A window's fields are among fewer objects than these; a table of thousands is not asked cell by cell.
 constexpr std::size_t kMaxLevelWidth = 500;
 
-/// GTK 3 by its own name, Firefox and LibreOffice, whose windows it makes.
-bool mayForgetItsFocus(const std::optional<std::string>& toolkit) {
-  return toolkit == "gtk" || toolkit == "Gecko" || toolkit == "VCL";
-}
-
 GVariant* focusedRule() {
   GVariantBuilder states;
   g_variant_builder_init(&states, G_VARIANT_TYPE("ai"));
@@ -52,7 +47,7 @@ std::optional<AtspiObject> FocusFinder::focusedText(std::uint32_t process) {
       auto found = askCollection(application);
       if (!found) found = walk(application, toolkit == "GTK");
       if (found) return lastFound_ = found;
-      mayBeFoundSoon |= mayForgetItsFocus(toolkit);
+      mayBeFoundSoon |= toolkit == "gtk";  // GTK 3; Firefox and LibreOffice, which use it, do not forget
     }
     if (!mayBeFoundSoon) return std::nullopt;
     if (bus_.roundAge() > kGrabIsForgotten) return askKnown(process);
