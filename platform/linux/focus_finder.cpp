@@ -39,7 +39,7 @@ GVariant* focusedRule() {
 
 std::optional<AtspiObject> FocusFinder::focusedText(std::uint32_t process) {
   while (true) {
-    if (const auto known = askKnown(process)) return known;
+    if (auto known = askKnown(process)) return known;
     bool mayBeFoundSoon = false;
     for (const AtspiObject& application : bus_.applicationsOf(process)) {
       // GTK 4's root knows its toolkit, but not its application.
