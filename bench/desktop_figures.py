@@ -148,7 +148,8 @@ def latency(arguments, name, compat, limit):
             values.append(editor.fix(changes))
             if compat:
                 until(lambda: clipboard_bytes() == contents, 'the clipboard to come back')
-        figure(name, statistics.median(values[1:]), 'ms', limit, spread(values[1:]))  # the first one meets programs that have just started
+        # The first one meets programs that have just started.
+        figure(name, statistics.median(values[1:]), 'ms', limit, spread(values[1:]))
         print(f'  the first one, just after the start: {values[0]:.1f} ms')
 
 
