@@ -287,10 +287,6 @@ void AtspiBus::send(const AtspiCall& call) {
                          nullptr, nullptr, nullptr);
 }
 
-std::optional<std::uint64_t> AtspiBus::states(const AtspiObject& object) {
-  return statesIn(call(askStates(object)));
-}
-
 bool AtspiBus::hasInterface(const AtspiObject& object, const char* interface) {
   return interfacesHave(call(askInterfaces(object)), interface);
 }

@@ -98,7 +98,6 @@ class AtspiBus {
   bool timedOut(const AtspiObject& object) const { return silent_.count(object.bus) != 0; }
 
   // What every accessible answers. Nothing on any error.
-  std::optional<std::uint64_t> states(const AtspiObject& object);
   bool hasInterface(const AtspiObject& object, const char* interface);
   /// The process that owns a name on the accessibility bus.
   std::optional<std::uint32_t> processOf(const std::string& bus);

@@ -14,7 +14,7 @@ class FocusFinder {
   explicit FocusFinder(AtspiBus& bus) : bus_(bus) {}
 
   /// The focused object with text in that process; none when there is none or it was not found in time. Early
-  /// in a round it is looked for again and again: see kGrabIsForgotten.
+  /// in a round GTK 3 is asked again, which forgets its focus for a moment when the hot key is pressed.
   std::optional<AtspiObject> focusedText(std::uint32_t process);
 
  private:

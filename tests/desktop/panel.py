@@ -3,19 +3,12 @@
 import subprocess
 from dataclasses import dataclass
 
-from session import DesktopError, until
+from session import DesktopError, call, until
 from stage import HERE
 
 WATCHER = 'org.kde.StatusNotifierWatcher'
 ITEM = 'org.kde.StatusNotifierItem'
 PROPERTIES = 'org.freedesktop.DBus.Properties'
-
-
-def call(destination, path, interface, method, signature=None, *arguments):
-    from gi.repository import Gio, GLib
-    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
-    parameters = GLib.Variant(signature, arguments) if signature else None
-    return bus.call_sync(destination, path, interface, method, parameters, None, Gio.DBusCallFlags.NONE, -1, None).unpack()
 
 
 def start_ready(session, program):

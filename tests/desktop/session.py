@@ -218,20 +218,25 @@ def _session_of(process):
         return None
 
 
+def call(destination, path, interface, method, signature=None, *arguments, bus=None):
+    """What the method returns, as a tuple; on the session bus, if no other is given."""
+    from gi.repository import Gio, GLib
+    bus = bus or Gio.bus_get_sync(Gio.BusType.SESSION)
+    parameters = GLib.Variant(signature, arguments) if signature else None
+    return bus.call_sync(destination, path, interface, method, parameters, None, Gio.DBusCallFlags.NONE, -1, None).unpack()
+
+
 class AccessibilityBus:
     """Who is on the desktop's accessibility bus, which starts when it is first asked for."""
 
     def __init__(self):
         from gi.repository import Gio
-        session = Gio.bus_get_sync(Gio.BusType.SESSION)
-        address = session.call_sync('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress', None, None,
-                                    Gio.DBusCallFlags.NONE, -1, None).unpack()[0]
+        address = call('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress')[0]
         flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
         self.bus = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
-        self.no_flags = Gio.DBusCallFlags.NONE
 
-    def _call(self, destination, path, method, arguments=None):
-        return self.bus.call_sync(destination, path, destination, method, arguments, None, self.no_flags, -1, None).unpack()[0]
+    def _call(self, destination, path, method, *arguments):
+        return call(destination, path, destination, method, *arguments, bus=self.bus)[0]
 
     def hears_focus(self, process):
         """Whether that process is registered for the events of the focus."""
@@ -240,7 +245,7 @@ class AccessibilityBus:
             events = self._call('org.a11y.atspi.Registry', '/org/a11y/atspi/registry', 'GetRegisteredEvents')
             listeners = {listener for listener, event in events if 'focused' in event.lower()}
             return process in [self._call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'GetConnectionUnixProcessID',
-                                          GLib.Variant('(s)', (listener,))) for listener in listeners]
+                                          '(s)', listener) for listener in listeners]
         except GLib.Error:
             return False  # one that went while it was asked about
 
