@@ -16,9 +16,7 @@ constexpr std::size_t kMegabyte = 1'000'000;
 
 std::string repeated(const std::string& part, std::size_t bytes) {
   std::string text;
-  while (text.size() < bytes) {
-    text += part;
-  }
+  while (text.size() < bytes) text += part;
   return text;
 }
 
@@ -49,9 +47,7 @@ std::string illFormed() {
 
 void convert(benchmark::State& state, const std::string& text) {
   const Converter converter(LayoutMap::fallback());
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(converter.convert(text, true));
-  }
+  for (auto _ : state) benchmark::DoNotOptimize(converter.convert(text, true));
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
 }
 
@@ -63,9 +59,7 @@ void convertEquivalently(benchmark::State& state, const std::string& text) {
   const Converter converter(map);
   std::string input = "\u2126 ";
   input += text;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(converter.convert(input, false));
-  }
+  for (auto _ : state) benchmark::DoNotOptimize(converter.convert(input, false));
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * input.size()));
 }
 
@@ -73,15 +67,11 @@ void convertEquivalently(benchmark::State& state, const std::string& text) {
 void makeConverterAndConvert(benchmark::State& state) {
   const LayoutMap map = LayoutMap::fallback();
   const std::string selection = "akuo nv akunl he";
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(Converter(map).convert(selection, false));
-  }
+  for (auto _ : state) benchmark::DoNotOptimize(Converter(map).convert(selection, false));
 }
 
 void countCharacters(benchmark::State& state, const std::string& text) {
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(characterCount(text));
-  }
+  for (auto _ : state) benchmark::DoNotOptimize(characterCount(text));
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
 }
 

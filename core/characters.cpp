@@ -201,9 +201,7 @@ class DecomposedPieces {
 
   std::optional<char32_t> nextScalar() {
     if (given_ == decomposed_.size()) {
-      if (position_ == text_.size()) {
-        return std::nullopt;
-      }
+      if (position_ == text_.size()) return std::nullopt;
       decomposeNextUnit();
     }
     return decomposed_[given_++];
@@ -254,9 +252,7 @@ class DecomposedPieces {
       return;
     }
     std::array<std::size_t, 256> places{};
-    for (auto mark = marks; mark != piece.end(); ++mark) {
-      ++places[combiningClass(*mark)];
-    }
+    for (auto mark = marks; mark != piece.end(); ++mark) ++places[combiningClass(*mark)];
     std::size_t place = begin;
     for (std::size_t& entry : places) {
       const std::size_t count = entry;
@@ -281,16 +277,12 @@ class DecomposedPieces {
 std::size_t sharedPrefix(std::string_view left, std::string_view right) {
   const std::size_t shorter = left.size() < right.size() ? left.size() : right.size();
   std::size_t shared = 0;
-  while (shared < shorter && left[shared] == right[shared]) {
-    ++shared;
-  }
+  while (shared < shorter && left[shared] == right[shared]) ++shared;
   // A unit starts at every byte that is not a trail byte (80 to BF).
   const auto isTrail = [](std::string_view text, std::size_t position) {
     return position < text.size() && (static_cast<unsigned char>(text[position]) & 0xC0) == 0x80;
   };
-  while (shared > 0 && (isTrail(left, shared) || isTrail(right, shared))) {
-    --shared;
-  }
+  while (shared > 0 && (isTrail(left, shared) || isTrail(right, shared))) --shared;
   return shared;
 }
 
@@ -303,9 +295,7 @@ std::string mapCase(std::string_view text, MapCase mapStretch) {
   while (position < text.size()) {
     const std::size_t begin = position;
     Utf8Unit unit;
-    while (position < text.size() && (unit = utf8UnitAt(text, position)).scalar) {
-      position += unit.length;
-    }
+    while (position < text.size() && (unit = utf8UnitAt(text, position)).scalar) position += unit.length;
     result += mapStretch(text.substr(begin, position - begin));
     if (position < text.size()) {
       result += text.substr(position, unit.length);
@@ -338,19 +328,13 @@ std::string lowercased(std::string_view text) {
 std::size_t CharacterReader::lengthOfCluster() const {
   const Utf8Unit first = utf8UnitAt(text_, position_);
   std::size_t end = position_ + first.length;
-  if (!first.scalar) {
-    return first.length;
-  }
+  if (!first.scalar) return first.length;
   GrowingCluster cluster(breakClassOf(*first.scalar));
   while (end < text_.size()) {
     const Utf8Unit unit = utf8UnitAt(text_, end);
-    if (!unit.scalar) {
-      break;
-    }
+    if (!unit.scalar) break;
     const BreakClass next = breakClassOf(*unit.scalar);
-    if (!cluster.joins(next)) {
-      break;
-    }
+    if (!cluster.joins(next)) break;
     cluster.append(next);
     end += unit.length;
   }
@@ -359,9 +343,7 @@ std::size_t CharacterReader::lengthOfCluster() const {
 
 std::size_t characterCount(std::string_view text) {
   std::size_t count = 0;
-  for (CharacterReader reader(text); !reader.atEnd(); reader.next()) {
-    ++count;
-  }
+  for (CharacterReader reader(text); !reader.atEnd(); reader.next()) ++count;
   return count;
 }
 
@@ -377,9 +359,7 @@ bool canonicallyEquivalent(std::string_view left, std::string_view right) {
   while (more) {
     more = leftPieces.next(leftPiece);
     rightPieces.next(rightPiece);
-    if (leftPiece != rightPiece) {
-      return false;
-    }
+    if (leftPiece != rightPiece) return false;
   }
   return true;
 }
@@ -391,9 +371,7 @@ std::string uppercased(std::string_view text) {
 
 bool isUppercaseCharacter(std::string_view character) {
   const auto scalar = singleScalar(character);
-  if (scalar && u_hasBinaryProperty(static_cast<UChar32>(*scalar), UCHAR_UPPERCASE)) {
-    return true;
-  }
+  if (scalar && u_hasBinaryProperty(static_cast<UChar32>(*scalar), UCHAR_UPPERCASE)) return true;
   const auto isCased = [&] {
     return (scalar && u_hasBinaryProperty(static_cast<UChar32>(*scalar), UCHAR_CASED)) ||
            !canonicallyEquivalent(lowercased(character), character);
@@ -402,24 +380,16 @@ bool isUppercaseCharacter(std::string_view character) {
 }
 
 bool isSpaceCharacter(std::string_view character) {
-  if (character.empty()) {
-    return false;
-  }
+  if (character.empty()) return false;
   const auto first = static_cast<unsigned char>(character[0]);
-  if (first < 0x80) {
-    return first == ' ' || (first >= '\t' && first <= '\r');
-  }
-  if (isHebrewLetter(character)) {
-    return false;
-  }
+  if (first < 0x80) return first == ' ' || (first >= '\t' && first <= '\r');
+  if (isHebrewLetter(character)) return false;
   const auto scalar = utf8UnitAt(character, 0).scalar;
   return scalar && u_isUWhiteSpace(static_cast<UChar32>(*scalar));
 }
 
 bool isLetterCharacter(std::string_view character) {
-  if (character.empty()) {
-    return false;
-  }
+  if (character.empty()) return false;
   const auto scalar = utf8UnitAt(character, 0).scalar;
   return scalar && u_isUAlphabetic(static_cast<UChar32>(*scalar));
 }

@@ -43,9 +43,7 @@ class CharacterReader {
   /// The bytes of the ASCII character (not CR, which may take an LF) or Hebrew letter at `position`, else 0.
   std::size_t lengthOfLoneCharacter(std::size_t position) const {
     const auto first = static_cast<unsigned char>(text_[position]);
-    if (first < 0x80) {
-      return first == '\r' ? 0 : 1;
-    }
+    if (first < 0x80) return first == '\r' ? 0 : 1;
     if (first == 0xD7 && position + 1 < text_.size()) {  // U+05D0 to U+05EA are D7 90 to D7 AA
       const auto second = static_cast<unsigned char>(text_[position + 1]);
       return second >= 0x90 && second <= 0xAA ? 2 : 0;

@@ -33,9 +33,7 @@ class LookupTable {
       const std::uint16_t place = shortScalars_[scalar];
       return place == 0 ? character : values_[place - 1];
     }
-    if (others_.empty() || !utf8UnitAt(character, 0).scalar) {
-      return character;
-    }
+    if (others_.empty() || !utf8UnitAt(character, 0).scalar) return character;
     const auto entry = others_.find(character);
     return entry == others_.end() ? character : entry->second;
   }
@@ -46,9 +44,7 @@ class LookupTable {
   /// The scalar of a character that is one scalar of one or two bytes, else kShortScalars.
   static std::size_t shortScalar(std::string_view character) {
     const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(character[index]); };
-    if (character.size() == 1 && byte(0) < 0x80) {
-      return byte(0);
-    }
+    if (character.size() == 1 && byte(0) < 0x80) return byte(0);
     // Behind one of these lead bytes the second byte can only be its trail byte: without one the character is
     // the lead byte alone, ill-formed.
     if (character.size() == 2 && byte(0) >= 0xC2 && byte(0) <= 0xDF) {

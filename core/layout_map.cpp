@@ -82,9 +82,7 @@ constexpr std::array<UsKey, 47> kUsKeys{{
 // One scalar that can stand for a key: no space, no mark, no control, nothing private or unassigned.
 bool isMappable(const std::string& text) {
   const auto scalar = singleScalar(text);
-  if (!scalar || u_isUWhiteSpace(static_cast<UChar32>(*scalar))) {
-    return false;
-  }
+  if (!scalar || u_isUWhiteSpace(static_cast<UChar32>(*scalar))) return false;
   const std::uint32_t category = U_GET_GC_MASK(static_cast<UChar32>(*scalar));
   constexpr std::uint32_t kUnmappable = U_GC_MN_MASK | U_GC_MC_MASK | U_GC_ME_MASK | U_GC_CC_MASK |
                                         U_GC_CF_MASK | U_GC_CS_MASK | U_GC_CO_MASK | U_GC_CN_MASK;
@@ -121,16 +119,12 @@ void pairPlainCharacters(const KeyTable& latin, const KeyTable& hebrew, LayoutMa
 void pairShiftedCharacters(const KeyTable& latin, const KeyTable& hebrew, LayoutMap& map) {
   for (const int keyCode : LayoutMap::keyCodes()) {
     const Key key = keyIn(latin, hebrew, keyCode);
-    if (key.latin == nullptr || key.hebrew == nullptr || !isMappable(key.latin->shifted)) {
-      continue;
-    }
+    if (key.latin == nullptr || key.hebrew == nullptr || !isMappable(key.latin->shifted)) continue;
     const std::string& typed = key.latin->shifted;
     if (isLetterCharacter(typed)) {
       // A capital means the letter of its key, whatever the Hebrew layout types there with Shift; no Hebrew
       // character leads back to a capital.
-      if (isMappable(key.hebrew->plain)) {
-        map.toHebrew.try_emplace(typed, key.hebrew->plain);
-      }
+      if (isMappable(key.hebrew->plain)) map.toHebrew.try_emplace(typed, key.hebrew->plain);
     } else if (isMappable(key.hebrew->shifted)) {
       map.toHebrew.try_emplace(typed, key.hebrew->shifted);
       map.toEnglish.try_emplace(key.hebrew->shifted, typed);
@@ -142,21 +136,13 @@ void pairShiftedCharacters(const KeyTable& latin, const KeyTable& hebrew, Layout
 
 LayoutMap LayoutMap::build(const LayoutQueries& queries) {
   const LayoutQueries::Layout latinLayout = queries.keyboardLayout("en");
-  if (!latinLayout) {
-    return fallback();
-  }
+  if (!latinLayout) return fallback();
   const LayoutQueries::Layout hebrewLayout = queries.keyboardLayout("he");
-  if (!hebrewLayout) {
-    return fallback();
-  }
+  if (!hebrewLayout) return fallback();
   const auto latin = queries.keyTable(latinLayout);
-  if (!latin) {
-    return fallback();
-  }
+  if (!latin) return fallback();
   const auto hebrew = queries.keyTable(hebrewLayout);
-  if (!hebrew) {
-    return fallback();
-  }
+  if (!hebrew) return fallback();
   LayoutMap map;
   map.builtFromSystem = true;
   pairPlainCharacters(*latin, *hebrew, map);
@@ -169,9 +155,7 @@ LayoutMap LayoutMap::fallback() {
   for (const CharacterPair& pair : kBuiltInTable) {
     map.toHebrew.insert_or_assign(pair.latin, pair.hebrew);
     map.toEnglish.try_emplace(pair.hebrew, pair.latin);
-    if (isLetterCharacter(pair.latin)) {
-      map.toHebrew.insert_or_assign(uppercased(pair.latin), pair.hebrew);
-    }
+    if (isLetterCharacter(pair.latin)) map.toHebrew.insert_or_assign(uppercased(pair.latin), pair.hebrew);
   }
   return map;
 }
@@ -180,9 +164,7 @@ const std::vector<int>& LayoutMap::keyCodes() {
   static const auto kKeyCodes = [] {
     std::vector<int> codes;
     codes.reserve(kUsKeys.size());
-    for (const UsKey& key : kUsKeys) {
-      codes.push_back(key.keyCode);
-    }
+    for (const UsKey& key : kUsKeys) codes.push_back(key.keyCode);
     return codes;
   }();
   return kKeyCodes;
@@ -190,9 +172,7 @@ const std::vector<int>& LayoutMap::keyCodes() {
 
 std::optional<std::string> LayoutMap::usCharacter(std::uint32_t keyCode) {
   for (const UsKey& key : kUsKeys) {
-    if (static_cast<std::uint32_t>(key.keyCode) == keyCode) {
-      return std::string(1, key.character);
-    }
+    if (static_cast<std::uint32_t>(key.keyCode) == keyCode) return std::string(1, key.character);
   }
   return std::nullopt;
 }

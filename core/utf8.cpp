@@ -59,9 +59,7 @@ Utf8Unit utf8UnitAt(std::string_view text, std::size_t position) {
 }
 
 std::optional<char32_t> singleScalar(std::string_view text) {
-  if (text.empty()) {
-    return std::nullopt;
-  }
+  if (text.empty()) return std::nullopt;
   const Utf8Unit unit = utf8UnitAt(text, 0);
   return unit.length == text.size() ? unit.scalar : std::nullopt;
 }

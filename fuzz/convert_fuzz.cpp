@@ -11,9 +11,7 @@
 #include "tests/core/reference_converter.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) {
-    return 0;
-  }
+  if (size == 0) return 0;
   const std::string_view text(reinterpret_cast<const char*>(data) + 1, size - 1);
   const bool currentLayoutIsHebrew = data[0] % 2 == 1;
   static const lexwend::LayoutMap kMap = lexwend::LayoutMap::fallback();

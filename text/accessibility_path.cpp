@@ -56,8 +56,9 @@ bool replaceViaAccessibility(const Transform& transform) {
 
   // 4. May it be written?
   const platform::SettableResult settable = ax.isAttributeSettable(element, platform::kSelectedTextAttribute);
-  if (settable.error != 0 || !settable.settable)
+  if (settable.error != 0 || !settable.settable) {
     return giveUp(roleAndCount + ", not settable", settable.error);
+  }
 
   // 5. The whole value before: without it a write could not be checked.
   const AttributeResult beforeResult = ax.copyAttributeValue(element, platform::kValueAttribute);

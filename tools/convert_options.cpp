@@ -74,12 +74,8 @@ std::optional<ConvertUsageError> apply(const Option& option, Arguments& rest, Co
 std::variant<ConvertOptions, ConvertNotice, ConvertUsageError> parseConvertArguments(
     const std::vector<std::string>& arguments) {
   const auto optionsEnd = std::find(arguments.begin(), arguments.end(), "--");
-  if (std::find(arguments.begin(), optionsEnd, "--help") != optionsEnd) {
-    return ConvertNotice::help;
-  }
-  if (std::find(arguments.begin(), optionsEnd, "--version") != optionsEnd) {
-    return ConvertNotice::version;
-  }
+  if (std::find(arguments.begin(), optionsEnd, "--help") != optionsEnd) return ConvertNotice::help;
+  if (std::find(arguments.begin(), optionsEnd, "--version") != optionsEnd) return ConvertNotice::version;
   ConvertOptions options;
   bool optionsMayFollow = true;
   for (Arguments rest(arguments); !rest.atEnd();) {
@@ -87,9 +83,7 @@ std::variant<ConvertOptions, ConvertNotice, ConvertUsageError> parseConvertArgum
     if (optionsMayFollow && argument == "--") {
       optionsMayFollow = false;
     } else if (optionsMayFollow && argument.size() > 1 && argument[0] == '-') {
-      if (auto error = apply(split(argument), rest, options)) {
-        return *error;
-      }
+      if (auto error = apply(split(argument), rest, options)) return *error;
     } else {
       options.files.push_back(argument);
     }

@@ -75,9 +75,7 @@ class Filter {
       });
       flush();  // whoever waits for these records gets them before more input is waited for
     });
-    if (!splitter.unfinished().empty()) {
-      convert(splitter.unfinished());
-    }
+    if (!splitter.unfinished().empty()) convert(splitter.unfinished());
   }
 
   template <typename OnChunk>
@@ -88,17 +86,13 @@ class Filter {
       std::optional<ByteReader> reader;
       const auto next = [&] {
         try {
-          if (!reader) {
-            reader.emplace(file);
-          }
+          if (!reader) reader.emplace(file);
           return reader->read(chunk);
         } catch (const std::system_error& error) {
           throw ReadError{file == "-" ? "standard input" : file, error.code().message()};
         }
       };
-      while (next()) {
-        onChunk(chunk);
-      }
+      while (next()) onChunk(chunk);
     }
   }
 
@@ -174,9 +168,7 @@ int run(const std::vector<std::string>& arguments) {
     return convertInput(std::get<ConvertOptions>(parsed));
   } catch (const std::system_error& error) {
     // Only writing gets here. A reader that went away has seen what it wanted.
-    if (error.code() != std::errc::broken_pipe) {
-      complain("write error: " + error.code().message());
-    }
+    if (error.code() != std::errc::broken_pipe) complain("write error: " + error.code().message());
     return kFailure;
   } catch (const std::bad_alloc&) {
     complain("out of memory");

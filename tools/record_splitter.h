@@ -19,9 +19,7 @@ class RecordSplitter {
   void feed(std::string_view chunk, OnRecord onRecord) {
     while (true) {
       const std::size_t end = chunk.find(separator_);
-      if (end == std::string_view::npos) {
-        break;
-      }
+      if (end == std::string_view::npos) break;
       if (unfinished_.empty()) {
         onRecord(chunk.substr(0, end));
       } else {

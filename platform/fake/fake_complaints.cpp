@@ -8,9 +8,7 @@ namespace lexwend::platform {
 namespace {
 
 void printAndAbort(const std::vector<std::string>& complaints) {
-  for (const auto& complaint : complaints) {
-    std::fprintf(stderr, "in-memory host: %s\n", complaint.c_str());
-  }
+  for (const auto& complaint : complaints) std::fprintf(stderr, "in-memory host: %s\n", complaint.c_str());
   std::abort();
 }
 

@@ -212,8 +212,9 @@ void AtspiBus::connected(GDBusConnection* connection) {
         if (g_variant_n_children(parameters) < 2 || sender == nullptr) return;
         const GVariantRef isSo(g_variant_get_child_value(parameters, 1));
         if (g_variant_is_of_type(isSo.get(), G_VARIANT_TYPE_INT32) == FALSE ||
-            g_variant_get_int32(isSo.get()) == 0)
+            g_variant_get_int32(isSo.get()) == 0) {
           return;
+        }
         static_cast<AtspiBus*>(self)->lastFocus_ = AtspiObject{sender, path};
       },
       this, nullptr);
@@ -242,8 +243,9 @@ void AtspiBus::beginRound() {
 
 void AtspiBus::joinRound() {
   const auto now = std::chrono::steady_clock::now();
-  if (roundStart_ == std::chrono::steady_clock::time_point::min() || now - roundStart_ > kSameFix)
+  if (roundStart_ == std::chrono::steady_clock::time_point::min() || now - roundStart_ > kSameFix) {
     beginRound();
+  }
 }
 
 std::chrono::milliseconds AtspiBus::roundAge() {

@@ -21,9 +21,7 @@ std::string_view impliedPropertyType(std::string_view target) {
 
 std::shared_ptr<const Bytes> bytesOf(std::string_view text) {
   auto bytes = std::make_shared<Bytes>(text.size());
-  if (!text.empty()) {
-    std::memcpy(bytes->data(), text.data(), text.size());
-  }
+  if (!text.empty()) std::memcpy(bytes->data(), text.data(), text.size());
   return bytes;
 }
 
@@ -86,9 +84,7 @@ std::optional<std::string> latin1FromUtf8(std::string_view utf8) {
     }
     const bool twoBytes = (lead == 0xC2 || lead == 0xC3) && i + 1 < utf8.size();
     const auto trail = twoBytes ? static_cast<unsigned char>(utf8[i + 1]) : 0U;
-    if ((trail & 0xC0U) != 0x80U) {
-      return std::nullopt;
-    }
+    if ((trail & 0xC0U) != 0x80U) return std::nullopt;
     latin1.push_back(static_cast<char>(((lead & 0x03U) << 6) | (trail & 0x3FU)));
     ++i;
   }

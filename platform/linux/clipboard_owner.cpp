@@ -36,14 +36,10 @@ std::unique_ptr<ClipboardOwner> ClipboardOwner::open(std::chrono::milliseconds h
   int screenNumber = 0;
   XcbConnection connection = connectToDisplay(screenNumber);
   xcb_screen_t* screen = connection ? screenOf(connection.get(), screenNumber) : nullptr;
-  if (screen == nullptr) {
-    return nullptr;
-  }
+  if (screen == nullptr) return nullptr;
   const auto selectionEvent =
       watchSelection(connection.get(), screen->root, internAtom(connection.get(), "CLIPBOARD"));
-  if (!selectionEvent) {
-    return nullptr;
-  }
+  if (!selectionEvent) return nullptr;
   return std::unique_ptr<ClipboardOwner>(
       new ClipboardOwner(std::move(connection), *screen, *selectionEvent, handOverTime, fetchTime));
 }
@@ -130,9 +126,7 @@ void ClipboardOwner::run() {
       carryOut(command);
       finishCommand();
     }
-    if (deferred_ && Clock::now() >= deferred_->due) {
-      carryOutDeferred();
-    }
+    if (deferred_ && Clock::now() >= deferred_->due) carryOutDeferred();
     dropStalledTransfers();
     handlePendingEvents();
     waitForWork();
@@ -141,9 +135,7 @@ void ClipboardOwner::run() {
 
 bool ClipboardOwner::takeCommand(Command& command) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  if (commands_.empty()) {
-    return false;
-  }
+  if (commands_.empty()) return false;
   command = std::move(commands_.front());
   commands_.pop_front();
   return true;
@@ -179,9 +171,7 @@ void ClipboardOwner::finishCommand() {
 /// Sleeps until an event or a command comes or something is due.
 void ClipboardOwner::waitForWork() {
   std::optional<Clock::time_point> due;
-  if (deferred_) {
-    due = deferred_->due;
-  }
+  if (deferred_) due = deferred_->due;
   for (const Transfer& transfer : transfers_) {
     due = due ? std::min(*due, transfer.deadline) : transfer.deadline;
   }
@@ -268,9 +258,7 @@ bool ClipboardOwner::answer(xcb_window_t requestor, xcb_atom_t target, xcb_atom_
   xcb_connection_t* c = connection_.get();
   if (target == atom("TARGETS")) {
     std::vector<xcb_atom_t> targets = {target, atom("TIMESTAMP"), atom("MULTIPLE")};
-    for (const OwnedTarget& owned : owned_) {
-      targets.push_back(owned.target);
-    }
+    for (const OwnedTarget& owned : owned_) targets.push_back(owned.target);
     xcb_change_property(c, XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_ATOM, 32,
                         static_cast<std::uint32_t>(targets.size()), targets.data());
     return true;
@@ -281,9 +269,7 @@ bool ClipboardOwner::answer(xcb_window_t requestor, xcb_atom_t target, xcb_atom_
   }
   const auto owned = std::find_if(owned_.begin(), owned_.end(),
                                   [target](const OwnedTarget& each) { return each.target == target; });
-  if (owned == owned_.end()) {
-    return false;
-  }
+  if (owned == owned_.end()) return false;
   if (owned->bytes->size() > pieceSize_) {
     startTransfer(requestor, property, *owned);
   } else {
@@ -301,9 +287,7 @@ bool ClipboardOwner::answerMultiple(xcb_window_t requestor, xcb_atom_t property)
   const auto cookie =
       xcb_get_property(c, 0, requestor, property, XCB_GET_PROPERTY_TYPE_ANY, 0, kMaxMultipleUnits);
   const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(c, cookie, nullptr));
-  if (!reply || reply->format != 32) {
-    return false;
-  }
+  if (!reply || reply->format != 32) return false;
   const auto* first = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
   std::vector<xcb_atom_t> pairs(first, first + std::size_t{reply->value_len} / 2 * 2);
   for (std::size_t i = 0; i < pairs.size(); i += 2) {
@@ -332,9 +316,7 @@ void ClipboardOwner::continueTransfer(xcb_window_t requestor, xcb_atom_t propert
   const auto transfer = std::find_if(transfers_.begin(), transfers_.end(), [&](const Transfer& each) {
     return each.requestor == requestor && each.property == property;
   });
-  if (transfer == transfers_.end()) {
-    return;
-  }
+  if (transfer == transfers_.end()) return;
   const std::size_t size = std::min(pieceSize_ / 4 * 4, transfer->bytes->size() - transfer->offset);
   xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, requestor, property, transfer->type,
                       transfer->format, static_cast<std::uint32_t>(size / (transfer->format / 8U)),
@@ -355,14 +337,10 @@ void ClipboardOwner::dropStalledTransfers() {
   const Clock::time_point now = Clock::now();
   std::vector<xcb_window_t> requestors;
   for (const Transfer& transfer : transfers_) {
-    if (transfer.deadline <= now) {
-      requestors.push_back(transfer.requestor);
-    }
+    if (transfer.deadline <= now) requestors.push_back(transfer.requestor);
   }
   std::erase_if(transfers_, [now](const Transfer& each) { return each.deadline <= now; });
-  for (const xcb_window_t requestor : requestors) {
-    stopWatching(requestor);
-  }
+  for (const xcb_window_t requestor : requestors) stopWatching(requestor);
 }
 
 void ClipboardOwner::stopWatching(xcb_window_t requestor) {
@@ -377,20 +355,14 @@ void ClipboardOwner::stopWatching(xcb_window_t requestor) {
 /// At once where nothing has to be waited for.
 void ClipboardOwner::defer(ClipboardContents contents, std::chrono::milliseconds atLeast) {
   Clock::time_point due = Clock::now() + atLeast;
-  if (owning_ && purpose_ == Purpose::passing) {
-    due = std::max(due, fetchedBy_);
-  }
+  if (owning_ && purpose_ == Purpose::passing) due = std::max(due, fetchedBy_);
   deferred_ = Deferred{std::move(contents), serverTime(), due};
-  if (due <= Clock::now()) {
-    carryOutDeferred();
-  }
+  if (due <= Clock::now()) carryOutDeferred();
 }
 
 /// By the time of the request, so that the server ignores it when somebody has copied since.
 void ClipboardOwner::carryOutDeferred() {
-  if (!deferred_) {
-    return;
-  }
+  if (!deferred_) return;
   Deferred deferred = std::move(*deferred_);
   deferred_.reset();
   if (deferred.contents.empty()) {
@@ -420,27 +392,19 @@ void ClipboardOwner::doClaim(ClipboardContents contents, Purpose purpose, xcb_ti
   xcb_set_selection_owner(connection_.get(), window_, clipboard_, claimTime_);
   fetchedBy_ = Clock::now() + fetchTime_;
   owning_ = ownerOf(clipboard_) == window_;
-  if (!owning_) {
-    owned_.clear();
-  }
+  if (!owning_) owned_.clear();
   handlePendingEvents();
 }
 
 /// Asks the clipboard manager to take what is owned, and serves it until it has (freedesktop.org's clipboard
 /// manager specification).
 void ClipboardOwner::handOver() {
-  if (!owning_ || purpose_ == Purpose::passing) {
-    return;
-  }
+  if (!owning_ || purpose_ == Purpose::passing) return;
   const xcb_atom_t manager = atom("CLIPBOARD_MANAGER");
-  if (ownerOf(manager) == XCB_WINDOW_NONE) {
-    return;
-  }
+  if (ownerOf(manager) == XCB_WINDOW_NONE) return;
   xcb_connection_t* c = connection_.get();
   std::vector<xcb_atom_t> targets;
-  for (const OwnedTarget& owned : owned_) {
-    targets.push_back(owned.target);
-  }
+  for (const OwnedTarget& owned : owned_) targets.push_back(owned.target);
   const xcb_atom_t property = atom("_LEXWEND_SAVE_TARGETS");
   xcb_change_property(c, XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_ATOM, 32,
                       static_cast<std::uint32_t>(targets.size()), targets.data());
@@ -449,9 +413,7 @@ void ClipboardOwner::handOver() {
   handlePendingEvents();
   while (connected() && !handOverAnswered_) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    if (left.count() <= 0) {
-      return;
-    }
+    if (left.count() <= 0) return;
     pollfd waited{xcb_get_file_descriptor(c), POLLIN, 0};
     poll(&waited, 1, static_cast<int>(left.count()));
     handlePendingEvents();

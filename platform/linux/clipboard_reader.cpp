@@ -27,9 +27,7 @@ std::unique_ptr<ClipboardReader> ClipboardReader::open(std::string_view selectio
   int screenNumber = 0;
   XcbConnection connection = connectToDisplay(screenNumber);
   xcb_screen_t* screen = connection ? screenOf(connection.get(), screenNumber) : nullptr;
-  if (screen == nullptr) {
-    return nullptr;
-  }
+  if (screen == nullptr) return nullptr;
   return std::unique_ptr<ClipboardReader>(new ClipboardReader(std::move(connection), *screen, selection));
 }
 
@@ -107,9 +105,7 @@ ClipboardReader::Answer ClipboardReader::readTargets(Limits& limits, ClipboardCo
   std::set<xcb_atom_t> seen;
   for (const xcb_atom_t target : targets) {
     const std::string name = nameOf(target);
-    if (name.empty() || isProtocolTarget(name) || !seen.insert(target).second) {
-      continue;
-    }
+    if (name.empty() || isProtocolTarget(name) || !seen.insert(target).second) continue;
     ClipboardTarget entry;
     entry.name = name;
     const Answer answer = convert(target, limits, entry);
@@ -131,15 +127,11 @@ std::optional<std::string> ClipboardReader::readText(const Budget& budget) {
     Answer answer = Answer::ownerChanged;
     ClipboardTarget text;
     while (answer == Answer::ownerChanged && Clock::now() < end) {
-      if (selectionOwner() == XCB_WINDOW_NONE) {
-        return std::nullopt;
-      }
+      if (selectionOwner() == XCB_WINDOW_NONE) return std::nullopt;
       Limits limits{end, budget.silence, budget.bytes};
       text = {};
       answer = convert(atom(target), limits, text);
-      if (answer == Answer::ownerChanged) {
-        useFreshWindow();
-      }
+      if (answer == Answer::ownerChanged) useFreshWindow();
     }
     if (answer == Answer::given && text.format == 8) {
       const std::string bytes(reinterpret_cast<const char*>(text.bytes->data()), text.bytes->size());
@@ -160,30 +152,16 @@ ClipboardReader::Answer ClipboardReader::convert(xcb_atom_t target, Limits& limi
   xcb_flush(c);
   const Clock::time_point deadline = limits.nextDeadline();
   while (const auto event = nextEvent(deadline)) {
-    if (tellsOfOwnerChange(*event)) {
-      return Answer::ownerChanged;
-    }
-    if (eventType(*event) != XCB_SELECTION_NOTIFY) {
-      continue;
-    }
+    if (tellsOfOwnerChange(*event)) return Answer::ownerChanged;
+    if (eventType(*event) != XCB_SELECTION_NOTIFY) continue;
     const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(*event);
-    if (notify.requestor != window_ || notify.target != target) {
-      continue;
-    }
-    if (notify.property == XCB_ATOM_NONE) {
-      return Answer::refused;
-    }
+    if (notify.requestor != window_ || notify.target != target) continue;
+    if (notify.property == XCB_ATOM_NONE) return Answer::refused;
     const auto reply = takeProperty();
-    if (!reply || reply->type == XCB_ATOM_NONE) {
-      return Answer::refused;
-    }
-    if (reply->type == atom("INCR")) {
-      return receiveIncrementally(limits, answer);
-    }
+    if (!reply || reply->type == XCB_ATOM_NONE) return Answer::refused;
+    if (reply->type == atom("INCR")) return receiveIncrementally(limits, answer);
     const std::size_t size = unitBytes(*reply);
-    if (size > limits.bytesLeft) {
-      return Answer::overBudget;
-    }
+    if (size > limits.bytesLeft) return Answer::overBudget;
     limits.bytesLeft -= size;
     const auto* first = static_cast<const std::byte*>(xcb_get_property_value(reply.get()));
     answer.bytes = std::make_shared<const Bytes>(first, first + size);
@@ -200,20 +178,14 @@ ClipboardReader::Answer ClipboardReader::receiveIncrementally(Limits& limits, Cl
   auto bytes = std::make_shared<Bytes>();
   Clock::time_point deadline = limits.nextDeadline();
   while (const auto event = nextEvent(deadline)) {
-    if (tellsOfOwnerChange(*event)) {
-      return Answer::ownerChanged;
-    }
-    if (eventType(*event) != XCB_PROPERTY_NOTIFY) {
-      continue;
-    }
+    if (tellsOfOwnerChange(*event)) return Answer::ownerChanged;
+    if (eventType(*event) != XCB_PROPERTY_NOTIFY) continue;
     const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
     if (notify.window != window_ || notify.atom != property_ || notify.state != XCB_PROPERTY_NEW_VALUE) {
       continue;
     }
     const auto piece = takeProperty();
-    if (!piece || piece->type == XCB_ATOM_NONE) {
-      continue;
-    }
+    if (!piece || piece->type == XCB_ATOM_NONE) continue;
     const std::size_t size = unitBytes(*piece);
     if (answer.propertyType.empty()) {
       answer.propertyType = nameOf(piece->type);
@@ -223,9 +195,7 @@ ClipboardReader::Answer ClipboardReader::receiveIncrementally(Limits& limits, Cl
       answer.bytes = std::move(bytes);
       return Answer::given;
     }
-    if (size > limits.bytesLeft) {
-      return Answer::overBudget;
-    }
+    if (size > limits.bytesLeft) return Answer::overBudget;
     limits.bytesLeft -= size;
     deadline = limits.nextDeadline();
     const auto* first = static_cast<const std::byte*>(xcb_get_property_value(piece.get()));
@@ -251,13 +221,9 @@ xcb_window_t ClipboardReader::selectionOwner() {
 XcbReply<xcb_generic_event_t> ClipboardReader::nextEvent(Clock::time_point deadline) {
   xcb_connection_t* c = connection_.get();
   for (;;) {
-    if (xcb_generic_event_t* event = xcb_poll_for_event(c)) {
-      return XcbReply<xcb_generic_event_t>(event);
-    }
+    if (xcb_generic_event_t* event = xcb_poll_for_event(c)) return XcbReply<xcb_generic_event_t>(event);
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    if (left.count() <= 0 || xcb_connection_has_error(c) != 0) {
-      return nullptr;
-    }
+    if (left.count() <= 0 || xcb_connection_has_error(c) != 0) return nullptr;
     pollfd waited{xcb_get_file_descriptor(c), POLLIN, 0};
     poll(&waited, 1, static_cast<int>(left.count()));
   }
@@ -265,9 +231,7 @@ XcbReply<xcb_generic_event_t> ClipboardReader::nextEvent(Clock::time_point deadl
 
 std::string ClipboardReader::nameOf(xcb_atom_t atom) {
   const auto known = names_.find(atom);
-  if (known != names_.end()) {
-    return known->second;
-  }
+  if (known != names_.end()) return known->second;
   std::string name = atomName(connection_.get(), atom);
   names_.emplace(atom, name);
   return name;

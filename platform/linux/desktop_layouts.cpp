@@ -23,9 +23,7 @@ void listArrived(GObject* source, GAsyncResult* result, gpointer data) {
   const std::unique_ptr<Wanted> wanted(static_cast<Wanted*>(data));
   auto* bus = G_DBUS_CONNECTION(source);
   const GVariantRef reply(g_dbus_connection_call_finish(bus, result, nullptr));
-  if (!reply || g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(a(sss))")) == FALSE) {
-    return;
-  }
+  if (!reply || g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(a(sss))")) == FALSE) return;
   const GVariantRef list(g_variant_get_child_value(reply.get(), 0));
   std::size_t seen = 0;
   for (gsize index = 0; index < g_variant_n_children(list.get()); ++index) {
@@ -43,9 +41,7 @@ void listArrived(GObject* source, GAsyncResult* result, gpointer data) {
 }  // namespace
 
 void tellDesktopOfLayout(GDBusConnection* sessionBus, const std::string& layout, std::size_t occurrence) {
-  if (sessionBus == nullptr) {
-    return;
-  }
+  if (sessionBus == nullptr) return;
   g_dbus_connection_call(sessionBus, kService, kPath, kInterface, "getLayoutsList", nullptr, nullptr,
                          G_DBUS_CALL_FLAGS_NO_AUTO_START, kCallTime, nullptr, listArrived,
                          new Wanted{layout, occurrence});

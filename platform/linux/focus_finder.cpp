@@ -103,8 +103,9 @@ std::optional<AtspiObject> FocusFinder::walk(const AtspiObject& application, boo
     for (std::size_t i = 0; i < found.size(); ++i) {
       const auto states = statesIn(answers[2 * i]);
       if (!states) continue;
-      if ((*states & kAtspiStateFocused) != 0 && bus_.hasInterface(found[i], AtspiBus::kText))
+      if ((*states & kAtspiStateFocused) != 0 && bus_.hasInterface(found[i], AtspiBus::kText)) {
         return found[i];
+      }
       if ((*states & shown) == 0 || (*states & kAtspiStateManagesDescendants) != 0) continue;
       const auto count = static_cast<std::size_t>(std::max(0, integerIn(answers[2 * i + 1]).value_or(0)));
       if (count == 0 || count > kMaxLevelWidth - width) continue;

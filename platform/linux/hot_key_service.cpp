@@ -34,12 +34,8 @@ std::optional<std::uint16_t> stateOf(std::uint32_t carbonModifiers, const Modifi
   std::uint16_t state = 0;
   for (const Row& row : {Row{kCmdKey, masks.control}, Row{kShiftKey, masks.shift}, Row{kOptionKey, masks.alt},
                          Row{kControlKey, masks.super}}) {
-    if ((carbonModifiers & row.carbon) == 0) {
-      continue;
-    }
-    if (row.mask == 0) {
-      return std::nullopt;
-    }
+    if ((carbonModifiers & row.carbon) == 0) continue;
+    if (row.mask == 0) return std::nullopt;
     state = static_cast<std::uint16_t>(state | row.mask);
   }
   return state;
@@ -69,9 +65,7 @@ class LinuxHotKeyService::Registration : public HotKey {
 };
 
 LinuxHotKeyService::LinuxHotKeyService(std::shared_ptr<X11Connection> x11) : x11_(std::move(x11)) {
-  if (!x11_) {
-    return;
-  }
+  if (!x11_) return;
   masks_ = readModifierMasks(x11_->get());
   if (x11_->hasXkb()) {
     // A held key then sends presses only, without a release before each.
@@ -85,13 +79,9 @@ LinuxHotKeyService::LinuxHotKeyService(std::shared_ptr<X11Connection> x11) : x11
 }
 
 LinuxHotKeyService::~LinuxHotKeyService() {
-  if (!x11_) {
-    return;
-  }
+  if (!x11_) return;
   stop();
-  if (!held_.empty()) {
-    selectRawReleases(false);
-  }
+  if (!held_.empty()) selectRawReleases(false);
   x11_->flush();
 }
 
@@ -128,9 +118,7 @@ HotKeyRegistration LinuxHotKeyService::registerHotKey(std::uint32_t keyCode, std
 
 OSStatus LinuxHotKeyService::unregisterHotKey(const HotKeyRef& ref) {
   const auto found = std::find(registrations_.begin(), registrations_.end(), ref);
-  if (found == registrations_.end()) {
-    return kHotKeyInvalidErr;
-  }
+  if (found == registrations_.end()) return kHotKeyInvalidErr;
   ungrab(**found);
   registrations_.erase(found);
   x11_->flush();
@@ -139,19 +127,13 @@ OSStatus LinuxHotKeyService::unregisterHotKey(const HotKeyRef& ref) {
 
 void LinuxHotKeyService::stop() {
   stopped_ = true;
-  for (const auto& registration : registrations_) {
-    ungrab(*registration);
-  }
+  for (const auto& registration : registrations_) ungrab(*registration);
   registrations_.clear();
-  if (x11_) {
-    x11_->flush();
-  }
+  if (x11_) x11_->flush();
 }
 
 bool LinuxHotKeyService::grab(const Registration& registration) {
-  if (isHeldThroughXInput2(registration)) {
-    return false;
-  }
+  if (isHeldThroughXInput2(registration)) return false;
   xcb_connection_t* c = x11_->get();
   std::vector<xcb_void_cookie_t> cookies;
   for (const std::uint16_t locks : masks_.lockCombinations()) {
@@ -175,9 +157,7 @@ bool LinuxHotKeyService::grab(const Registration& registration) {
 /// a grab is asked for as well, and given back at once.
 bool LinuxHotKeyService::isHeldThroughXInput2(const Registration& registration) {
   const KeyboardDevices::Id keyboard = readKeyboardDevices(*x11_).core;
-  if (keyboard == KeyboardDevices::kNone) {
-    return false;
-  }
+  if (keyboard == KeyboardDevices::kNone) return false;
   xcb_connection_t* c = x11_->get();
   std::vector<std::uint32_t> modifiers;
   for (const std::uint16_t locks : masks_.lockCombinations()) {
@@ -233,9 +213,7 @@ void LinuxHotKeyService::handleEvent(const xcb_generic_event_t& event) {
 void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   // The order is what makes the release certain to be seen: up to here it belongs to the grab, from the
   // selection on it comes raw.
-  if (held_.empty()) {
-    selectRawReleases(true);
-  }
+  if (held_.empty()) selectRawReleases(true);
   xcb_ungrab_keyboard(x11_->get(), XCB_CURRENT_TIME);
   x11_->flush();
 
@@ -243,9 +221,7 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   const xcb_timestamp_t pause = x11_->hasXInput2() ? kLongestRepeatPause : kRepeatPauseWithoutReleases;
   const bool repeats = lastPress != held_.end() && event.time - lastPress->second < pause;
   held_[event.detail] = event.time;
-  if (repeats) {
-    return;
-  }
+  if (repeats) return;
   const std::uint16_t considered =
       static_cast<std::uint16_t>(masks_.shift | masks_.control | masks_.alt | masks_.super);
   const auto pressed = static_cast<std::uint16_t>(event.state & considered);
@@ -261,9 +237,7 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
 }
 
 void LinuxHotKeyService::handleRelease(std::uint8_t key) {
-  if (held_.erase(key) != 0 && held_.empty()) {
-    selectRawReleases(false);
-  }
+  if (held_.erase(key) != 0 && held_.empty()) selectRawReleases(false);
 }
 
 /// Another keyboard or layout may put the locks on other modifiers.
@@ -290,9 +264,7 @@ void LinuxHotKeyService::handleKeymapChange() {
 }
 
 void LinuxHotKeyService::selectRawReleases(bool wanted) {
-  if (!x11_->hasXInput2()) {
-    return;
-  }
+  if (!x11_->hasXInput2()) return;
   struct {
     xcb_input_event_mask_t head;
     std::uint32_t mask;

@@ -63,9 +63,7 @@ class XTestKeyEvent : public KeyEvent {
     }
     std::vector<xcb_keycode_t> keys;
     for (const FlagKey& flagKey : kFlagKeys) {
-      if ((flags_ & flagKey.flag) != 0) {
-        keys.push_back(modifierKeys.*flagKey.key);
-      }
+      if ((flags_ & flagKey.flag) != 0) keys.push_back(modifierKeys.*flagKey.key);
     }
     keys.push_back(key_);
     return keys;
@@ -98,28 +96,16 @@ LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function
     : x11_(std::move(x11)), mayPost_(std::move(mayPost)), refused_(std::move(refused)) {}
 
 EventFlags LinuxKeyEvents::flagsState(EventSourceState /*state*/) {
-  if (!x11_ || !x11_->hasXkb()) {
-    return 0;
-  }
+  if (!x11_ || !x11_->hasXkb()) return 0;
   const XcbReply<xcb_xkb_get_state_reply_t> state(
       xcb_xkb_get_state_reply(x11_->get(), xcb_xkb_get_state(x11_->get(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
-  if (!state || state->baseMods == 0) {
-    return 0;
-  }
+  if (!state || state->baseMods == 0) return 0;
   const ModifierMasks masks = readModifierMasks(x11_->get());
   EventFlags flags = 0;
-  if ((state->baseMods & masks.shift) != 0) {
-    flags |= kEventFlagShift;
-  }
-  if ((state->baseMods & masks.control) != 0) {
-    flags |= kEventFlagCommand;
-  }
-  if ((state->baseMods & (masks.alt | masks.levelThree)) != 0) {
-    flags |= kEventFlagOption;
-  }
-  if ((state->baseMods & masks.super) != 0) {
-    flags |= kEventFlagControl;
-  }
+  if ((state->baseMods & masks.shift) != 0) flags |= kEventFlagShift;
+  if ((state->baseMods & masks.control) != 0) flags |= kEventFlagCommand;
+  if ((state->baseMods & (masks.alt | masks.levelThree)) != 0) flags |= kEventFlagOption;
+  if ((state->baseMods & masks.super) != 0) flags |= kEventFlagControl;
   return flags;
 }
 
@@ -131,9 +117,7 @@ std::unique_ptr<KeyEvent> LinuxKeyEvents::createKeyboardEvent(const EventSourceR
                                                               std::uint16_t keyCode, bool keyDown) {
   const auto key = keyToPost(keyCode);
   if (!key) {
-    if (refused_) {
-      refused_();
-    }
+    if (refused_) refused_();
     return nullptr;
   }
   return std::make_unique<XTestKeyEvent>(keyCode, *key, keyDown);
@@ -141,18 +125,14 @@ std::unique_ptr<KeyEvent> LinuxKeyEvents::createKeyboardEvent(const EventSourceR
 
 /// Nothing where the event is refused.
 std::optional<xcb_keycode_t> LinuxKeyEvents::keyToPost(std::uint16_t keyCode) {
-  if (!x11_ || !x11_->hasXTest() || (mayPost_ && !mayPost_())) {
-    return std::nullopt;
-  }
+  if (!x11_ || !x11_->hasXTest() || (mayPost_ && !mayPost_())) return std::nullopt;
   const auto windowClass = x11_->activeWindowClass();
   return windowClass && isTerminalClass(*windowClass) ? std::nullopt : xFromMacKeyCode(keyCode);
 }
 
 void LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   const auto* keyEvent = dynamic_cast<const XTestKeyEvent*>(&event);
-  if (!x11_ || keyEvent == nullptr) {
-    return;
-  }
+  if (!x11_ || keyEvent == nullptr) return;
   xcb_connection_t* c = x11_->get();
   if (keyEvent->down()) {
     devices_ = readKeyboardDevices(*x11_);
@@ -160,18 +140,14 @@ void LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
     releaseHeldModifiers();
   }
   std::vector<xcb_keycode_t> chord = keyEvent->chord(modifierKeys_);
-  if (!keyEvent->down()) {
-    std::reverse(chord.begin(), chord.end());
-  }
+  if (!keyEvent->down()) std::reverse(chord.begin(), chord.end());
   // A hot key that is still held repeats, and each repetition grabs the keyboard anew: what is typed then
   // would come back to this program. The server repeats only between two readings of a client's requests, so
   // the ungrab and the keys go out together, with nothing that waits for an answer in between.
   x11_->flush();
   xcb_ungrab_keyboard(c, XCB_CURRENT_TIME);
   const std::uint8_t type = keyEvent->down() ? XCB_KEY_PRESS : XCB_KEY_RELEASE;
-  for (const xcb_keycode_t key : chord) {
-    play(type, key);
-  }
+  for (const xcb_keycode_t key : chord) play(type, key);
   x11_->flush();
 }
 
@@ -187,26 +163,20 @@ void LinuxKeyEvents::play(std::uint8_t coreType, xcb_keycode_t key) {
 }
 
 void LinuxKeyEvents::releaseHeldModifiers() {
-  if (flagsState(EventSourceState::hidSystem) == 0) {
-    return;
-  }
+  if (flagsState(EventSourceState::hidSystem) == 0) return;
   xcb_connection_t* c = x11_->get();
   const auto mappingCookie = xcb_get_modifier_mapping(c);
   const auto keymapCookie = xcb_query_keymap(c);
   const XcbReply<xcb_get_modifier_mapping_reply_t> mapping(
       xcb_get_modifier_mapping_reply(c, mappingCookie, nullptr));
   const XcbReply<xcb_query_keymap_reply_t> keymap(xcb_query_keymap_reply(c, keymapCookie, nullptr));
-  if (!mapping || !keymap) {
-    return;
-  }
+  if (!mapping || !keymap) return;
   const xcb_keycode_t* keys = xcb_get_modifier_mapping_keycodes(mapping.get());
   const int count = xcb_get_modifier_mapping_keycodes_length(mapping.get());
   for (int i = 0; i < count; ++i) {
     const xcb_keycode_t key = keys[i];
     const bool isDown = (keymap->keys[key / 8] & (1 << (key % 8))) != 0;
-    if (key != 0 && isDown) {
-      play(XCB_KEY_RELEASE, key);
-    }
+    if (key != 0 && isDown) play(XCB_KEY_RELEASE, key);
   }
 }
 

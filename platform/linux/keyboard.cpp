@@ -86,9 +86,7 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
   for (;;) {
     const std::size_t end = text.find(separator);
     parts.push_back(text.substr(0, end));
-    if (end == std::string_view::npos) {
-      return parts;
-    }
+    if (end == std::string_view::npos) return parts;
     text.remove_prefix(end + 1);
   }
 }
@@ -107,9 +105,7 @@ Registry readRegistry(rxkb_context_flags extent) {
   Registry registry;
   const std::unique_ptr<rxkb_context, rxkb_context* (*)(rxkb_context*)> context(rxkb_context_new(extent),
                                                                                 rxkb_context_unref);
-  if (!context || !rxkb_context_parse(context.get(), "evdev")) {
-    return registry;
-  }
+  if (!context || !rxkb_context_parse(context.get(), "evdev")) return registry;
   rxkb_layout* next = nullptr;
   for (rxkb_layout* layout = rxkb_layout_first(context.get()); layout != nullptr; layout = next) {
     const char* variant = rxkb_layout_get_variant(layout);
@@ -140,9 +136,7 @@ std::vector<XkbLayoutName> parseRulesNames(std::string_view value) {
   }
   const std::vector<std::string_view> layouts = split(fields[kLayouts], ',');
   std::vector<std::string_view> variants;
-  if (fields.size() > kVariants) {
-    variants = split(fields[kVariants], ',');
-  }
+  if (fields.size() > kVariants) variants = split(fields[kVariants], ',');
   std::vector<XkbLayoutName> names;
   for (std::size_t i = 0; i < layouts.size(); ++i) {
     names.push_back(
@@ -154,15 +148,11 @@ std::vector<XkbLayoutName> parseRulesNames(std::string_view value) {
 std::vector<std::string> languagesOf(const XkbLayoutName& layout) {
   static const Registry kCommon = readRegistry(RXKB_CONTEXT_NO_FLAGS);
   auto entry = kCommon.find(layout.id());
-  if (entry != kCommon.end()) {
-    return entry->second;
-  }
+  if (entry != kCommon.end()) return entry->second;
   // Rare layouts stand in a second list, which takes its time to read.
   static const Registry kAll = readRegistry(RXKB_CONTEXT_LOAD_EXOTIC_RULES);
   entry = kAll.find(layout.id());
-  if (entry == kAll.end()) {
-    entry = kAll.find(layout.layout);
-  }
+  if (entry == kAll.end()) entry = kAll.find(layout.layout);
   return entry == kAll.end() ? std::vector<std::string>() : entry->second;
 }
 
@@ -177,9 +167,7 @@ class LinuxInputSources::Observer {
           eventType(event) == XCB_PROPERTY_NOTIFY &&
           reinterpret_cast<const xcb_property_notify_event_t&>(event).window == owner_.x11_->root() &&
           reinterpret_cast<const xcb_property_notify_event_t&>(event).atom == names;
-      if (namesChanged || owner_.x11_->isKeymapChange(event)) {
-        checkSoon();
-      }
+      if (namesChanged || owner_.x11_->isKeymapChange(event)) checkSoon();
     });
     x11.selectKeymapEvents();
     x11.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
@@ -210,21 +198,15 @@ class LinuxInputSources::Observer {
         this);
   }
   void stopTimer() {
-    if (timer_ != 0) {
-      g_source_remove(timer_);
-    }
+    if (timer_ != 0) g_source_remove(timer_);
     timer_ = 0;
   }
   void check() {
     std::string now = owner_.signature();
-    if (now == known_) {
-      return;
-    }
+    if (now == known_) return;
     known_ = std::move(now);
     const auto handlers = handlers_;
-    for (const auto& handler : handlers) {
-      handler();
-    }
+    for (const auto& handler : handlers) handler();
   }
 
   LinuxInputSources& owner_;
@@ -236,9 +218,7 @@ class LinuxInputSources::Observer {
 
 LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus)
     : x11_(std::move(x11)), sessionBus_(std::move(sessionBus)) {
-  if (x11_ && !x11_->hasXkb()) {
-    x11_ = nullptr;
-  }
+  if (x11_ && !x11_->hasXkb()) x11_ = nullptr;
   if (x11_) {
     context_.reset(xkb_context_new(XKB_CONTEXT_NO_FLAGS), xkb_context_unref);
     std::uint16_t major = 0;
@@ -246,9 +226,7 @@ LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, Session
     const int usable =
         xkb_x11_setup_xkb_extension(x11_->get(), XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
                                     XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, &major, &minor, nullptr, nullptr);
-    if (usable == 0 || !context_) {
-      x11_ = nullptr;
-    }
+    if (usable == 0 || !context_) x11_ = nullptr;
   }
 }
 
@@ -269,9 +247,7 @@ std::vector<XkbLayoutName> LinuxInputSources::enabledLayouts() {
 
 std::optional<std::vector<InputSourceRef>> LinuxInputSources::createInputSourceList(
     const InputSourceFilter& filter, bool /*includeAllInstalled*/) {
-  if (!x11_) {
-    return std::nullopt;
-  }
+  if (!x11_) return std::nullopt;
   std::vector<InputSourceRef> sources;
   if (filter.isEnabled == false) {
     return sources;  // every group of the keymap is enabled
@@ -305,42 +281,30 @@ InputSourceValue LinuxInputSources::property(const InputSourceRef& source, Input
 }
 
 InputSourceRef LinuxInputSources::copyCurrentKeyboardLayoutInputSource() {
-  if (!x11_) {
-    return nullptr;
-  }
-  if (observer_) {
-    observer_->settle();
-  }
+  if (!x11_) return nullptr;
+  if (observer_) observer_->settle();
   const XcbReply<xcb_xkb_get_state_reply_t> state(
       xcb_xkb_get_state_reply(x11_->get(), xcb_xkb_get_state(x11_->get(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
   const std::vector<XkbLayoutName> names = enabledLayouts();
-  if (!state || state->group >= names.size()) {
-    return nullptr;
-  }
+  if (!state || state->group >= names.size()) return nullptr;
   return std::make_shared<XkbInputSource>(names[state->group], state->group);
 }
 
 void LinuxInputSources::select(const InputSourceRef& source) {
   const auto* xkbSource = dynamic_cast<const XkbInputSource*>(source.get());
-  if (!x11_ || xkbSource == nullptr) {
-    return;
-  }
+  if (!x11_ || xkbSource == nullptr) return;
   // The layouts may have been reordered since the source was listed: its name counts, not its old group.
   const std::vector<XkbLayoutName> names = enabledLayouts();
   std::size_t group = xkbSource->group;
   if (group >= names.size() || names[group] != xkbSource->name) {
     group = static_cast<std::size_t>(std::find(names.begin(), names.end(), xkbSource->name) - names.begin());
   }
-  if (group >= names.size()) {
-    return;
-  }
+  if (group >= names.size()) return;
   // Waits until the server has done it: what the user types from now on is of that layout.
   const XcbReply<xcb_generic_error_t> error(xcb_request_check(
       x11_->get(), xcb_xkb_latch_lock_state_checked(x11_->get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 1,
                                                     static_cast<std::uint8_t>(group), 0, 0, 0)));
-  if (error != nullptr) {
-    return;
-  }
+  if (error != nullptr) return;
   if (sessionBus_) {
     const auto sameLayout = [&](const XkbLayoutName& name) { return name.layout == names[group].layout; };
     const auto end = names.begin() + static_cast<std::ptrdiff_t>(group);
@@ -357,28 +321,18 @@ std::optional<std::u16string> LinuxInputSources::translate(const KeyLayoutData& 
                                                            const KeyTranslation& translation,
                                                            std::uint32_t& /*deadKeyState*/) {
   const auto* layout = dynamic_cast<const XkbKeyLayoutData*>(&data);
-  if (layout == nullptr || layout->empty()) {
-    return std::nullopt;
-  }
+  if (layout == nullptr || layout->empty()) return std::nullopt;
   const auto key = xFromMacKeyCode(translation.keyCode);
-  if (!key) {
-    return std::u16string();
-  }
+  if (!key) return std::u16string();
   std::u16string text = layout->typed(*key, (translation.modifierState & kTranslateShift) != 0,
                                       (translation.modifierState & kTranslateCapsLock) != 0);
-  if (text.size() > translation.maxLength) {
-    return std::nullopt;
-  }
+  if (text.size() > translation.maxLength) return std::nullopt;
   return text;
 }
 
 void LinuxInputSources::observeEnabledLayoutsChanged(std::function<void()> handler) {
-  if (!x11_) {
-    return;
-  }
-  if (!observer_) {
-    observer_ = std::make_unique<Observer>(*this);
-  }
+  if (!x11_) return;
+  if (!observer_) observer_ = std::make_unique<Observer>(*this);
   observer_->add(std::move(handler));
 }
 
@@ -394,12 +348,8 @@ std::uint16_t LinuxInputSources::usersKeyboard() {
 
 std::shared_ptr<xkb_keymap> LinuxInputSources::serverKeymap() {
   std::int32_t device = usersKeyboard();
-  if (device == XCB_XKB_ID_USE_CORE_KBD) {
-    device = xkb_x11_get_core_keyboard_device_id(x11_->get());
-  }
-  if (device < 0) {
-    return nullptr;
-  }
+  if (device == XCB_XKB_ID_USE_CORE_KBD) device = xkb_x11_get_core_keyboard_device_id(x11_->get());
+  if (device < 0) return nullptr;
   xkb_keymap* keymap =
       xkb_x11_keymap_new_from_device(context_.get(), x11_->get(), device, XKB_KEYMAP_COMPILE_NO_FLAGS);
   return keymap == nullptr ? nullptr : std::shared_ptr<xkb_keymap>(keymap, xkb_keymap_unref);
@@ -409,22 +359,16 @@ std::shared_ptr<xkb_keymap> LinuxInputSources::serverKeymap() {
 std::string LinuxInputSources::signature() {
   std::string signature;
   const std::vector<XkbLayoutName> names = enabledLayouts();
-  for (const XkbLayoutName& name : names) {
-    signature += name.id() + '\n';
-  }
+  for (const XkbLayoutName& name : names) signature += name.id() + '\n';
   const std::shared_ptr<xkb_keymap> keymap = serverKeymap();
-  if (!keymap) {
-    return signature;
-  }
+  if (!keymap) return signature;
   for (xkb_layout_index_t group = 0; group < names.size(); ++group) {
     for (std::uint16_t macKeyCode = 0; macKeyCode <= kLastTypingKeyCode; ++macKeyCode) {
       const xkb_keycode_t key = xFromMacKeyCode(macKeyCode).value_or(0);
       for (const xkb_level_index_t level : {0U, 1U}) {
         const xkb_keysym_t* keysyms = nullptr;
         const int count = xkb_keymap_key_get_syms_by_level(keymap.get(), key, group, level, &keysyms);
-        for (int i = 0; i < count; ++i) {
-          signature += std::to_string(keysyms[i]) + ' ';
-        }
+        for (int i = 0; i < count; ++i) signature += std::to_string(keysyms[i]) + ' ';
         signature += ';';
       }
     }

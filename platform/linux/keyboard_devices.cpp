@@ -57,9 +57,7 @@ struct KeyTables {
     for (const xcb_keysym_t keysym : {left, right}) {
       const auto found =
           std::find_if(codes.begin(), codes.end(), [&](xcb_keycode_t code) { return types(code, keysym); });
-      if (found != codes.end()) {
-        return *found;
-      }
+      if (found != codes.end()) return *found;
     }
     return static_cast<xcb_keycode_t>(usualKey + kXKeyCodeOffset);
   }
@@ -84,22 +82,16 @@ bool KeyboardDevices::isReal(Id device) const {
 }
 
 KeyboardDevices::Id KeyboardDevices::forSimulatedKeys() const {
-  if (isReal(lastUsed)) {
-    return lastUsed;
-  }
+  if (isReal(lastUsed)) return lastUsed;
   return lastUsed == core && !real.empty() ? real.front() : kNone;
 }
 
 KeyboardDevices readKeyboardDevices(const X11Connection& x11) {
   KeyboardDevices devices;
-  if (!x11.hasXInput2()) {
-    return devices;
-  }
+  if (!x11.hasXInput2()) return devices;
   const XcbReply<xcb_input_xi_query_device_reply_t> reply(xcb_input_xi_query_device_reply(
       x11.get(), xcb_input_xi_query_device(x11.get(), XCB_INPUT_DEVICE_ALL), nullptr));
-  if (!reply) {
-    return devices;
-  }
+  if (!reply) return devices;
   for (auto it = xcb_input_xi_query_device_infos_iterator(reply.get()); it.rem > 0;
        xcb_input_xi_device_info_next(&it)) {
     const xcb_input_xi_device_info_t& device = *it.data;
@@ -122,9 +114,7 @@ ModifierKeys readModifierKeys(const X11Connection& x11, const KeyboardDevices& d
   const xcb_keycode_t first = setup->min_keycode;
   const auto count = static_cast<std::uint8_t>(setup->max_keycode - first + 1);
   KeyTables tables{{}, {}, 0, first};
-  if (devices.core == KeyboardDevices::kNone) {
-    return tables.modifierKeys();
-  }
+  if (devices.core == KeyboardDevices::kNone) return tables.modifierKeys();
   const KeyboardDevices::Id played = devices.forSimulatedKeys();
   const KeyboardDevices::Id device = played != KeyboardDevices::kNone ? played : devices.core;
   const auto modifierCookie = xcb_input_get_device_modifier_mapping(c, device);

@@ -52,27 +52,21 @@ constexpr Row kRows[] = {
 
 std::optional<std::uint16_t> evdevFromMacKeyCode(std::uint32_t macKeyCode) {
   for (const Row& row : kRows) {
-    if (row.mac == macKeyCode) {
-      return row.evdev;
-    }
+    if (row.mac == macKeyCode) return row.evdev;
   }
   return std::nullopt;
 }
 
 std::optional<std::uint16_t> macFromEvdevKeyCode(std::uint32_t evdevKeyCode) {
   for (const Row& row : kRows) {
-    if (row.evdev == evdevKeyCode) {
-      return row.mac;
-    }
+    if (row.evdev == evdevKeyCode) return row.mac;
   }
   return std::nullopt;
 }
 
 std::optional<std::uint8_t> xFromMacKeyCode(std::uint32_t macKeyCode) {
   const auto evdev = evdevFromMacKeyCode(macKeyCode);
-  if (!evdev || *evdev + kXKeyCodeOffset > std::numeric_limits<std::uint8_t>::max()) {
-    return std::nullopt;
-  }
+  if (!evdev || *evdev + kXKeyCodeOffset > std::numeric_limits<std::uint8_t>::max()) return std::nullopt;
   return static_cast<std::uint8_t>(*evdev + kXKeyCodeOffset);
 }
 

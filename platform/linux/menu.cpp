@@ -129,8 +129,9 @@ class TrayMenu : public QMenu {
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
     for (QAction* action : actions()) {
       const QRect place = actionGeometry(action).adjusted(kSeparatorMargin, 0, -kSeparatorMargin, 0);
-      if (action->isSeparator() && place.isValid())
+      if (action->isSeparator() && place.isValid()) {
         painter.drawLine(place.left(), place.center().y(), place.right(), place.center().y());
+      }
     }
   }
   void keyPressEvent(QKeyEvent* event) override {

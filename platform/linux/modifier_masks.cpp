@@ -15,9 +15,7 @@ constexpr int kFirstNamelessModifier = 3;  // Mod1; before it stand Shift, Lock 
 
 void addMeaning(ModifierMasks& masks, std::uint16_t bit, xcb_keysym_t keysym) {
   const auto keepFirst = [bit](std::uint16_t& mask) {
-    if (mask == 0) {
-      mask = bit;
-    }
+    if (mask == 0) mask = bit;
   };
   switch (keysym) {
     case XKB_KEY_Alt_L:
@@ -48,9 +46,7 @@ void addMeaning(ModifierMasks& masks, std::uint16_t bit, xcb_keysym_t keysym) {
 std::vector<std::uint16_t> ModifierMasks::lockCombinations() const {
   std::vector<std::uint16_t> combinations = {0};
   for (const std::uint16_t lock : {capsLock, numLock, scrollLock}) {
-    if (lock == 0) {
-      continue;
-    }
+    if (lock == 0) continue;
     const std::size_t count = combinations.size();
     for (std::size_t i = 0; i < count; ++i) {
       combinations.push_back(static_cast<std::uint16_t>(combinations[i] | lock));
@@ -72,9 +68,7 @@ ModifierMasks readModifierMasks(xcb_connection_t* connection) {
   const XcbReply<xcb_get_keyboard_mapping_reply_t> keyboard(
       xcb_get_keyboard_mapping_reply(connection, keyboardCookie, nullptr));
   ModifierMasks masks;
-  if (!modifiers || !keyboard) {
-    return masks;
-  }
+  if (!modifiers || !keyboard) return masks;
   const xcb_keycode_t* codes = xcb_get_modifier_mapping_keycodes(modifiers.get());
   const xcb_keysym_t* keysyms = xcb_get_keyboard_mapping_keysyms(keyboard.get());
   const int codesPerModifier = modifiers->keycodes_per_modifier;
@@ -82,9 +76,7 @@ ModifierMasks readModifierMasks(xcb_connection_t* connection) {
   for (int modifier = kFirstNamelessModifier; modifier < kModifierCount; ++modifier) {
     for (int i = 0; i < codesPerModifier; ++i) {
       const xcb_keycode_t code = codes[modifier * codesPerModifier + i];
-      if (code < first) {
-        continue;
-      }
+      if (code < first) continue;
       for (int j = 0; j < keysymsPerCode; ++j) {
         addMeaning(masks, static_cast<std::uint16_t>(1U << modifier),
                    keysyms[(code - first) * keysymsPerCode + j]);

@@ -71,9 +71,7 @@ QColor legibleOn(const QImage& panel) {
   qint64 light = 0;
   qint64 dark = 0;
   for (int y = 0; y < panel.height(); ++y) {
-    for (int x = 0; x < panel.width(); ++x) {
-      (qGray(panel.pixel(x, y)) >= kMiddleGray ? light : dark) += 1;
-    }
+    for (int x = 0; x < panel.width(); ++x) (qGray(panel.pixel(x, y)) >= kMiddleGray ? light : dark) += 1;
   }
   return dark > light ? kLight : kDark;
 }

@@ -18,9 +18,7 @@ class ReadItem : public PasteboardItem {
 
   std::vector<std::string> types() override {
     std::vector<std::string> types;
-    for (const ClipboardTarget& target : contents_) {
-      types.push_back(encodedTypeName(target));
-    }
+    for (const ClipboardTarget& target : contents_) types.push_back(encodedTypeName(target));
     return types;
   }
 
@@ -39,26 +37,18 @@ class ReadItem : public PasteboardItem {
 
 LinuxPasteboard::LinuxPasteboard(PasteboardBudget budget)
     : budget_(budget), owner_(ClipboardOwner::open(kHandOverTime, budget.fetch)) {
-  if (owner_) {
-    reader_ = ClipboardReader::open();
-  }
+  if (owner_) reader_ = ClipboardReader::open();
 }
 
 LinuxPasteboard::~LinuxPasteboard() {
-  if (forgetting_ != 0) {
-    g_source_remove(forgetting_);
-  }
-  if (owner_ && lastRead_) {
-    owner_->replacePassingAtEnd(std::move(*lastRead_));
-  }
+  if (forgetting_ != 0) g_source_remove(forgetting_);
+  if (owner_ && lastRead_) owner_->replacePassingAtEnd(std::move(*lastRead_));
 }
 
 std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::items() {
   overBudget_ = false;
   copyRefused_ = false;
-  if (!reader_) {
-    return std::nullopt;
-  }
+  if (!reader_) return std::nullopt;
   owner_->settle();
   if (!lastRead_ || !passingTextStands()) {
     passingText_.reset();
@@ -75,25 +65,19 @@ std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::ite
 }
 
 std::int64_t LinuxPasteboard::changeCount() {
-  if (!owner_) {
-    return 0;
-  }
+  if (!owner_) return 0;
   owner_->settle();
   return owner_->changeCount();
 }
 
 void LinuxPasteboard::clearContents() {
-  if (mayWrite()) {
-    owner_->clear();
-  }
+  if (mayWrite()) owner_->clear();
   passingText_.reset();
   forgetUnlessTextPasses();
 }
 
 std::optional<std::string> LinuxPasteboard::string() {
-  if (!reader_ || isWithheld()) {
-    return std::nullopt;
-  }
+  if (!reader_ || isWithheld()) return std::nullopt;
   owner_->settle();
   return reader_->readText({kStringTime, kStringTime, budget_.bytes});
 }
@@ -106,9 +90,7 @@ void LinuxPasteboard::setString(std::string_view text) {
 }
 
 void LinuxPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
-  if (!mayWrite()) {
-    return;
-  }
+  if (!mayWrite()) return;
   ClipboardContents contents;
   for (const PasteboardItemData& item : items) {
     for (const auto& [typeName, bytes] : item) {
@@ -148,14 +130,10 @@ void LinuxPasteboard::forgetUnlessTextPasses() {
   const auto forget = [](gpointer data) -> gboolean {
     auto& self = *static_cast<LinuxPasteboard*>(data);
     self.forgetting_ = 0;
-    if (!self.passingText_) {
-      self.lastRead_.reset();
-    }
+    if (!self.passingText_) self.lastRead_.reset();
     return G_SOURCE_REMOVE;
   };
-  if (forgetting_ == 0) {
-    forgetting_ = g_idle_add(forget, this);
-  }
+  if (forgetting_ == 0) forgetting_ = g_idle_add(forget, this);
 }
 
 }  // namespace lexwend::platform

@@ -61,8 +61,9 @@ LinuxWorkspace::LinuxWorkspace(std::function<std::optional<std::string>()> activ
     : activeWindowClass_(std::move(activeWindowClass)) {}
 
 LinuxWorkspace::~LinuxWorkspace() {
-  for (const guint observation : observations_)
+  for (const guint observation : observations_) {
     g_dbus_connection_signal_unsubscribe(systemBus(), observation);
+  }
 }
 
 std::optional<FrontApplication> LinuxWorkspace::frontmostApplication() {

@@ -26,18 +26,14 @@ bool hasExtension(xcb_connection_t* connection, xcb_extension_t* extension) {
 
 XcbConnection connectToDisplay(int& screenNumber) {
   XcbConnection connection(xcb_connect(nullptr, &screenNumber));
-  if (xcb_connection_has_error(connection.get()) != 0) {
-    return nullptr;
-  }
+  if (xcb_connection_has_error(connection.get()) != 0) return nullptr;
   return connection;
 }
 
 xcb_screen_t* screenOf(xcb_connection_t* connection, int screenNumber) {
   xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
   for (; screens.rem > 0; xcb_screen_next(&screens)) {
-    if (screenNumber-- == 0) {
-      return screens.data;
-    }
+    if (screenNumber-- == 0) return screens.data;
   }
   return nullptr;
 }
@@ -60,9 +56,7 @@ std::string atomName(xcb_connection_t* connection, xcb_atom_t atom) {
 
 std::optional<std::uint8_t> watchSelection(xcb_connection_t* connection, xcb_window_t root,
                                            xcb_atom_t selection) {
-  if (!hasExtension(connection, &xcb_xfixes_id)) {
-    return std::nullopt;
-  }
+  if (!hasExtension(connection, &xcb_xfixes_id)) return std::nullopt;
   // The server takes no other request before it has been told the version.
   const XcbReply<xcb_xfixes_query_version_reply_t> version(
       xcb_xfixes_query_version_reply(connection, xcb_xfixes_query_version(connection, 1, 0), nullptr));
@@ -101,9 +95,7 @@ struct X11Connection::Source {
   static gboolean check(GSource* base) { return fill(reinterpret_cast<Source*>(base)) ? TRUE : FALSE; }
   static gboolean dispatch(GSource* base, GSourceFunc /*callback*/, gpointer /*data*/) {
     auto* source = reinterpret_cast<Source*>(base);
-    if (xcb_connection_has_error(source->owner->get()) != 0) {
-      return G_SOURCE_REMOVE;
-    }
+    if (xcb_connection_has_error(source->owner->get()) != 0) return G_SOURCE_REMOVE;
     source->owner->dispatchPending();
     return G_SOURCE_CONTINUE;
   }
@@ -113,13 +105,9 @@ struct X11Connection::Source {
 std::shared_ptr<X11Connection> X11Connection::open() {
   int screenNumber = 0;
   XcbConnection connection = connectToDisplay(screenNumber);
-  if (!connection) {
-    return nullptr;
-  }
+  if (!connection) return nullptr;
   const xcb_screen_t* screen = screenOf(connection.get(), screenNumber);
-  if (screen == nullptr) {
-    return nullptr;
-  }
+  if (screen == nullptr) return nullptr;
   const xcb_window_t root = screen->root;
   return std::shared_ptr<X11Connection>(new X11Connection(std::move(connection), root));
 }
@@ -199,12 +187,8 @@ void X11Connection::selectKeymapEvents() {
 }
 
 bool X11Connection::isKeymapChange(const xcb_generic_event_t& event) const {
-  if (eventType(event) == XCB_MAPPING_NOTIFY) {
-    return true;
-  }
-  if (!hasXkb_ || eventType(event) != xkbFirstEvent_) {
-    return false;
-  }
+  if (eventType(event) == XCB_MAPPING_NOTIFY) return true;
+  if (!hasXkb_ || eventType(event) != xkbFirstEvent_) return false;
   // All XKB events share one type; which of them it is stands in the next byte.
   return event.pad0 == XCB_XKB_NEW_KEYBOARD_NOTIFY || event.pad0 == XCB_XKB_MAP_NOTIFY;
 }
@@ -220,9 +204,7 @@ void X11Connection::dispatchPending() {
     }
     const std::vector<std::weak_ptr<EventHandler>> observers = observers_;
     for (const auto& weak : observers) {
-      if (const auto observer = weak.lock()) {
-        (*observer)(*event);
-      }
+      if (const auto observer = weak.lock()) (*observer)(*event);
     }
   }
   std::erase_if(observers_, [](const auto& weak) { return weak.expired(); });
@@ -234,9 +216,7 @@ std::optional<std::string> X11Connection::property(xcb_window_t window, xcb_atom
   const auto cookie =
       xcb_get_property(connection_.get(), 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, maxBytes / 4);
   const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_.get(), cookie, nullptr));
-  if (!reply || reply->type == XCB_ATOM_NONE) {
-    return std::nullopt;
-  }
+  if (!reply || reply->type == XCB_ATOM_NONE) return std::nullopt;
   return std::string(static_cast<const char*>(xcb_get_property_value(reply.get())),
                      static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
 }
@@ -249,9 +229,7 @@ xcb_window_t X11Connection::activeWindow() {
   const XcbReply<xcb_get_input_focus_reply_t> focus(xcb_get_input_focus_reply(c, focusCookie, nullptr));
   if (active && active->format == 32 && active->value_len == 1) {
     const auto window = *static_cast<const xcb_window_t*>(xcb_get_property_value(active.get()));
-    if (window != XCB_WINDOW_NONE) {
-      return window;
-    }
+    if (window != XCB_WINDOW_NONE) return window;
   }
   const bool onWindow = focus && focus->focus != XCB_INPUT_FOCUS_NONE &&
                         focus->focus != XCB_INPUT_FOCUS_POINTER_ROOT && focus->focus != root_;

@@ -29,9 +29,10 @@ AccessibilityValue accessibilityValue(CFTypeRef value) {
   if (value == nullptr) return std::monostate{};
   const CFTypeID type = CFGetTypeID(value);
   if (type == CFStringGetTypeID()) return utf8(static_cast<CFStringRef>(value));
-  if (type == AXUIElementGetTypeID())
+  if (type == AXUIElementGetTypeID()) {
     return std::make_shared<MacAccessibilityElement>(
         CFRef<AXUIElementRef>::share(static_cast<AXUIElementRef>(value)));
+  }
   return OtherAccessibilityValue{};
 }
 

@@ -15,8 +15,9 @@ class MacAlerts : public Alerts {
     NSAlert* window = [[NSAlert alloc] init];
     window.messageText = (__bridge NSString*)cfTextOrEmpty(alert.messageText).get();
     window.informativeText = (__bridge NSString*)cfTextOrEmpty(alert.informativeText).get();
-    for (const std::string& title : alert.buttons)
+    for (const std::string& title : alert.buttons) {
       [window addButtonWithTitle:(__bridge NSString*)cfTextOrEmpty(title).get()];
+    }
     return static_cast<int>([window runModal]);
   }
 };

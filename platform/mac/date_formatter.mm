@@ -31,8 +31,9 @@ class MacDateFormatters : public DateFormatters {
   DateFormatter& withPattern(std::string_view pattern) override {
     const std::lock_guard lock(mutex_);
     auto found = formatters_.find(pattern);
-    if (found == formatters_.end())
+    if (found == formatters_.end()) {
       found = formatters_.emplace(pattern, std::make_unique<MacDateFormatter>(pattern)).first;
+    }
     return *found->second;
   }
 

@@ -73,8 +73,9 @@ CFRef<CFDictionaryRef> propertyFilter(const InputSourceFilter& filter) {
     ++count;
   };
   if (filter.type) require(kTISPropertyInputSourceType, sourceType(*filter.type));
-  if (filter.isEnabled)
+  if (filter.isEnabled) {
     require(kTISPropertyInputSourceIsEnabled, *filter.isEnabled ? kCFBooleanTrue : kCFBooleanFalse);
+  }
   return CFRef<CFDictionaryRef>::adopt(
       CFDictionaryCreate(kCFAllocatorDefault, keys.data(), values.data(), static_cast<CFIndex>(count),
                          &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));

@@ -69,8 +69,9 @@ class MacPasteboard : public Pasteboard {
       NSMutableArray<NSPasteboardItem*>* written = [NSMutableArray array];
       for (const PasteboardItemData& entry : items) {
         NSPasteboardItem* item = [[NSPasteboardItem alloc] init];
-        for (const auto& [type, bytes] : entry)
+        for (const auto& [type, bytes] : entry) {
           [item setData:[NSData dataWithBytes:bytes.data() length:bytes.size()] forType:nsType(type)];
+        }
         [written addObject:item];
       }
       [pasteboard_ writeObjects:written];

@@ -15,8 +15,9 @@ class MacRunningApplications : public RunningApplications {
     NSString* bundle = (__bridge NSString*)cfTextOrEmpty(identifier).get();
     std::vector<ProcessIdentifier> processes;
     for (NSRunningApplication* application in
-         [NSRunningApplication runningApplicationsWithBundleIdentifier:bundle])
+         [NSRunningApplication runningApplicationsWithBundleIdentifier:bundle]) {
       processes.push_back(application.processIdentifier);
+    }
     return processes;
   }
 

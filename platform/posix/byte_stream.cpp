@@ -19,9 +19,7 @@ constexpr std::size_t kChunkSize = std::size_t{64} * 1024;  // what a pipe holds
 // Whoever shares the descriptor may have made it non-blocking; the tool then waits here instead.
 void waitFor(int descriptor, short event) {
   pollfd waited{descriptor, event, 0};
-  if (poll(&waited, 1, -1) < 0 && errno != EINTR) {
-    fail();
-  }
+  if (poll(&waited, 1, -1) < 0 && errno != EINTR) fail();
 }
 
 bool wouldBlock() {
@@ -30,9 +28,7 @@ bool wouldBlock() {
 
 int openForReading(const std::string& path) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) {
-    fail();
-  }
+  if (descriptor < 0) fail();
   return descriptor;
 }
 
@@ -42,9 +38,7 @@ ByteReader::ByteReader(const std::string& path)
     : descriptor_(path == "-" ? STDIN_FILENO : openForReading(path)), owned_(path != "-") {}
 
 ByteReader::~ByteReader() {
-  if (owned_) {
-    close(descriptor_);
-  }
+  if (owned_) close(descriptor_);
 }
 
 bool ByteReader::read(std::string& chunk) {
@@ -68,9 +62,7 @@ ByteWriter::ByteWriter(Target target)
 
 void ByteWriter::write(std::string_view bytes) {
   kept_ += bytes;
-  if (kept_.size() >= kChunkSize) {
-    flush();
-  }
+  if (kept_.size() >= kChunkSize) flush();
 }
 
 void ByteWriter::flush() {
@@ -92,9 +84,7 @@ void ByteWriter::flush() {
 void ByteWriter::finish() {
   flush();
   // Without a byte written a descriptor that was never open is no failure.
-  if (wrote_ && close(descriptor_) != 0 && errno != EINTR) {
-    fail();
-  }
+  if (wrote_ && close(descriptor_) != 0 && errno != EINTR) fail();
 }
 
 }  // namespace lexwend

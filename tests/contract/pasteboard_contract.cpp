@@ -99,9 +99,7 @@ TEST_F(PasteboardContract, clearingLeavesNoTextAndNoItemWithData) {
   write("one");
   pasteboard->clearContents();
   EXPECT_EQ(pasteboard->string(), std::nullopt);
-  if (const auto items = pasteboard->items()) {
-    EXPECT_TRUE(items->empty());
-  }
+  if (const auto items = pasteboard->items()) EXPECT_TRUE(items->empty());
 }
 
 TEST_F(PasteboardContract, anItemKeepsItsTypesInOrderAndItsBytes) {
@@ -118,9 +116,7 @@ TEST_F(PasteboardContract, anItemKeepsItsTypesInOrderAndItsBytes) {
   auto types = items->front()->types();
   std::erase_if(types, isForeign);
   EXPECT_EQ(types, (std::vector<std::string>{kOne, kTwo, kThree}));
-  for (const auto& [type, expected] : data) {
-    EXPECT_EQ(items->front()->data(type), expected) << type;
-  }
+  for (const auto& [type, expected] : data) EXPECT_EQ(items->front()->data(type), expected) << type;
 }
 
 TEST_F(PasteboardContract, severalItemsAreAllWrittenInTheirOrder) {

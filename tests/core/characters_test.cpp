@@ -11,9 +11,7 @@ namespace {
 
 std::vector<std::string> charactersOf(std::string_view text) {
   std::vector<std::string> characters;
-  for (CharacterReader reader(text); !reader.atEnd();) {
-    characters.emplace_back(reader.next());
-  }
+  for (CharacterReader reader(text); !reader.atEnd();) characters.emplace_back(reader.next());
   return characters;
 }
 

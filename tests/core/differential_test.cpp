@@ -21,18 +21,14 @@ constexpr std::size_t kLongestText =
 
 std::vector<std::string> charactersOf(std::string_view text) {
   std::vector<std::string> characters;
-  for (CharacterReader reader(text); !reader.atEnd();) {
-    characters.emplace_back(reader.next());
-  }
+  for (CharacterReader reader(text); !reader.atEnd();) characters.emplace_back(reader.next());
   return characters;
 }
 
 bool isWhiteSpaceAlone(std::string_view text) {
   CharacterReader reader(text);
   while (!reader.atEnd()) {
-    if (!isSpaceCharacter(reader.next())) {
-      return false;
-    }
+    if (!isSpaceCharacter(reader.next())) return false;
   }
   return true;
 }
@@ -44,12 +40,8 @@ std::vector<std::string> spacesOf(std::string_view text) {
   for (CharacterReader reader(text); !reader.atEnd();) {
     const std::string_view character = reader.next();
     const bool isSpace = isSpaceCharacter(character);
-    if (isSpace && !inRun) {
-      runs.emplace_back();
-    }
-    if (isSpace) {
-      runs.back() += character;
-    }
+    if (isSpace && !inRun) runs.emplace_back();
+    if (isSpace) runs.back() += character;
     inRun = isSpace;
   }
   return runs;
@@ -113,16 +105,12 @@ TEST(Differential, equivalenceIsThatOfTheNormaliser) {
     }
     std::string left = random.text(3);
     std::string right = left;
-    for (const std::string& piece : pieces) {
-      left += piece;
-    }
+    for (const std::string& piece : pieces) left += piece;
     if (pieces.size() > 1) {
       const std::size_t place = random.below(pieces.size() - 1);
       std::swap(pieces[place], pieces[place + 1]);
     }
-    for (const std::string& piece : pieces) {
-      right += piece;
-    }
+    for (const std::string& piece : pieces) right += piece;
     const std::string after = random.text(3);
     left += after;
     right += after;
@@ -177,9 +165,7 @@ std::vector<std::string> reversible(const CharacterMap& there, const CharacterMa
   std::vector<std::string> characters;
   for (const auto& [key, value] : there) {
     const auto entry = back.find(value);
-    if (entry != back.end() && entry->second == key) {
-      characters.push_back(key);
-    }
+    if (entry != back.end() && entry->second == key) characters.push_back(key);
   }
   return characters;
 }

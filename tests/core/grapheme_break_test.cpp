@@ -35,9 +35,7 @@ struct GraphemeBreakTest : testing::Test {
     for (std::string raw; std::getline(file, raw);) {
       ++number;
       const std::string sequence = raw.substr(0, raw.find('#'));
-      if (!sequence.empty()) {
-        lines.push_back(parsed(number, sequence));
-      }
+      if (!sequence.empty()) lines.push_back(parsed(number, sequence));
     }
     ASSERT_GT(lines.size(), 500U);
   }
@@ -53,9 +51,7 @@ struct GraphemeBreakTest : testing::Test {
         continue;
       }
       const std::string bytes = utf8Of(static_cast<char32_t>(std::stoul(word, nullptr, 16)));
-      if (begins) {
-        line.characters.emplace_back();
-      }
+      if (begins) line.characters.emplace_back();
       line.characters.back() += bytes;
       line.text += bytes;
     }
@@ -72,9 +68,7 @@ TEST_F(GraphemeBreakTest, isOfTheUnicodeVersionOfIcu) {
 TEST_F(GraphemeBreakTest, readerFindsEveryCharacter) {
   for (const Line& line : lines) {
     std::vector<std::string> characters;
-    for (CharacterReader reader(line.text); !reader.atEnd();) {
-      characters.emplace_back(reader.next());
-    }
+    for (CharacterReader reader(line.text); !reader.atEnd();) characters.emplace_back(reader.next());
     EXPECT_EQ(characters, line.characters) << "line " << line.number;
     EXPECT_EQ(characterCount(line.text), line.characters.size()) << "line " << line.number;
   }

@@ -232,9 +232,7 @@ TEST(LayoutMap, fallbackHasEveryRowOfTheBuiltInTable) {
   for (const auto& [latin, hebrew] : rows) {
     toHebrew[utf8(latin)] = utf8(hebrew);
     toEnglish[utf8(hebrew)] = utf8(latin);
-    if (latin >= 'a' && latin <= 'z') {
-      toHebrew[utf8(latin - 'a' + 'A')] = utf8(hebrew);
-    }
+    if (latin >= 'a' && latin <= 'z') toHebrew[utf8(latin - 'a' + 'A')] = utf8(hebrew);
   }
   EXPECT_EQ(LayoutMap::fallback().toHebrew, toHebrew);
   EXPECT_EQ(LayoutMap::fallback().toEnglish, toEnglish);
@@ -291,9 +289,7 @@ TEST(LayoutMap, fallbackRoundTripsEveryKeyThatIsNoCapital) {
 TEST(LayoutMap, keyCodesAreTheFortySevenCharacterKeysAscending) {
   std::vector<int> expected;
   for (int keyCode = 0; keyCode <= 50; ++keyCode) {
-    if (keyCode != 10 && keyCode != 36 && keyCode != 48 && keyCode != 49) {
-      expected.push_back(keyCode);
-    }
+    if (keyCode != 10 && keyCode != 36 && keyCode != 48 && keyCode != 49) expected.push_back(keyCode);
   }
   EXPECT_EQ(expected.size(), 47U);
   EXPECT_EQ(LayoutMap::keyCodes(), expected);

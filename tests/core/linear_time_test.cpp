@@ -19,9 +19,7 @@ constexpr std::size_t kMegabyte = 1'000'000;
 std::string repeated(const std::string& part, std::size_t bytes) {
   std::string text;
   text.reserve(bytes + part.size());
-  while (text.size() < bytes) {
-    text += part;
-  }
+  while (text.size() < bytes) text += part;
   return text;
 }
 

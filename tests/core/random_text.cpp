@@ -57,18 +57,10 @@ std::size_t RandomText::below(std::size_t bound) {
 std::string RandomText::piece() {
   // A third each of the two scripts makes words; the rest stirs them up.
   const std::size_t choice = below(100);
-  if (choice < 25) {
-    return utf8Of(kAscii[below(kAscii.size())]);
-  }
-  if (choice < 45) {
-    return utf8Of(kHebrew[below(kHebrew.size())]);
-  }
-  if (choice < 55) {
-    return utf8Of(kSpaces[below(kSpaces.size())]);
-  }
-  if (choice < 58) {
-    return std::string(kIllFormed[below(kIllFormed.size())]);
-  }
+  if (choice < 25) return utf8Of(kAscii[below(kAscii.size())]);
+  if (choice < 45) return utf8Of(kHebrew[below(kHebrew.size())]);
+  if (choice < 55) return utf8Of(kSpaces[below(kSpaces.size())]);
+  if (choice < 58) return std::string(kIllFormed[below(kIllFormed.size())]);
   if (choice < 60) {  // any scalar at all
     const auto scalar = static_cast<char32_t>(below(0x110000));
     return utf8Of(scalar >= 0xD800 && scalar <= 0xDFFF ? U'\uFFFD' : scalar);
@@ -95,9 +87,7 @@ std::string RandomText::text(std::size_t longest) {
     }
     return result;
   }
-  for (std::size_t count = 0; count < length; ++count) {
-    result += piece();
-  }
+  for (std::size_t count = 0; count < length; ++count) result += piece();
   return result;
 }
 

@@ -20,9 +20,7 @@ struct Stretch {
 };
 
 void require(UErrorCode status) {
-  if (U_FAILURE(status)) {
-    throw std::runtime_error(u_errorName(status));
-  }
+  if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
 }
 
 // Cuts a text into its longest well-formed stretches and the maximal subparts of what is ill-formed. UText
@@ -110,9 +108,7 @@ using Word = std::vector<std::string>;
 std::vector<Word> words(const std::vector<std::string>& characters) {
   std::vector<Word> result;
   for (const std::string& character : characters) {
-    if (result.empty() || isSpace(result.back().back()) != isSpace(character)) {
-      result.emplace_back();
-    }
+    if (result.empty() || isSpace(result.back().back()) != isSpace(character)) result.emplace_back();
     result.back().push_back(character);
   }
   return result;

@@ -372,8 +372,9 @@ TEST_F(Field, isFoundWithoutAskingTheCellsOfTables) {
   EXPECT_FALSE(access->focusIsPasswordField());
   EXPECT_EQ(element(), nullptr);
   ASSERT_GT(app->calls("GetChildren", ScriptedApplication::kRoot), 0);
-  for (const char* path : {"/table", "/list", "/hidden"})
+  for (const char* path : {"/table", "/list", "/hidden"}) {
     EXPECT_EQ(app->calls("GetChildren", path), 0) << path;
+  }
   EXPECT_LT(app->calls("GetState"), 1000 * app->calls("GetChildren", ScriptedApplication::kRoot));
 
   auto withoutLies = window;

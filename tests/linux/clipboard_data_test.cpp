@@ -37,9 +37,7 @@ TEST(ClipboardTypeNames, withoutEncodingStandForThemselves) {
 
 TEST(Latin1, isConvertedBothWaysWhereItCanBe) {
   std::string all;
-  for (int c = 0; c < 256; ++c) {
-    all.push_back(static_cast<char>(c));
-  }
+  for (int c = 0; c < 256; ++c) all.push_back(static_cast<char>(c));
   EXPECT_EQ(latin1FromUtf8(utf8FromLatin1(all)), all);
   EXPECT_EQ(utf8FromLatin1("caf\xE9"), "caf\u00E9");
   for (const char* notLatin1 : {"\u05E9", "\u20AC", "\xC3", "\xE9", "\xC3\x28", "\xC0\x80"}) {
@@ -50,9 +48,7 @@ TEST(Latin1, isConvertedBothWaysWhereItCanBe) {
 TEST(PassingText, offersStringOnlyWhenItHoldsTheText) {
   const auto names = [](const ClipboardContents& contents) {
     std::vector<std::string> result;
-    for (const auto& target : contents) {
-      result.push_back(target.name);
-    }
+    for (const auto& target : contents) result.push_back(target.name);
     return result;
   };
   EXPECT_THAT(names(passingTextContents("abc")), testing::Contains("STRING"));

@@ -135,13 +135,9 @@ TEST_F(HotKeys, tellTheirModifiersApart) {
   ASSERT_TRUE(pressedBecomes(1));
   typist.tap(KEY_F2);
   ASSERT_TRUE(pressedBecomes(2));
-  for (const int key : {KEY_LEFTCTRL, KEY_LEFTALT, KEY_LEFTSHIFT, KEY_A}) {
-    typist.press(key);
-  }
+  for (const int key : {KEY_LEFTCTRL, KEY_LEFTALT, KEY_LEFTSHIFT, KEY_A}) typist.press(key);
   ASSERT_TRUE(pressedBecomes(3));
-  for (const int key : {KEY_A, KEY_LEFTCTRL, KEY_LEFTALT, KEY_LEFTSHIFT}) {
-    typist.release(key);
-  }
+  for (const int key : {KEY_A, KEY_LEFTCTRL, KEY_LEFTALT, KEY_LEFTSHIFT}) typist.release(key);
   settle();
   typist.press(KEY_LEFTMETA);
   typist.tap(KEY_A);

@@ -69,9 +69,7 @@ struct Keyboard : testing::Test {
   }
   std::vector<std::string> ids() {
     std::vector<std::string> ids;
-    for (const auto& source : enabled()) {
-      ids.push_back(idOf(source));
-    }
+    for (const auto& source : enabled()) ids.push_back(idOf(source));
     return ids;
   }
   void handleWhatTheServerHasSent() {

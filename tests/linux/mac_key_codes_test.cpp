@@ -48,9 +48,7 @@ TEST(MacKeyCodes, areReversible) {
 }
 
 TEST(MacKeyCodes, coverTheTypingBlock) {
-  for (std::uint32_t mac = 0; mac <= 51; ++mac) {
-    EXPECT_EQ(evdevFromMacKeyCode(mac).has_value(), true) << mac;
-  }
+  for (std::uint32_t mac = 0; mac <= 51; ++mac) EXPECT_EQ(evdevFromMacKeyCode(mac).has_value(), true) << mac;
 }
 
 TEST(MacKeyCodes, haveNoKeyForUnknownCodes) {

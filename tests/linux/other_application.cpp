@@ -38,9 +38,7 @@ XcbReply<xcb_generic_event_t> nextEvent(xcb_connection_t* connection, Clock::tim
       return XcbReply<xcb_generic_event_t>(event);
     }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    if (left <= 0 || xcb_connection_has_error(connection) != 0) {
-      return nullptr;
-    }
+    if (left <= 0 || xcb_connection_has_error(connection) != 0) return nullptr;
     pollfd waited{xcb_get_file_descriptor(connection), POLLIN, 0};
     poll(&waited, 1, static_cast<int>(left));
   }
@@ -73,9 +71,7 @@ CopyingApplication::~CopyingApplication() {
   close(stopPipe_[1]);
   thread_.join();
   close(stopPipe_[0]);
-  if (!dead_) {
-    xcb_disconnect(connection_);
-  }
+  if (!dead_) xcb_disconnect(connection_);
 }
 
 void CopyingApplication::claim() {
@@ -116,9 +112,7 @@ void CopyingApplication::run() {
     pollfd waited[] = {{stopPipe_[0], POLLIN, 0}, {xcb_get_file_descriptor(connection_), POLLIN, 0}};
     // Another thread may have taken the event off the wire with its reply: hence the limit.
     poll(waited, 2, 20);
-    if (waited[0].revents != 0) {
-      return;
-    }
+    if (waited[0].revents != 0) return;
   }
 }
 
@@ -132,26 +126,20 @@ void CopyingApplication::serve(const xcb_selection_request_event_t& request) {
     dead_ = true;
     return;
   }
-  if (behaviour_.silentTargets.count(target) != 0) {
-    return;
-  }
+  if (behaviour_.silentTargets.count(target) != 0) return;
   std::this_thread::sleep_for(behaviour_.delay);
   if (target == "TARGETS" && behaviour_.answersTargets) {
     std::vector<xcb_atom_t> atoms = {internAtom(connection_, "TIMESTAMP"), internAtom(connection_, "TARGETS"),
                                      internAtom(connection_, "MULTIPLE"),
                                      internAtom(connection_, "SAVE_TARGETS")};
-    for (const auto& [name, value] : behaviour_.targets) {
-      atoms.push_back(internAtom(connection_, name));
-    }
+    for (const auto& [name, value] : behaviour_.targets) atoms.push_back(internAtom(connection_, name));
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, request.requestor, request.property,
                         XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(atoms.size()), atoms.data());
     notify(request, request.property);
     return;
   }
   for (const auto& [name, value] : behaviour_.targets) {
-    if (name != target || behaviour_.refusedTargets.count(target) != 0) {
-      continue;
-    }
+    if (name != target || behaviour_.refusedTargets.count(target) != 0) continue;
     const xcb_atom_t type = internAtom(connection_, value.type);
     if (value.bytes.size() > behaviour_.pieceSize) {
       const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
@@ -178,24 +166,16 @@ bool CopyingApplication::serveNextPiece(const xcb_property_notify_event_t& event
   const auto transfer = std::find_if(piecewise_.begin(), piecewise_.end(), [&](const Piecewise& each) {
     return each.requestor == event.window && each.property == event.atom;
   });
-  if (event.state != XCB_PROPERTY_DELETE || transfer == piecewise_.end()) {
-    return false;
-  }
-  if (transfer->sentPieces == behaviour_.lastPiece) {
-    return false;
-  }
-  if (transfer->sentPieces++ == behaviour_.deadlyPiece) {
-    return true;
-  }
+  if (event.state != XCB_PROPERTY_DELETE || transfer == piecewise_.end()) return false;
+  if (transfer->sentPieces == behaviour_.lastPiece) return false;
+  if (transfer->sentPieces++ == behaviour_.deadlyPiece) return true;
   const std::size_t size = std::min(behaviour_.pieceSize, transfer->rest.size());
   xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, event.window, event.atom, transfer->type,
                       static_cast<std::uint8_t>(transfer->format),
                       static_cast<std::uint32_t>(size * 8 / static_cast<unsigned>(transfer->format)),
                       transfer->rest.data());
   transfer->rest.erase(0, size);
-  if (size == 0) {
-    piecewise_.erase(transfer);
-  }
+  if (size == 0) piecewise_.erase(transfer);
   return false;
 }
 
@@ -226,9 +206,7 @@ std::map<std::string, SelectionValue> ManagingApplication::saved() {
 void ManagingApplication::run() {
   for (;;) {
     while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
-      if (eventType(*event) != XCB_SELECTION_REQUEST) {
-        continue;
-      }
+      if (eventType(*event) != XCB_SELECTION_REQUEST) continue;
       const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(*event);
       const XcbReply<xcb_get_property_reply_t> list(xcb_get_property_reply(
           connection_,
@@ -247,9 +225,7 @@ void ManagingApplication::run() {
     xcb_flush(connection_);
     pollfd waited[] = {{stopPipe_[0], POLLIN, 0}, {xcb_get_file_descriptor(connection_), POLLIN, 0}};
     poll(waited, 2, -1);
-    if (waited[0].revents != 0) {
-      return;
-    }
+    if (waited[0].revents != 0) return;
   }
 }
 
@@ -264,9 +240,7 @@ std::optional<SelectionValue> PastingApplication::take(xcb_atom_t property) {
       connection_,
       xcb_get_property(connection_, 1, window_, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 0x1FFFFFFF),
       nullptr));
-  if (!reply || reply->type == XCB_ATOM_NONE) {
-    return std::nullopt;
-  }
+  if (!reply || reply->type == XCB_ATOM_NONE) return std::nullopt;
   return SelectionValue{atomName(connection_, reply->type), reply->format,
                         std::string(static_cast<const char*>(xcb_get_property_value(reply.get())),
                                     static_cast<std::size_t>(xcb_get_property_value_length(reply.get())))};
@@ -279,16 +253,12 @@ std::optional<SelectionValue> PastingApplication::paste(const std::string& targe
   xcb_convert_selection(connection_, window_, internAtom(connection_, "CLIPBOARD"),
                         internAtom(connection_, target), property, XCB_CURRENT_TIME);
   while (const auto event = nextEvent(connection_, deadline)) {
-    if (eventType(*event) != XCB_SELECTION_NOTIFY) {
-      continue;
-    }
+    if (eventType(*event) != XCB_SELECTION_NOTIFY) continue;
     if (reinterpret_cast<const xcb_selection_notify_event_t&>(*event).property == XCB_ATOM_NONE) {
       return std::nullopt;
     }
     auto value = take(property);
-    if (!value || value->type != "INCR") {
-      return value;
-    }
+    if (!value || value->type != "INCR") return value;
     return receivePieces(deadline);
   }
   return std::nullopt;
@@ -296,9 +266,7 @@ std::optional<SelectionValue> PastingApplication::paste(const std::string& targe
 
 std::optional<SelectionValue> PastingApplication::takePieces(std::chrono::milliseconds time) {
   const auto start = take(internAtom(connection_, "PASTED"));
-  if (!start || start->type != "INCR") {
-    return start;
-  }
+  if (!start || start->type != "INCR") return start;
   return receivePieces(Clock::now() + time);
 }
 
@@ -310,14 +278,10 @@ std::optional<SelectionValue> PastingApplication::receivePieces(Clock::time_poin
       continue;
     }
     const auto piece = take(internAtom(connection_, "PASTED"));
-    if (!piece) {
-      continue;
-    }
+    if (!piece) continue;
     whole.type = piece->type;
     whole.format = piece->format;
-    if (piece->bytes.empty()) {
-      return whole;
-    }
+    if (piece->bytes.empty()) return whole;
     whole.bytes += piece->bytes;
   }
   return std::nullopt;
@@ -339,13 +303,9 @@ std::map<std::string, SelectionValue> PastingApplication::pasteMultiple(
   std::map<std::string, SelectionValue> values;
   const Clock::time_point deadline = Clock::now() + std::chrono::seconds(10);
   while (const auto event = nextEvent(connection_, deadline)) {
-    if (eventType(*event) != XCB_SELECTION_NOTIFY) {
-      continue;
-    }
+    if (eventType(*event) != XCB_SELECTION_NOTIFY) continue;
     const auto answered = take(property);
-    if (!answered || answered->bytes.size() != pairs.size() * 4) {
-      return values;
-    }
+    if (!answered || answered->bytes.size() != pairs.size() * 4) return values;
     std::memcpy(pairs.data(), answered->bytes.data(), answered->bytes.size());
     for (std::size_t i = 0; i < targets.size(); ++i) {
       if (pairs[2 * i + 1] != XCB_ATOM_NONE) {
@@ -360,14 +320,10 @@ std::map<std::string, SelectionValue> PastingApplication::pasteMultiple(
 std::vector<std::string> PastingApplication::targets() {
   std::vector<std::string> names;
   const auto list = paste("TARGETS");
-  if (!list) {
-    return names;
-  }
+  if (!list) return names;
   std::vector<xcb_atom_t> atoms(list->bytes.size() / 4);
   std::memcpy(atoms.data(), list->bytes.data(), atoms.size() * 4);
-  for (const xcb_atom_t atom : atoms) {
-    names.push_back(atomName(connection_, atom));
-  }
+  for (const xcb_atom_t atom : atoms) names.push_back(atomName(connection_, atom));
   return names;
 }
 
@@ -382,9 +338,7 @@ void PastingApplication::pasteAndStop(const std::string& target) {
                         internAtom(connection_, target), internAtom(connection_, "PASTED"), XCB_CURRENT_TIME);
   const Clock::time_point deadline = Clock::now() + std::chrono::seconds(10);
   while (const auto event = nextEvent(connection_, deadline)) {
-    if (eventType(*event) == XCB_SELECTION_NOTIFY) {
-      return;
-    }
+    if (eventType(*event) == XCB_SELECTION_NOTIFY) return;
   }
   ADD_FAILURE() << "no answer";
 }

@@ -76,9 +76,7 @@ struct ClipboardPasteboard : testing::Test {
     for (const auto& item : *read) {
       PasteboardItemData data;
       for (const std::string& type : item->types()) {
-        if (auto bytes = item->data(type)) {
-          data.emplace_back(type, std::move(*bytes));
-        }
+        if (auto bytes = item->data(type)) data.emplace_back(type, std::move(*bytes));
       }
       items.push_back(std::move(data));
     }
@@ -425,9 +423,7 @@ TEST_F(ClipboardPasteboard, putsBackByItselfWhatHadToWait) {
   own.writeItems({{{"UTF8_STRING", bytesOf("lasting")}}});
   const auto deadline = Clock::now() + std::chrono::seconds(10);
   const auto text = [&] { return other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes; };
-  while (text() == "passing" && Clock::now() < deadline) {
-    std::this_thread::sleep_for(milliseconds(1));
-  }
+  while (text() == "passing" && Clock::now() < deadline) std::this_thread::sleep_for(milliseconds(1));
   EXPECT_EQ(text(), "lasting");
 }
 
@@ -566,9 +562,7 @@ TEST_F(ClipboardPasteboard, isClearedForOthersToo) {
   own.setString("mine");
   own.clearContents();
   const auto deadline = Clock::now() + std::chrono::seconds(10);
-  while (other.selectionHasOwner() && Clock::now() < deadline) {
-    std::this_thread::sleep_for(milliseconds(1));
-  }
+  while (other.selectionHasOwner() && Clock::now() < deadline) std::this_thread::sleep_for(milliseconds(1));
   EXPECT_FALSE(other.selectionHasOwner());  // without any further call
 }
 

@@ -23,9 +23,7 @@ constexpr int kXKeyOffset = 8;
 xcb_connection_t* connectOrThrow(xcb_window_t& root) {
   int screenNumber = 0;
   xcb_connection_t* connection = xcb_connect(nullptr, &screenNumber);
-  if (xcb_connection_has_error(connection) != 0) {
-    throw std::runtime_error("no X server");
-  }
+  if (xcb_connection_has_error(connection) != 0) throw std::runtime_error("no X server");
   root = screenOf(connection, screenNumber)->root;
   return connection;
 }
@@ -38,9 +36,7 @@ void roundTrip(xcb_connection_t* connection) {
 
 VirtualDisplay::VirtualDisplay() {
   int numberPipe[2];
-  if (pipe(numberPipe) != 0) {
-    throw std::runtime_error("no pipe");
-  }
+  if (pipe(numberPipe) != 0) throw std::runtime_error("no pipe");
   const std::string descriptor = std::to_string(numberPipe[1]);
   server_ = fork();
   if (server_ == 0) {
@@ -52,13 +48,9 @@ VirtualDisplay::VirtualDisplay() {
   close(numberPipe[1]);
   std::string number;
   char c = 0;
-  while (read(numberPipe[0], &c, 1) == 1 && c != '\n') {
-    number.push_back(c);
-  }
+  while (read(numberPipe[0], &c, 1) == 1 && c != '\n') number.push_back(c);
   close(numberPipe[0]);
-  if (number.empty()) {
-    throw std::runtime_error("Xvfb did not start");
-  }
+  if (number.empty()) throw std::runtime_error("Xvfb did not start");
   setenv("DISPLAY", (":" + number).c_str(), 1);
 }
 
@@ -82,12 +74,8 @@ int runProgram(const std::string& commandLine) {
 bool pumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds time) {
   const auto deadline = std::chrono::steady_clock::now() + time;
   while (!condition()) {
-    if (std::chrono::steady_clock::now() >= deadline) {
-      return false;
-    }
-    if (g_main_context_iteration(nullptr, FALSE) == FALSE) {
-      usleep(1000);
-    }
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    if (g_main_context_iteration(nullptr, FALSE) == FALSE) usleep(1000);
   }
   return true;
 }
@@ -224,9 +212,7 @@ int PressCounter::presses() {
 bool PressCounter::reaches(int presses) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
   while (this->presses() < presses) {
-    if (std::chrono::steady_clock::now() >= deadline) {
-      return false;
-    }
+    if (std::chrono::steady_clock::now() >= deadline) return false;
     usleep(1000);
   }
   return true;

@@ -56,9 +56,7 @@ TEST(ConnectionWhoseServerDies, wakesNobody) {
   // A closed connection is always ready to be read: the main context must come to rest all the same.
   constexpr int kEnough = 100;
   int turns = 0;
-  while (turns < kEnough && g_main_context_iteration(nullptr, FALSE) != FALSE) {
-    ++turns;
-  }
+  while (turns < kEnough && g_main_context_iteration(nullptr, FALSE) != FALSE) ++turns;
   EXPECT_LT(turns, kEnough);
 }
 

@@ -129,8 +129,9 @@ TEST_F(AgentOnMac, launchesIntoTheMenuBarInItsOrder) {
       for (const char* step : {"+[NSApplication sharedApplication]", "-[NSApplication setDelegate:]",
                                "-[NSApplication setActivationPolicy:]", "-[NSApplication run]",
                                "-[NSStatusBar statusItemWithLength:]", "RegisterEventHotKey",
-                               "-[SMAppService registerAndReturnError:]"})
+                               "-[SMAppService registerAndReturnError:]"}) {
         if (call.name == step) steps.push_back(call.name);
+      }
     }
     EXPECT_THAT(steps, ElementsAre("+[NSApplication sharedApplication]", "-[NSApplication setDelegate:]",
                                    "-[NSApplication setActivationPolicy:]", "-[NSApplication run]",

@@ -24,8 +24,9 @@ struct MacInputSources : OnMac {
   std::vector<std::string> listedIds(const InputSourceFilter& filter, bool includeAllInstalled) {
     std::vector<std::string> ids;
     const auto sources = service.createInputSourceList(filter, includeAllInstalled).value();
-    for (const InputSourceRef& source : sources)
+    for (const InputSourceRef& source : sources) {
       ids.push_back(std::get<std::string>(service.property(source, InputSourceProperty::id)));
+    }
     return ids;
   }
   std::shared_ptr<const KeyLayoutData> dataOf(const dbl::KeyOutputs& outputs) {
@@ -112,8 +113,9 @@ TEST_F(MacInputSources, readsTextBeyondTheBasicPlane) {
 TEST_F(MacInputSources, reportsEachAbsentPropertyAsNoValue) {
   const InputSourceRef source = only({.id = {}, .languages = {}, .unicodeKeyLayoutData = {}});
   for (const auto key :
-       {InputSourceProperty::id, InputSourceProperty::languages, InputSourceProperty::unicodeKeyLayoutData})
+       {InputSourceProperty::id, InputSourceProperty::languages, InputSourceProperty::unicodeKeyLayoutData}) {
     EXPECT_TRUE(std::holds_alternative<std::monostate>(service.property(source, key)));
+  }
 }
 
 TEST_F(MacInputSources, reportsEachMistypedPropertyAsMistyped) {
@@ -128,21 +130,24 @@ TEST_F(MacInputSources, reportsEachMistypedPropertyAsMistyped) {
   const std::vector<doubles::Value> notBytes = {true, std::int64_t{1}, std::string("data"),
                                                 std::vector<std::string>{}, doubles::NullObject{}};
   const InputSourceValue mistyped = MistypedProperty{};
-  for (const doubles::Value& value : notText)
+  for (const doubles::Value& value : notText) {
     EXPECT_EQ(service.property(only({.id = value, .languages = {}, .unicodeKeyLayoutData = {}}),
                                InputSourceProperty::id),
               mistyped)
         << value.index();
-  for (const doubles::Value& value : notTexts)
+  }
+  for (const doubles::Value& value : notTexts) {
     EXPECT_EQ(service.property(only({.id = {}, .languages = value, .unicodeKeyLayoutData = {}}),
                                InputSourceProperty::languages),
               mistyped)
         << value.index();
-  for (const doubles::Value& value : notBytes)
+  }
+  for (const doubles::Value& value : notBytes) {
     EXPECT_EQ(service.property(only({.id = {}, .languages = {}, .unicodeKeyLayoutData = value}),
                                InputSourceProperty::unicodeKeyLayoutData),
               mistyped)
         << value.index();
+  }
 }
 
 TEST_F(MacInputSources, tellsEmptyLayoutDataFromData) {

@@ -52,10 +52,11 @@ Bytes MacDesktop::layoutData(const platform::FakeLayout& layout) {
 
 void MacDesktop::installLayouts(const std::vector<platform::FakeLayout>& layouts) {
   input_sources::clear();
-  for (const platform::FakeLayout& layout : layouts)
+  for (const platform::FakeLayout& layout : layouts) {
     input_sources::install({.id = std::get<std::string>(layout.id),
                             .languages = std::get<std::vector<std::string>>(layout.languages),
                             .unicodeKeyLayoutData = layoutData(layout)});
+  }
   input_sources::setCurrentLayout(0);
 }
 
@@ -140,11 +141,14 @@ void MacDesktop::focusPasswordField() {
 }
 
 std::optional<std::string> MacDesktop::pasteboardText() {
-  for (const pasteboard::Item& item : pasteboard::contents())
-    for (const pasteboard::Representation& representation : item)
-      if (representation.type == kPlainText && representation.data)
+  for (const pasteboard::Item& item : pasteboard::contents()) {
+    for (const pasteboard::Representation& representation : item) {
+      if (representation.type == kPlainText && representation.data) {
         return std::string(reinterpret_cast<const char*>(representation.data->data()),
                            representation.data->size());
+      }
+    }
+  }
   return std::nullopt;
 }
 

@@ -212,8 +212,9 @@ class MacUnderTest : public HostUnderTest {
   }
   long answer(std::size_t buttons) {
     const auto next = std::exchange(nextAnswer_, {}).value();
-    for (auto waited = std::chrono::milliseconds(0); !next.when() && waited < kPatience; waited += kStep)
+    for (auto waited = std::chrono::milliseconds(0); !next.when() && waited < kPatience; waited += kStep) {
       doubles::time::advanceInModalPanel(kStep);
+    }
     EXPECT_TRUE(next.when());
     return kFirstButton + static_cast<long>(next.button.value_or(buttons - 1));
   }
@@ -224,8 +225,9 @@ class MacUnderTest : public HostUnderTest {
     return items.front().menu.value_or(std::vector<doubles::status_bar::MenuItem>());
   }
   static std::optional<doubles::windows::Window> recorder() {
-    for (const auto& window : doubles::windows::all())
+    for (const auto& window : doubles::windows::all()) {
       if (window.isVisible) return window;
+    }
     return std::nullopt;
   }
 

@@ -674,8 +674,9 @@ std::optional<std::string> MacWorld::logBytes() const {
 
 Words MacWorld::logMessages() const {
   Words messages = linesOf(logBytes().value_or(std::string()));
-  for (auto& line : messages)
+  for (auto& line : messages) {
     line = line.size() > kTimestampLength ? line.substr(kTimestampLength + 1) : std::string();
+  }
   return messages;
 }
 
@@ -738,9 +739,7 @@ void MacWorld::act(Act act, const Words& arguments) {
       const auto found = std::find_if(enabled_.begin(), enabled_.end(), [&](const FakeLayout& each) {
         return !wanted.empty() && idOf(each) == wanted;
       });
-      if (found == enabled_.end()) {
-        throw ScriptMistake("the layout \"" + arguments[0] + "\" is not enabled");
-      }
+      if (found == enabled_.end()) throw ScriptMistake("the layout \"" + arguments[0] + "\" is not enabled");
       mac::input_sources::setCurrentLayout(static_cast<std::size_t>(found - enabled_.begin()));
       return;
     }

@@ -83,8 +83,9 @@ int runScenarioTests(int argc, char** argv, const WorldFactory& makeWorld,
         if (found != unknown.end()) unknown.erase(found);
       }
     }
-    for (const ExpectedFailure& each : unknown)
+    for (const ExpectedFailure& each : unknown) {
       std::cerr << each.file << ": no scenario \"" << each.title << "\" that is expected to fail\n";
+    }
     if (!unknown.empty()) return 2;
   } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';

@@ -155,8 +155,9 @@ std::string settingText(const DefaultsValue& value) {
 
 std::string signatureText(std::uint32_t signature) {
   std::string text;
-  for (int shift = 24; shift >= 0; shift -= 8)
+  for (int shift = 24; shift >= 0; shift -= 8) {
     text.push_back(static_cast<char>((signature >> shift) & 0xFFU));
+  }
   return text;
 }
 

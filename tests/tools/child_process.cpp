@@ -20,9 +20,7 @@ struct Pipe {
 
   Pipe() {
     std::array<int, 2> ends{};
-    if (pipe(ends.data()) != 0) {
-      throw std::runtime_error("no pipe");
-    }
+    if (pipe(ends.data()) != 0) throw std::runtime_error("no pipe");
     readEnd = ends[0];
     writeEnd = ends[1];
     // Only what is put on 0, 1 and 2 is for the child.
@@ -63,9 +61,7 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
   const int outputFile =
       streams.outputFile.empty() ? -1 : open(streams.outputFile.c_str(), O_WRONLY | O_CLOEXEC);
   std::vector<char*> words{const_cast<char*>(program.c_str())};
-  for (const std::string& argument : arguments) {
-    words.push_back(const_cast<char*>(argument.c_str()));
-  }
+  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);
 
   process_ = fork();
@@ -84,15 +80,11 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
   close(input.readEnd);
   close(output.writeEnd);
   close(errors.writeEnd);
-  if (outputFile >= 0) {
-    close(outputFile);
-  }
+  if (outputFile >= 0) close(outputFile);
   input_ = input.writeEnd;
   output_ = output.readEnd;
   errors_ = errors.readEnd;
-  if (process_ < 0) {
-    throw std::runtime_error("no process");
-  }
+  if (process_ < 0) throw std::runtime_error("no process");
 }
 
 ChildProcess::~ChildProcess() {
@@ -109,9 +101,7 @@ bool ChildProcess::write(const std::string& bytes) {
   std::size_t written = 0;
   while (written < bytes.size()) {
     const ssize_t count = ::write(input_, bytes.data() + written, bytes.size() - written);
-    if (count < 0) {
-      return false;
-    }
+    if (count < 0) return false;
     written += static_cast<std::size_t>(count);
   }
   return true;

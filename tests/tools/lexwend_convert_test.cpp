@@ -52,9 +52,7 @@ struct Files {
 
 std::string repeated(const std::string& part, std::size_t count) {
   std::string text;
-  for (; count > 0; --count) {
-    text += part;
-  }
+  for (; count > 0; --count) text += part;
   return text;
 }
 
@@ -168,9 +166,7 @@ TEST(LexwendConvert, losesNothingOnShortReadsAndWrites) {
   std::thread writer([&] {
     for (std::size_t line = 0; line < kLines; line += 1000) {
       child.write(repeated("akuo\n", 1000));
-      if (line % 20'000 == 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-      }
+      if (line % 20'000 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     child.closeInput();
   });

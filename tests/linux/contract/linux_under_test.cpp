@@ -78,8 +78,9 @@ void enterSession(const std::string& home) {
 void tellBusOfDisplay(BusPeer& peer) {
   GVariantBuilder variables;
   g_variant_builder_init(&variables, G_VARIANT_TYPE("a{ss}"));
-  for (const char* name : {"DISPLAY", "HOME"})
+  for (const char* name : {"DISPLAY", "HOME"}) {
     g_variant_builder_add(&variables, "{ss}", name, std::getenv(name));
+  }
   peer.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
             "UpdateActivationEnvironment", g_variant_new("(a{ss})", &variables));
 }

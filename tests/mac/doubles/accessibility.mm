@@ -84,8 +84,9 @@ Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options) {
   if (options != nullptr) {
     requireKind(options, [NSDictionary class], "AXIsProcessTrustedWithOptions");
     const id prompt = [(NSDictionary*)options objectForKey:(id)kAXTrustedCheckOptionPrompt];
-    if (prompt != nil && CFGetTypeID(prompt) != CFBooleanGetTypeID())
+    if (prompt != nil && CFGetTypeID(prompt) != CFBooleanGetTypeID()) {
       die("AXIsProcessTrustedWithOptions: the prompt option is no truth value");
+    }
     if ((CFTypeRef)prompt == kCFBooleanTrue && !state().isTrusted) ++state().prompts;
   }
   return state().isTrusted;
@@ -101,8 +102,9 @@ AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attrib
   auto* target = checked(element, attribute, "AXUIElementCopyAttributeValue");
   requireNonnull(value, "AXUIElementCopyAttributeValue: the value");
   record("AXUIElementCopyAttributeValue", callText(target, attribute));
-  if (state().answers.read)
+  if (state().answers.read) {
     return answer(state().answers.read(target->identity, utf8((NSString*)attribute)), value);
+  }
   if (target->isSystemWide) {
     if (utf8((NSString*)attribute) != "AXFocusedUIElement") return kAXErrorAttributeUnsupported;
     return answer(state().focused, value);
@@ -132,9 +134,10 @@ AXError AXUIElementSetAttributeValue(AXUIElementRef element, CFStringRef attribu
   auto* target = checked(element, attribute, "AXUIElementSetAttributeValue");
   requireKind(value, [NSString class], "AXUIElementSetAttributeValue: the value");
   record("AXUIElementSetAttributeValue", callText(target, attribute) + ", " + describe((id)value));
-  if (state().answers.write)
+  if (state().answers.write) {
     return static_cast<AXError>(
         state().answers.write(target->identity, utf8((NSString*)attribute), utf8((NSString*)value)));
+  }
   const accessibility::Attribute* known = attributeOf(target, attribute);
   if (known == nullptr) return kAXErrorAttributeUnsupported;
   if (known->setError != kAXErrorSuccess) return static_cast<AXError>(known->setError);

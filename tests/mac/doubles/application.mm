@@ -90,8 +90,9 @@ const ProcessEndHook kProcessEnd([] {
   const id delegate = self.delegate;
   NSNotification* notification =
       [NSNotification notificationWithName:@"NSApplicationDidFinishLaunchingNotification" object:self];
-  if ([delegate respondsToSelector:@selector(applicationDidFinishLaunching:)])
+  if ([delegate respondsToSelector:@selector(applicationDidFinishLaunching:)]) {
     [delegate applicationDidFinishLaunching:notification];
+  }
 }
 - (void)run {
   requireMainThread("-[NSApplication run]");
@@ -153,8 +154,9 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
               "+[NSRunningApplication runningApplicationsWithBundleIdentifier:]");
   record("+[NSRunningApplication runningApplicationsWithBundleIdentifier:]", utf8(identifier));
   NSMutableArray* found = [NSMutableArray array];
-  for (const auto& each : state().running)
+  for (const auto& each : state().running) {
     if (each.bundleIdentifier == utf8(identifier)) [found addObject:makeRunning(each)];
+  }
   return found;
 }
 + (NSRunningApplication*)currentApplication {

@@ -61,8 +61,9 @@ namespace lexwend::doubles::hot_keys {
 
 std::vector<Registered> registered() {
   std::vector<Registered> found;
-  for (const auto& hotKey : state().hotKeys)
+  for (const auto& hotKey : state().hotKeys) {
     if (hotKey->isRegistered) found.push_back(hotKey->registered);
+  }
   return found;
 }
 void failNextRegistration(std::int32_t status) { state().nextRegistrationStatus = status; }
@@ -72,10 +73,12 @@ std::size_t installedHandlers() { return state().handlers.size(); }
 
 std::optional<std::int32_t> press(std::uint32_t keyCode, std::uint32_t modifiers) {
   const OpaqueEventHotKeyRef* pressed = nullptr;
-  for (const auto& hotKey : state().hotKeys)
+  for (const auto& hotKey : state().hotKeys) {
     if (hotKey->isRegistered && hotKey->registered.keyCode == keyCode &&
-        hotKey->registered.modifiers == modifiers)
+        hotKey->registered.modifiers == modifiers) {
       pressed = hotKey.get();
+    }
+  }
   if (pressed == nullptr) return std::nullopt;
   return dispatch(pressed->registered.signature, pressed->registered.id);
 }
@@ -139,14 +142,17 @@ OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, Ite
   requireNonnull((const void*)handler, "InstallEventHandler: the handler");
   requireNonnull(types, "InstallEventHandler: the event types");
   std::string text;
-  for (ItemCount i = 0; i < typeCount; ++i)
+  for (ItemCount i = 0; i < typeCount; ++i) {
     text += "{" + std::to_string(types[i].eventClass) + ", " + std::to_string(types[i].eventKind) + "} ";
+  }
   record("InstallEventHandler", text + "userData=" + (userData == nullptr ? "null" : "set") +
                                     ", reference=" + (handlerRef == nullptr ? "null" : "kept"));
   if (const auto code = takeFailure("InstallEventHandler")) return *code;
-  for (const auto& installed : state().handlers)
-    if (installed->handler == handler && installed->userData == userData)
+  for (const auto& installed : state().handlers) {
+    if (installed->handler == handler && installed->userData == userData) {
       return eventHandlerAlreadyInstalledErr;
+    }
+  }
   state().handlers.push_back(std::make_unique<OpaqueEventHandlerRef>(
       OpaqueEventHandlerRef{handler, userData, {types, types + typeCount}}));
   if (handlerRef != nullptr) *handlerRef = state().handlers.back().get();
@@ -173,10 +179,12 @@ OSStatus RegisterEventHotKey(UInt32 hotKeyCode, UInt32 hotKeyModifiers, EventHot
   if (hot_keys::isTakenByOther(hotKeyCode, hotKeyModifiers)) return eventHotKeyExistsErr;
   if (takeFailure("RegisterEventHotKey reference")) state().isNextReferenceNull = true;
   const hot_keys::Registered wanted{hotKeyCode, hotKeyModifiers, hotKeyId.signature, hotKeyId.id};
-  for (const auto& hotKey : state().hotKeys)
+  for (const auto& hotKey : state().hotKeys) {
     if (hotKey->isRegistered && hotKey->registered.keyCode == hotKeyCode &&
-        hotKey->registered.modifiers == hotKeyModifiers)
+        hotKey->registered.modifiers == hotKeyModifiers) {
       return eventHotKeyExistsErr;
+    }
+  }
   if (std::exchange(state().isNextReferenceNull, false)) {
     *hotKeyRef = nullptr;
     return noErr;

@@ -112,8 +112,9 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   record("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]",
          utf8(name) + ", " + utf8(description));
   if (takeFailure("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]")) return nil;
-  for (const std::string& unknown : imageState().unknownSymbols)
+  for (const std::string& unknown : imageState().unknownSymbols) {
     if (unknown == utf8(name)) return nil;
+  }
   NSImage* made = [[self alloc] init];
   made->symbol_ = utf8(name);
   made->description_ = [description copy];
@@ -315,8 +316,9 @@ void objc_destroyWeak(id* location);
   return [self initWithFrame:NSZeroRect];
 }
 - (void)dealloc {
-  if (isInAction_)
+  if (isInAction_) {
     die("a control went during its own action: whoever ends its owner must keep it until the next event");
+  }
   objc_destroyWeak(&target_);
   [text_ release];
   [font_ release];

@@ -168,8 +168,9 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding enc
   NSString* part = stringOfUnits(units.substr((std::size_t)range.location, (std::size_t)range.length));
   NSData* data = [part dataUsingEncoding:encodingOf(encoding) allowLossyConversion:lossByte != 0];
   if (data == nil) die("CFStringGetBytes: part of a string that cannot be converted is not offered");
-  if (buffer != nullptr && (CFIndex)data.length > maxBufferLength)
+  if (buffer != nullptr && (CFIndex)data.length > maxBufferLength) {
     die("CFStringGetBytes: conversion of a part of a string is not offered");
+  }
   if (buffer != nullptr && data.length > 0) std::memcpy(buffer, data.bytes, data.length);
   if (usedBufferLength != nullptr) *usedBufferLength = (CFIndex)data.length;
   return range.length;
@@ -197,8 +198,9 @@ const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
 CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void** values, CFIndex count,
                                    const CFDictionaryKeyCallBacks* keyCallBacks,
                                    const CFDictionaryValueCallBacks* valueCallBacks) {
-  if (keyCallBacks != &kCFTypeDictionaryKeyCallBacks || valueCallBacks != &kCFTypeDictionaryValueCallBacks)
+  if (keyCallBacks != &kCFTypeDictionaryKeyCallBacks || valueCallBacks != &kCFTypeDictionaryValueCallBacks) {
     die("CFDictionaryCreate: only dictionaries of objects are offered");
+  }
   return (CFDictionaryRef)[[NSDictionary dictionaryWithObjects:(const id*)values
                                                        forKeys:(const id*)keys
                                                          count:(NSUInteger)count] retain];

@@ -189,8 +189,9 @@ std::optional<std::u16string> decode(std::string_view text) {
       scalar = scalar << 6 | (next & 0x3F);
     }
     if ((length == 3 && scalar < 0x800) || (length == 4 && (scalar < 0x10000 || scalar > 0x10FFFF)) ||
-        (scalar >= 0xD800 && scalar < 0xE000))
+        (scalar >= 0xD800 && scalar < 0xE000)) {
       return std::nullopt;
+    }
     if (scalar >= 0x10000) {
       out.push_back(static_cast<char16_t>(0xD800 + ((scalar - 0x10000) >> 10)));
       out.push_back(static_cast<char16_t>(0xDC00 + ((scalar - 0x10000) & 0x3FF)));
@@ -241,10 +242,11 @@ std::u16string formatted(NSString* format, va_list arguments) {
       case 'x':
       case 'X':
       case 'o':
-        if (isLong)
+        if (isLong) {
           std::snprintf(text, sizeof text, conversion.c_str(), va_arg(arguments, long));
-        else
+        } else {
           std::snprintf(text, sizeof text, conversion.c_str(), va_arg(arguments, int));
+        }
         append(text);
         break;
       case 'f':
@@ -419,8 +421,9 @@ std::string describe(id object) {
 }
 - (NSData*)dataUsingEncoding:(NSStringEncoding)encoding allowLossyConversion:(BOOL)lossy {
   const std::u16string units = unitsOf(self);
-  if (encoding == NSUTF16LittleEndianStringEncoding)
+  if (encoding == NSUTF16LittleEndianStringEncoding) {
     return [NSData dataWithBytes:units.data() length:units.size() * sizeof(char16_t)];
+  }
   if (encoding != NSUTF8StringEncoding) die("a string encoding that the doubles do not know");
   bool isWellFormed = true;
   const std::string text = encode(units, isWellFormed);
@@ -581,8 +584,9 @@ __asm__(".globl __CFConstantStringClassReference\n"
   return [self indexOfObject:object] != (NSUInteger)NSNotFound;
 }
 - (NSUInteger)indexOfObject:(id)object {
-  for (std::size_t i = 0; i < items_.size(); ++i)
+  for (std::size_t i = 0; i < items_.size(); ++i) {
     if ([items_[i] isEqual:object]) return i;
+  }
   return (NSUInteger)NSNotFound;
 }
 - (BOOL)isEqualToArray:(NSArray*)other {
@@ -626,11 +630,12 @@ __asm__(".globl __CFConstantStringClassReference\n"
   items_.push_back([object retain]);
 }
 - (void)removeObject:(id)object {
-  for (std::size_t i = items_.size(); i-- > 0;)
+  for (std::size_t i = items_.size(); i-- > 0;) {
     if ([items_[i] isEqual:object]) {
       [items_[i] release];
       items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(i));
     }
+  }
 }
 - (void)removeAllObjects {
   for (id item : items_) [item release];
@@ -695,8 +700,9 @@ __asm__(".globl __CFConstantStringClassReference\n"
   return entries_.size();
 }
 - (id)objectForKey:(id)wanted {
-  for (auto& [key, object] : entries_)
+  for (auto& [key, object] : entries_) {
     if ([key isEqual:wanted]) return object;
+  }
   return nil;
 }
 - (id)objectForKeyedSubscript:(id)key {
@@ -721,8 +727,9 @@ __asm__(".globl __CFConstantStringClassReference\n"
 }
 - (NSString*)description {
   std::string text = "{";
-  for (auto& [key, object] : entries_)
+  for (auto& [key, object] : entries_) {
     text += (text.size() > 1 ? ", " : "") + utf8([key description]) + "=" + utf8([object description]);
+  }
   return string(text + "}");
 }
 @end
@@ -735,19 +742,21 @@ __asm__(".globl __CFConstantStringClassReference\n"
   entries_.emplace_back([key copy], object);
 }
 - (void)setObject:(id)object forKeyedSubscript:(id)key {
-  if (object == nil)
+  if (object == nil) {
     [self removeObjectForKey:key];
-  else
+  } else {
     [self setObject:object forKey:key];
+  }
 }
 - (void)removeObjectForKey:(id)wanted {
-  for (std::size_t i = 0; i < entries_.size(); ++i)
+  for (std::size_t i = 0; i < entries_.size(); ++i) {
     if ([entries_[i].first isEqual:wanted]) {
       [entries_[i].first release];
       [entries_[i].second release];
       entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(i));
       return;
     }
+  }
 }
 @end
 
@@ -759,8 +768,9 @@ __asm__(".globl __CFConstantStringClassReference\n"
 + (instancetype)setWithArray:(NSArray*)array {
   NSSet* made = [[self alloc] init];
   NSMutableArray* items = [[NSMutableArray alloc] init];
-  for (id item in array)
+  for (id item in array) {
     if (![items containsObject:item]) [items addObject:item];
+  }
   made->items_ = items;
   return [made autorelease];
 }
@@ -836,16 +846,18 @@ __asm__(".globl __CFConstantStringClassReference\n"
   const bool isOpen = file != nullptr;
   bool isWritten = isOpen && std::fwrite(bytes_.data(), 1, bytes_.size(), file) == bytes_.size();
   if (isOpen) isWritten = std::fclose(file) == 0 && isWritten;
-  if (!isWritten && error != nullptr)
+  if (!isWritten && error != nullptr) {
     *error = [NSError errorWithDomain:NSCocoaErrorDomain code:512 userInfo:nil];
+  }
   return isWritten;
 }
 + (instancetype)dataWithContentsOfURL:(NSURL*)url {
   std::FILE* file = std::fopen(utf8(url.path).c_str(), "rb");
   if (file == nullptr) return nil;
   std::string text;
-  for (int byte = std::fgetc(file); byte != EOF; byte = std::fgetc(file))
+  for (int byte = std::fgetc(file); byte != EOF; byte = std::fgetc(file)) {
     text.push_back(static_cast<char>(byte));
+  }
   std::fclose(file);
   return [self dataWithBytes:text.data() length:text.size()];
 }
@@ -947,8 +959,9 @@ static NSNumber* makeInteger(char type, long long value) {
 }
 - (const char*)objCType {
   static const char* const kTypes = "c\0C\0s\0S\0i\0I\0q\0Q\0f\0d\0";
-  for (const char* type = kTypes; *type != 0; type += 2)
+  for (const char* type = kTypes; *type != 0; type += 2) {
     if (*type == type_) return type;
+  }
   return "?";
 }
 - (char)charValue {

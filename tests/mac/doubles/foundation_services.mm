@@ -660,8 +660,9 @@ std::optional<Value> get(const std::string& key) {
   record("-[NSUserDefaults boolForKey:]", utf8(key));
   const id stored = [storedDefaults() objectForKey:key];
   if ([stored isKindOfClass:[NSNumber class]]) return [stored boolValue];
-  if ([stored isKindOfClass:[NSString class]])
+  if ([stored isKindOfClass:[NSString class]]) {
     return utf8(stored) == "YES" || utf8(stored) == "true" || [stored integerValue] != 0;
+  }
   return NO;
 }
 - (void)setInteger:(NSInteger)value forKey:(NSString*)key {
@@ -747,8 +748,9 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   record("-[NSFileHandle writeData:]", std::to_string(data.length) + " bytes");
   std::FILE* file = openFile(self, "-[NSFileHandle writeData:]");
   // The real one raises an exception here, which unwinds as one of C++.
-  if (takeFailure("-[NSFileHandle writeData:]"))
+  if (takeFailure("-[NSFileHandle writeData:]")) {
     throw std::runtime_error("-[NSFileHandle writeData:] raised");
+  }
   if (std::fwrite(data.bytes, 1, data.length, file) != data.length) die("-[NSFileHandle writeData:] failed");
 }
 - (void)closeFile {
@@ -771,8 +773,9 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   const bool isClosed = std::fclose(openFile(self, "-[NSFileHandle closeAndReturnError:]")) == 0 &&
                         !takeFailure("-[NSFileHandle closeAndReturnError:]");
   file_ = nullptr;
-  if (!isClosed && error != nullptr)
+  if (!isClosed && error != nullptr) {
     *error = [NSError errorWithDomain:NSPOSIXErrorDomain code:5 userInfo:nil];
+  }
   return isClosed;
 }
 - (BOOL)synchronizeAndReturnError:(NSError**)error {
@@ -904,8 +907,9 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
         number = static_cast<int>(fraction * std::pow(10, width) + 1e-6);
         break;
       default:
-        if ((letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') || letter == '\'')
+        if ((letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') || letter == '\'') {
           die(std::string("a date field that the doubles do not know: ") + letter);
+        }
         text += pattern.substr(i, end - i);
     }
     if (number >= 0) {
@@ -972,8 +976,9 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   record("-[NSBundle infoDictionary]");
   if (processState().isInfoAbsent) return nil;
   NSMutableDictionary* info = [NSMutableDictionary dictionary];
-  for (const auto& [key, value] : processState().info)
+  for (const auto& [key, value] : processState().info) {
     if (const id object = objectOf(value)) [info setObject:object forKey:string(key)];
+  }
   return info;
 }
 - (NSString*)bundlePath {

@@ -66,8 +66,9 @@ void append(Bytes& bytes, const void* data, std::size_t size) {
 std::optional<LayoutRecord> recordFor(const void* layout, std::uint16_t keyCode, std::uint32_t modifiers) {
   LayoutHead head;
   std::memcpy(&head, layout, sizeof head);
-  if (head.format != kLayoutFormat || head.version != kOwnLayoutVersion)
+  if (head.format != kLayoutFormat || head.version != kOwnLayoutVersion) {
     die("UCKeyTranslate: the data is no keyboard layout");
+  }
   for (std::uint32_t i = 0; i < head.count; ++i) {
     LayoutRecord record;
     std::memcpy(&record, static_cast<const char*>(layout) + sizeof head + i * sizeof record, sizeof record);
@@ -149,8 +150,9 @@ CFArrayRef TISCreateInputSourceList(CFDictionaryRef properties, Boolean includeA
         requireKind(wanted, [NSString class], "TISCreateInputSourceList: the type");
         isMatch = isMatch && utf8(wanted) == source.type;
       } else if ([key isEqual:(id)kTISPropertyInputSourceIsEnabled]) {
-        if ((CFTypeRef)wanted != kCFBooleanTrue && (CFTypeRef)wanted != kCFBooleanFalse)
+        if ((CFTypeRef)wanted != kCFBooleanTrue && (CFTypeRef)wanted != kCFBooleanFalse) {
           die("TISCreateInputSourceList: whether enabled is no truth value");
+        }
         isMatch = isMatch && ((CFTypeRef)wanted == kCFBooleanTrue) == source.isEnabled;
       } else {
         die("TISCreateInputSourceList: a property that the doubles do not filter by: " + describe(key));
@@ -172,14 +174,15 @@ void* TISGetInputSourceProperty(TISInputSourceRef inputSource, CFStringRef key) 
   record("TISGetInputSourceProperty", std::to_string(handle->index) + ", " + utf8((NSString*)key));
   if (id known = [handle->properties objectForKey:(id)key]) return (void*)known;
   id answer = nil;
-  if ([(id)key isEqual:(id)kTISPropertyInputSourceID])
+  if ([(id)key isEqual:(id)kTISPropertyInputSourceID]) {
     answer = objectOf(handle->source.id);
-  else if ([(id)key isEqual:(id)kTISPropertyInputSourceLanguages])
+  } else if ([(id)key isEqual:(id)kTISPropertyInputSourceLanguages]) {
     answer = objectOf(handle->source.languages);
-  else if ([(id)key isEqual:(id)kTISPropertyUnicodeKeyLayoutData])
+  } else if ([(id)key isEqual:(id)kTISPropertyUnicodeKeyLayoutData]) {
     answer = objectOf(handle->source.unicodeKeyLayoutData);
-  else
+  } else {
     die("TISGetInputSourceProperty: a property that the doubles do not hold: " + describe((id)key));
+  }
   if (answer != nil) [handle->properties setObject:answer forKey:(id)key];
   return (void*)answer;
 }

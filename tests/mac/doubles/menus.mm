@@ -276,16 +276,18 @@ std::vector<Item> items() {
       Item item;
       item.length = statusItem.length;
       item.hasButton = statusItem->button_ != nil;
-      if (NSImage* image = statusItem->button_.image)
+      if (NSImage* image = statusItem->button_.image) {
         item.image = Image{image->symbol_, utf8(image->description_), (bool)image->isTemplate_};
+      }
       if (NSMenu* menu = statusItem.menu) {
         item.menuAutoenables = menu.autoenablesItems;
         item.menu.emplace();
-        for (NSMenuItem* each in menu.itemArray)
+        for (NSMenuItem* each in menu.itemArray) {
           item.menu->push_back({utf8(each.title), utf8(each.keyEquivalent),
                                 each.action == nullptr ? "" : utf8(NSStringFromSelector(each.action)),
                                 (bool)each.isSeparatorItem, (bool)each.isEnabled, (bool)each.isHidden,
                                 each.state});
+        }
       }
       seen.push_back(std::move(item));
     }
@@ -300,8 +302,9 @@ void choose(const std::string& title) {
     for (NSInteger i = 0; i < menu.numberOfItems; ++i) {
       NSMenuItem* item = [menu itemAtIndex:i];
       if (utf8(item.title) != title) continue;
-      if (item.isHidden || !item.isEnabled)
+      if (item.isHidden || !item.isEnabled) {
         die("a test chooses a menu item that is hidden or disabled: " + title);
+      }
       [menu performActionForItemAtIndex:i];
       return;
     }

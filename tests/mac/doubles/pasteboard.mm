@@ -27,8 +27,9 @@ State& state() {
 const ResetHook kReset([] { state() = State{}; });
 
 pasteboard::Representation* representation(pasteboard::Item& item, const std::string& type) {
-  for (auto& each : item)
+  for (auto& each : item) {
     if (each.type == type) return &each;
+  }
   return nullptr;
 }
 
@@ -40,10 +41,11 @@ NSData* dataIn(pasteboard::Item& item, const std::string& type) {
 }
 
 void setDataIn(pasteboard::Item& item, const std::string& type, NSData* data) {
-  if (auto* found = representation(item, type))
+  if (auto* found = representation(item, type)) {
     found->data = bytesOfData(data);
-  else
+  } else {
     item.push_back({type, bytesOfData(data), false});
+  }
 }
 
 NSArray* typesIn(const pasteboard::Item& item) {
@@ -132,9 +134,11 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
 }
 - (NSArray*)types {
   NSMutableArray* types = [NSMutableArray array];
-  for (const auto& item : state().items)
-    for (id type in typesIn(item))
+  for (const auto& item : state().items) {
+    for (id type in typesIn(item)) {
       if (![types containsObject:type]) [types addObject:type];
+    }
+  }
   return types;
 }
 - (NSInteger)clearContents {
@@ -151,8 +155,9 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   if (objects.count == 0) die("-[NSPasteboard writeObjects:] with nothing to write");
   for (NSPasteboardItem* item in objects) {
     requireKind(item, [NSPasteboardItem class], "-[NSPasteboard writeObjects:]");
-    if (item->place_ || item->wasWritten_)
+    if (item->place_ || item->wasWritten_) {
       die("-[NSPasteboard writeObjects:]: an item that already belongs to a pasteboard");
+    }
     item->wasWritten_ = YES;
     if (!state().isOwnedHere) continue;
     state().items.push_back(item->own_);
@@ -162,9 +167,11 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
 - (NSString*)stringForType:(NSPasteboardType)type {
   requireNonnull((void*)type, "-[NSPasteboard stringForType:]");
   record("-[NSPasteboard stringForType:]", utf8(type));
-  for (auto& item : state().items)
-    if (NSData* data = dataIn(item, utf8(type)))
+  for (auto& item : state().items) {
+    if (NSData* data = dataIn(item, utf8(type))) {
       return [[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease];
+    }
+  }
   return nil;
 }
 - (BOOL)setString:(NSString*)text forType:(NSPasteboardType)type {
@@ -175,8 +182,9 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   return [self setData:[text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES] forType:type];
 }
 - (NSData*)dataForType:(NSPasteboardType)type {
-  for (auto& item : state().items)
+  for (auto& item : state().items) {
     if (NSData* data = dataIn(item, utf8(type))) return data;
+  }
   return nil;
 }
 - (BOOL)setData:(NSData*)data forType:(NSPasteboardType)type {

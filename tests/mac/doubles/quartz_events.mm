@@ -48,8 +48,9 @@ extern "C" {
 
 CGEventFlags CGEventSourceFlagsState(CGEventSourceStateID stateId) {
   record("CGEventSourceFlagsState", std::to_string(stateId));
-  if (stateId != kCGEventSourceStateCombinedSessionState && stateId != kCGEventSourceStateHIDSystemState)
+  if (stateId != kCGEventSourceStateCombinedSessionState && stateId != kCGEventSourceStateHIDSystemState) {
     die("CGEventSourceFlagsState: no such state");
+  }
   return state().heldModifiers;
 }
 CGEventSourceRef CGEventSourceCreate(CGEventSourceStateID stateId) {
@@ -67,8 +68,9 @@ CGEventRef CGEventCreateKeyboardEvent(CGEventSourceRef source, CGKeyCode virtual
     --state().failuresLeft;
     return nullptr;
   }
-  if (takeFailure(keyDown ? "CGEventCreateKeyboardEvent down" : "CGEventCreateKeyboardEvent up"))
+  if (takeFailure(keyDown ? "CGEventCreateKeyboardEvent down" : "CGEventCreateKeyboardEvent up")) {
     return nullptr;
+  }
   LXWKeyEvent* event = [[LXWKeyEvent alloc] init];
   event->event.keyCode = virtualKey;
   event->event.isDown = keyDown;

@@ -58,8 +58,9 @@ void record(const std::string& name, const std::string& arguments) { callLog().p
 std::vector<Call> calls() { return callLog(); }
 std::vector<Call> callsNamed(const std::string& name) {
   std::vector<Call> found;
-  for (const Call& call : callLog())
+  for (const Call& call : callLog()) {
     if (call.name == name) found.push_back(call);
+  }
   return found;
 }
 void forgetCalls() { callLog().clear(); }
@@ -76,9 +77,10 @@ void requireNonnull(const void* value, const char* what) {
 }
 void requireKind(CFTypeRef object, Class cls, const char* what) {
   requireNonnull(object, what);
-  if (!objc::isKindOf(asRuntimeObject(object), reinterpret_cast<objc::Class*>((void*)cls)))
+  if (!objc::isKindOf(asRuntimeObject(object), reinterpret_cast<objc::Class*>((void*)cls))) {
     die(std::string(what) + ": wrong type, an object of class " +
         objc::classOf(asRuntimeObject(object))->description->name);
+  }
 }
 
 std::string truth(bool value) { return value ? "true" : "false"; }
@@ -201,8 +203,9 @@ std::string Session::unbalancedObjects() {
     const std::size_t known = earlier == before_.end() ? 0 : earlier->second;
     if (count > known) left += name + " +" + std::to_string(count - known) + "\n";
   }
-  if (objc::liveBlocks() > blocksBefore_)
+  if (objc::liveBlocks() > blocksBefore_) {
     left += "blocks +" + std::to_string(objc::liveBlocks() - blocksBefore_) + "\n";
+  }
   pool_ = objc_autoreleasePoolPush();
   return left;
 }

@@ -97,8 +97,9 @@ const ResetHook kReset([] {
   return [self init];
 }
 - (void)dealloc {
-  if (isClosing_)
+  if (isClosing_) {
     die("a window went while it was closing: whoever ends its owner must keep it until the next event");
+  }
   std::erase(state().windows, self);
   if (state().key == self) state().key = nil;
   objc_destroyWeak(&delegate_);
@@ -171,8 +172,9 @@ const ResetHook kReset([] {
   requireMainThread("-[NSWindow performClose:]");
   if ((styleMask & NSWindowStyleMaskClosable) == 0) return;
   const id delegate = unowned(&delegate_);
-  if ([delegate respondsToSelector:@selector(windowShouldClose:)] && ![delegate windowShouldClose:self])
+  if ([delegate respondsToSelector:@selector(windowShouldClose:)] && ![delegate windowShouldClose:self]) {
     return;
+  }
   [self close];
 }
 - (void)makeKeyAndOrderFront:(id)sender {
@@ -339,8 +341,9 @@ const ResetHook kReset([] {
   requireMainThread("+[NSEvent removeMonitor:]");
   requireKind(monitor, [LXWKeyMonitor class], "+[NSEvent removeMonitor:]");
   record("+[NSEvent removeMonitor:]");
-  if (std::erase(state().monitors, (LXWKeyMonitor*)monitor) == 0)
+  if (std::erase(state().monitors, (LXWKeyMonitor*)monitor) == 0) {
     die("+[NSEvent removeMonitor:]: removed once too often");
+  }
   [monitor release];
 }
 - (NSEventType)type {
@@ -350,8 +353,9 @@ const ResetHook kReset([] {
   return flags_;
 }
 - (unsigned short)keyCode {
-  if (type_ != NSEventTypeKeyDown && type_ != NSEventTypeKeyUp)
+  if (type_ != NSEventTypeKeyDown && type_ != NSEventTypeKeyUp) {
     die("-[NSEvent keyCode] of an event without a key");
+  }
   return keyCode_;
 }
 - (NSString*)characters {
@@ -403,9 +407,11 @@ void click(const std::string& buttonTitle) {
   @autoreleasepool {
     NSButton* clicked = nil;
     @autoreleasepool {
-      for (NSView* view in state().key->content_.subviews)
-        if ([view isKindOfClass:[NSButton class]] && utf8(((NSButton*)view).title) == buttonTitle)
+      for (NSView* view in state().key->content_.subviews) {
+        if ([view isKindOfClass:[NSButton class]] && utf8(((NSButton*)view).title) == buttonTitle) {
           clicked = (NSButton*)view;
+        }
+      }
     }
     if (clicked != nil) return [clicked performClick:nil];
   }

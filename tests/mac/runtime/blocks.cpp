@@ -120,8 +120,9 @@ void _Block_release(const void* literal) {
   if (literal == nullptr) return;
   const std::lock_guard<std::recursive_mutex> guard(lexwend::objc::lock());
   auto* block = static_cast<Block*>(const_cast<void*>(literal));
-  if ((block->flags & lexwend::objc::kIsGlobal) != 0 || (block->flags & lexwend::objc::kIsOnHeap) == 0)
+  if ((block->flags & lexwend::objc::kIsGlobal) != 0 || (block->flags & lexwend::objc::kIsOnHeap) == 0) {
     return;
+  }
   if ((block->flags & lexwend::objc::kReferenceMask) == 0) lexwend::objc::fail("over-release of a block");
   if ((--block->flags & lexwend::objc::kReferenceMask) != 0) return;
   if ((block->flags & lexwend::objc::kHasHelpers) != 0) block->description->disposeMembers(block);

@@ -59,10 +59,12 @@ void addMethods(const Class* cls, const MethodList* list) {
   if (list == nullptr) return;
   for (std::uint32_t i = 0; i < list->count; ++i) {
     const Method& method = list->first[i];
-    if (std::strcmp(method.name, "load") == 0 && (cls->description->flags & kMetaclassFlag) != 0)
+    if (std::strcmp(method.name, "load") == 0 && (cls->description->flags & kMetaclassFlag) != 0) {
       fail(std::string("+load is not supported: ") + cls->description->name);
-    if (std::strcmp(method.name, "initialize") == 0 && (cls->description->flags & kMetaclassFlag) != 0)
+    }
+    if (std::strcmp(method.name, "initialize") == 0 && (cls->description->flags & kMetaclassFlag) != 0) {
       fail(std::string("+initialize is not supported: ") + cls->description->name);
+    }
     tables().methods[cls][registerSelector(method.name)] = method.implementation;
   }
 }
@@ -82,11 +84,13 @@ std::size_t slideVariables(Class* cls) {
       std::size_t alignment = 1;
       const IvarList* ivars = description.ivars;
       const std::uint32_t count = ivars == nullptr ? 0 : ivars->count;
-      for (std::uint32_t i = 0; i < count; ++i)
+      for (std::uint32_t i = 0; i < count; ++i) {
         alignment = std::max(alignment, std::size_t{1} << ivars->first[i].alignmentLog2);
+      }
       shift = (shift + alignment - 1) / alignment * alignment;
-      for (std::uint32_t i = 0; i < count; ++i)
+      for (std::uint32_t i = 0; i < count; ++i) {
         if (ivars->first[i].offset != nullptr) *ivars->first[i].offset += static_cast<std::uint32_t>(shift);
+      }
       size += shift;
     }
   }
@@ -95,16 +99,19 @@ std::size_t slideVariables(Class* cls) {
 }
 
 void loadProgram() {
-  for (Selector* selector = __start_objc_selrefs; selector < __stop_objc_selrefs; ++selector)
+  for (Selector* selector = __start_objc_selrefs; selector < __stop_objc_selrefs; ++selector) {
     *selector = registerSelector(*selector);
+  }
   for (Class** entry = __start_objc_classlist; entry < __stop_objc_classlist; ++entry) {
     Class* cls = *entry;
     addMethods(cls, cls->description->methods);
     addMethods(cls->isa, cls->isa->description->methods);
-    if (cls->description->protocols != nullptr)
+    if (cls->description->protocols != nullptr) {
       tables().protocols[cls].push_back(cls->description->protocols);
-    if (!tables().classes.emplace(cls->description->name, cls).second)
+    }
+    if (!tables().classes.emplace(cls->description->name, cls).second) {
       fail(std::string("two classes of one name: ") + cls->description->name);
+    }
   }
   for (Class** entry = __start_objc_classlist; entry < __stop_objc_classlist; ++entry) slideVariables(*entry);
   for (Category** entry = __start_objc_catlist; entry < __stop_objc_catlist; ++entry) {
@@ -191,8 +198,9 @@ bool isClassObject(const Object* object) {
 
 bool isKindOf(const Object* object, const Class* cls) {
   if (object == nullptr) return false;
-  for (const Class* each = classOf(object); each != nullptr; each = each->superclass)
+  for (const Class* each = classOf(object); each != nullptr; each = each->superclass) {
     if (each == cls) return true;
+  }
   return false;
 }
 
@@ -208,8 +216,9 @@ bool conformsTo(const Object* object, const Protocol* protocol) {
   for (const Class* cls = classOf(object); cls != nullptr; cls = cls->superclass) {
     const auto lists = tables().protocols.find(cls);
     if (lists == tables().protocols.end()) continue;
-    for (const ProtocolList* list : lists->second)
+    for (const ProtocolList* list : lists->second) {
       if (listHolds(list, protocol->name)) return true;
+    }
   }
   return false;
 }

@@ -80,8 +80,9 @@ std::string nameOf(const Object* object) {
 void runForEachClass(Object* object, Class* cls, Selector selector, bool isRootFirst) {
   if (cls == nullptr) return;
   if (isRootFirst) runForEachClass(object, cls->superclass, selector, isRootFirst);
-  if (const Implementation own = lookUpOwn(cls, selector))
+  if (const Implementation own = lookUpOwn(cls, selector)) {
     reinterpret_cast<void (*)(Object*, Selector)>(own)(object, selector);
+  }
   if (!isRootFirst) runForEachClass(object, cls->superclass, selector, isRootFirst);
 }
 
@@ -122,8 +123,9 @@ Object* loadWeakRetained(Object** location) {
 }  // namespace
 
 void requireLive(const Object* object, const char* message) {
-  if (!isBlock(object) && !isLive(object))
+  if (!isBlock(object) && !isLive(object)) {
     fail("message to a deallocated object of class " + nameOf(object) + ": " + message);
+  }
 }
 
 bool isLive(const Object* object) {
@@ -166,8 +168,9 @@ Object* allocate(Class* cls) {
 void destroy(Object* object) {
   const std::lock_guard<std::recursive_mutex> guard(lock());
   Header* header = headerOf(object);
-  if (header->state != State::deallocating)
+  if (header->state != State::deallocating) {
     fail("dealloc called directly on an object of class " + nameOf(object));
+  }
   static const Selector destruct = registerSelector(".cxx_destruct");
   runForEachClass(object, object->isa, destruct, false);
   if (header->isExempt == 0) {
@@ -215,8 +218,9 @@ void release(Object* object) {
   clearWeakReferences(object);
   static const Selector dealloc = registerSelector("dealloc");
   reinterpret_cast<void (*)(Object*, Selector)>(lookUp(object, dealloc))(object, dealloc);
-  if (header->state != State::gone)
+  if (header->state != State::gone) {
     fail("dealloc of class " + nameOf(object) + " did not reach the root class");
+  }
 }
 
 Object* autorelease(Object* object) {
