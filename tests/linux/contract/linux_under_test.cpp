@@ -21,8 +21,8 @@
 #include "platform/accessibility.h"
 #include "platform/application.h"
 #include "platform/hot_key_service.h"
-#include "platform/linux/buses.h"
-#include "platform/linux/mac_key_codes.h"
+#include "platform/linux/keyboard/mac_key_codes.h"
+#include "platform/linux/session/buses.h"
 #include "platform/run_loop.h"
 #include "tests/linux/contract/url_opener.h"
 

@@ -14,10 +14,10 @@
 #include "tests/linux/contract/other_editor.h"
 #include "tests/linux/contract/panel.h"
 #include "tests/linux/contract/pointer.h"
-#include "tests/linux/other_application.h"
-#include "tests/linux/ui/file_troubles.h"
-#include "tests/linux/ui/temporary_folder.h"
-#include "tests/linux/virtual_display.h"
+#include "tests/linux/testing/file_troubles.h"
+#include "tests/linux/testing/other_application.h"
+#include "tests/linux/testing/temporary_folder.h"
+#include "tests/linux/testing/virtual_display.h"
 
 class QMenu;
 

@@ -4,4 +4,4 @@
 #include <sys/inotify.h>            // denied
 #include "platform/pasteboard.h"
 #include "core/converter.h"         // denied
-#include "platform/linux/keyboard.h"  // denied
+#include "platform/linux/keyboard/input_sources.h"  // denied
