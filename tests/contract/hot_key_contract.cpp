@@ -14,8 +14,8 @@ constexpr std::uint32_t kF8 = 100;
 constexpr HotKeyID kFirst{0x54455354, 1};
 constexpr HotKeyID kSecond{0x54455354, 2};
 
-/// That a held key does not repeat is shown where it repeats at first, in tests/linux/keyboard/hot_key_test.cpp; macOS
-/// reports a press once.
+/// That a held key does not repeat is shown where it repeats at first, in
+/// tests/linux/keyboard/hot_key_test.cpp; macOS reports a press once.
 class HotKeyContract : public ContractTest {
  protected:
   HotKeyContract() {
