@@ -40,7 +40,7 @@ std::shared_ptr<AppDelegate> AppDelegate::create(HotKeyCenter& hotKeyCenter) {
 
 AppDelegate::AppDelegate(HotKeyCenter& hotKeyCenter)
     : hotKeyCenter_(hotKeyCenter),
-      layoutMap_(LayoutMap::build(InputSources::layoutQueries())),
+      layoutMap_(LayoutMap::build(InputSources::keyTables())),
       fixItem_(platform::statusBar().makeMenuItem()),
       changeKeyItem_(platform::statusBar().makeMenuItem()),
       switchItem_(platform::statusBar().makeMenuItem()),

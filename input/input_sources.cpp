@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <memory>
 #include <utility>
 #include <variant>
 
@@ -44,18 +43,6 @@ std::string utf8FromUtf16(const std::u16string& units) {
   out.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
   return out;
 }
-
-class SystemLayoutQueries final : public LayoutQueries {
- public:
-  Layout keyboardLayout(std::string_view language) const override {
-    auto layout = InputSources::keyboardLayout(language);
-    if (!layout) return nullptr;
-    return std::make_shared<const KeyboardLayout>(std::move(*layout));
-  }
-  std::optional<KeyTable> keyTable(const Layout& layout) const override {
-    return InputSources::keyTable(*static_cast<const KeyboardLayout*>(layout.get()));
-  }
-};
 
 }  // namespace
 
@@ -137,9 +124,13 @@ bool currentLayoutIsHebrew() {
   return contains(arrayProp(source, InputSourceProperty::languages), "he");
 }
 
-const LayoutQueries& layoutQueries() {
-  static const SystemLayoutQueries kQueries;
-  return kQueries;
+KeyTables keyTables() {
+  KeyTables tables;
+  const auto latin = keyboardLayout("en");
+  const auto hebrew = latin ? keyboardLayout("he") : std::nullopt;
+  if (hebrew) tables.latin = keyTable(*latin);
+  if (tables.latin) tables.hebrew = keyTable(*hebrew);
+  return tables;
 }
 
 }  // namespace lexwend::InputSources

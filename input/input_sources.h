@@ -48,8 +48,9 @@ std::vector<std::string> arrayProp(const platform::InputSourceRef& source, platf
 /// Whether the layout in use lists "he" among its languages; false when the system reports no layout.
 bool currentLayoutIsHebrew();
 
-/// The two questions of LayoutMap::build, answered by keyboardLayout() and keyTable().
-const LayoutQueries& layoutQueries();
+/// The key tables of the enabled layouts for "en" and "he". Where one of the two is missing, what is not yet
+/// read stays unread: no map is built then.
+KeyTables keyTables();
 
 }  // namespace InputSources
 }  // namespace lexwend

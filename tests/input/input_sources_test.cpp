@@ -171,7 +171,7 @@ TEST_F(InputSourcesTest, loneSurrogateIsNoTextAndPairsWithNothing) {
   EXPECT_EQ(table.at(0), (KeyChars{"", "A"}));
   EXPECT_EQ(table.at(1), (KeyChars{"", ""}));
   system.setLayouts({broken, platform::hebrewLayout()});
-  const LayoutMap map = LayoutMap::build(InputSources::layoutQueries());
+  const LayoutMap map = LayoutMap::build(InputSources::keyTables());
   EXPECT_TRUE(map.builtFromSystem);
   EXPECT_FALSE(map.toHebrew.contains("\uFFFD"));
   EXPECT_FALSE(map.toEnglish.contains("ש"));
@@ -235,11 +235,30 @@ TEST_F(InputSourcesTest, noCurrentLayoutIsNotHebrew) {
 
 TEST_F(InputSourcesTest, mapIsBuiltFromTheEnabledLayouts) {
   system.setLayouts({platform::usLayout(), platform::hebrewLayout()});
-  const LayoutMap map = LayoutMap::build(InputSources::layoutQueries());
+  const LayoutMap map = LayoutMap::build(InputSources::keyTables());
   EXPECT_TRUE(map.builtFromSystem);
   EXPECT_EQ(map.toHebrew.at("a"), "ש");
   system.setLayouts({platform::usLayout()});
-  EXPECT_EQ(LayoutMap::build(InputSources::layoutQueries()), LayoutMap::fallback());
+  EXPECT_EQ(LayoutMap::build(InputSources::keyTables()), LayoutMap::fallback());
+}
+
+TEST_F(InputSourcesTest, noKeyIsReadWithoutBothLayouts) {
+  system.setLayouts({platform::usLayout()});
+  const KeyTables withoutHebrew = InputSources::keyTables();
+  EXPECT_FALSE(withoutHebrew.latin || withoutHebrew.hebrew);
+  system.setLayouts({platform::hebrewLayout()});
+  const KeyTables withoutEnglish = InputSources::keyTables();
+  EXPECT_FALSE(withoutEnglish.latin || withoutEnglish.hebrew);
+  EXPECT_TRUE(system.translations().empty());
+}
+
+TEST_F(InputSourcesTest, hebrewKeysAreNotReadWhereTheEnglishLayoutHasNoData) {
+  FakeLayout bare = platform::usLayout();
+  bare.data = FakeLayout::Data::absent;
+  system.setLayouts({bare, platform::hebrewLayout()});
+  const KeyTables tables = InputSources::keyTables();
+  EXPECT_FALSE(tables.latin || tables.hebrew);
+  EXPECT_TRUE(system.translations().empty());
 }
 
 TEST_F(InputSourcesTest, layoutsMayOutliveTheirEnabling) {
