@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,9 +37,9 @@ std::optional<KeyboardLayout> keyboardLayout(std::string_view language);
 /// table when the data is empty.
 std::optional<KeyTable> keyTable(const KeyboardLayout& layout);
 
-/// UTF-8 text that one key types with a modifier state (Carbon mask shifted right by 8 bits). Empty for a
+/// UTF-8 text that one key types. Empty for a
 /// dead key, for a lone surrogate and on an error of the system. A key code outside of 0 to 65535 is fatal.
-std::string translate(const platform::KeyLayoutData& data, int keyCode, std::uint32_t modifierState);
+std::string translate(const platform::KeyLayoutData& data, int keyCode, platform::Modifiers modifiers);
 
 /// A property that is a list of strings; empty when it is absent or anything else.
 std::vector<std::string> arrayProp(const platform::InputSourceRef& source, platform::InputSourceProperty key);

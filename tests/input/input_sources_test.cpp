@@ -183,8 +183,8 @@ TEST_F(InputSourcesTest, eachKeyIsTranslatedPlainThenShiftedInAscendingOrder) {
   const auto& asked = system.translations();
   ASSERT_EQ(asked.size(), 102u);
   for (std::size_t i = 0; i < asked.size(); ++i) {
-    EXPECT_EQ(asked[i].keyCode, i / 2);
-    EXPECT_EQ(asked[i].modifierState, i % 2 == 0 ? 0u : 2u);
+    EXPECT_EQ(number(asked[i].keyCode), i / 2);
+    EXPECT_EQ(asked[i].modifiers, i % 2 == 0 ? platform::kNoModifiers : platform::kShiftKey);
     EXPECT_EQ(asked[i].action, platform::KeyAction::down);
     EXPECT_EQ(asked[i].keyboardType, 41u);
     EXPECT_EQ(asked[i].options, 0u);
@@ -276,9 +276,10 @@ TEST_F(InputSourcesDeathTest, keyCodeOutsideOfSixteenBitsStopsTheProcess) {
   const auto source = InputSources::enabledKeyboardLayouts().at(0).source;
   const auto value = system.property(source, InputSourceProperty::unicodeKeyLayoutData);
   const auto& data = *std::get<platform::KeyLayoutDataRef>(value);
-  EXPECT_DEATH(InputSources::translate(data, -1, 0), "fatal: a key code does not fit");
-  EXPECT_DEATH(InputSources::translate(data, 65536, 0), "fatal: a key code does not fit");
-  EXPECT_EQ(InputSources::translate(data, 65535, 0), "");
+  EXPECT_DEATH(InputSources::translate(data, -1, platform::kNoModifiers), "fatal: a key code does not fit");
+  EXPECT_DEATH(InputSources::translate(data, 65536, platform::kNoModifiers),
+               "fatal: a key code does not fit");
+  EXPECT_EQ(InputSources::translate(data, 65535, platform::kNoModifiers), "");
 }
 
 }  // namespace

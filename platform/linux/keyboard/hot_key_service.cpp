@@ -20,21 +20,21 @@ constexpr xcb_timestamp_t kLongestRepeatPause = 3000;
 constexpr xcb_timestamp_t kRepeatPauseWithoutReleases = 750;
 
 struct HotKeyCombination {
-  std::uint32_t keyCode = 0;
-  std::uint32_t modifiers = 0;
+  KeyCode keyCode{};
+  Modifiers modifiers{};
   bool operator==(const HotKeyCombination&) const = default;
 };
 
-/// The core modifier state of a Carbon modifier mask; nothing when a modifier has no key here.
-std::optional<std::uint16_t> stateOf(std::uint32_t carbonModifiers, const ModifierMasks& masks) {
+/// The core modifier state of a mask; nothing when a modifier has no key here.
+std::optional<std::uint16_t> stateOf(Modifiers modifiers, const ModifierMasks& masks) {
   struct Row {
-    std::uint32_t carbon;
+    Modifiers modifier;
     std::uint16_t mask;
   };
   std::uint16_t state = 0;
   for (const Row& row : {Row{kCmdKey, masks.control}, Row{kShiftKey, masks.shift}, Row{kOptionKey, masks.alt},
                          Row{kControlKey, masks.super}}) {
-    if ((carbonModifiers & row.carbon) == 0) continue;
+    if (!overlap(modifiers, row.modifier)) continue;
     if (row.mask == 0) return std::nullopt;
     state = static_cast<std::uint16_t>(state | row.mask);
   }
@@ -90,7 +90,7 @@ OSStatus LinuxHotKeyService::installHandler(std::function<OSStatus(const HotKeyE
   return kNoErr;
 }
 
-HotKeyRegistration LinuxHotKeyService::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+HotKeyRegistration LinuxHotKeyService::registerHotKey(KeyCode keyCode, Modifiers modifiers,
                                                       HotKeyID identity) {
   if (!x11_ || stopped_) {
     return {kHotKeyInvalidErr, nullptr};

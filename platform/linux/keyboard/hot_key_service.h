@@ -30,8 +30,7 @@ class LinuxHotKeyService : public HotKeyService {
   ~LinuxHotKeyService() override;
 
   OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
-  HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                    HotKeyID identity) override;
+  HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
   OSStatus unregisterHotKey(const HotKeyRef& ref) override;
   /// For the end of the program: gives every key back and refuses any other.
   void stop();

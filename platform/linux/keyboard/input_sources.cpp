@@ -23,9 +23,8 @@ namespace {
 // Long enough for the burst of events of one setxkbmap, too short for a user to notice.
 constexpr guint kChangeDelayMilliseconds = 50;
 
-// Carbon modifier masks shifted right by 8 bits.
-constexpr std::uint32_t kTranslateShift = 0x02;
-constexpr std::uint32_t kTranslateCapsLock = 0x04;
+// The Carbon bit of Caps Lock (alphaLock).
+constexpr Modifiers kAlphaLock{0x0400};
 
 // The key codes of the main typing block.
 constexpr std::uint16_t kLastTypingKeyCode = 50;
@@ -324,8 +323,8 @@ std::optional<std::u16string> LinuxInputSources::translate(const KeyLayoutData& 
   if (layout == nullptr || layout->empty()) return std::nullopt;
   const auto key = xFromMacKeyCode(translation.keyCode);
   if (!key) return std::u16string();
-  std::u16string text = layout->typed(*key, (translation.modifierState & kTranslateShift) != 0,
-                                      (translation.modifierState & kTranslateCapsLock) != 0);
+  std::u16string text = layout->typed(*key, overlap(translation.modifiers, kShiftKey),
+                                      overlap(translation.modifiers, kAlphaLock));
   if (text.size() > translation.maxLength) return std::nullopt;
   return text;
 }
@@ -364,7 +363,7 @@ std::string LinuxInputSources::signature() {
   if (!keymap) return signature;
   for (xkb_layout_index_t group = 0; group < names.size(); ++group) {
     for (std::uint16_t macKeyCode = 0; macKeyCode <= kLastTypingKeyCode; ++macKeyCode) {
-      const xkb_keycode_t key = xFromMacKeyCode(macKeyCode).value_or(0);
+      const xkb_keycode_t key = xFromMacKeyCode(KeyCode{macKeyCode}).value_or(0);
       for (const xkb_level_index_t level : {0U, 1U}) {
         const xkb_keysym_t* keysyms = nullptr;
         const int count = xkb_keymap_key_get_syms_by_level(keymap.get(), key, group, level, &keysyms);

@@ -18,9 +18,6 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr std::uint16_t kMacKeyC = 8;
-constexpr std::uint16_t kMacKeyV = 9;
-
 constexpr xcb_keycode_t kInsert = KEY_INSERT + kXKeyCodeOffset;
 
 // Terminals whose class does not say so; the others contain "terminal" or one of kTerminalWords.
@@ -48,32 +45,32 @@ class XTestEventSource : public EventSource {};
 
 class XTestKeyEvent : public KeyEvent {
  public:
-  XTestKeyEvent(std::uint16_t macKeyCode, xcb_keycode_t key, bool down)
+  XTestKeyEvent(KeyCode macKeyCode, xcb_keycode_t key, bool down)
       : macKeyCode_(macKeyCode), key_(key), down_(down) {}
   void setFlags(EventFlags flags) override { flags_ = flags; }
 
   bool down() const { return down_; }
   /// The keys to hold, in the order of pressing, and last the key itself.
   std::vector<xcb_keycode_t> chord(const ModifierKeys& modifierKeys) const {
-    if (flags_ == kEventFlagCommand && macKeyCode_ == kMacKeyC) {
+    if (flags_ == kEventFlagCommand && macKeyCode_ == kKeyC) {
       return {modifierKeys.control, kInsert};
     }
-    if (flags_ == kEventFlagCommand && macKeyCode_ == kMacKeyV) {
+    if (flags_ == kEventFlagCommand && macKeyCode_ == kKeyV) {
       return {modifierKeys.shift, kInsert};
     }
     std::vector<xcb_keycode_t> keys;
     for (const FlagKey& flagKey : kFlagKeys) {
-      if ((flags_ & flagKey.flag) != 0) keys.push_back(modifierKeys.*flagKey.key);
+      if (overlap(flags_, flagKey.flag)) keys.push_back(modifierKeys.*flagKey.key);
     }
     keys.push_back(key_);
     return keys;
   }
 
  private:
-  std::uint16_t macKeyCode_;
+  KeyCode macKeyCode_;
   xcb_keycode_t key_;
   bool down_;
-  EventFlags flags_ = 0;
+  EventFlags flags_{};
 };
 
 }  // namespace
@@ -96,12 +93,12 @@ LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function
     : x11_(std::move(x11)), mayPost_(std::move(mayPost)), refused_(std::move(refused)) {}
 
 EventFlags LinuxKeyEvents::flagsState(EventSourceState /*state*/) {
-  if (!x11_ || !x11_->hasXkb()) return 0;
+  if (!x11_ || !x11_->hasXkb()) return kNoEventFlags;
   const XcbReply<xcb_xkb_get_state_reply_t> state(
       xcb_xkb_get_state_reply(x11_->get(), xcb_xkb_get_state(x11_->get(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
-  if (!state || state->baseMods == 0) return 0;
+  if (!state || state->baseMods == 0) return kNoEventFlags;
   const ModifierMasks masks = readModifierMasks(x11_->get());
-  EventFlags flags = 0;
+  EventFlags flags = kNoEventFlags;
   if ((state->baseMods & masks.shift) != 0) flags |= kEventFlagShift;
   if ((state->baseMods & masks.control) != 0) flags |= kEventFlagCommand;
   if ((state->baseMods & (masks.alt | masks.levelThree)) != 0) flags |= kEventFlagOption;
@@ -114,7 +111,7 @@ EventSourceRef LinuxKeyEvents::createSource(EventSourceState /*state*/) {
 }
 
 std::unique_ptr<KeyEvent> LinuxKeyEvents::createKeyboardEvent(const EventSourceRef& /*source*/,
-                                                              std::uint16_t keyCode, bool keyDown) {
+                                                              KeyCode keyCode, bool keyDown) {
   const auto key = keyToPost(keyCode);
   if (!key) {
     if (refused_) refused_();
@@ -124,7 +121,7 @@ std::unique_ptr<KeyEvent> LinuxKeyEvents::createKeyboardEvent(const EventSourceR
 }
 
 /// Nothing where the event is refused.
-std::optional<xcb_keycode_t> LinuxKeyEvents::keyToPost(std::uint16_t keyCode) {
+std::optional<xcb_keycode_t> LinuxKeyEvents::keyToPost(KeyCode keyCode) {
   if (!x11_ || !x11_->hasXTest() || (mayPost_ && !mayPost_())) return std::nullopt;
   const auto windowClass = x11_->activeWindowClass();
   return windowClass && isTerminalClass(*windowClass) ? std::nullopt : xFromMacKeyCode(keyCode);
@@ -163,7 +160,7 @@ void LinuxKeyEvents::play(std::uint8_t coreType, xcb_keycode_t key) {
 }
 
 void LinuxKeyEvents::releaseHeldModifiers() {
-  if (flagsState(EventSourceState::hidSystem) == 0) return;
+  if (flagsState(EventSourceState::hidSystem) == kNoEventFlags) return;
   xcb_connection_t* c = x11_->get();
   const auto mappingCookie = xcb_get_modifier_mapping(c);
   const auto keymapCookie = xcb_query_keymap(c);

@@ -39,12 +39,12 @@ class LinuxKeyEvents : public KeyEvents {
   /// The modifier keys that are held; locked and latched modifiers do not count. Both states are the same.
   EventFlags flagsState(EventSourceState state) override;
   EventSourceRef createSource(EventSourceState state) override;
-  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, std::uint16_t keyCode,
+  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
                                                 bool keyDown) override;
   void post(EventTap tap, const KeyEvent& event) override;
 
  private:
-  std::optional<xcb_keycode_t> keyToPost(std::uint16_t keyCode);
+  std::optional<xcb_keycode_t> keyToPost(KeyCode keyCode);
   void releaseHeldModifiers();
   void play(std::uint8_t coreType, xcb_keycode_t key);
 

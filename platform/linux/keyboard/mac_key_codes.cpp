@@ -50,27 +50,27 @@ constexpr Row kRows[] = {
 
 }  // namespace
 
-std::optional<std::uint16_t> evdevFromMacKeyCode(std::uint32_t macKeyCode) {
+std::optional<std::uint16_t> evdevFromMacKeyCode(KeyCode keyCode) {
   for (const Row& row : kRows) {
-    if (row.mac == macKeyCode) return row.evdev;
+    if (KeyCode{row.mac} == keyCode) return row.evdev;
   }
   return std::nullopt;
 }
 
-std::optional<std::uint16_t> macFromEvdevKeyCode(std::uint32_t evdevKeyCode) {
+std::optional<KeyCode> macFromEvdevKeyCode(std::uint32_t evdevKeyCode) {
   for (const Row& row : kRows) {
-    if (row.evdev == evdevKeyCode) return row.mac;
+    if (row.evdev == evdevKeyCode) return KeyCode{row.mac};
   }
   return std::nullopt;
 }
 
-std::optional<std::uint8_t> xFromMacKeyCode(std::uint32_t macKeyCode) {
-  const auto evdev = evdevFromMacKeyCode(macKeyCode);
+std::optional<std::uint8_t> xFromMacKeyCode(KeyCode keyCode) {
+  const auto evdev = evdevFromMacKeyCode(keyCode);
   if (!evdev || *evdev + kXKeyCodeOffset > std::numeric_limits<std::uint8_t>::max()) return std::nullopt;
   return static_cast<std::uint8_t>(*evdev + kXKeyCodeOffset);
 }
 
-std::optional<std::uint16_t> macFromXKeyCode(std::uint32_t xKeyCode) {
+std::optional<KeyCode> macFromXKeyCode(std::uint32_t xKeyCode) {
   return xKeyCode < kXKeyCodeOffset ? std::nullopt : macFromEvdevKeyCode(xKeyCode - kXKeyCodeOffset);
 }
 

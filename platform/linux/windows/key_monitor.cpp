@@ -18,8 +18,8 @@ constexpr quint32 kXLockMask = 2;
 
 /// Modifier keys by their place: the symbol of one may be a switch of the layout (Alt, then Shift) or of
 /// something else that the toolkit has no name for.
-constexpr std::uint16_t kFirstModifierKeyCode = 54;
-constexpr std::uint16_t kLastModifierKeyCode = 62;
+constexpr KeyCode kFirstModifierKeyCode{54};
+constexpr KeyCode kLastModifierKeyCode{62};
 
 bool isModifierKey(const QKeyEvent& event) {
   const auto place = macFromXKeyCode(event.nativeScanCode());
@@ -49,7 +49,7 @@ EventFlags flagsOf(const QKeyEvent& event) {
                                                                     {Qt::ControlModifier, kEventFlagCommand},
                                                                     {Qt::AltModifier, kEventFlagOption},
                                                                     {Qt::MetaModifier, kEventFlagControl}};
-  EventFlags flags = 0;
+  EventFlags flags = kNoEventFlags;
   for (const auto& [modifier, flag] : kFlags) {
     if (event.modifiers().testFlag(modifier)) flags |= flag;
   }

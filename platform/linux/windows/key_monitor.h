@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <optional>
 
 #include "platform/key_monitor.h"
@@ -9,9 +8,6 @@
 class QKeyEvent;
 
 namespace lexwend::platform {
-
-/// Caps Lock's bit, and the one that keys of the upper row carry, of Quartz event flags.
-inline constexpr EventFlags kEventFlagCapsLock = 0x10000;
 
 /// A key press of the toolkit in the terms of the service: Control is Command here, Alt is Option and Super
 /// is Control. Nothing for a modifier key alone and for a key that has no place on a Mac keyboard.

@@ -47,9 +47,9 @@ class LinuxUnderTest : public HostUnderTest {
   bool withdrawTrust() override { return false; }
   int prompts() override { return 0; }
 
-  void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) override;
+  void userPresses(platform::KeyCode keyCode, platform::Modifiers modifiers) override;
   void userHolds(platform::EventFlags modifiers) override;
-  void otherProgramTakesHotKey(std::uint32_t keyCode, std::uint32_t carbonModifiers) override;
+  void otherProgramTakesHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers) override;
 
   void disableHebrew() override;
   void wakeFromSleep() override;

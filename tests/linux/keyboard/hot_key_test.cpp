@@ -12,8 +12,6 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr std::uint32_t kMacF2 = 120;
-constexpr std::uint32_t kMacA = 0;
 constexpr std::uint32_t kSignature = 0x4C585744;
 
 /// Another client that holds a key.
@@ -70,7 +68,7 @@ struct HotKeys : testing::Test {
       return kNoErr;
     });
   }
-  HotKeyRegistration add(std::uint32_t keyCode, std::uint32_t modifiers, std::uint32_t id) {
+  HotKeyRegistration add(KeyCode keyCode, Modifiers modifiers, std::uint32_t id) {
     return service.registerHotKey(keyCode, modifiers, {kSignature, id});
   }
   bool pressedBecomes(std::size_t count) {
@@ -84,7 +82,7 @@ struct HotKeys : testing::Test {
 };
 
 TEST_F(HotKeys, fireOncePerPressWithEveryCombinationOfLocks) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   const ModifierMasks masks = readModifierMasks(x11->get());
   ASSERT_NE(masks.numLock, 0);
   std::size_t count = 0;
@@ -101,7 +99,7 @@ TEST_F(HotKeys, fireOncePerPressWithEveryCombinationOfLocks) {
 }
 
 TEST_F(HotKeys, fireOnceWhileTheKeyIsHeldAndAgainAfterIt) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   ASSERT_EQ(runProgram("xset r rate 100 50"), 0);
   PressCounter counter(KEY_F2);
   typist.press(KEY_F2);
@@ -118,17 +116,17 @@ TEST_F(HotKeys, fireOnceWhileTheKeyIsHeldAndAgainAfterIt) {
 }
 
 TEST_F(HotKeys, fireForEachOfTwoPressesThatWaitedForABusyProgram) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   typist.tap(KEY_F2);
   typist.tap(KEY_F2);
   EXPECT_TRUE(pressedBecomes(2));
 }
 
 TEST_F(HotKeys, tellTheirModifiersApart) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
-  ASSERT_EQ(add(kMacF2, kCmdKey, 2).status, kNoErr);
-  ASSERT_EQ(add(kMacA, kCmdKey | kOptionKey | kShiftKey, 3).status, kNoErr);
-  ASSERT_EQ(add(kMacA, kControlKey, 4).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kCmdKey, 2).status, kNoErr);
+  ASSERT_EQ(add(kKeyA, kCmdKey | kOptionKey | kShiftKey, 3).status, kNoErr);
+  ASSERT_EQ(add(kKeyA, kControlKey, 4).status, kNoErr);
   typist.press(KEY_LEFTCTRL);
   typist.tap(KEY_F2);
   typist.release(KEY_LEFTCTRL);
@@ -147,7 +145,7 @@ TEST_F(HotKeys, tellTheirModifiersApart) {
 }
 
 TEST_F(HotKeys, keepTheirKeyFromOtherApplicationsAndNoOtherKey) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   FocusedWindow window;
   typist.tap(KEY_F2);
   ASSERT_TRUE(pressedBecomes(1));
@@ -160,7 +158,7 @@ TEST_F(HotKeys, keepTheirKeyFromOtherApplicationsAndNoOtherKey) {
 }
 
 TEST_F(HotKeys, letSimulatedKeysThroughWhileTheKeyIsStillHeld) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   ASSERT_EQ(runProgram("xset r rate 100 50"), 0);
   FocusedWindow window;
   PressCounter counter(KEY_F2);
@@ -170,7 +168,7 @@ TEST_F(HotKeys, letSimulatedKeysThroughWhileTheKeyIsStillHeld) {
   LinuxKeyEvents keyEvents(x11, [] { return true; });
   ASSERT_TRUE(counter.reaches(counter.presses() + 3));
   for (const bool down : {true, false}) {
-    const auto event = keyEvents.createKeyboardEvent(nullptr, 8, down);
+    const auto event = keyEvents.createKeyboardEvent(nullptr, kKeyC, down);
     ASSERT_NE(event, nullptr);
     event->setFlags(kEventFlagCommand);
     keyEvents.post(EventTap::hid, *event);
@@ -181,7 +179,7 @@ TEST_F(HotKeys, letSimulatedKeysThroughWhileTheKeyIsStillHeld) {
 }
 
 TEST_F(HotKeys, fireForPressesOnTheServersOwnKeyboard) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   for (std::size_t count = 1; count <= 3; ++count) {
     typist.pressPhysically(KEY_F2);
     EXPECT_TRUE(pressedBecomes(count));
@@ -192,7 +190,7 @@ TEST_F(HotKeys, fireForPressesOnTheServersOwnKeyboard) {
 }
 
 TEST_F(HotKeys, letOtherKeysThroughWhileTheKeyIsStillHeld) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   FocusedWindow window;
   typist.press(KEY_F2);
   ASSERT_TRUE(pressedBecomes(1));
@@ -203,10 +201,10 @@ TEST_F(HotKeys, letOtherKeysThroughWhileTheKeyIsStillHeld) {
 
 TEST_F(HotKeys, areRefusedWhenAnotherProgramHoldsTheKey) {
   const Holder plain(KEY_F2, 0);
-  const HotKeyRegistration refused = add(kMacF2, 0, 1);
+  const HotKeyRegistration refused = add(kKeyF2, kNoModifiers, 1);
   EXPECT_EQ(refused.status, kHotKeyExistsErr);
   EXPECT_EQ(refused.ref, nullptr);
-  EXPECT_EQ(add(kMacF2, kShiftKey, 2).status, kNoErr);
+  EXPECT_EQ(add(kKeyF2, kShiftKey, 2).status, kNoErr);
 }
 
 TEST_F(HotKeys, areRefusedWhenAnotherProgramHoldsTheKeyThroughXInput2) {
@@ -214,48 +212,48 @@ TEST_F(HotKeys, areRefusedWhenAnotherProgramHoldsTheKeyThroughXInput2) {
   for (const KeyboardDevices::Id device : {readKeyboardDevices(*x11).core, KeyboardDevices::Id{1}}) {
     for (const std::uint32_t modifiers : {0U, std::uint32_t{XCB_MOD_MASK_LOCK}, kAnyModifier}) {
       const XInput2Holder holder(KEY_F2, modifiers, device);
-      EXPECT_EQ(add(kMacF2, 0, 1).status, kHotKeyExistsErr) << int{device} << " " << modifiers;
+      EXPECT_EQ(add(kKeyF2, kNoModifiers, 1).status, kHotKeyExistsErr) << int{device} << " " << modifiers;
     }
   }
   const XInput2Holder another(KEY_F2, XCB_MOD_MASK_SHIFT, readKeyboardDevices(*x11).core);
-  EXPECT_EQ(add(kMacF2, kShiftKey, 2).status, kHotKeyExistsErr);
-  ASSERT_EQ(add(kMacF2, 0, 3).status, kNoErr);
+  EXPECT_EQ(add(kKeyF2, kShiftKey, 2).status, kHotKeyExistsErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 3).status, kNoErr);
   typist.tap(KEY_F2);
   EXPECT_TRUE(pressedBecomes(1));
 }
 
 TEST_F(HotKeys, leaveNothingBehindWhereTheyLookedForOtherHolders) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   const XInput2Holder later(KEY_F2, 0, readKeyboardDevices(*x11).core);
 }
 
 TEST_F(HotKeys, areRefusedWholeWhenOnlyOneLockCombinationIsTaken) {
   {
     const Holder withCapsLock(KEY_F2, XCB_MOD_MASK_LOCK);
-    EXPECT_EQ(add(kMacF2, 0, 1).status, kHotKeyExistsErr);
+    EXPECT_EQ(add(kKeyF2, kNoModifiers, 1).status, kHotKeyExistsErr);
     FocusedWindow window;
     typist.tap(KEY_F2);
     settle();
     EXPECT_EQ(window.keys(), "+68 -68");  // nothing of the failed registration is left
   }
-  EXPECT_EQ(add(kMacF2, 0, 2).status, kNoErr);
+  EXPECT_EQ(add(kKeyF2, kNoModifiers, 2).status, kNoErr);
 }
 
 TEST_F(HotKeys, areRefusedWhenThisProgramHoldsTheCombinationItself) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
-  EXPECT_EQ(add(kMacF2, 0, 2).status, kHotKeyExistsErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
+  EXPECT_EQ(add(kKeyF2, kNoModifiers, 2).status, kHotKeyExistsErr);
   typist.tap(KEY_F2);
   EXPECT_TRUE(pressedBecomes(1));
   EXPECT_THAT(pressed, testing::ElementsAre(1));
 }
 
 TEST_F(HotKeys, areRefusedForKeysThatDoNotExist) {
-  EXPECT_EQ(add(52, 0, 1).status, kHotKeyInvalidErr);
-  EXPECT_EQ(add(0xFFFFFFFF, 0, 1).status, kHotKeyInvalidErr);
+  EXPECT_EQ(add(KeyCode{52}, kNoModifiers, 1).status, kHotKeyInvalidErr);
+  EXPECT_EQ(add(KeyCode{0xFFFFFFFF}, kNoModifiers, 1).status, kHotKeyInvalidErr);
 }
 
 TEST_F(HotKeys, areFreeForOthersOnceUnregistered) {
-  const HotKeyRegistration registration = add(kMacF2, 0, 1);
+  const HotKeyRegistration registration = add(kKeyF2, kNoModifiers, 1);
   ASSERT_EQ(registration.status, kNoErr);
   EXPECT_EQ(service.unregisterHotKey(registration.ref), kNoErr);
   EXPECT_NE(service.unregisterHotKey(registration.ref), kNoErr);
@@ -268,7 +266,7 @@ TEST_F(HotKeys, areFreeForOthersOnceUnregistered) {
 }
 
 TEST_F(HotKeys, mayBeUnregisteredByTheirOwnHandler) {
-  const HotKeyRegistration registration = add(kMacF2, 0, 1);
+  const HotKeyRegistration registration = add(kKeyF2, kNoModifiers, 1);
   ASSERT_EQ(registration.status, kNoErr);
   int calls = 0;
   service.installHandler([&](const HotKeyEvent&) {
@@ -283,18 +281,18 @@ TEST_F(HotKeys, mayBeUnregisteredByTheirOwnHandler) {
 }
 
 TEST_F(HotKeys, areGivenBackAndRefusedOnceTheServiceHasStopped) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   service.stop();
   FocusedWindow window;
   typist.tap(KEY_F2);
   settle();
   EXPECT_TRUE(pressed.empty());
   EXPECT_EQ(window.keys(), "+68 -68");
-  EXPECT_NE(add(kMacA, kCmdKey, 2).status, kNoErr);
+  EXPECT_NE(add(kKeyA, kCmdKey, 2).status, kNoErr);
 }
 
 TEST_F(HotKeys, goOnAfterTheKeyboardMapChanged) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   // Num Lock moves to another modifier.
   ASSERT_EQ(runProgram("xmodmap -e 'clear mod2' -e 'clear mod3' -e 'add mod3 = Num_Lock'"), 0);
   ASSERT_TRUE(pumpUntil([&] {
@@ -308,7 +306,7 @@ TEST_F(HotKeys, goOnAfterTheKeyboardMapChanged) {
 }
 
 TEST_F(HotKeys, areTakenAgainAtTheNextChangeWhenAnotherProgramHeldThem) {
-  ASSERT_EQ(add(kMacF2, 0, 1).status, kNoErr);
+  ASSERT_EQ(add(kKeyF2, kNoModifiers, 1).status, kNoErr);
   const auto moveNumLock = [&](const std::string& from, const std::string& to) {
     const auto before = readModifierMasks(x11->get()).numLock;
     ASSERT_EQ(
@@ -333,7 +331,7 @@ TEST_F(HotKeys, areTakenAgainAtTheNextChangeWhenAnotherProgramHeldThem) {
 TEST(HotKeysWithoutDisplay, areRefused) {
   LinuxHotKeyService service(nullptr);
   EXPECT_EQ(service.installHandler([](const HotKeyEvent&) { return kNoErr; }), kNoErr);
-  EXPECT_EQ(service.registerHotKey(kMacF2, 0, {}).status, kHotKeyInvalidErr);
+  EXPECT_EQ(service.registerHotKey(kKeyF2, kNoModifiers, {}).status, kHotKeyInvalidErr);
 }
 
 }  // namespace

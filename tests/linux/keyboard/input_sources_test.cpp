@@ -14,8 +14,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr std::uint32_t kPlain = 0;
-constexpr std::uint32_t kShift = 2;
+constexpr Modifiers kPlain = kNoModifiers;
+constexpr Modifiers kShift = kShiftKey;
 
 TEST(RulesNames, pairLayoutsWithVariants) {
   using namespace std::string_literals;
@@ -92,13 +92,14 @@ struct Keyboard : testing::Test {
     ASSERT_TRUE(pumpUntil([&] { return over; }));
   }
   std::string currentId() { return idOf(sources.copyCurrentKeyboardLayoutInputSource()); }
-  std::u16string typed(const InputSourceRef& source, std::uint16_t keyCode, std::uint32_t modifiers,
+  std::u16string typed(const InputSourceRef& source, std::uint16_t keyCode, Modifiers modifiers,
                        std::size_t maxLength = 8) {
     const auto value = sources.property(source, InputSourceProperty::unicodeKeyLayoutData);
     std::uint32_t deadKeyState = 0;
     return sources
         .translate(*std::get<KeyLayoutDataRef>(value),
-                   {keyCode, KeyAction::down, modifiers, sources.keyboardType(), 0, maxLength}, deadKeyState)
+                   {KeyCode{keyCode}, KeyAction::down, modifiers, sources.keyboardType(), 0, maxLength},
+                   deadKeyState)
         .value();
   }
 };
@@ -236,8 +237,8 @@ TEST_F(Keyboard, reportsAnErrorWhenTheResultHasNoRoom) {
   display.setLayouts("us");
   const auto value = sources.property(enabled()[0], InputSourceProperty::unicodeKeyLayoutData);
   std::uint32_t deadKeyState = 0;
-  EXPECT_FALSE(
-      sources.translate(*std::get<KeyLayoutDataRef>(value), {0, KeyAction::down, 0, 0, 0, 0}, deadKeyState));
+  EXPECT_FALSE(sources.translate(*std::get<KeyLayoutDataRef>(value),
+                                 {kKeyA, KeyAction::down, kPlain, 0, 0, 0}, deadKeyState));
 }
 
 TEST_F(Keyboard, announcesAnotherSetOfLayoutsOnce) {

@@ -9,10 +9,6 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr std::uint16_t kMacC = 8;
-constexpr std::uint16_t kMacV = 9;
-constexpr std::uint16_t kMacA = 0;
-
 struct SimulatedKeys : testing::Test {
   VirtualDisplay display;
   Typist typist;
@@ -23,7 +19,7 @@ struct SimulatedKeys : testing::Test {
 
   SimulatedKeys() { display.setLayouts("us,il"); }
   EventFlags held() { return keyEvents.flagsState(EventSourceState::combinedSession); }
-  void type(std::uint16_t keyCode, EventFlags flags) {
+  void type(KeyCode keyCode, EventFlags flags) {
     for (const bool down : {true, false}) {
       const auto event =
           keyEvents.createKeyboardEvent(keyEvents.createSource(EventSourceState::hidSystem), keyCode, down);
@@ -32,15 +28,15 @@ struct SimulatedKeys : testing::Test {
       keyEvents.post(EventTap::hid, *event);
     }
   }
-  bool canMakeEvent() { return keyEvents.createKeyboardEvent(nullptr, kMacC, true) != nullptr; }
+  bool canMakeEvent() { return keyEvents.createKeyboardEvent(nullptr, kKeyC, true) != nullptr; }
 };
 
 TEST_F(SimulatedKeys, playCopyAndPasteTheSameInEveryLayout) {
   for (const std::uint8_t group : {std::uint8_t{0}, std::uint8_t{1}}) {
     typist.lockGroup(group);
     FocusedWindow window("Mousepad");
-    type(kMacC, kEventFlagCommand);
-    type(kMacV, kEventFlagCommand);
+    type(kKeyC, kEventFlagCommand);
+    type(kKeyV, kEventFlagCommand);
     EXPECT_TRUE(pumpUntil([&] { return window.keys() == "+37 +118 -118 -37 +50 +118 -118 -50"; }))
         << window.keys();
   }
@@ -48,10 +44,10 @@ TEST_F(SimulatedKeys, playCopyAndPasteTheSameInEveryLayout) {
 
 TEST_F(SimulatedKeys, playOtherKeysWithTheirModifiers) {
   FocusedWindow window;
-  type(kMacA, kEventFlagCommand | kEventFlagShift);
-  type(kMacC, 0);
-  type(kMacA, kEventFlagOption);
-  type(kMacA, kEventFlagControl);
+  type(kKeyA, kEventFlagCommand | kEventFlagShift);
+  type(kKeyC, kNoEventFlags);
+  type(kKeyA, kEventFlagOption);
+  type(kKeyA, kEventFlagControl);
   EXPECT_TRUE(pumpUntil([&] {
     return window.keys() == "+37 +50 +38 -38 -50 -37 +54 -54 +64 +38 -38 -64 +133 +38 -38 -133";
   })) << window.keys();
@@ -68,15 +64,15 @@ TEST_F(SimulatedKeys, holdTheKeysThatAreModifiersWhereverTheyArePrinted) {
         Row{"altwin:swap_lalt_lwin", "+37 +118 -118 -37 +50 +118 -118 -50 +37 +38 -38 -37"}}) {
     ASSERT_EQ(runProgram(std::string("setxkbmap -option '' -option ") + row.option), 0);
     FocusedWindow window;
-    type(kMacC, kEventFlagCommand);
-    type(kMacV, kEventFlagCommand);
-    type(kMacA, kEventFlagCommand);
+    type(kKeyC, kEventFlagCommand);
+    type(kKeyV, kEventFlagCommand);
+    type(kKeyA, kEventFlagCommand);
     EXPECT_EQ(window.keys(), row.keys) << row.option;
     EXPECT_EQ(typist.lockedModifiers(), 0) << row.option;
   }
   FocusedWindow window;
-  type(kMacA, kEventFlagOption);
-  type(kMacA, kEventFlagControl);
+  type(kKeyA, kEventFlagOption);
+  type(kKeyA, kEventFlagControl);
   EXPECT_EQ(window.keys(), "+133 +38 -38 -133 +64 +38 -38 -64");
 }
 
@@ -85,8 +81,8 @@ TEST_F(SimulatedKeys, holdTheOtherKeyOfAModifierThatHasLostOne) {
                        "-e 'keycode 37 = x' -e 'keycode 50 = y'"),
             0);
   FocusedWindow window;
-  type(kMacC, kEventFlagCommand);
-  type(kMacV, kEventFlagCommand);
+  type(kKeyC, kEventFlagCommand);
+  type(kKeyV, kEventFlagCommand);
   EXPECT_EQ(window.keys(), "+105 +118 -118 -105 +62 +118 -118 -62");
 }
 
@@ -96,7 +92,7 @@ TEST_F(SimulatedKeys, leaveTheGroupWhereTheirOwnKeyboardHasNoOther) {
     typist.tapPhysically(KEY_A);
     typist.lockGroup(group);
     FocusedWindow window;
-    type(kMacC, kEventFlagCommand);
+    type(kKeyC, kEventFlagCommand);
     EXPECT_EQ(window.keys(), "+37 +118 -118 -37");
     EXPECT_EQ(typist.group(), group);
   }
@@ -105,7 +101,7 @@ TEST_F(SimulatedKeys, leaveTheGroupWhereTheirOwnKeyboardHasNoOther) {
 TEST_F(SimulatedKeys, leaveTheGroupWhenNoKeyWasEverPressed) {
   typist.setKeyboardsApart("us", "us,il");
   typist.lockGroup(1);
-  type(kMacC, kEventFlagCommand);
+  type(kKeyC, kEventFlagCommand);
   EXPECT_EQ(typist.group(), 1);
 }
 
@@ -114,15 +110,15 @@ TEST_F(SimulatedKeys, letGoModifiersOfAnotherKeyboardToo) {
   typist.tapPhysically(KEY_F2);
   EXPECT_EQ(held(), kEventFlagShift);
   FocusedWindow window;
-  type(kMacC, kEventFlagCommand);
+  type(kKeyC, kEventFlagCommand);
   EXPECT_EQ(window.keys(), "-50 +37 +118 -118 -37");
-  EXPECT_EQ(held(), 0U);
+  EXPECT_EQ(held(), kNoEventFlags);
   typist.release(KEY_LEFTSHIFT);
 }
 
 TEST_F(SimulatedKeys, leaveNoKeyDown) {
-  type(kMacC, kEventFlagCommand);
-  EXPECT_TRUE(pumpUntil([&] { return held() == 0; }));
+  type(kKeyC, kEventFlagCommand);
+  EXPECT_TRUE(pumpUntil([&] { return held() == kNoEventFlags; }));
   EXPECT_FALSE(typist.isDown(KEY_INSERT));
   EXPECT_FALSE(typist.isDown(KEY_LEFTCTRL));
 }
@@ -133,17 +129,17 @@ TEST_F(SimulatedKeys, haveTheirOwnModifiersOnlyWhateverTheUserHolds) {
   EXPECT_EQ(held(), kEventFlagShift | kEventFlagCommand);
   {
     FocusedWindow window;
-    type(kMacC, kEventFlagCommand);
+    type(kKeyC, kEventFlagCommand);
     EXPECT_TRUE(pumpUntil([&] { return window.keys() == "-50 -37 +37 +118 -118 -37"; })) << window.keys();
   }
-  EXPECT_EQ(held(), 0U);
+  EXPECT_EQ(held(), kNoEventFlags);
   typist.releasePhysically(KEY_LEFTSHIFT);
   typist.releasePhysically(KEY_LEFTCTRL);
-  EXPECT_EQ(held(), 0U);
+  EXPECT_EQ(held(), kNoEventFlags);
   typist.pressPhysically(KEY_LEFTSHIFT);
   EXPECT_EQ(held(), kEventFlagShift);
   typist.releasePhysically(KEY_LEFTSHIFT);
-  EXPECT_EQ(held(), 0U);
+  EXPECT_EQ(held(), kNoEventFlags);
 }
 
 TEST_F(SimulatedKeys, knowTheModifiersThatAreHeld) {
@@ -154,17 +150,17 @@ TEST_F(SimulatedKeys, knowTheModifiersThatAreHeld) {
   for (const Row& row : {Row{KEY_LEFTCTRL, kEventFlagCommand}, Row{KEY_RIGHTCTRL, kEventFlagCommand},
                          Row{KEY_LEFTSHIFT, kEventFlagShift}, Row{KEY_RIGHTSHIFT, kEventFlagShift},
                          Row{KEY_LEFTALT, kEventFlagOption}, Row{KEY_RIGHTALT, kEventFlagOption},
-                         Row{KEY_LEFTMETA, kEventFlagControl}, Row{KEY_A, 0}}) {
+                         Row{KEY_LEFTMETA, kEventFlagControl}, Row{KEY_A, kNoEventFlags}}) {
     typist.press(row.key);
     EXPECT_EQ(held(), row.flag) << row.key;
     typist.release(row.key);
-    EXPECT_EQ(held(), 0U) << row.key;
+    EXPECT_EQ(held(), kNoEventFlags) << row.key;
   }
 }
 
 TEST_F(SimulatedKeys, doNotTakeLocksForHeldModifiers) {
   typist.lockModifiers(0xFF);
-  EXPECT_EQ(held(), 0U);
+  EXPECT_EQ(held(), kNoEventFlags);
 }
 
 TEST_F(SimulatedKeys, areRefusedInATerminal) {
@@ -195,14 +191,14 @@ TEST_F(SimulatedKeys, tellOfARefusalAndOfNothingElse) {
 }
 
 TEST_F(SimulatedKeys, areRefusedForKeysThatDoNotExist) {
-  EXPECT_EQ(keyEvents.createKeyboardEvent(nullptr, 52, true), nullptr);
+  EXPECT_EQ(keyEvents.createKeyboardEvent(nullptr, KeyCode{52}, true), nullptr);
 }
 
 TEST(KeyEventsWithoutDisplay, areRefused) {
   LinuxKeyEvents keyEvents(nullptr, [] { return true; });
   EXPECT_EQ(keyEvents.createSource(EventSourceState::hidSystem), nullptr);
-  EXPECT_EQ(keyEvents.createKeyboardEvent(nullptr, kMacC, true), nullptr);
-  EXPECT_EQ(keyEvents.flagsState(EventSourceState::combinedSession), 0U);
+  EXPECT_EQ(keyEvents.createKeyboardEvent(nullptr, kKeyC, true), nullptr);
+  EXPECT_EQ(keyEvents.flagsState(EventSourceState::combinedSession), kNoEventFlags);
 }
 
 }  // namespace

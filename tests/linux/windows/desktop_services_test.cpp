@@ -92,9 +92,6 @@ TEST_F(AlertOnTheDesktop, leavesNoKeyAndNoClickToTheRecorderBehindIt) {
   EXPECT_EQ(seen, 0);
 }
 
-constexpr std::uint32_t kMacF9 = 101;
-constexpr std::uint32_t kMacF10 = 109;
-
 struct ApplicationOnTheDesktop : Desktop {
   Application& application = host.application();
   int launches = 0;
@@ -151,11 +148,11 @@ TEST_F(ApplicationOnTheDesktop, windowsAndHotKeysGoAtItsEndBeforeTheLastWork) {
       host.recorderWindows().create({}, {.save = {}, .cancel = {}, .willClose = [&] { ++closes; }});
   runWith([&] {
     window->showAndMakeKey();
-    before = host.hotKeyService().registerHotKey(kMacF9, 0, {}).status;
+    before = host.hotKeyService().registerHotKey(kKeyF9, kNoModifiers, {}).status;
     application.terminate();
     host.runLoop().dispatchAfter(60ms, [&] {
       for (const QWidget* each : QApplication::topLevelWidgets()) visible += each->isVisible() ? 1 : 0;
-      after = host.hotKeyService().registerHotKey(kMacF10, 0, {}).status;
+      after = host.hotKeyService().registerHotKey(kKeyF10, kNoModifiers, {}).status;
     });
   });
   EXPECT_EQ(closes, 0);

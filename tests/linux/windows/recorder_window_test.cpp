@@ -224,7 +224,7 @@ struct KeysOfTheRecorder : Recorder {
     for (const int key : keys) typist.press(key);
     for (auto key = keys.rbegin(); key != keys.rend(); ++key) typist.release(*key);
   }
-  void expectNext(std::uint16_t keyCode, EventFlags flags) {
+  void expectNext(KeyCode keyCode, EventFlags flags) {
     ASSERT_TRUE(pumpUntil([&] { return !seen.empty(); }));
     EXPECT_EQ(seen.front().keyCode, keyCode);
     EXPECT_EQ(seen.front().modifierFlags, flags);
@@ -234,23 +234,23 @@ struct KeysOfTheRecorder : Recorder {
 
 TEST_F(KeysOfTheRecorder, arriveAsMacKeyCodesAndFlags) {
   press({KEY_F5});
-  expectNext(96, kEventFlagSecondaryFn);
+  expectNext(kKeyF5, kEventFlagSecondaryFn);
   press({KEY_ESC});
-  expectNext(53, 0);
+  expectNext(kKeyEscape, kNoEventFlags);
   press({KEY_ENTER});
-  expectNext(36, 0);
+  expectNext(kKeyReturn, kNoEventFlags);
   press({KEY_TAB});
-  expectNext(48, 0);
+  expectNext(kKeyTab, kNoEventFlags);
   press({KEY_LEFTSHIFT, KEY_TAB});
-  expectNext(48, kEventFlagShift);
+  expectNext(kKeyTab, kEventFlagShift);
   press({KEY_LEFTCTRL, KEY_Q});
-  expectNext(12, kEventFlagCommand);
+  expectNext(KeyCode{12}, kEventFlagCommand);
   press({KEY_LEFTALT, KEY_F});
-  expectNext(3, kEventFlagOption);
+  expectNext(KeyCode{3}, kEventFlagOption);
   press({KEY_LEFTALT, KEY_F4});
-  expectNext(118, kEventFlagOption | kEventFlagSecondaryFn);
+  expectNext(kKeyF4, kEventFlagOption | kEventFlagSecondaryFn);
   press({KEY_LEFTMETA, KEY_LEFTSHIFT, KEY_SPACE});
-  expectNext(49, kEventFlagControl | kEventFlagShift);
+  expectNext(kKeySpace, kEventFlagControl | kEventFlagShift);
   EXPECT_TRUE(shown().isVisible());
   EXPECT_EQ(events, "");
 }
@@ -261,7 +261,7 @@ TEST_F(KeysOfTheRecorder, areNoEventsWhenTheyAreModifiersAlone) {
     press({key});
   }
   press({KEY_F1});
-  expectNext(122, kEventFlagSecondaryFn);
+  expectNext(kKeyF1, kEventFlagSecondaryFn);
 }
 
 TEST_F(KeysOfTheRecorder, areNoEventsWhenAModifierSwitchesTheLayout) {
@@ -276,7 +276,7 @@ TEST_F(KeysOfTheRecorder, areNoEventsWhenAModifierSwitchesTheLayout) {
     press({KEY_CAPSLOCK});
     press({KEY_CAPSLOCK});
     press({KEY_F1});
-    expectNext(122, kEventFlagSecondaryFn);
+    expectNext(kKeyF1, kEventFlagSecondaryFn);
     EXPECT_TRUE(seen.empty());
   }
   EXPECT_EQ(runProgram("setxkbmap -rules evdev -model pc105 -layout us -option ''"), 0);
@@ -288,7 +288,7 @@ TEST_F(KeysOfTheRecorder, pressNoButtonWhenAMacKeyboardHasNoneSuch) {
   ASSERT_EQ(runProgram("xmodmap -e 'keycode 107 = space'"), 0);
   press({KEY_SYSRQ});
   press({KEY_F1});
-  expectNext(122, kEventFlagSecondaryFn);
+  expectNext(kKeyF1, kEventFlagSecondaryFn);
   EXPECT_TRUE(seen.empty());
   EXPECT_EQ(events, "");
   EXPECT_EQ(runProgram("xmodmap -e 'keycode 107 = Print'"), 0);
@@ -312,7 +312,7 @@ TEST_F(KeysOfTheRecorder, areSeenNoMoreAfterTheHandlerRemovedItsMonitor) {
   });
   button("ביטול").setFocus();
   press({KEY_F1});
-  expectNext(122, kEventFlagSecondaryFn);
+  expectNext(kKeyF1, kEventFlagSecondaryFn);
   press({KEY_SPACE});
   EXPECT_TRUE(pumpUntil([&] { return events == "c"; }));
   EXPECT_TRUE(seen.empty());
