@@ -4,8 +4,10 @@
 
     check_style.py format            clang-format agrees with every source
     check_style.py format-canary     clang-format refuses scripts/canaries/format.cpp
+    check_style.py headers DATABASE  every header of the product compiles by itself
+    check_style.py headers-canary    a header that leaves out what it needs is refused, a complete one is not
     check_style.py tidy DATABASE     clang-tidy accepts every source of the product in the compilation database, with its headers
-    check_style.py tidy-canary       clang-tidy refuses the lines of scripts/canaries/naming.cpp that say "denied", no others
+    check_style.py tidy-canary       clang-tidy refuses the lines of scripts/canaries/*.cpp that say "denied", no others
 
 clang-tidy remembers in build/tidy-cache which translation units it has accepted, by a digest of everything that it
 reads, so that a second run looks at what has changed only.
@@ -26,6 +28,7 @@ from sources import CANARIES, ROOT, sources
 
 CLANG_FORMAT = "clang-format-14"
 CLANG_TIDY = "clang-tidy-14"
+CLANG = "clang++-14"
 CACHE = ROOT / "build" / "tidy-cache"
 
 # What the check looks at. Tests, benchmarks and fuzz targets are two thirds of the translation units and would take more
@@ -56,21 +59,97 @@ def check_format_canary():
     return refused
 
 
-def check_tidy_canary():
-    canary = CANARIES / "naming.cpp"
+def check_tidy_canaries():
+    """In each canary the lines that say "denied" must be refused by the check that the file stands for, and no others."""
+    return all([check_tidy_canary("naming.cpp", "readability-identifier-naming"),
+                check_tidy_canary("braces.cpp", "readability-braces-around-statements")])
+
+
+def check_tidy_canary(name, rule):
+    canary = CANARIES / name
     lines = canary.read_text(encoding="utf-8").split("\n")
     expected = {n for n, line in enumerate(lines, start=1) if line.endswith("// denied")}
     result = run([CLANG_TIDY, "--quiet", str(canary), "--", "-std=c++20"])
-    refused = {int(n) for n in re.findall(r"naming\.cpp:(\d+):\d+: error: .*\[readability-identifier-naming", result.stdout)}
+    refused = {int(n) for n in re.findall(rf"{re.escape(name)}:(\d+):\d+: error: .*\[{rule}", result.stdout)}
     for number in sorted(expected - refused):
-        print(f"scripts/canaries/naming.cpp:{number}: should be refused and was accepted")
+        print(f"scripts/canaries/{name}:{number}: should be refused and was accepted")
     for number in sorted(refused - expected):
-        print(f"scripts/canaries/naming.cpp:{number}: should be accepted and was refused")
+        print(f"scripts/canaries/{name}:{number}: should be accepted and was refused")
     good = result.returncode != 0 and refused == expected and expected
     if not good:
         print(result.stdout)
-    print(f"tidy: {len(expected)} wrong names in the canary, {len(expected & refused)} of them refused")
+    print(f"tidy: {len(expected)} lines of {name} break {rule}, {len(expected & refused)} of them refused")
     return bool(good)
+
+
+def options_by_file(database):
+    """What each checked source is compiled with."""
+    options = {}
+    for entry in json.loads((database / "compile_commands.json").read_text(encoding="utf-8")):
+        file = Path(os.path.normpath(os.path.join(entry["directory"], entry["file"])))
+        if ROOT in file.parents and file.relative_to(ROOT).parts[0] in CHECKED:
+            options.setdefault(file, options_of(entry["command"]))
+    return options
+
+
+def options_of(command):
+    """What a command of the compilation database says except the compiler, its input, its output and precompiled headers."""
+    words, options = iter(shlex.split(command)[1:]), []
+    for word in words:
+        if word in ("-o", "-MF", "-MT", "-c", "-Xclang", "-include"):  # the last two bring a precompiled header
+            next(words)
+        elif word == "-isystem":
+            options.append(word + next(words))  # in one word, so that doubles can be left out
+        elif word not in ("-MD", "-Winvalid-pch"):
+            options.append(word)
+    return options
+
+
+def compiles_alone(header, options):
+    """What the compiler has against a file that includes this header and nothing else; empty when it has nothing."""
+    result = subprocess.run([CLANG, *options, "-Wno-everything", "-fsyntax-only", "-"], cwd=ROOT, input=f'#include "{header}"\n',
+                            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, encoding="utf-8", errors="replace")
+    return "" if result.returncode == 0 else result.stdout or f"clang ended with {result.returncode}"
+
+
+def check_headers(database):
+    """A header is compiled as the sources of its folder are, those of macOS against the headers in tests/mac/sdk."""
+    by_folder = {}
+    for file, options in options_by_file(database).items():
+        if file.suffix == ".cpp":
+            by_folder.setdefault(file.parent, []).extend(options)
+    mac = ROOT / "platform" / "mac"
+    sdk = ROOT / "tests" / "mac" / "sdk"
+    by_folder[mac] = ["-x", "objective-c++", "-std=c++20", "-fobjc-runtime=macosx-13.0", "-fblocks", "-fobjc-arc", f"-I{ROOT}",
+                      "-isystem", str(sdk / "usr/include"), "-iframework", str(sdk / "System/Library/Frameworks")]
+    headers = [file for file in sources() if file.suffix == ".h" and file.relative_to(ROOT).parts[0] in CHECKED]
+
+    def check_header(header):
+        options = by_folder.get(header.parent)
+        if options is None:
+            return header, f"{database} has no source in its folder\n"
+        language = [] if header.parent == mac else ["-x", "c++"]
+        return header, compiles_alone(header, [*language, *options])
+
+    wrong = 0
+    with concurrent.futures.ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
+        for header, said in pool.map(check_header, headers):
+            if said:
+                wrong += 1
+                print(f"{header.relative_to(ROOT)} does not compile by itself:\n{said}", end="")
+    print(f"headers: {len(headers)} files, {wrong} wrong")
+    return wrong == 0 and len(headers) > 0
+
+
+def check_headers_canary():
+    options = ["-x", "c++", "-std=c++20"]
+    incomplete = compiles_alone(CANARIES / "headers" / "incomplete.h", options)
+    complete = compiles_alone(CANARIES / "headers" / "complete.h", options)
+    if "std::string" not in incomplete and "'std'" not in incomplete:
+        print("headers: incomplete.h was accepted, so the check is switched off:\n" + incomplete)
+        return False
+    print("headers: incomplete.h was refused, complete.h was " + ("accepted" if not complete else "refused as well:\n" + complete))
+    return not complete
 
 
 def digest_of(entry):
@@ -138,9 +217,12 @@ def main(arguments):
     if arguments == ["format-canary"]:
         return check_format_canary()
     if arguments == ["tidy-canary"]:
-        return check_tidy_canary()
-    if len(arguments) == 2 and arguments[0] == "tidy":
-        return check_tidy((ROOT / arguments[1]).resolve())
+        return check_tidy_canaries()
+    if arguments == ["headers-canary"]:
+        return check_headers_canary()
+    if len(arguments) == 2 and arguments[0] in ("headers", "tidy"):
+        check = check_headers if arguments[0] == "headers" else check_tidy
+        return check((ROOT / arguments[1]).resolve())
     sys.exit(__doc__)
 
 

@@ -7,6 +7,9 @@
 # Only what is missing is installed. When nothing is missing the network is not touched.
 # Written for the bash 3.2 of macOS too: no associative arrays, no mapfile.
 
+# To compile the rooms for the host in memory and test them there.
+packages_fast="g++ cmake ninja-build libicu-dev libgtest-dev libgmock-dev unicode-data python3"
+
 # To compile the agent and the command-line tools.
 packages_build="g++ cmake ninja-build pkg-config libicu-dev qt6-base-dev qt6-svg-dev libglib2.0-dev
   libxcb1-dev libxcb-xfixes0-dev libxcb-xinput-dev libxcb-xkb-dev libxcb-xtest0-dev
@@ -30,10 +33,13 @@ packages_large="chromium firefox-esr libreoffice-writer libreoffice-gtk3 kate"
 # The benchmarks of the preset `bench`.
 packages_bench="libbenchmark-dev"
 
-setup_say() { printf '%s\n' "$*"; }
+# Colour on a terminal only, and never where NO_COLOR is set.
+setup_say() {
+  if [ -t 1 ] && [ -z "${NO_COLOR:-}" ]; then printf '\033[1m%s\033[0m\n' "$*"; else printf '%s\n' "$*"; fi
+}
 
 setup_fail() {
-  printf 'error: %s\n' "$*" >&2
+  if [ -t 2 ] && [ -z "${NO_COLOR:-}" ]; then printf '\033[31merror:\033[0m %s\n' "$*" >&2; else printf 'error: %s\n' "$*" >&2; fi
   exit 1
 }
 
@@ -42,6 +48,7 @@ setup_packages() {
   local set
   for set in "$@"; do
     case $set in
+      fast) printf '%s\n' $packages_fast ;;
       build) printf '%s\n' $packages_build ;;
       desktop) printf '%s\n' $packages_desktop ;;
       test) printf '%s\n' $packages_test ;;
@@ -87,8 +94,15 @@ setup_apt_get() {
   return "${PIPESTATUS[0]}"
 }
 
+# What apt-get says that an installation of these packages fetches and takes, with all that they need in turn.
+setup_size() {
+  setup_as_root env LC_ALL=C apt-get -q --assume-no -o DPkg::Lock::Timeout=300 --no-install-recommends install "$@" 2>/dev/null |
+    sed -n -e 's/^Need to get \(.*\) of archives\.$/\1 to fetch/p' -e 's/^After this operation, \(.*\) of additional disk space.*/\1 on the disk/p' |
+    paste -s -d , - | sed 's/,/, /'
+}
+
 setup_debian() {
-  local missing count log why
+  local missing count log size why
   missing=$(setup_packages "$@" | setup_missing)
   if [ -z "$missing" ]; then
     setup_say "set-up: everything for $* is installed"
@@ -105,6 +119,8 @@ setup_debian() {
   : >"$log"
   setup_apt_get "$log" update ||
     setup_fail "apt-get could not read its package lists ($(setup_reason "$log")); the whole story is in $log"
+  size=$(setup_size $missing)
+  setup_say "set-up: with what they need in turn: ${size:-apt-get does not say how much}"
   if ! setup_apt_get "$log" install --no-install-recommends $missing; then
     setup_fail "apt-get could not install the packages ($(setup_reason "$log")); the whole story is in $log"
   fi
@@ -152,8 +168,8 @@ lexwend_setup() {
   local set
   for set in "$@"; do
     case $set in
-      build | desktop | test | large | bench) ;;
-      *) setup_fail "there is no set of packages called '$set'; the sets are build, desktop, test, large and bench" ;;
+      fast | build | desktop | test | large | bench) ;;
+      *) setup_fail "there is no set of packages called '$set'; the sets are fast, build, desktop, test, large and bench" ;;
     esac
   done
   case $(uname -s) in
@@ -170,6 +186,6 @@ lexwend_setup() {
 if [ "${BASH_SOURCE[0]}" = "$0" ]; then
   set -u -o pipefail
   cd "$(dirname "$0")/.." || exit 1
-  [ $# -gt 0 ] || setup_fail "usage: scripts/setup.sh SET... (build, desktop, test, large, bench)"
+  [ $# -gt 0 ] || setup_fail "usage: scripts/setup.sh SET... (fast, build, desktop, test, large, bench)"
   lexwend_setup "$@"
 fi

@@ -17,7 +17,22 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 LINES_OF_FAILURE = 20
+STARTED = time.monotonic()
+BOLD, RED, GREEN = 1, 31, 32
 SKIPPED = ("SKIP_REGULAR_EXPRESSION_MATCHED", "SKIP_RETURN_CODE")
+
+
+def coloured(text, code):
+    """Colour on a terminal only, and never where NO_COLOR is set."""
+    if not sys.stdout.isatty() or os.environ.get("NO_COLOR"):
+        return text
+    return f"\033[{code}m{text}\033[0m"
+
+
+def headline(name):
+    """The start of a step; a person who waits also sees how long the run has taken so far."""
+    minutes, seconds = divmod(int(time.monotonic() - STARTED), 60)
+    print("\n" + coloured(f"== {name}", BOLD) + (f"  ({minutes}:{seconds:02} so far)" if sys.stdout.isatty() else ""), flush=True)
 
 
 class Tally:
@@ -37,19 +52,22 @@ class Tally:
         self.rows.append((name, seconds, passed, failed, skipped))
 
     def close(self):
-        print("\n== summary")
+        headline("summary")
         for name, seconds, passed, failed, skipped in self.rows:
-            print(f"  {'FAILED' if failed else 'ok':6}  {seconds:5.0f} s  {name}: {passed} passed, {failed} failed, {skipped} skipped")
+            verdict = coloured("FAILED", RED) if failed else coloured("ok    ", GREEN)
+            print(f"  {verdict}  {seconds:5.0f} s  {name}: {passed} passed, {failed} failed, {skipped} skipped")
         for name, said in self.wrong:
-            print(f"  failed: {name}")
+            print("  " + coloured(f"failed: {name}", RED))
             for line in said.splitlines()[-LINES_OF_FAILURE:]:
                 print(f"    {line}")
         failed, skipped = self.failed, self.skipped
         if skipped and os.environ.get("CI") == "true":
             print(f"  {skipped} skipped tests count as failures here, because CI=true")
             failed, skipped = failed + skipped, 0
-        print(f"\n{self.passed} passed, {failed} failed" + (f", {skipped} skipped" if skipped else ""))
-        return 0 if failed == 0 and self.passed > 0 else 1
+        good = failed == 0 and self.passed > 0
+        closing = f"{self.passed} passed, {failed} failed" + (f", {skipped} skipped" if skipped else "")
+        print("\n" + coloured(closing, GREEN if good else RED))
+        return 0 if good else 1
 
 
 def run(*command):
@@ -59,7 +77,7 @@ def run(*command):
 
 def check(tally, name, *command):
     """One command that passes or fails as a whole."""
-    print(f"\n== {name}", flush=True)
+    headline(name)
     start = time.monotonic()
     good = run(*command) == 0
     tally.add(name, time.monotonic() - start, 1 if good else 0, 0 if good else 1)
@@ -69,7 +87,7 @@ def check(tally, name, *command):
 
 
 def build(tally, preset, *options):
-    print(f"\n== build {preset}", flush=True)
+    headline(f"build {preset}")
     start = time.monotonic()
     good = run("cmake", "--preset", preset, *options) == 0 and run("cmake", "--build", "--preset", preset) == 0
     tally.add(f"build {preset}", time.monotonic() - start, 1 if good else 0, 0 if good else 1)
@@ -93,7 +111,7 @@ def outcomes(report):
 
 
 def tests(tally, preset, *options):
-    print(f"\n== tests {preset}", flush=True)
+    headline(f"tests {preset}")
     start = time.monotonic()
     folder = ROOT / "build" / preset
     report = folder / "tests.xml"
@@ -119,6 +137,7 @@ def build_and_test(tally, preset, build_options=(), test_options=()):
 
 def main():
     parser = argparse.ArgumentParser()
+    parser.add_argument("--fast", action="store_true")
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--all", action="store_true")
     wanted = parser.parse_args()
@@ -134,6 +153,9 @@ def main():
     # Without the tools that execute and link the macOS host here, its tests would be gone without a word.
     mac_host = ["-DLEXWEND_REQUIRE_MAC=ON"] if linux and platform.machine() == "x86_64" else []
 
+    if wanted.fast:
+        build_and_test(tally, "fake")
+        return tally.close()
     if linux:
         # The desktop tests drive real applications; one build of them is enough. The same build counts the lines that
         # the other tests reach: instrumented code runs a little slower, a build of its own would take minutes.
@@ -155,7 +177,9 @@ def main():
         if linux:
             check(tally, "format", python, "scripts/check_style.py", "format")
             check(tally, "canary of the format", python, "scripts/check_style.py", "format-canary")
-            check(tally, "canary of the names", python, "scripts/check_style.py", "tidy-canary")
+            check(tally, "headers", python, "scripts/check_style.py", "headers", "build/clang")
+            check(tally, "canary of the headers", python, "scripts/check_style.py", "headers-canary")
+            check(tally, "canaries of clang-tidy", python, "scripts/check_style.py", "tidy-canary")
             check(tally, "clang-tidy", python, "-u", "scripts/check_style.py", "tidy", "build/clang")
     return tally.close()
 

@@ -4,7 +4,7 @@
 Everything lives in a temporary folder and ends with the session. Nothing sleeps for a guess: `until` polls a condition
 against a deadline and says what it waited for. One session per process, because the accessibility library binds to the
 first bus that it sees. LEXWEND_DESKTOP_VERBOSE shows what the programs say, LEXWEND_DESKTOP_PICTURES names a folder for a
-picture of the screen as a failure left it.
+picture of the screen as a failure left it, LEXWEND_DESKTOP_HOLD keeps the desktop open at its end until Return is pressed.
 """
 import ctypes
 import os
@@ -289,9 +289,18 @@ class Session:
                 self._tell()
         except (OSError, subprocess.SubprocessError) as trouble:
             print(f'no more can be told: {trouble}', file=sys.stderr)
+        if os.environ.get('LEXWEND_DESKTOP_HOLD') and self.display:
+            self._hold()
         for process in reversed(self.processes):
             self.end(process)
         shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _hold(self):
+        """Leaves everything running and says how another terminal reaches it."""
+        for name in ('DISPLAY', 'DBUS_SESSION_BUS_ADDRESS', 'XDG_RUNTIME_DIR', 'HOME'):
+            print(f"export {name}='{os.environ.get(name, '')}'")
+        print('The desktop is still there. Return ends it.', flush=True)
+        sys.stdin.readline()
 
     def _start(self):
         runtime = self.folder / 'run'

