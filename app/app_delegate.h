@@ -9,7 +9,7 @@
 #include "hotkey/hot_key_center.h"
 #include "hotkey/hot_key_recorder.h"
 #include "platform/keys.h"
-#include "platform/run_loop.h"
+#include "platform/registration.h"
 #include "platform/status_item.h"
 
 namespace lexwend {
@@ -61,7 +61,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
 
   // permission.cpp: Accessibility permission, system events, login item
   void startPermissionPolling();
-  void permissionPollingTick(platform::Timer& timer);
+  void permissionPollingTick();
   void observeSystemEvents();
   void didWake();
   void enabledLayoutsChanged();
@@ -73,7 +73,9 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   HotKeyCenter& hotKeyCenter_;
   platform::StatusItemRef statusItem_;
   LayoutMap layoutMap_;
-  platform::TimerRef permissionTimer_;
+  platform::Registration permissionTimer_;
+  platform::Registration wakeObserver_;
+  platform::Registration layoutObserver_;
   platform::MenuItemRef fixItem_;
   platform::MenuItemRef changeKeyItem_;
   std::shared_ptr<HotKeyRecorderWindowController> recorder_;

@@ -11,6 +11,7 @@
 #include "platform/accessibility.h"
 #include "platform/application.h"
 #include "platform/input_sources.h"
+#include "platform/run_loop.h"
 #include "platform/workspace.h"
 #include "support/log.h"
 #include "support/settings.h"

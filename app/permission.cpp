@@ -8,6 +8,7 @@
 #include "platform/application.h"
 #include "platform/input_sources.h"
 #include "platform/login_item.h"
+#include "platform/run_loop.h"
 #include "platform/workspace.h"
 #include "support/settings.h"
 #include "text/text_access.h"
@@ -20,27 +21,21 @@ constexpr std::chrono::milliseconds kPollingInterval{2000};
 }  // namespace
 
 void AppDelegate::startPermissionPolling() {
-  if (permissionTimer_ != nullptr) permissionTimer_->invalidate();
-  permissionTimer_ = platform::runLoop().scheduledRepeatingTimer(
-      kPollingInterval, [weak = weak_from_this()](platform::Timer& timer) {
-        if (const auto self = weak.lock()) {
-          self->permissionPollingTick(timer);
-        } else {
-          timer.invalidate();
-        }
-      });
+  permissionTimer_.cancel();
+  permissionTimer_ = platform::runLoop().scheduledRepeatingTimer(kPollingInterval,
+                                                                 weakly(&AppDelegate::permissionPollingTick));
 }
 
-void AppDelegate::permissionPollingTick(platform::Timer& timer) {
+void AppDelegate::permissionPollingTick() {
   if (!platform::accessibility().isProcessTrusted()) return;
-  timer.invalidate();
-  permissionTimer_.reset();
+  permissionTimer_.cancel();
   refreshMenuState();
 }
 
 void AppDelegate::observeSystemEvents() {
-  platform::workspace().observeDidWake(weakly(&AppDelegate::didWake));
-  platform::inputSourceService().observeEnabledLayoutsChanged(weakly(&AppDelegate::enabledLayoutsChanged));
+  wakeObserver_ = platform::workspace().observeDidWake(weakly(&AppDelegate::didWake));
+  layoutObserver_ = platform::inputSourceService().observeEnabledLayoutsChanged(
+      weakly(&AppDelegate::enabledLayoutsChanged));
 }
 
 void AppDelegate::didWake() {

@@ -33,6 +33,10 @@ HotKeyCenter& HotKeyCenter::shared() {
   return *kShared;
 }
 
+HotKeyCenter::~HotKeyCenter() {
+  for (auto& [id, hotKey] : hotKeys_) hotKey.letStand();
+}
+
 bool HotKeyCenter::registerHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers, Action action) {
   installIfNeeded();
 
@@ -40,18 +44,18 @@ bool HotKeyCenter::registerHotKey(platform::KeyCode keyCode, platform::Modifiers
   if (id == std::numeric_limits<std::uint32_t>::max()) fatal("the ids of hot keys ran out");
   nextId_ = id + 1;
 
-  const platform::HotKeyRegistration registration =
+  platform::HotKeyRegistration registration =
       platform::hotKeyService().registerHotKey(keyCode, modifiers, {kSignature, id});
-  if (registration.status != platform::kNoErr || registration.ref == nullptr) return false;
+  if (registration.status != platform::kNoErr || !registration.hotKey) return false;
 
   (*actions_)[id] = std::move(action);
-  refs_[id] = registration.ref;
+  hotKeys_[id] = std::move(registration.hotKey);
   return true;
 }
 
 void HotKeyCenter::unregisterAll() {
-  for (const auto& [id, ref] : refs_) platform::hotKeyService().unregisterHotKey(ref);
-  refs_.clear();
+  for (auto& [id, hotKey] : hotKeys_) hotKey.cancel();
+  hotKeys_.clear();
   actions_->clear();
 }
 

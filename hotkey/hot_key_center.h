@@ -23,6 +23,8 @@ class HotKeyCenter {
   static HotKeyCenter& shared();
 
   HotKeyCenter() = default;
+  /// Unregisters nothing: what is registered stays until the process ends, and does nothing.
+  ~HotKeyCenter();
   HotKeyCenter(const HotKeyCenter&) = delete;
   HotKeyCenter& operator=(const HotKeyCenter&) = delete;
 
@@ -47,7 +49,7 @@ class HotKeyCenter {
 
   // Shared so that the system's handler, which is never removed, can tell when this object is gone.
   std::shared_ptr<Actions> actions_ = std::make_shared<Actions>();
-  std::map<std::uint32_t, platform::HotKeyRef> refs_;
+  std::map<std::uint32_t, platform::Registration> hotKeys_;
   bool installed_ = false;
   std::uint32_t nextId_ = 1;
 

@@ -176,7 +176,7 @@ void HotKeyRecorderWindowController::finish(bool saved) {
   finished_ = true;
 
   // The completion may let go of this object: the event that led here holds it until it returns.
-  monitor_.reset();
+  monitor_.cancel();
   window_->close();
   onDone_(saved);
 }

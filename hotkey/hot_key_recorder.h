@@ -53,7 +53,7 @@ class HotKeyRecorderWindowController : public std::enable_shared_from_this<HotKe
   void finish(bool saved);
 
   std::unique_ptr<platform::RecorderWindow> window_;
-  platform::KeyMonitorTokenRef monitor_;
+  platform::Registration monitor_;
   std::optional<Combination> recorded_;  // only ever a valid one
   bool finished_ = false;
   Completion onDone_;

@@ -42,17 +42,17 @@ inline constexpr std::string_view kRoleAttribute = "AXRole";
 inline constexpr std::string_view kSelectedTextAttribute = "AXSelectedText";
 inline constexpr std::string_view kValueAttribute = "AXValue";
 
-/// Reads and writes the elements of other applications. Main thread only. A call blocks until the application
-/// answers or the host's own time limit has passed, which is then reported as an error: the
-/// system's own limit on macOS; 0.25 s a call and 0.7 s for all calls of one fix on Linux.
+/// Reads and writes the elements of other applications. Main thread only. A call that takes an element blocks
+/// until the application answers, or until a time limit has passed; that is then its error. The limit is the
+/// system's own on macOS. On Linux it is 0.25 s a call, and 0.7 s for all calls of one fix.
 class Accessibility {
  public:
   virtual ~Accessibility() = default;
   /// True when this process may use the interface. Never prompts.
   virtual bool isProcessTrusted() = 0;
-  /// The same, and when not trusted the system shows its own prompt, if it has one. Does not wait for the
-  /// user.
+  /// The same. When not trusted, the system shows its own prompt if it has one. Does not wait for the user.
   virtual bool isProcessTrustedWithPrompt() = 0;
+  /// The element that stands for the whole system; its focused element is the one that has the keyboard.
   virtual AccessibilityElementRef createSystemWideElement() = 0;
   virtual AttributeResult copyAttributeValue(const AccessibilityElementRef& element,
                                              std::string_view attribute) = 0;

@@ -18,8 +18,8 @@ inline constexpr int kAlertFirstButtonReturn = 1000;
 class Alerts {
  public:
   virtual ~Alerts() = default;
-  /// Shows the alert and blocks until it is answered; timers and observers go on meanwhile. Closing the
-  /// window without a button is the last button's response.
+  /// Shows the alert and blocks until the user answers, for however long; timers, deferred work and observers
+  /// run meanwhile. Closing the window is the response of the last button.
   virtual int runModal(const Alert& alert) = 0;
 };
 

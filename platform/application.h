@@ -10,7 +10,8 @@ namespace lexwend::platform {
 /// The values of NSApplicationActivationPolicy: a usual application, or one without an icon in the Dock.
 enum class ActivationPolicy { regular = 0, accessory = 1 };
 
-/// This process as an application of the system. Texts are UTF-8. Main thread only; only run() blocks.
+/// This process as an application of the system. Texts are UTF-8. Main thread only. Nothing here blocks,
+/// except run().
 class Application {
  public:
   virtual ~Application() = default;
@@ -20,18 +21,19 @@ class Application {
   /// "CFBundleShortVersionString" of the main bundle; nothing when it is missing or not a string.
   virtual std::optional<std::string> shortVersionString() = 0;
 
-  /// Takes the shared application object. On failure one sentence for the user says why no agent can run
-  /// here.
+  /// Takes the shared application object, once a run. Nothing on success; else one sentence for the user that
+  /// says why no agent can run here.
   virtual std::optional<std::string> takeSharedApplication() = 0;
-  /// Of the shared application once it is taken: one sentence for the user about what does not work in this
-  /// session; nothing where all of it does.
+  /// One sentence for the user about what does not work in this session; nothing where all of it works. To be
+  /// asked after takeSharedApplication().
   virtual std::optional<std::string> notice() = 0;
   /// `didFinishLaunching` runs once, at the start of run().
   virtual void setDelegate(std::function<void()> didFinishLaunching) = 0;
   virtual void setActivationPolicy(ActivationPolicy policy) = 0;
-  /// The event loop. Returns when it has ended; a system may end the process instead.
+  /// The event loop: blocks until terminate() or the system ends it. A system may end the process instead of
+  /// returning.
   virtual void run() = 0;
-  /// Ends the event loop in the system's standard way.
+  /// Ends the event loop in the system's standard way. Returns before the loop has ended.
   virtual void terminate() = 0;
 
   /// Brings this application to the front.

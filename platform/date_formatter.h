@@ -7,20 +7,21 @@
 
 namespace lexwend::platform {
 
-/// Renders moments in the user's current locale and time zone. Any thread.
+/// Renders the time in the user's current locale and time zone. Any thread. Does not block.
 class DateFormatter {
  public:
   virtual ~DateFormatter() = default;
-  /// The current date and time by the formatter's pattern; UTF-8.
+  /// The current date and time by the formatter's pattern; UTF-8. Empty when the system cannot read the
+  /// pattern.
   virtual std::string stringFromNow() = 0;
 };
 
-/// Any thread.
+/// Makes and keeps formatters. Any thread.
 class DateFormatters {
  public:
   virtual ~DateFormatters() = default;
-  /// The formatter of a Unicode date pattern (UTS #35). Made on first use and kept: the same pattern gives
-  /// the same formatter. One that the system cannot read renders as an empty text.
+  /// The formatter of a Unicode date pattern (UTS #35). Made on first use and kept as long as the host: the
+  /// same pattern gives the same formatter.
   virtual DateFormatter& withPattern(std::string_view pattern) = 0;
 };
 

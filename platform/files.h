@@ -7,18 +7,18 @@
 
 namespace lexwend::platform {
 
-/// A file open for writing, at offset 0; closed with its last reference.
+/// A file open for writing, at offset 0; its destruction closes it. One thread at a time.
 class FileHandle {
  public:
   virtual ~FileHandle() = default;
   virtual void seekToEndOfFile() = 0;
-  /// Writes all bytes, or gives up silently.
+  /// Writes all bytes. An error of the system loses the rest and is not reported.
   virtual void write(std::string_view bytes) = 0;
-  /// False when the system reports an error.
+  /// Closes the file; false when the system reports an error.
   virtual bool close() = 0;
 };
 
-/// The user's files. Any thread. Paths are UTF-8 and absolute.
+/// The user's files. Any thread. Paths are UTF-8 and absolute. A call blocks for as long as the disk takes.
 class Files {
  public:
   virtual ~Files() = default;
@@ -26,7 +26,7 @@ class Files {
   virtual std::string homeDirectoryForCurrentUser() = 0;
   /// Opens an existing file for writing without truncating it; null when that fails for any reason.
   virtual std::unique_ptr<FileHandle> fileHandleForWriting(const std::string& path) = 0;
-  /// Writes a whole new file, replacing an existing one; never creates a folder. False on failure.
+  /// Creates the file with these bytes, or replaces what it holds; never creates a folder. False on failure.
   virtual bool writeWholeFile(const std::string& path, std::string_view bytes) = 0;
 };
 

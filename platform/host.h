@@ -26,8 +26,9 @@ class DateFormatters;
 class Pasteboard;
 
 /// One operating system: the owner of all its services. A service is made when it is first asked for, so that
-/// a program that needs no display never looks for one. Main thread only, but for the three services that
-/// serve any thread: standardUserDefaults(), files() and dateFormatters() may be asked for on each.
+/// a program that needs no display never looks for one. The first call may block for as long as a connection
+/// to the system takes. A service that cannot reach the system is still made, and answers as its header says.
+/// Main thread only, except standardUserDefaults(), files() and dateFormatters(), which serve any thread.
 class Host {
  public:
   virtual ~Host() = default;
@@ -55,8 +56,9 @@ class Host {
 /// the entry.
 std::unique_ptr<Host> makeHost();
 
-/// Makes a host the one that the service accessors reach, from construction to destruction; scopes nest. Both
-/// on the main thread, while no other thread reaches a service.
+/// Makes a host the one that the service accessors reach, from construction to destruction; scopes nest.
+/// Without one an accessor stops the process. Construction and destruction happen on the main thread, while
+/// no other thread reaches a service.
 class HostScope {
  public:
   explicit HostScope(Host& host);
@@ -69,8 +71,8 @@ class HostScope {
   std::uint64_t previousNumber_;
 };
 
-/// Tells the installed host from every other one that was installed in this process: what was learnt from a
-/// host holds as long as its number does. Any thread.
+/// The number of the installed host, which no other host of this process has; 0 without one. What was learnt
+/// from a host is valid as long as the number stays the same. Any thread.
 std::uint64_t installedHostNumber();
 
 }  // namespace lexwend::platform

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 
 #include "platform/keys.h"
+#include "platform/registration.h"
 
 namespace lexwend::platform {
 
@@ -20,16 +20,9 @@ struct HotKeyID {
   bool operator==(const HotKeyID&) const = default;
 };
 
-/// A registration of the system. Opaque.
-class HotKey {
- public:
-  virtual ~HotKey() = default;
-};
-using HotKeyRef = std::shared_ptr<HotKey>;
-
-struct HotKeyRegistration {
+struct [[nodiscard]] HotKeyRegistration {
   OSStatus status = kNoErr;
-  HotKeyRef ref;  ///< may be null even when the status is 0
+  Registration hotKey;  ///< empty unless the status is 0, and where the system gives no reference
 };
 
 /// A press that the system reports. Valid during the handler's call only.
@@ -40,17 +33,19 @@ class HotKeyEvent {
   virtual OSStatus hotKeyID(HotKeyID& out) const = 0;
 };
 
-/// System-wide hot keys. Main thread only; the handler is called there, from the run loop, once per press (a
-/// held key does not repeat). A registered key does not reach the application in front.
+/// System-wide hot keys. Main thread only; the handler is called there, from the run loop, once per press: a
+/// held key does not repeat. A registered key does not reach the application in front. No call waits for
+/// another application.
 class HotKeyService {
  public:
   virtual ~HotKeyService() = default;
-  /// Installs the handler of all hot keys of this process. Called once.
+  /// Installs the handler of all hot keys of this process. Called once. The handler's result goes to the
+  /// system.
   virtual OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) = 0;
   /// Key code and mask go to the system as given. A host may refuse a combination that another program holds,
   /// with a non-zero status, or let the key reach both.
+  /// The end of the registration unregisters the key; whether the system could do so is not told.
   virtual HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) = 0;
-  virtual OSStatus unregisterHotKey(const HotKeyRef& ref) = 0;
 };
 
 /// The service of the installed host.

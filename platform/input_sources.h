@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/keys.h"
+#include "platform/registration.h"
 
 namespace lexwend::platform {
 
@@ -59,28 +60,29 @@ struct KeyTranslation {
   std::size_t maxLength = 0;       ///< room for the result, UTF-16 code units
 };
 
-/// The keyboard layouts of the user. Main thread only; no call blocks on another application.
+/// The keyboard layouts of the user. Main thread only. A call waits for the system, not for an application;
+/// on X11 that is one answer of the server, and for the data of a layout a few.
 class InputSourceService {
  public:
   virtual ~InputSourceService() = default;
   /// Sources that match, in the system's order; nothing when the system gives no list.
   virtual std::optional<std::vector<InputSourceRef>> createInputSourceList(const InputSourceFilter& filter,
                                                                            bool includeAllInstalled) = 0;
+  /// One property as it is now.
   virtual InputSourceValue property(const InputSourceRef& source, InputSourceProperty key) = 0;
   /// The keyboard layout now in use; null when the system reports none.
   virtual InputSourceRef copyCurrentKeyboardLayoutInputSource() = 0;
-  /// Makes a layout current. The result of the system is not examined.
+  /// Makes a layout current. A refusal by the system is not reported.
   virtual void select(const InputSourceRef& source) = 0;
   /// The physical keyboard's type, an opaque number for translate().
   virtual std::uint32_t keyboardType() = 0;
-  /// UTF-16 code units that the key types (none for a dead key); nothing when the system reports an error.
-  /// `deadKeyState` is read and written by the system.
+  /// UTF-16 code units that the key types, none for a dead key; nothing when the system reports an error.
+  /// `deadKeyState` is 0 for the first key; the system reads and writes it.
   virtual std::optional<std::u16string> translate(const KeyLayoutData& data,
                                                   const KeyTranslation& translation,
                                                   std::uint32_t& deadKeyState) = 0;
-  /// Calls the handler on the main thread whenever the set of enabled layouts changed, for the rest of the
-  /// run; the handler holds what it needs weakly.
-  virtual void observeEnabledLayoutsChanged(std::function<void()> handler) = 0;
+  /// Calls the handler on the main thread whenever the set of enabled layouts changed.
+  [[nodiscard]] virtual Registration observeEnabledLayoutsChanged(std::function<void()> handler) = 0;
 };
 
 /// The service of the installed host.

@@ -28,14 +28,14 @@ class KeyEvent {
   virtual void setFlags(EventFlags flags) = 0;
 };
 
-/// Simulated typing. Main thread only. A host plays the system's own copy and paste shortcuts for Command
-/// with kKeyC and kKeyV, whichever keys those are there.
+/// Simulated typing. Main thread only. Command with kKeyC stands for the system's own shortcut for copying,
+/// and with kKeyV for pasting, whichever keys those are there. No call waits for another application.
 class KeyEvents {
  public:
   virtual ~KeyEvents() = default;
   /// The modifiers that are down now.
   virtual EventFlags flagsState(EventSourceState state) = 0;
-  /// Null when the system makes none.
+  /// Null when the system makes none; events can be made without one.
   virtual EventSourceRef createSource(EventSourceState state) = 0;
   /// A key event; null when it cannot be made, also when a shortcut sent to the
   /// front application would do harm there (a terminal, say). A null source is allowed.

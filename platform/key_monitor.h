@@ -2,9 +2,9 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 
 #include "platform/keys.h"
+#include "platform/registration.h"
 
 namespace lexwend::platform {
 
@@ -13,22 +13,16 @@ struct KeyDownEvent {
   KeyCode keyCode{};
   EventFlags modifierFlags{};  ///< every flag of the event, caps lock and function included
 };
-/// What becomes of the event after the monitor saw it.
+/// What becomes of the event once the monitor has seen it.
 enum class KeyDisposition { consumed, passedOn };
-
-/// An installed monitor; its destruction removes it.
-class KeyMonitorToken {
- public:
-  virtual ~KeyMonitorToken() = default;
-};
-using KeyMonitorTokenRef = std::unique_ptr<KeyMonitorToken>;
 
 /// Key presses on their way to this application's own windows. Main thread only.
 class KeyMonitor {
  public:
   virtual ~KeyMonitor() = default;
-  /// The handler sees every key press before any control does; it may remove the monitor.
-  [[nodiscard]] virtual KeyMonitorTokenRef addLocalKeyDownMonitor(
+  /// The handler sees every key press before any control does. The end of the registration removes
+  /// the monitor.
+  [[nodiscard]] virtual Registration addLocalKeyDownMonitor(
       std::function<KeyDisposition(const KeyDownEvent&)> handler) = 0;
 };
 

@@ -6,8 +6,8 @@ namespace lexwend::platform {
 /// The values of SMAppServiceStatus.
 enum class LoginItemStatus { notRegistered = 0, enabled = 1, requiresApproval = 2, notFound = 3 };
 
-/// Whether the application starts when the user logs in. Main thread only. Blocks for as long as the system
-/// takes to read or write its entry.
+/// Whether the application starts when the user logs in. Main thread only. A call blocks for as long as the
+/// system takes to read or write its entry.
 class LoginItem {
  public:
   virtual ~LoginItem() = default;

@@ -27,26 +27,27 @@ class PasteboardItem {
 /// One item to write: types, each once, with their bytes, in the order in which they are to be set.
 using PasteboardItemData = std::vector<std::pair<std::string, Bytes>>;
 
-/// A pasteboard. Main thread only; a host goes on serving what it wrote while the main thread sleeps.
-/// The operations that need an answer of another application block until it comes: on Linux items(), which
-/// fetches all data, two seconds at most and every other a second; on macOS as long as the
-/// system lets them.
+/// A pasteboard. Main thread only. A host serves what it wrote while the main thread sleeps, too. A call that
+/// needs another application's answer blocks until it comes or a time limit has passed; what has not come by
+/// then counts as missing. On Linux the limit is two seconds for items(), which fetches all data, and one
+/// second for every other call; on macOS it is the system's.
 class Pasteboard {
  public:
   virtual ~Pasteboard() = default;
-  /// The items in order; nothing when the pasteboard reports none. On Linux, while text of setString()
-  /// stands, what was there before it.
+  /// The items in order; nothing when the pasteboard reports none. On Linux, as long as text of setString()
+  /// is on the pasteboard, these are the items that it replaced.
   virtual std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() = 0;
   /// Grows with every change of the contents, whoever made it.
   virtual std::int64_t changeCount() = 0;
+  /// Empties the pasteboard and makes this process its owner.
   virtual void clearContents() = 0;
   /// The plain text (UTF-8), or nothing when there is none.
   virtual std::optional<std::string> string() = 0;
-  /// Writes the plain text, which is to pass through only: on Linux, and nowhere else, it is marked for
-  /// clipboard histories to leave it out. Follows a clearContents().
+  /// Writes transient plain text, after a clearContents(). On Linux, and nowhere else, it carries the mark
+  /// that keeps it out of clipboard histories.
   virtual void setString(std::string_view text) = 0;
-  /// Makes a new item of each entry and writes all of them at once; where a pasteboard has room for one, they
-  /// become one. Follows a clearContents().
+  /// Makes an item of each entry and writes all of them at once, after a clearContents(). Where a pasteboard
+  /// holds one item only, they become one.
   virtual void writeItems(const std::vector<PasteboardItemData>& items) = 0;
 };
 using PasteboardRef = std::shared_ptr<Pasteboard>;

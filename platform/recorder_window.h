@@ -48,13 +48,14 @@ struct RecorderWindowLook {
   LabelLook prompt, combination, message;
   ButtonLook save, cancel;
 };
-/// Called on the main thread. Any of them may destroy the window: a host touches nothing of it afterwards.
+/// Called on the main thread. Any of them may destroy the window; a host uses nothing of it afterwards.
 struct RecorderWindowEvents {
   std::function<void()> save;       ///< the save button
   std::function<void()> cancel;     ///< the cancel button
   std::function<void()> willClose;  ///< before the window closes, by its close box or by close()
 };
-/// The window of the hot-key recorder. Texts are UTF-8. Main thread only.
+/// The window of the hot-key recorder; its destruction takes it off the screen without an event. Texts are
+/// UTF-8. Main thread only. Nothing here blocks.
 class RecorderWindow {
  public:
   virtual ~RecorderWindow() = default;

@@ -9,8 +9,8 @@ namespace lexwend::platform {
 
 using ProcessIdentifier = std::int64_t;
 
-/// Who else runs in this user's session. Main thread only. A host that has to ask a bus waits for its answer,
-/// at most a second a question; no answer is an empty one.
+/// The programs of this user's session. Main thread only. A host that asks a bus blocks for at most a second
+/// a call; when no answer comes, the list is empty.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;

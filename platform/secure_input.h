@@ -7,10 +7,10 @@ namespace lexwend::platform {
 class SecureInput {
  public:
   virtual ~SecureInput() = default;
-  /// Decided without asking the focused field for its text. Where a field does not tell that it hides what is
-  /// typed, a host may look at what the field itself hands out as its selection, only to see whether that is
-  /// a mask, and keeps nothing of it. A host may ask another application and then bounds the wait. When it
-  /// finds no field the answer is false; for a field that does not tell what it is the answer is true.
+  /// False when no field has the keyboard; true when a field does not say what it is. A host does not read
+  /// the text of the field. A field may not say whether it hides what is typed: then a host may read its
+  /// selection, only to see whether that is a mask, and keeps nothing of it. On Linux the focused application
+  /// is asked, with the time limits of Accessibility.
   virtual bool isSecureEventInputEnabled() = 0;
 };
 

@@ -17,7 +17,7 @@ class SymbolImage {
 };
 using SymbolImageRef = std::shared_ptr<SymbolImage>;
 
-/// One entry of a menu; may be changed while the menu is open. Texts are UTF-8.
+/// One entry of a menu. It may be changed while the menu is open. Texts are UTF-8.
 class MenuItem {
  public:
   virtual ~MenuItem() = default;
@@ -26,7 +26,7 @@ class MenuItem {
   virtual void setAction(std::function<void()> action) = 0;
   /// Choosing the item ends the application in the system's standard way.
   virtual void setTerminatesApplication() = 0;
-  /// One character, UTF-8, which chooses the item together with the system's command key; empty: none.
+  /// The character (UTF-8) that chooses the item together with the system's command key; empty for none.
   virtual void setKeyEquivalent(std::string_view key) = 0;
   virtual void setChecked(bool checked) = 0;
   virtual void setHidden(bool hidden) = 0;
@@ -34,17 +34,18 @@ class MenuItem {
 };
 using MenuItemRef = std::shared_ptr<MenuItem>;
 
-/// A menu that stays what it was given to: items are added, never taken out. Main thread only.
+/// A menu. Items are added and never removed.
 class Menu {
  public:
   virtual ~Menu() = default;
+  /// Whether the system enables and disables items by itself.
   virtual void setAutoenablesItems(bool autoenables) = 0;
   virtual void addItem(const MenuItemRef& item) = 0;
   virtual void addSeparator() = 0;
 };
 using MenuRef = std::shared_ptr<Menu>;
 
-/// The agent's presence in the menu bar or tray. Goes with its last reference.
+/// The agent's icon in the menu bar or tray; it disappears with the last reference.
 class StatusItem {
  public:
   virtual ~StatusItem() = default;
@@ -57,7 +58,7 @@ using StatusItemRef = std::shared_ptr<StatusItem>;
 /// A status item as wide as the bar is high.
 inline constexpr double kSquareStatusItemLength = -2.0;
 
-/// The menu bar. Main thread only.
+/// The menu bar or tray. Main thread only, like everything that it makes. Nothing here blocks.
 class StatusBar {
  public:
   virtual ~StatusBar() = default;

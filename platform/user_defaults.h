@@ -25,9 +25,10 @@ inline DefaultsValue defaultsNumber(double number) {
   return number;
 }
 
-/// The application's own per-user key-value store, kept over runs. Any thread; a write is seen by the next
-/// read, and a crash at any moment leaves either the old or the new value. A write that the system refuses is
-/// not reported; the value then lasts until this process ends.
+/// The application's own key-value store of this user, which outlasts the process. Any thread. The next read
+/// sees a write; a crash at any moment leaves either the old or the new value. A write that the system
+/// refuses is not reported: the value then lasts until this process ends. A call blocks for as long as the
+/// disk takes.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;

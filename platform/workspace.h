@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/registration.h"
+
 namespace lexwend::platform {
 
 struct FrontApplication {
@@ -19,7 +21,7 @@ class Url {
 };
 using UrlRef = std::shared_ptr<const Url>;
 
-/// The user's session. Main thread only.
+/// The user's session. Main thread only. No call waits for another application.
 class Workspace {
  public:
   virtual ~Workspace() = default;
@@ -30,9 +32,8 @@ class Workspace {
   virtual UrlRef urlFromString(std::string_view text) = 0;
   /// Asks the system to open it; does not wait, and the result is not examined.
   virtual void open(const UrlRef& url) = 0;
-  /// Calls the handler on the main thread after each wake from sleep, for the rest of the run; the handler
-  /// holds what it needs weakly.
-  virtual void observeDidWake(std::function<void()> handler) = 0;
+  /// Calls the handler on the main thread after each wake from sleep.
+  [[nodiscard]] virtual Registration observeDidWake(std::function<void()> handler) = 0;
 };
 
 /// The service of the installed host.

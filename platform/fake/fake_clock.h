@@ -32,7 +32,6 @@ class FakeClock {
   void forgetDeferred();
   /// Lets go of everything that waits.
   void forgetAll();
-  /// How much of the program's deferred work is waiting.
 
  private:
   struct Event {

@@ -6,14 +6,6 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr OSStatus kInvalidHotKey = -9879;
-
-class FakeHotKey : public HotKey {
- public:
-  explicit FakeHotKey(FakeHotKeys::Combination held) : combination(held) {}
-  const FakeHotKeys::Combination combination;
-};
-
 class FakeHotKeyEvent : public HotKeyEvent {
  public:
   FakeHotKeyEvent(FakeSystem& system, HotKeyID identity) : system_(system), identity_(identity) {}
@@ -42,23 +34,18 @@ HotKeyRegistration FakeHotKeys::registerHotKey(KeyCode keyCode, Modifiers modifi
   system_.called("hotKeys.registerHotKey " + std::to_string(number(keyCode)) + " " +
                  std::to_string(number(modifiers)) + " id " + std::to_string(identity.id));
   offered_.push_back(identity);
-  if (const auto code = system_.failure(FakeOperation::registerHotKey)) return {*code, nullptr};
-  if (system_.failure(FakeOperation::registerHotKeyReference)) return {kNoErr, nullptr};
+  if (const auto code = system_.failure(FakeOperation::registerHotKey)) return {*code, {}};
+  if (system_.failure(FakeOperation::registerHotKeyReference)) return {kNoErr, {}};
   const Combination combination{keyCode, modifiers};
-  if (const auto code = system_.failure(FakeOperation::registerHotKeyStatus)) {
-    return {*code, std::make_shared<FakeHotKey>(combination)};
-  }
-  if (taken_.contains(combination) || registered_.contains(combination)) return {kHotKeyExists, nullptr};
+  if (const auto code = system_.failure(FakeOperation::registerHotKeyStatus)) return {*code, {}};
+  if (taken_.contains(combination) || registered_.contains(combination)) return {kHotKeyExists, {}};
   registered_[combination] = identity;
-  return {kNoErr, std::make_shared<FakeHotKey>(combination)};
+  return {kNoErr, Registration([this, combination] { unregister(combination); })};
 }
 
-OSStatus FakeHotKeys::unregisterHotKey(const HotKeyRef& ref) {
+void FakeHotKeys::unregister(const Combination& combination) {
   system_.called("hotKeys.unregisterHotKey");
-  if (const auto code = system_.failure(FakeOperation::unregisterHotKey)) return *code;
-  const auto* made = dynamic_cast<const FakeHotKey*>(ref.get());
-  if (made == nullptr || registered_.erase(made->combination) == 0) return kInvalidHotKey;
-  return kNoErr;
+  if (!system_.failure(FakeOperation::unregisterHotKey)) registered_.erase(combination);
 }
 
 bool FakeHotKeys::press(KeyCode keyCode, Modifiers modifiers) {

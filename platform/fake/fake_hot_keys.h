@@ -26,7 +26,6 @@ class FakeHotKeys : public HotKeyService {
 
   OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
   HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
-  OSStatus unregisterHotKey(const HotKeyRef& ref) override;
 
   /// Controls of a test.
   /// Another program holds the combination.
@@ -53,6 +52,8 @@ class FakeHotKeys : public HotKeyService {
   std::size_t handlerInstallations() const { return handlerInstallations_; }
 
  private:
+  void unregister(const Combination& combination);
+
   FakeSystem& system_;
   std::function<OSStatus(const HotKeyEvent&)> handler_;
   std::size_t handlerInstallations_ = 0;

@@ -21,8 +21,8 @@ enum class FakeOperation {
   installHotKeyHandler,     ///< the code, and presses reach nobody
   registerHotKey,           ///< the code and no reference
   registerHotKeyReference,  ///< success, but a null reference
-  registerHotKeyStatus,     ///< the code, but a reference all the same
-  unregisterHotKey,         ///< the code; the registration stays
+  registerHotKeyStatus,     ///< the code, and in the system a reference all the same
+  unregisterHotKey,         ///< the registration stays
   readHotKeyParameter,      ///< the code, and the identity is left as it was
   symbolImage,              ///< null
   urlFromString,            ///< null

@@ -151,9 +151,9 @@ std::optional<std::u16string> FakeInputSources::translate(const KeyLayoutData& d
   return result;
 }
 
-void FakeInputSources::observeEnabledLayoutsChanged(std::function<void()> handler) {
+Registration FakeInputSources::observeEnabledLayoutsChanged(std::function<void()> handler) {
   system_.called("inputSources.observeEnabledLayoutsChanged");
-  observers_.push_back(std::move(handler));
+  return observers_.add(std::move(handler));
 }
 
 void FakeInputSources::setLayouts(std::vector<FakeLayout> layouts) {
@@ -170,8 +170,7 @@ void FakeInputSources::setLayouts(std::vector<FakeLayout> layouts) {
 
 void FakeInputSources::changeLayouts(std::vector<FakeLayout> layouts) {
   setLayouts(std::move(layouts));
-  const auto observers = observers_;
-  for (const auto& observer : observers) observer();
+  for (const auto& observer : observers_.all()) (*observer)();
 }
 
 bool FakeInputSources::use(std::string_view id) {

@@ -28,7 +28,7 @@ class FakeInputSources : public InputSourceService {
   std::uint32_t keyboardType() override;
   std::optional<std::u16string> translate(const KeyLayoutData& data, const KeyTranslation& translation,
                                           std::uint32_t& deadKeyState) override;
-  void observeEnabledLayoutsChanged(std::function<void()> handler) override;
+  Registration observeEnabledLayoutsChanged(std::function<void()> handler) override;
 
   /// Controls of a test.
   /// Replaces all layouts, in this order. The one in use stays so if it is still there, else the first
@@ -48,7 +48,7 @@ class FakeInputSources : public InputSourceService {
   const std::vector<std::string>& selections() const { return selections_; }
   /// The system forgets everything about this process.
   void processEnds() { observers_.clear(); }
-  std::size_t observerCount() const { return observers_.size(); }
+  std::size_t observerCount() const { return observers_.count(); }
   /// Translations that the program asked for, in order.
   const std::vector<KeyTranslation>& translations() const { return translations_; }
   void setKeyboardType(std::uint32_t type) { keyboardType_ = type; }
@@ -57,7 +57,7 @@ class FakeInputSources : public InputSourceService {
   FakeSystem& system_;
   std::vector<InputSourceRef> sources_;
   InputSourceRef current_;
-  std::vector<std::function<void()>> observers_;
+  Handlers<std::function<void()>> observers_;
   std::vector<std::string> selections_;
   std::vector<KeyTranslation> translations_;
   std::uint32_t keyboardType_ = 40;  // an ANSI keyboard

@@ -3,8 +3,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <memory>
-#include <vector>
 
 #include "platform/fake/fake_system.h"
 #include "platform/key_monitor.h"
@@ -16,18 +14,17 @@ class FakeKeyMonitor : public KeyMonitor {
  public:
   explicit FakeKeyMonitor(FakeSystem& system) : system_(system) {}
 
-  [[nodiscard]] KeyMonitorTokenRef addLocalKeyDownMonitor(
+  [[nodiscard]] Registration addLocalKeyDownMonitor(
       std::function<KeyDisposition(const KeyDownEvent&)> handler) override;
 
   /// Controls of a test.
   /// A key reaches this application; passed on when no monitor consumed it.
   KeyDisposition deliver(const KeyDownEvent& event);
-  std::size_t installed() const;
+  std::size_t installed() const { return handlers_.count(); }
 
  private:
-  using Handler = std::function<KeyDisposition(const KeyDownEvent&)>;
   FakeSystem& system_;
-  std::vector<std::weak_ptr<Handler>> handlers_;
+  Handlers<std::function<KeyDisposition(const KeyDownEvent&)>> handlers_;
 };
 
 }  // namespace lexwend::platform

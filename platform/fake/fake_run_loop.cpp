@@ -7,14 +7,14 @@
 namespace lexwend::platform {
 namespace {
 
-class FakeTimer : public Timer, public std::enable_shared_from_this<FakeTimer> {
+class FakeTimer : public std::enable_shared_from_this<FakeTimer> {
  public:
-  FakeTimer(FakeSystem& system, std::chrono::milliseconds interval, std::function<void(Timer&)> handler,
+  FakeTimer(FakeSystem& system, std::chrono::milliseconds interval, std::function<void()> handler,
             std::shared_ptr<std::size_t> live)
       : system_(system), interval_(interval), handler_(std::move(handler)), live_(std::move(live)) {
     ++*live_;
   }
-  ~FakeTimer() override {
+  ~FakeTimer() {
     if (valid_) --*live_;
   }
   FakeTimer(const FakeTimer&) = delete;
@@ -23,7 +23,7 @@ class FakeTimer : public Timer, public std::enable_shared_from_this<FakeTimer> {
   void schedule() {
     system_.clock.defer(interval_, [self = shared_from_this()] { self->fire(); });
   }
-  void invalidate() override {
+  void invalidate() {
     if (!valid_) return;
     valid_ = false;
     --*live_;
@@ -36,7 +36,7 @@ class FakeTimer : public Timer, public std::enable_shared_from_this<FakeTimer> {
   void fire() {
     if (!valid_) return;
     firing_ = true;
-    handler_(*this);
+    handler_();
     firing_ = false;
     if (valid_) {
       schedule();
@@ -47,7 +47,7 @@ class FakeTimer : public Timer, public std::enable_shared_from_this<FakeTimer> {
 
   FakeSystem& system_;
   std::chrono::milliseconds interval_;
-  std::function<void(Timer&)> handler_;
+  std::function<void()> handler_;
   std::shared_ptr<std::size_t> live_;
   bool valid_ = true;
   bool firing_ = false;
@@ -64,12 +64,14 @@ void FakeRunLoop::dispatchAfter(std::chrono::milliseconds delay, std::function<v
   });
 }
 
-TimerRef FakeRunLoop::scheduledRepeatingTimer(std::chrono::milliseconds interval,
-                                              std::function<void(Timer&)> handler) {
+Registration FakeRunLoop::scheduledRepeatingTimer(std::chrono::milliseconds interval,
+                                                  std::function<void()> handler) {
   system_.called("runLoop.timer " + std::to_string(interval.count()) + "ms");
   auto timer = std::make_shared<FakeTimer>(system_, interval, std::move(handler), liveTimers_);
   timer->schedule();
-  return timer;
+  return Registration([weak = std::weak_ptr(timer)] {
+    if (const auto live = weak.lock()) live->invalidate();
+  });
 }
 
 void FakeRunLoop::sleep(std::chrono::microseconds duration) {

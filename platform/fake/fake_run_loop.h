@@ -14,8 +14,8 @@ class FakeRunLoop : public RunLoop {
   explicit FakeRunLoop(FakeSystem& system) : system_(system) {}
 
   void dispatchAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
-  TimerRef scheduledRepeatingTimer(std::chrono::milliseconds interval,
-                                   std::function<void(Timer&)> handler) override;
+  Registration scheduledRepeatingTimer(std::chrono::milliseconds interval,
+                                       std::function<void()> handler) override;
   void sleep(std::chrono::microseconds duration) override;
 
   /// Controls of a test.

@@ -50,14 +50,13 @@ void FakeWorkspace::open(const UrlRef& url) {
   }
 }
 
-void FakeWorkspace::observeDidWake(std::function<void()> handler) {
+Registration FakeWorkspace::observeDidWake(std::function<void()> handler) {
   system_.called("workspace.observeDidWake");
-  observers_.push_back(std::move(handler));
+  return observers_.add(std::move(handler));
 }
 
 void FakeWorkspace::wake() {
-  const auto observers = observers_;
-  for (const auto& observer : observers) observer();
+  for (const auto& observer : observers_.all()) (*observer)();
 }
 
 }  // namespace lexwend::platform

@@ -20,7 +20,7 @@ class FakeWorkspace : public Workspace {
   std::optional<FrontApplication> frontmostApplication() override;
   UrlRef urlFromString(std::string_view text) override;
   void open(const UrlRef& url) override;
-  void observeDidWake(std::function<void()> handler) override;
+  Registration observeDidWake(std::function<void()> handler) override;
 
   /// Controls of a test.
   /// The machine wakes from sleep.
@@ -28,13 +28,13 @@ class FakeWorkspace : public Workspace {
   /// The system forgets everything about this process.
   void processEnds() { observers_.clear(); }
   const std::vector<std::string>& openedUrls() const { return opened_; }
-  std::size_t wakeObservers() const { return observers_.size(); }
+  std::size_t wakeObservers() const { return observers_.count(); }
 
  private:
   FakeSystem& system_;
   FakeApps& apps_;
   std::vector<std::string> opened_;
-  std::vector<std::function<void()>> observers_;
+  Handlers<std::function<void()>> observers_;
 };
 
 }  // namespace lexwend::platform

@@ -13,15 +13,6 @@ namespace {
 
 using PressHandler = std::function<OSStatus(const HotKeyEvent&)>;
 
-class MacHotKey : public HotKey {
- public:
-  explicit MacHotKey(EventHotKeyRef registration) : registration_(registration) {}
-  EventHotKeyRef get() const { return registration_; }
-
- private:
-  EventHotKeyRef registration_;
-};
-
 class MacHotKeyEvent : public HotKeyEvent {
  public:
   explicit MacHotKeyEvent(EventRef event) : event_(event) {}
@@ -68,12 +59,9 @@ class MacHotKeyService : public HotKeyService {
     const ::OSStatus status = RegisterEventHotKey(
         number(keyCode), number(modifiers), EventHotKeyID{identity.signature, identity.id},
         GetApplicationEventTarget(), kEventHotKeyNoOptions, &registration);
-    if (registration == nullptr) return {.status = status, .ref = nullptr};
-    return {.status = status, .ref = std::make_shared<MacHotKey>(registration)};
-  }
-
-  OSStatus unregisterHotKey(const HotKeyRef& ref) override {
-    return UnregisterEventHotKey(static_cast<const MacHotKey&>(*ref).get());
+    if (status != noErr || registration == nullptr) return {.status = status, .hotKey = {}};
+    return {.status = status,
+            .hotKey = Registration([registration] { UnregisterEventHotKey(registration); })};
   }
 };
 

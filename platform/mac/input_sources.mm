@@ -163,16 +163,19 @@ class MacInputSourceService : public InputSourceService {
     return std::u16string(characters.begin(), characters.begin() + static_cast<std::ptrdiff_t>(reported));
   }
 
-  void observeEnabledLayoutsChanged(std::function<void()> handler) override {
-    const auto kept = shared(std::move(handler));
+  Registration observeEnabledLayoutsChanged(std::function<void()> handler) override {
+    auto kept = shared(std::move(handler));
+    const std::weak_ptr observer = kept;
     NSString* name = (__bridge NSString*)kTISNotifyEnabledKeyboardInputSourcesChanged;
     void (^changed)(NSNotification*) = ^(NSNotification*) {
-      guarded(*kept);
+      if (const auto running = observer.lock()) guarded(*running);
     };
     [[NSDistributedNotificationCenter defaultCenter] addObserverForName:name
                                                                  object:nil
                                                                   queue:[NSOperationQueue mainQueue]
                                                              usingBlock:changed];
+    // The system keeps its observer, which does nothing once the handler has gone.
+    return Registration([kept = std::move(kept)] {});
   }
 };
 

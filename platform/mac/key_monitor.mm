@@ -11,23 +11,9 @@
 namespace lexwend::platform::mac {
 namespace {
 
-class MacKeyMonitorToken : public KeyMonitorToken {
- public:
-  explicit MacKeyMonitorToken(id monitor) : monitor_(monitor) {}
-  ~MacKeyMonitorToken() override {
-    if (monitor_ != nil) [NSEvent removeMonitor:monitor_];
-  }
-  MacKeyMonitorToken(const MacKeyMonitorToken&) = delete;
-  MacKeyMonitorToken& operator=(const MacKeyMonitorToken&) = delete;
-
- private:
-  id monitor_;
-};
-
 class MacKeyMonitor : public KeyMonitor {
  public:
-  KeyMonitorTokenRef addLocalKeyDownMonitor(
-      std::function<KeyDisposition(const KeyDownEvent&)> handler) override {
+  Registration addLocalKeyDownMonitor(std::function<KeyDisposition(const KeyDownEvent&)> handler) override {
     const auto kept = shared(std::move(handler));
     NSEvent* (^handle)(NSEvent*) = ^NSEvent*(NSEvent* event) {
       // Removing the monitor may release this block.
@@ -37,7 +23,8 @@ class MacKeyMonitor : public KeyMonitor {
       return disposition == KeyDisposition::consumed ? nil : event;
     };
     id monitor = [NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskKeyDown handler:handle];
-    return std::make_unique<MacKeyMonitorToken>(monitor);
+    if (monitor == nil) return {};
+    return Registration([monitor] { [NSEvent removeMonitor:monitor]; });
   }
 };
 

@@ -14,15 +14,6 @@
 namespace lexwend::platform::mac {
 namespace {
 
-class MacTimer : public Timer {
- public:
-  explicit MacTimer(NSTimer* timer) : timer_(timer) {}
-  void invalidate() override { [timer_ invalidate]; }
-
- private:
-  NSTimer* timer_;
-};
-
 class MacRunLoop : public RunLoop {
  public:
   void dispatchAfter(std::chrono::milliseconds delay, std::function<void()> work) override {
@@ -38,20 +29,19 @@ class MacRunLoop : public RunLoop {
     });
   }
 
-  TimerRef scheduledRepeatingTimer(std::chrono::milliseconds interval,
-                                   std::function<void(Timer&)> handler) override {
+  Registration scheduledRepeatingTimer(std::chrono::milliseconds interval,
+                                       std::function<void()> handler) override {
     const auto kept = shared(std::move(handler));
     const NSTimeInterval seconds = std::chrono::duration<double>(interval).count();
-    void (^tick)(NSTimer*) = ^(NSTimer* timer) {
+    void (^tick)(NSTimer*) = ^(NSTimer*) {
       // Invalidating the timer may release this block.
       const auto running = kept;
-      MacTimer fired(timer);
-      guarded([&] { (*running)(fired); });
+      guarded(*running);
     };
     NSTimer* scheduled = [NSTimer scheduledTimerWithTimeInterval:seconds repeats:YES block:tick];
     // Scheduled in the default mode alone, it would stand still while an alert or a menu is open.
     [[NSRunLoop mainRunLoop] addTimer:scheduled forMode:NSRunLoopCommonModes];
-    return std::make_shared<MacTimer>(scheduled);
+    return Registration([scheduled] { [scheduled invalidate]; });
   }
 
   void sleep(std::chrono::microseconds duration) override {

@@ -43,16 +43,19 @@ class MacWorkspace : public Workspace {
     [[NSWorkspace sharedWorkspace] openURL:static_cast<const MacUrl&>(*url).get()];
   }
 
-  void observeDidWake(std::function<void()> handler) override {
-    const auto kept = shared(std::move(handler));
+  Registration observeDidWake(std::function<void()> handler) override {
+    auto kept = shared(std::move(handler));
+    const std::weak_ptr observer = kept;
     // Sleep and wake are posted to the workspace's own centre, not to the default one.
     NSNotificationCenter* center = [[NSWorkspace sharedWorkspace] notificationCenter];
     [center addObserverForName:NSWorkspaceDidWakeNotification
                         object:nil
                          queue:[NSOperationQueue mainQueue]
                     usingBlock:^(NSNotification*) {
-                      guarded(*kept);
+                      if (const auto running = observer.lock()) guarded(*running);
                     }];
+    // The system keeps its observer, which does nothing once the handler has gone.
+    return Registration([kept = std::move(kept)] {});
   }
 };
 

@@ -130,42 +130,6 @@ TEST(PermissionPolling, canStartAgainAfterItEnded) {
   EXPECT_EQ(a.host.calls().count("timer.invalidate"), 1U);
 }
 
-/// Tells whether anybody still holds the last timer.
-class WatchedRunLoop : public platform::FakeRunLoop {
- public:
-  using FakeRunLoop::FakeRunLoop;
-  platform::TimerRef scheduledRepeatingTimer(milliseconds interval,
-                                             std::function<void(platform::Timer&)> handler) override {
-    auto timer = FakeRunLoop::scheduledRepeatingTimer(interval, std::move(handler));
-    last = timer;
-    return timer;
-  }
-  std::weak_ptr<platform::Timer> last;
-};
-
-class HostWithWatchedTimers : public platform::FakeHost {
- public:
-  WatchedRunLoop& runLoop() override { return watched_; }
-
- private:
-  platform::FakeSystem system_;
-  WatchedRunLoop watched_{system_};
-};
-
-TEST(PermissionPolling, endedTimerIsLetGo) {
-  HostWithWatchedTimers host;
-  const platform::HostScope scope(host);
-  host.accessibility().setTrusted(false);
-  HotKeyCenter center;
-  const auto delegate = AppDelegate::create(center);
-  delegate->applicationDidFinishLaunching();
-  EXPECT_FALSE(host.runLoop().last.expired());
-  host.accessibility().setTrusted(true);
-  host.runLoop().advance(milliseconds(2000));
-  EXPECT_EQ(host.runLoop().liveTimers(), 0U);
-  EXPECT_TRUE(host.runLoop().last.expired());
-}
-
 TEST(PermissionItem, promptsOpensTheSettingsAndPollsInOrder) {
   Untrusted a;
   a.launch();

@@ -121,7 +121,7 @@ TEST(FakeHost, anUnansweredAlertIsAComplaintAndTakesTheLastButton) {
 TEST(FakeHost, timePassesWhileAnAlertIsOpen) {
   FakeHost host;
   int ticks = 0;
-  host.runLoop().scheduledRepeatingTimer(100ms, [&](Timer&) { ++ticks; });
+  const auto timer = host.runLoop().scheduledRepeatingTimer(100ms, [&] { ++ticks; });
   host.alerts().answer("OK", [&] {
     EXPECT_TRUE(host.alerts().open());
     host.advance(350ms);
@@ -293,7 +293,7 @@ TEST(FakeHotKeys, aFailedParameterReadLeavesTheIdentityAlone) {
   FakeHost host;
   HotKeyID read{7, 7};
   host.hotKeyService().installHandler([&](const HotKeyEvent& event) { return event.hotKeyID(read); });
-  host.hotKeyService().registerHotKey(kKeyF2, kNoModifiers, {1, 2});
+  const auto hotKey = host.hotKeyService().registerHotKey(kKeyF2, kNoModifiers, {1, 2});
   host.failNext(FakeOperation::readHotKeyParameter, -9870);
   EXPECT_TRUE(host.hotKeyService().press(kKeyF2, kNoModifiers));
   EXPECT_EQ(read, (HotKeyID{7, 7}));
@@ -342,11 +342,11 @@ TEST(FakeHost, aProcessThatEndsLeavesNothingOfItsOwnBehind) {
     ++calls;
     return kNoErr;
   });
-  host.hotKeyService().registerHotKey(kKeyF2, kNoModifiers, {1, 1});
-  host.workspace().observeDidWake([&] { ++calls; });
-  host.inputSourceService().observeEnabledLayoutsChanged([&] { ++calls; });
+  const auto hotKey = host.hotKeyService().registerHotKey(kKeyF2, kNoModifiers, {1, 1});
+  const auto wakes = host.workspace().observeDidWake([&] { ++calls; });
+  const auto layouts = host.inputSourceService().observeEnabledLayoutsChanged([&] { ++calls; });
   host.runLoop().dispatchAfter(10ms, [&] { ++calls; });
-  host.runLoop().scheduledRepeatingTimer(10ms, [&](Timer&) { ++calls; });
+  const auto timer = host.runLoop().scheduledRepeatingTimer(10ms, [&] { ++calls; });
   host.pasteboard().otherAppCopies("kept");
   host.processEnds();
   host.userPresses(kKeyF2);

@@ -39,7 +39,7 @@ class HotKeyContract : public ContractTest {
 TEST_F(HotKeyContract, aPressReachesTheHandlerOnceWithItsIdentity) {
   const auto registration = add(kKeyF9, kFirst);
   EXPECT_EQ(registration.status, platform::kNoErr);
-  EXPECT_NE(registration.ref, nullptr);
+  EXPECT_TRUE(registration.hotKey);
   underTest->userPresses(kKeyF9, kRareModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return !pressed.empty(); }));
   settle();
@@ -64,8 +64,9 @@ TEST_F(HotKeyContract, otherModifiersAreAnotherCombination) {
 }
 
 TEST_F(HotKeyContract, anUnregisteredHotKeyIsSilentAndCanBeRegisteredAgain) {
-  const auto registration = add(kKeyF9, kFirst);
-  EXPECT_EQ(host().hotKeyService().unregisterHotKey(registration.ref), platform::kNoErr);
+  auto registration = add(kKeyF9, kFirst);
+  ASSERT_EQ(registration.status, platform::kNoErr);
+  registration.hotKey.cancel();
   underTest->userPresses(kKeyF9, kRareModifiers);
   settle();
   EXPECT_TRUE(pressed.empty());

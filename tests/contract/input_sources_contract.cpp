@@ -96,7 +96,7 @@ TEST_F(InputSourcesContract, theLatinLayoutIsInUseUntilAnotherIsSelected) {
 
 TEST_F(InputSourcesContract, observersHearOfAChangeOfTheEnabledLayouts) {
   int calls = 0;
-  sources().observeEnabledLayoutsChanged([&] { ++calls; });
+  const auto observer = sources().observeEnabledLayoutsChanged([&] { ++calls; });
   EXPECT_EQ(calls, 0);
   underTest->disableHebrew();
   EXPECT_TRUE(underTest->waitUntil([&] { return calls > 0; }));

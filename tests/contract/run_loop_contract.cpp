@@ -51,17 +51,18 @@ TEST_F(RunLoopContract, deferredWorkMayDeferMore) {
 TEST_F(RunLoopContract, sleepRunsNoDeferredWorkAndNoTimer) {
   bool ran = false;
   loop().dispatchAfter(1ms, [&] { ran = true; });
-  const auto timer = loop().scheduledRepeatingTimer(1ms, [&](platform::Timer&) { ran = true; });
+  auto timer = loop().scheduledRepeatingTimer(1ms, [&] { ran = true; });
   loop().sleep(40ms);
   EXPECT_FALSE(ran);
-  timer->invalidate();
+  timer.cancel();
   EXPECT_TRUE(underTest->waitUntil([&] { return ran; })) << "what sleep held up runs afterwards";
 }
 
-TEST_F(RunLoopContract, timerRepeatsWithoutAnybodyHoldingItUntilItInvalidatesItself) {
+TEST_F(RunLoopContract, timerRepeatsUntilItsHandlerEndsIt) {
   int ticks = 0;
-  loop().scheduledRepeatingTimer(5ms, [&](platform::Timer& self) {
-    if (++ticks == 3) self.invalidate();
+  platform::Registration timer;
+  timer = loop().scheduledRepeatingTimer(5ms, [&] {
+    if (++ticks == 3) timer.cancel();
   });
   EXPECT_EQ(ticks, 0);
   EXPECT_TRUE(underTest->waitUntil([&] { return ticks == 3; }));
@@ -69,20 +70,21 @@ TEST_F(RunLoopContract, timerRepeatsWithoutAnybodyHoldingItUntilItInvalidatesIts
   EXPECT_EQ(ticks, 3);
 }
 
-TEST_F(RunLoopContract, invalidatedTimerNeverFiresAndMayBeInvalidatedAgain) {
+TEST_F(RunLoopContract, timerThatIsLetGoNeverFires) {
   int ticks = 0;
-  const auto timer = loop().scheduledRepeatingTimer(5ms, [&](platform::Timer&) { ++ticks; });
-  timer->invalidate();
-  timer->invalidate();
+  static_cast<void>(loop().scheduledRepeatingTimer(5ms, [&] { ++ticks; }));
+  auto cancelled = loop().scheduledRepeatingTimer(5ms, [&] { ++ticks; });
+  cancelled.cancel();
+  cancelled.cancel();
   underTest->waitUntil([] { return false; }, 40ms);
   EXPECT_EQ(ticks, 0);
 }
 
-TEST_F(RunLoopContract, invalidationLetsGoOfWhatTheHandlerHolds) {
+TEST_F(RunLoopContract, endOfATimerLetsGoOfWhatItsHandlerHolds) {
   const auto held = std::make_shared<int>(0);
-  const auto timer = loop().scheduledRepeatingTimer(5ms, [held](platform::Timer&) {});
+  auto timer = loop().scheduledRepeatingTimer(5ms, [held] {});
   EXPECT_GT(held.use_count(), 1);
-  timer->invalidate();
+  timer.cancel();
   EXPECT_TRUE(underTest->waitUntil([&] { return held.use_count() == 1; }));
 }
 

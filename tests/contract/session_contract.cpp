@@ -49,7 +49,7 @@ TEST_F(WorkspaceContract, aUrlIsOpenedByTheProgramForItsScheme) {
 
 TEST_F(WorkspaceContract, observersHearOfEveryWake) {
   int wakes = 0;
-  host().workspace().observeDidWake([&] { ++wakes; });
+  const auto observer = host().workspace().observeDidWake([&] { ++wakes; });
   underTest->wakeFromSleep();
   EXPECT_TRUE(underTest->waitUntil([&] { return wakes == 1; }));
   underTest->wakeFromSleep();

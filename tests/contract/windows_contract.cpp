@@ -209,7 +209,7 @@ TEST_F(KeyMonitorContract, isSilentOnceItsTokenIsGone) {
     return KeyDisposition::consumed;
   });
   show();
-  token.reset();
+  token.cancel();
   underTest->userPresses(kKeyF5, kNoModifiers);
   underTest->waitUntil([] { return false; }, 100ms);
   EXPECT_EQ(seen, 0);
@@ -217,9 +217,9 @@ TEST_F(KeyMonitorContract, isSilentOnceItsTokenIsGone) {
 
 TEST_F(KeyMonitorContract, mayRemoveItselfFromItsHandler) {
   int seen = 0;
-  platform::KeyMonitorTokenRef token;
+  platform::Registration token;
   token = host().keyMonitor().addLocalKeyDownMonitor([&](const KeyDownEvent&) {
-    token.reset();
+    token.cancel();
     ++seen;
     return KeyDisposition::consumed;
   });
@@ -253,15 +253,15 @@ TEST_F(AlertsContract, closingTheWindowIsTheLastButtonsResponse) {
 TEST_F(AlertsContract, timersAndObserversGoOnWhileAnAlertIsOpen) {
   int ticks = 0;
   int wakes = 0;
-  host().workspace().observeDidWake([&] { ++wakes; });
-  const auto timer = host().runLoop().scheduledRepeatingTimer(10ms, [&](platform::Timer&) {
+  const auto observer = host().workspace().observeDidWake([&] { ++wakes; });
+  auto timer = host().runLoop().scheduledRepeatingTimer(10ms, [&] {
     if (++ticks == 1) underTest->wakeFromSleep();
   });
   underTest->answerNextAlert(0, [&] { return ticks >= 3 && wakes > 0; });
   EXPECT_EQ(host().alerts().runModal(alert), platform::kAlertFirstButtonReturn);
   EXPECT_GE(ticks, 3);
   EXPECT_EQ(wakes, 1);
-  timer->invalidate();
+  timer.cancel();
 }
 
 }  // namespace

@@ -463,7 +463,7 @@ class ForgetfulHost : public FakeHost {
   class Monitor : public platform::FakeKeyMonitor {
    public:
     using FakeKeyMonitor::FakeKeyMonitor;
-    [[nodiscard]] platform::KeyMonitorTokenRef addLocalKeyDownMonitor(
+    [[nodiscard]] platform::Registration addLocalKeyDownMonitor(
         std::function<KeyDisposition(const platform::KeyDownEvent&)> handler) override {
       kept = handler;
       return FakeKeyMonitor::addLocalKeyDownMonitor(std::move(handler));

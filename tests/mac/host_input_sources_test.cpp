@@ -221,7 +221,7 @@ TEST_F(MacInputSources, reportsTheCurrentLayoutAndSelectsAnother) {
 
 TEST_F(MacInputSources, tellsOnTheMainQueueThatTheEnabledLayoutsChanged) {
   int changes = 0;
-  service.observeEnabledLayoutsChanged([&] { ++changes; });
+  const auto observer = service.observeEnabledLayoutsChanged([&] { ++changes; });
   EXPECT_THAT(argumentsOf("-[NSNotificationCenter addObserverForName:object:queue:usingBlock:]"),
               EndsWith(", object=nil, queue=main"));
   EXPECT_EQ(changes, 0);
@@ -237,7 +237,7 @@ TEST_F(MacInputSources, tellsOnTheMainQueueThatTheEnabledLayoutsChanged) {
 }
 
 TEST_F(MacInputSources, goesOnWhenAHandlerThrows) {
-  service.observeEnabledLayoutsChanged([] { throw std::string("from the handler"); });
+  const auto observer = service.observeEnabledLayoutsChanged([] { throw std::string("from the handler"); });
   dbl::postEnabledSourcesChanged();
   doubles::time::advance({});
   EXPECT_EQ(service.keyboardType(), service.keyboardType());

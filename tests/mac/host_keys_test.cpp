@@ -61,24 +61,22 @@ struct MacHotKeys : InMacApplication {
 TEST_F(MacHotKeys, registersKeyModifiersAndIdentityAsGiven) {
   const HotKeyRegistration registration = service.registerHotKey(kKeyF2, Modifiers{0x1A00}, {kSignature, 7});
   EXPECT_EQ(registration.status, 0);
-  EXPECT_NE(registration.ref, nullptr);
+  EXPECT_TRUE(registration.hotKey);
   EXPECT_THAT(doubles::hot_keys::registered(),
               ElementsAre(doubles::hot_keys::Registered{120, 0x1A00, kSignature, 7}));
   EXPECT_EQ(argumentsOf("RegisterEventHotKey"), "120, 6656, {1414223442, 7}, options=0");
 }
 
-TEST_F(MacHotKeys, unregistersOneAndOnlyWhenAsked) {
-  HotKeyRef first = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).ref;
-  const HotKeyRef second = service.registerHotKey(kKeyF1, kNoModifiers, {kSignature, 2}).ref;
-  EXPECT_EQ(service.unregisterHotKey(first), 0);
-  first = nullptr;
+TEST_F(MacHotKeys, unregistersOneAndOnlyOne) {
+  Registration first = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey;
+  const Registration second = service.registerHotKey(kKeyF1, kNoModifiers, {kSignature, 2}).hotKey;
+  first.cancel();
   EXPECT_THAT(doubles::hot_keys::registered(),
               ElementsAre(doubles::hot_keys::Registered{122, 0, kSignature, 2}));
-  service.unregisterHotKey(second);
 }
 
-TEST_F(MacHotKeys, letsGoOfAReferenceWithoutUnregistering) {
-  service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1});
+TEST_F(MacHotKeys, leavesARegistrationStandingWithoutUnregistering) {
+  service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey.letStand();
   EXPECT_EQ(doubles::hot_keys::registered().size(), 1u);
 }
 
@@ -87,11 +85,11 @@ TEST_F(MacHotKeys, passesOnARefusalAndANullReference) {
   doubles::hot_keys::failNextRegistration(kTaken);
   const HotKeyRegistration refused = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1});
   EXPECT_EQ(refused.status, kTaken);
-  EXPECT_EQ(refused.ref, nullptr);
+  EXPECT_FALSE(refused.hotKey);
   doubles::hot_keys::nextRegistrationHasNoReference();
   const HotKeyRegistration empty = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 2});
   EXPECT_EQ(empty.status, 0);
-  EXPECT_EQ(empty.ref, nullptr);
+  EXPECT_FALSE(empty.hotKey);
 }
 
 TEST_F(MacHotKeys, reportsWhichHotKeyWasPressed) {
@@ -104,7 +102,7 @@ TEST_F(MacHotKeys, reportsWhichHotKeyWasPressed) {
   }),
             0);
   EXPECT_EQ(doubles::hot_keys::installedHandlers(), 1u);
-  const HotKeyRef key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 7}).ref;
+  const Registration key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 7}).hotKey;
   EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
   EXPECT_EQ(doubles::hot_keys::press(122, 0), std::nullopt);
   EXPECT_THAT(pressed, ElementsAre(HotKeyID{kSignature, 7}));
@@ -112,7 +110,6 @@ TEST_F(MacHotKeys, reportsWhichHotKeyWasPressed) {
   EXPECT_EQ(argumentsOf("InstallEventHandler"), "{1801812322, 5} userData=null, reference=null");
   EXPECT_EQ(argumentsOf("GetEventParameter"),
             "757935405, 1751869796, 8 bytes, actualType=null, actualSize=null");
-  service.unregisterHotKey(key);
 }
 
 TEST_F(MacHotKeys, leavesTheIdentityAloneWhenItCannotBeRead) {
@@ -123,12 +120,11 @@ TEST_F(MacHotKeys, leavesTheIdentityAloneWhenItCannotBeRead) {
     status = event.hotKeyID(identity);
     return kNoErr;
   });
-  const HotKeyRef key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 7}).ref;
+  const Registration key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 7}).hotKey;
   doubles::hot_keys::failNextEventParameter(kNotFound);
   doubles::hot_keys::press(120, 0);
   EXPECT_EQ(status, kNotFound);
   EXPECT_EQ(identity, (HotKeyID{1, 2}));
-  service.unregisterHotKey(key);
 }
 
 TEST_F(MacHotKeys, givesTheHandlersStatusBackAndZeroWhenItThrows) {
@@ -137,11 +133,10 @@ TEST_F(MacHotKeys, givesTheHandlersStatusBackAndZeroWhenItThrows) {
     if (throws) throw std::runtime_error("from the handler");
     return -1;
   });
-  const HotKeyRef key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).ref;
+  const Registration key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey;
   EXPECT_EQ(doubles::hot_keys::press(120, 0), -1);
   throws = true;
   EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
-  service.unregisterHotKey(key);
 }
 
 TEST_F(MacHotKeys, runsNoHandlerOnceTheServiceIsGone) {
@@ -150,7 +145,7 @@ TEST_F(MacHotKeys, runsNoHandlerOnceTheServiceIsGone) {
     ++presses;
     return kNoErr;
   });
-  service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1});
+  const Registration key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey;
   host = nullptr;
   EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
   EXPECT_EQ(presses, 0);
@@ -192,16 +187,16 @@ TEST_F(MacKeyMonitorService, letsAPressPassWhoseHandlerThrows) {
 TEST_F(MacKeyMonitorService, isRemovedWithItsToken) {
   auto token = service.addLocalKeyDownMonitor([](const KeyDownEvent&) { return KeyDisposition::consumed; });
   EXPECT_EQ(doubles::windows::localMonitors(), 1u);
-  token = nullptr;
+  token.cancel();
   EXPECT_EQ(doubles::windows::localMonitors(), 0u);
   EXPECT_FALSE(doubles::windows::pressKey(0, 0));
 }
 
 TEST_F(MacKeyMonitorService, mayBeRemovedByItsOwnHandler) {
-  KeyMonitorTokenRef token;
+  Registration token;
   const auto state = std::make_shared<int>(0);
   token = service.addLocalKeyDownMonitor([&token, state](const KeyDownEvent&) {
-    token = nullptr;
+    token.cancel();
     ++*state;  // still alive after its own registration has gone
     return KeyDisposition::consumed;
   });

@@ -36,24 +36,25 @@ TEST_F(MacRunLoopService, letsGoOfDeferredWorkOnceItRan) {
 
 TEST_F(MacRunLoopService, firesATimerEveryIntervalUntilItIsInvalidated) {
   int ticks = 0;
-  const TimerRef timer = service.scheduledRepeatingTimer(2000ms, [&](Timer&) { ++ticks; });
+  Registration timer = service.scheduledRepeatingTimer(2000ms, [&] { ++ticks; });
   doubles::time::advance(1999ms);
   EXPECT_EQ(ticks, 0);
   doubles::time::advance(1ms);
   EXPECT_EQ(ticks, 1);
   doubles::time::advance(4s);
   EXPECT_EQ(ticks, 3);
-  timer->invalidate();
-  timer->invalidate();
+  timer.cancel();
+  timer.cancel();
   doubles::time::advance(10s);
   EXPECT_EQ(ticks, 3);
   EXPECT_EQ(doubles::time::scheduledTimers(), 0u);
 }
 
-TEST_F(MacRunLoopService, keepsATimerThatNobodyElseKeeps) {
+TEST_F(MacRunLoopService, firesATimerUntilItsHandlerEndsIt) {
   int ticks = 0;
-  service.scheduledRepeatingTimer(2000ms, [&](Timer& timer) {
-    if (++ticks == 2) timer.invalidate();
+  Registration timer;
+  timer = service.scheduledRepeatingTimer(2000ms, [&] {
+    if (++ticks == 2) timer.cancel();
   });
   doubles::time::advance(60s);
   EXPECT_EQ(ticks, 2);
@@ -62,8 +63,9 @@ TEST_F(MacRunLoopService, keepsATimerThatNobodyElseKeeps) {
 
 TEST_F(MacRunLoopService, letsATimersHandlerFinishAfterItInvalidatedItsTimer) {
   const auto held = std::make_shared<int>(0);
-  service.scheduledRepeatingTimer(2000ms, [held](Timer& timer) {
-    timer.invalidate();
+  Registration timer;
+  timer = service.scheduledRepeatingTimer(2000ms, [held, &timer] {
+    timer.cancel();
     ++*held;
   });
   doubles::time::advance(2s);
@@ -75,20 +77,20 @@ TEST_F(MacRunLoopService, letsATimersHandlerFinishAfterItInvalidatedItsTimer) {
 
 TEST_F(MacRunLoopService, schedulesATimerThatGoesOnWhileAnAlertIsOpen) {
   int ticks = 0;
-  const TimerRef timer = service.scheduledRepeatingTimer(2000ms, [&](Timer&) { ++ticks; });
+  Registration timer = service.scheduledRepeatingTimer(2000ms, [&] { ++ticks; });
   doubles::time::advanceInModalPanel(4s);
   EXPECT_EQ(ticks, 2);
   const auto scheduled = doubles::callsNamed("+[NSTimer scheduledTimerWithTimeInterval:repeats:block:]");
   ASSERT_EQ(scheduled.size(), 1u);
   EXPECT_EQ(scheduled[0].arguments, "2, repeats=true");
   EXPECT_TRUE(doubles::callsNamed("+[NSRunLoop currentRunLoop]").empty()) << "not by name the main thread's";
-  timer->invalidate();
+  timer.cancel();
 }
 
 TEST_F(MacRunLoopService, goesOnWhileWorkHasAnAlertOpen) {
   int ticks = 0, wakes = 0, runs = 0;
-  const TimerRef timer = service.scheduledRepeatingTimer(2000ms, [&](Timer&) { ++ticks; });
-  host->workspace().observeDidWake([&] { ++wakes; });
+  Registration timer = service.scheduledRepeatingTimer(2000ms, [&] { ++ticks; });
+  const auto observer = host->workspace().observeDidWake([&] { ++wakes; });
   service.dispatchAfter(1ms, [&] {
     service.dispatchAfter(1s, [&] { ++runs; });
     doubles::time::later(3s, [] { doubles::workspace::postDidWake(); });
@@ -99,7 +101,7 @@ TEST_F(MacRunLoopService, goesOnWhileWorkHasAnAlertOpen) {
   });
   doubles::time::advance(1s);
   EXPECT_EQ(ticks, 2);
-  timer->invalidate();
+  timer.cancel();
 }
 
 TEST_F(MacRunLoopService, blocksWhileItSleeps) {
@@ -118,13 +120,13 @@ TEST_F(MacRunLoopService, blocksWhileItSleeps) {
 TEST_F(MacRunLoopService, goesOnWhenWorkOrATickThrows) {
   int ticks = 0;
   service.dispatchAfter(1ms, [] { throw std::runtime_error("from the work"); });
-  const TimerRef timer = service.scheduledRepeatingTimer(2ms, [&](Timer&) {
+  Registration timer = service.scheduledRepeatingTimer(2ms, [&] {
     ++ticks;
     throw std::runtime_error("from the tick");
   });
   doubles::time::advance(4ms);
   EXPECT_EQ(ticks, 2);
-  timer->invalidate();
+  timer.cancel();
 }
 
 struct MacWorkspaceService : OnMac {
@@ -157,7 +159,7 @@ TEST_F(MacWorkspaceService, givesNothingForWhatIsNoUrl) {
 
 TEST_F(MacWorkspaceService, tellsOnTheMainQueueAfterEachWake) {
   int wakes = 0;
-  service.observeDidWake([&] { ++wakes; });
+  auto observer = service.observeDidWake([&] { ++wakes; });
   EXPECT_THAT(argumentsOf("-[NSNotificationCenter addObserverForName:object:queue:usingBlock:]"),
               ::testing::EndsWith(", object=nil, queue=main"));
   EXPECT_EQ(doubles::workspace::observers(), 1u);
@@ -169,12 +171,17 @@ TEST_F(MacWorkspaceService, tellsOnTheMainQueueAfterEachWake) {
   doubles::input_sources::postEnabledSourcesChanged();
   doubles::time::advance(0ms);
   EXPECT_EQ(wakes, 2);
+  observer.cancel();
+  doubles::workspace::postDidWake();
+  doubles::time::advance(0ms);
+  EXPECT_EQ(wakes, 2);
+  EXPECT_EQ(doubles::workspace::observers(), 1u) << "the system's observer stays, and does nothing";
 }
 
 TEST_F(MacWorkspaceService, goesOnWhenAWakeHandlerThrows) {
   int wakes = 0;
-  service.observeDidWake([] { throw std::runtime_error("from the handler"); });
-  service.observeDidWake([&] { ++wakes; });
+  const auto throwing = service.observeDidWake([] { throw std::runtime_error("from the handler"); });
+  const auto counting = service.observeDidWake([&] { ++wakes; });
   doubles::workspace::postDidWake();
   doubles::time::advance(0ms);
   EXPECT_EQ(wakes, 1);

@@ -55,8 +55,7 @@ class LinuxHotKeyEvent : public HotKeyEvent {
 
 }  // namespace
 
-class LinuxHotKeyService::Registration : public HotKey {
- public:
+struct LinuxHotKeyService::GrabbedKey {
   HotKeyID identity;
   HotKeyCombination combination;
   std::uint8_t key = 0;
@@ -93,53 +92,52 @@ OSStatus LinuxHotKeyService::installHandler(std::function<OSStatus(const HotKeyE
 HotKeyRegistration LinuxHotKeyService::registerHotKey(KeyCode keyCode, Modifiers modifiers,
                                                       HotKeyID identity) {
   if (!x11_ || stopped_) {
-    return {kHotKeyInvalidErr, nullptr};
+    return {kHotKeyInvalidErr, {}};
   }
   const auto key = xFromMacKeyCode(keyCode);
   const auto state = stateOf(modifiers, masks_);
   if (!key || !state) {
-    return {kHotKeyInvalidErr, nullptr};
+    return {kHotKeyInvalidErr, {}};
   }
-  auto registration = std::make_shared<Registration>();
-  registration->identity = identity;
-  registration->combination = {keyCode, modifiers};
-  registration->key = *key;
-  registration->state = *state;
+  auto hotKey = std::make_shared<GrabbedKey>();
+  hotKey->identity = identity;
+  hotKey->combination = {keyCode, modifiers};
+  hotKey->key = *key;
+  hotKey->state = *state;
   // The server would let this client grab the same key twice.
-  const bool ours = std::any_of(registrations_.begin(), registrations_.end(), [&](const auto& other) {
-    return other->key == registration->key && other->state == registration->state;
+  const bool ours = std::any_of(hotKeys_.begin(), hotKeys_.end(), [&](const auto& other) {
+    return other->key == hotKey->key && other->state == hotKey->state;
   });
-  if (ours || !grab(*registration)) {
-    return {kHotKeyExistsErr, nullptr};
+  if (ours || !grab(*hotKey)) {
+    return {kHotKeyExistsErr, {}};
   }
-  registrations_.push_back(registration);
-  return {kNoErr, registration};
+  hotKeys_.push_back(hotKey);
+  return {kNoErr, Registration([this, weak = std::weak_ptr(hotKey)] {
+            if (const auto grabbed = weak.lock()) unregister(grabbed);
+          })};
 }
 
-OSStatus LinuxHotKeyService::unregisterHotKey(const HotKeyRef& ref) {
-  const auto found = std::find(registrations_.begin(), registrations_.end(), ref);
-  if (found == registrations_.end()) return kHotKeyInvalidErr;
-  ungrab(**found);
-  registrations_.erase(found);
+void LinuxHotKeyService::unregister(const std::shared_ptr<GrabbedKey>& hotKey) {
+  std::erase(hotKeys_, hotKey);
+  ungrab(*hotKey);
   x11_->flush();
-  return kNoErr;
 }
 
 void LinuxHotKeyService::stop() {
   stopped_ = true;
-  for (const auto& registration : registrations_) ungrab(*registration);
-  registrations_.clear();
+  for (const auto& hotKey : hotKeys_) ungrab(*hotKey);
+  hotKeys_.clear();
   if (x11_) x11_->flush();
 }
 
-bool LinuxHotKeyService::grab(const Registration& registration) {
-  if (isHeldThroughXInput2(registration)) return false;
+bool LinuxHotKeyService::grab(const GrabbedKey& hotKey) {
+  if (isHeldThroughXInput2(hotKey)) return false;
   xcb_connection_t* c = x11_->get();
   std::vector<xcb_void_cookie_t> cookies;
   for (const std::uint16_t locks : masks_.lockCombinations()) {
     cookies.push_back(xcb_grab_key_checked(c, 0, x11_->root(),
-                                           static_cast<std::uint16_t>(registration.state | locks),
-                                           registration.key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+                                           static_cast<std::uint16_t>(hotKey.state | locks), hotKey.key,
+                                           XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
   }
   bool taken = false;
   for (const xcb_void_cookie_t cookie : cookies) {
@@ -147,7 +145,7 @@ bool LinuxHotKeyService::grab(const Registration& registration) {
     taken = taken || error != nullptr;
   }
   if (taken) {
-    ungrab(registration);
+    ungrab(hotKey);
     x11_->flush();
   }
   return !taken;
@@ -155,21 +153,21 @@ bool LinuxHotKeyService::grab(const Registration& registration) {
 
 /// Window managers may take their keys through XInput 2, and the server compares grabs of one kind only: such
 /// a grab is asked for as well, and given back at once.
-bool LinuxHotKeyService::isHeldThroughXInput2(const Registration& registration) {
+bool LinuxHotKeyService::isHeldThroughXInput2(const GrabbedKey& hotKey) {
   const KeyboardDevices::Id keyboard = readKeyboardDevices(*x11_).core;
   if (keyboard == KeyboardDevices::kNone) return false;
   xcb_connection_t* c = x11_->get();
   std::vector<std::uint32_t> modifiers;
   for (const std::uint16_t locks : masks_.lockCombinations()) {
-    modifiers.push_back(static_cast<std::uint32_t>(registration.state | locks));
+    modifiers.push_back(static_cast<std::uint32_t>(hotKey.state | locks));
   }
   const auto count = static_cast<std::uint16_t>(modifiers.size());
   constexpr std::uint32_t kEvents = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS;
   const auto cookie = xcb_input_xi_passive_grab_device(
-      c, XCB_CURRENT_TIME, x11_->root(), XCB_CURSOR_NONE, registration.key, keyboard, count, 1,
+      c, XCB_CURRENT_TIME, x11_->root(), XCB_CURSOR_NONE, hotKey.key, keyboard, count, 1,
       XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_MODE_22_ASYNC,
       XCB_INPUT_GRAB_OWNER_NO_OWNER, &kEvents, modifiers.data());
-  xcb_input_xi_passive_ungrab_device(c, x11_->root(), registration.key, keyboard, count,
+  xcb_input_xi_passive_ungrab_device(c, x11_->root(), hotKey.key, keyboard, count,
                                      XCB_INPUT_GRAB_TYPE_KEYCODE, modifiers.data());
   // The answer lists the combinations that were refused.
   const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(
@@ -177,10 +175,9 @@ bool LinuxHotKeyService::isHeldThroughXInput2(const Registration& registration) 
   return reply != nullptr && reply->num_modifiers != 0;
 }
 
-void LinuxHotKeyService::ungrab(const Registration& registration) {
+void LinuxHotKeyService::ungrab(const GrabbedKey& hotKey) {
   for (const std::uint16_t locks : masks_.lockCombinations()) {
-    xcb_ungrab_key(x11_->get(), registration.key, x11_->root(),
-                   static_cast<std::uint16_t>(registration.state | locks));
+    xcb_ungrab_key(x11_->get(), hotKey.key, x11_->root(), static_cast<std::uint16_t>(hotKey.state | locks));
   }
 }
 
@@ -225,10 +222,10 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   const std::uint16_t considered =
       static_cast<std::uint16_t>(masks_.shift | masks_.control | masks_.alt | masks_.super);
   const auto pressed = static_cast<std::uint16_t>(event.state & considered);
-  const auto found = std::find_if(registrations_.begin(), registrations_.end(), [&](const auto& candidate) {
+  const auto found = std::find_if(hotKeys_.begin(), hotKeys_.end(), [&](const auto& candidate) {
     return candidate->key == event.detail && candidate->state == pressed;
   });
-  if (found != registrations_.end() && handler_) {
+  if (found != hotKeys_.end() && handler_) {
     // Copies, since the handler may unregister the key.
     const LinuxHotKeyEvent hotKeyEvent((*found)->identity);
     const auto handler = handler_;
@@ -245,19 +242,19 @@ void LinuxHotKeyService::handleKeymapChange() {
   const ModifierMasks masks = readModifierMasks(x11_->get());
   const bool sameMasks = masks == masks_;
   if (!sameMasks) {
-    for (const auto& registration : registrations_) {
-      ungrab(*registration);
-      registration->grabbed = false;
+    for (const auto& hotKey : hotKeys_) {
+      ungrab(*hotKey);
+      hotKey->grabbed = false;
     }
     masks_ = masks;
   }
   // What somebody else has taken meanwhile, or has no modifier now, is tried again at the next change. The
   // service has no way to tell the program of it.
-  for (const auto& registration : registrations_) {
-    const auto state = stateOf(registration->combination.modifiers, masks_);
-    if (!registration->grabbed && state) {
-      registration->state = *state;
-      registration->grabbed = grab(*registration);
+  for (const auto& hotKey : hotKeys_) {
+    const auto state = stateOf(hotKey->combination.modifiers, masks_);
+    if (!hotKey->grabbed && state) {
+      hotKey->state = *state;
+      hotKey->grabbed = grab(*hotKey);
     }
   }
   x11_->flush();

@@ -31,26 +31,26 @@ class LinuxHotKeyService : public HotKeyService {
 
   OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
   HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
-  OSStatus unregisterHotKey(const HotKeyRef& ref) override;
   /// For the end of the program: gives every key back and refuses any other.
   void stop();
 
  private:
-  class Registration;
+  struct GrabbedKey;
   void handleEvent(const xcb_generic_event_t& event);
   void handlePress(const xcb_key_press_event_t& event);
   void handleRelease(std::uint8_t key);
   void handleKeymapChange();
+  void unregister(const std::shared_ptr<GrabbedKey>& hotKey);
   void selectRawReleases(bool wanted);
-  bool grab(const Registration& registration);
-  bool isHeldThroughXInput2(const Registration& registration);
-  void ungrab(const Registration& registration);
+  bool grab(const GrabbedKey& hotKey);
+  bool isHeldThroughXInput2(const GrabbedKey& hotKey);
+  void ungrab(const GrabbedKey& hotKey);
 
   std::shared_ptr<X11Connection> x11_;
   bool stopped_ = false;
   ModifierMasks masks_;
   std::function<OSStatus(const HotKeyEvent&)> handler_;
-  std::vector<std::shared_ptr<Registration>> registrations_;
+  std::vector<std::shared_ptr<GrabbedKey>> hotKeys_;
   /// The keys of hot keys that are down, with the server's time of their last press.
   std::map<std::uint8_t, xcb_timestamp_t> held_;
   X11Connection::Observation observation_;

@@ -175,7 +175,7 @@ class LinuxInputSources::Observer {
   Observer(const Observer&) = delete;
   Observer& operator=(const Observer&) = delete;
 
-  void add(std::function<void()> handler) { handlers_.push_back(std::move(handler)); }
+  Registration add(std::function<void()> handler) { return handlers_.add(std::move(handler)); }
   /// Reports now what it would report soon.
   void settle() {
     if (timer_ != 0) {
@@ -204,13 +204,12 @@ class LinuxInputSources::Observer {
     std::string now = owner_.signature();
     if (now == known_) return;
     known_ = std::move(now);
-    const auto handlers = handlers_;
-    for (const auto& handler : handlers) handler();
+    for (const auto& handler : handlers_.all()) (*handler)();
   }
 
   LinuxInputSources& owner_;
   std::string known_;
-  std::vector<std::function<void()>> handlers_;
+  Handlers<std::function<void()>> handlers_;
   guint timer_ = 0;
   X11Connection::Observation observation_;
 };
@@ -226,6 +225,12 @@ LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, Session
         xkb_x11_setup_xkb_extension(x11_->get(), XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
                                     XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, &major, &minor, nullptr, nullptr);
     if (usable == 0 || !context_) x11_ = nullptr;
+  }
+  if (x11_) {
+    keymapChanges_ = x11_->observe([this](const xcb_generic_event_t& event) {
+      if (x11_->isKeymapChange(event)) keymap_.reset();
+    });
+    x11_->selectKeymapEvents();
   }
 }
 
@@ -329,10 +334,10 @@ std::optional<std::u16string> LinuxInputSources::translate(const KeyLayoutData& 
   return text;
 }
 
-void LinuxInputSources::observeEnabledLayoutsChanged(std::function<void()> handler) {
-  if (!x11_) return;
+Registration LinuxInputSources::observeEnabledLayoutsChanged(std::function<void()> handler) {
+  if (!x11_) return {};
   if (!observer_) observer_ = std::make_unique<Observer>(*this);
-  observer_->add(std::move(handler));
+  return observer_->add(std::move(handler));
 }
 
 std::uint16_t LinuxInputSources::usersKeyboard() {
@@ -349,9 +354,14 @@ std::shared_ptr<xkb_keymap> LinuxInputSources::serverKeymap() {
   std::int32_t device = usersKeyboard();
   if (device == XCB_XKB_ID_USE_CORE_KBD) device = xkb_x11_get_core_keyboard_device_id(x11_->get());
   if (device < 0) return nullptr;
-  xkb_keymap* keymap =
-      xkb_x11_keymap_new_from_device(context_.get(), x11_->get(), device, XKB_KEYMAP_COMPILE_NO_FLAGS);
-  return keymap == nullptr ? nullptr : std::shared_ptr<xkb_keymap>(keymap, xkb_keymap_unref);
+  std::optional<std::string> rules = x11_->property(x11_->root(), x11_->atom("_XKB_RULES_NAMES"));
+  if (keymap_ && keymapsKeyboard_ == device && keymapsRules_ == rules) return keymap_;
+  keymap_.reset(
+      xkb_x11_keymap_new_from_device(context_.get(), x11_->get(), device, XKB_KEYMAP_COMPILE_NO_FLAGS),
+      xkb_keymap_unref);
+  keymapsKeyboard_ = device;
+  keymapsRules_ = std::move(rules);
+  return keymap_;
 }
 
 /// What the enabled layouts are called and type, as bytes to compare.

@@ -58,7 +58,7 @@ class LinuxInputSources : public InputSourceService {
   /// Changes that follow each other within a twentieth of a second are one: replacing a keymap is announced
   /// in many events. The handler is called earlier when the current layout is asked for meanwhile, so that a
   /// fix right after a change knows the new layouts.
-  void observeEnabledLayoutsChanged(std::function<void()> handler) override;
+  Registration observeEnabledLayoutsChanged(std::function<void()> handler) override;
 
  private:
   class Observer;
@@ -66,6 +66,8 @@ class LinuxInputSources : public InputSourceService {
   /// The keyboard that the user types on, as XKB requests name it: its keymap counts, whatever simulated keys
   /// have made of the core keyboard's. Without XInput 2 that one.
   std::uint16_t usersKeyboard();
+  /// Fetched once, and again when the server announces another keymap, when the configuration has another
+  /// name, or for another keyboard.
   std::shared_ptr<xkb_keymap> serverKeymap();
   std::string signature();
 
@@ -73,6 +75,10 @@ class LinuxInputSources : public InputSourceService {
   KeyboardDevices::Id usersKeyboard_ = KeyboardDevices::kNone;
   SessionBus sessionBus_;
   std::shared_ptr<xkb_context> context_;
+  std::shared_ptr<xkb_keymap> keymap_;
+  std::int32_t keymapsKeyboard_ = -1;
+  std::optional<std::string> keymapsRules_;
+  X11Connection::Observation keymapChanges_;
   std::unique_ptr<Observer> observer_;
 };
 

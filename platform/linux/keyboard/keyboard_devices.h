@@ -31,6 +31,7 @@ struct KeyboardDevices {
   Id forSimulatedKeys() const;
 };
 
+/// Asks the server; blocks for one answer. Without XInput 2 or an answer there are no devices.
 KeyboardDevices readKeyboardDevices(const X11Connection& x11);
 
 /// The keys to hold for each modifier on the keyboard of simulated keys, by its modifier map and keysyms:
@@ -42,6 +43,7 @@ struct ModifierKeys {
   xcb_keycode_t super;
 };
 
+/// Asks the server; blocks for two answers. Without them, the usual place of each key.
 ModifierKeys readModifierKeys(const X11Connection& x11, const KeyboardDevices& devices);
 
 }  // namespace lexwend::platform

@@ -25,6 +25,8 @@ struct ModifierMasks {
   std::vector<std::uint16_t> lockCombinations() const;
 };
 
+/// Asks the server and blocks until it answers. Where no answer comes, because the connection broke, the
+/// masks are those of a fresh ModifierMasks.
 ModifierMasks readModifierMasks(xcb_connection_t* connection);
 
 }  // namespace lexwend::platform

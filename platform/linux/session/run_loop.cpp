@@ -24,15 +24,15 @@ struct LinuxRunLoop::Work {
   guint source = 0;
 };
 
-class LinuxRunLoop::RepeatingTimer : public Timer, public std::enable_shared_from_this<RepeatingTimer> {
+class LinuxRunLoop::RepeatingTimer : public std::enable_shared_from_this<RepeatingTimer> {
  public:
-  RepeatingTimer(LinuxRunLoop& loop, std::function<void(Timer&)> handler)
+  RepeatingTimer(LinuxRunLoop& loop, std::function<void()> handler)
       : loop_(&loop), handler_(std::move(handler)) {}
 
   void start(std::chrono::milliseconds interval) {
     source_ = g_timeout_add(wholeMilliseconds(interval), &RepeatingTimer::fire, this);
   }
-  void invalidate() override {
+  void invalidate() {
     if (source_ == 0) return;
     g_source_remove(source_);
     source_ = 0;
@@ -46,7 +46,7 @@ class LinuxRunLoop::RepeatingTimer : public Timer, public std::enable_shared_fro
     // The handler may let go of the last reference but this one.
     const auto self = static_cast<RepeatingTimer*>(data)->shared_from_this();
     self->firing_ = true;
-    self->handler_(*self);
+    self->handler_();
     self->firing_ = false;
     if (self->source_ != 0) return G_SOURCE_CONTINUE;
     self->handler_ = nullptr;  // what it holds goes with the invalidation, whoever still holds the timer
@@ -54,7 +54,7 @@ class LinuxRunLoop::RepeatingTimer : public Timer, public std::enable_shared_fro
   }
 
   LinuxRunLoop* loop_;
-  std::function<void(Timer&)> handler_;
+  std::function<void()> handler_;
   guint source_ = 0;
   bool firing_ = false;
 };
@@ -93,12 +93,14 @@ int LinuxRunLoop::runWork(void* data) {
   return G_SOURCE_REMOVE;
 }
 
-TimerRef LinuxRunLoop::scheduledRepeatingTimer(std::chrono::milliseconds interval,
-                                               std::function<void(Timer&)> handler) {
+Registration LinuxRunLoop::scheduledRepeatingTimer(std::chrono::milliseconds interval,
+                                                   std::function<void()> handler) {
   const auto timer = std::make_shared<RepeatingTimer>(*this, std::move(handler));
   timers_.insert(timer);
   timer->start(interval);
-  return timer;
+  return Registration([weak = std::weak_ptr(timer)] {
+    if (const auto live = weak.lock()) live->invalidate();
+  });
 }
 
 void LinuxRunLoop::sleep(std::chrono::microseconds duration) {

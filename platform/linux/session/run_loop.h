@@ -22,8 +22,8 @@ class LinuxRunLoop : public RunLoop {
   LinuxRunLoop& operator=(const LinuxRunLoop&) = delete;
 
   void dispatchAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
-  TimerRef scheduledRepeatingTimer(std::chrono::milliseconds interval,
-                                   std::function<void(Timer&)> handler) override;
+  Registration scheduledRepeatingTimer(std::chrono::milliseconds interval,
+                                       std::function<void()> handler) override;
   void sleep(std::chrono::microseconds duration) override;
 
   /// For the end of the program: runs the event loop until no work is left that was deferred by at most

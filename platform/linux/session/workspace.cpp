@@ -60,12 +60,6 @@ void preparedForSleep(GDBusConnection*, const gchar*, const gchar*, const gchar*
 LinuxWorkspace::LinuxWorkspace(std::function<std::optional<std::string>()> activeWindowClass)
     : activeWindowClass_(std::move(activeWindowClass)) {}
 
-LinuxWorkspace::~LinuxWorkspace() {
-  for (const guint observation : observations_) {
-    g_dbus_connection_signal_unsubscribe(systemBus(), observation);
-  }
-}
-
 std::optional<FrontApplication> LinuxWorkspace::frontmostApplication() {
   auto windowClass = activeWindowClass_();
   if (!windowClass) return std::nullopt;
@@ -92,14 +86,15 @@ void LinuxWorkspace::open(const UrlRef& url) {
   }
 }
 
-void LinuxWorkspace::observeDidWake(std::function<void()> handler) {
+Registration LinuxWorkspace::observeDidWake(std::function<void()> handler) {
   GDBusConnection* bus = systemBus();
-  if (bus == nullptr) return;
-  observations_.push_back(g_dbus_connection_signal_subscribe(
+  if (bus == nullptr) return {};
+  const guint subscription = g_dbus_connection_signal_subscribe(
       bus, "org.freedesktop.login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
       "/org/freedesktop/login1", nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &preparedForSleep,
       new WakeObserver{std::move(handler)},
-      [](gpointer observer) { delete static_cast<WakeObserver*>(observer); }));
+      [](gpointer observer) { delete static_cast<WakeObserver*>(observer); });
+  return Registration([subscription] { g_dbus_connection_signal_unsubscribe(systemBus(), subscription); });
 }
 
 }  // namespace lexwend::platform

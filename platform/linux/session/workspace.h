@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/workspace.h"
 
@@ -18,20 +17,15 @@ class LinuxWorkspace : public Workspace {
  public:
   /// Gives the class of the active window; asked when the front application is.
   explicit LinuxWorkspace(std::function<std::optional<std::string>()> activeWindowClass);
-  /// Observers hear of nothing any more.
-  ~LinuxWorkspace() override;
-  LinuxWorkspace(const LinuxWorkspace&) = delete;
-  LinuxWorkspace& operator=(const LinuxWorkspace&) = delete;
 
   std::optional<FrontApplication> frontmostApplication() override;
   UrlRef urlFromString(std::string_view text) override;
   void open(const UrlRef& url) override;
   /// logind's PrepareForSleep(false); without a system bus the handler is never called.
-  void observeDidWake(std::function<void()> handler) override;
+  Registration observeDidWake(std::function<void()> handler) override;
 
  private:
   std::function<std::optional<std::string>()> activeWindowClass_;
-  std::vector<unsigned> observations_;
 };
 
 }  // namespace lexwend::platform

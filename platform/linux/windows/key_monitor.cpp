@@ -86,24 +86,6 @@ class Filter : public QObject {
   std::function<KeyDisposition(const KeyDownEvent&)> handler_;
 };
 
-class Token : public KeyMonitorToken {
- public:
-  explicit Token(std::function<KeyDisposition(const KeyDownEvent&)> handler)
-      : filter_(new Filter(std::move(handler))) {
-    QCoreApplication::instance()->installEventFilter(filter_);
-  }
-  ~Token() override {
-    if (!filter_) return;
-    if (auto* application = QCoreApplication::instance()) application->removeEventFilter(filter_);
-    filter_->deleteLater();  // it may be the one that is running
-  }
-  Token(const Token&) = delete;
-  Token& operator=(const Token&) = delete;
-
- private:
-  QPointer<Filter> filter_;
-};
-
 }  // namespace
 
 std::optional<KeyDownEvent> keyDownEventOf(const QKeyEvent& event) {
@@ -113,9 +95,15 @@ std::optional<KeyDownEvent> keyDownEventOf(const QKeyEvent& event) {
   return KeyDownEvent{*keyCode, flagsOf(event)};
 }
 
-KeyMonitorTokenRef LinuxKeyMonitor::addLocalKeyDownMonitor(
+Registration LinuxKeyMonitor::addLocalKeyDownMonitor(
     std::function<KeyDisposition(const KeyDownEvent&)> handler) {
-  return std::make_unique<Token>(std::move(handler));
+  QPointer<Filter> filter = new Filter(std::move(handler));
+  QCoreApplication::instance()->installEventFilter(filter);
+  return Registration([filter] {
+    if (!filter) return;
+    if (auto* application = QCoreApplication::instance()) application->removeEventFilter(filter);
+    filter->deleteLater();  // it may be the one that is running
+  });
 }
 
 }  // namespace lexwend::platform

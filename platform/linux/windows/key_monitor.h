@@ -18,7 +18,7 @@ std::optional<KeyDownEvent> keyDownEventOf(const QKeyEvent& event);
 /// keyboard are kept from the windows unseen. The application object must exist.
 class LinuxKeyMonitor : public KeyMonitor {
  public:
-  [[nodiscard]] KeyMonitorTokenRef addLocalKeyDownMonitor(
+  [[nodiscard]] Registration addLocalKeyDownMonitor(
       std::function<KeyDisposition(const KeyDownEvent&)> handler) override;
 };
 

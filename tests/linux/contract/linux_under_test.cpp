@@ -329,11 +329,11 @@ bool LinuxUnderTest::clickRecorder(RecorderButton which) {
 
 void LinuxUnderTest::answerNextAlert(std::optional<std::size_t> button, std::function<bool()> when) {
   constexpr std::chrono::milliseconds kLook(10);
-  answering_ = host_->runLoop().scheduledRepeatingTimer(kLook, [=, this](Timer& look) {
+  answering_ = host_->runLoop().scheduledRepeatingTimer(kLook, [=, this] {
     const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     if (box == nullptr || !isOnTheScreen(*box) || !when()) return;
     if (!button) {
-      look.invalidate();
+      answering_.cancel();
       pointer_.closeBox(*box);
       return;
     }
@@ -346,7 +346,7 @@ void LinuxUnderTest::answerNextAlert(std::optional<std::size_t> button, std::fun
       pointer_.moveTo(wanted, wanted.rect().center());
       return;
     }
-    look.invalidate();
+    answering_.cancel();
     pointer_.click();
   });
 }

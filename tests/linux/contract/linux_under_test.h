@@ -91,7 +91,7 @@ class LinuxUnderTest : public HostUnderTest {
   std::unique_ptr<OtherEditor> editor_;
   std::unique_ptr<OtherEditor> passwordField_;
   std::unique_ptr<platform::CopyingApplication> copying_;
-  platform::TimerRef answering_;
+  platform::Registration answering_;
   std::optional<test::FullDisk> fullDisk_;
   std::optional<test::OrdinaryUser> ordinaryUser_;
 };

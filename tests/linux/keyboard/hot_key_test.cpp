@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <deque>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
@@ -55,6 +57,7 @@ struct HotKeys : testing::Test {
   Typist typist;
   std::shared_ptr<X11Connection> x11 = X11Connection::open();
   LinuxHotKeyService service{x11};
+  std::deque<HotKeyRegistration> added;
   std::vector<std::uint32_t> pressed;
 
   HotKeys() {
@@ -68,8 +71,8 @@ struct HotKeys : testing::Test {
       return kNoErr;
     });
   }
-  HotKeyRegistration add(KeyCode keyCode, Modifiers modifiers, std::uint32_t id) {
-    return service.registerHotKey(keyCode, modifiers, {kSignature, id});
+  HotKeyRegistration& add(KeyCode keyCode, Modifiers modifiers, std::uint32_t id) {
+    return added.emplace_back(service.registerHotKey(keyCode, modifiers, {kSignature, id}));
   }
   bool pressedBecomes(std::size_t count) {
     return pumpUntil([&] { return pressed.size() == count; });
@@ -201,9 +204,9 @@ TEST_F(HotKeys, letOtherKeysThroughWhileTheKeyIsStillHeld) {
 
 TEST_F(HotKeys, areRefusedWhenAnotherProgramHoldsTheKey) {
   const Holder plain(KEY_F2, 0);
-  const HotKeyRegistration refused = add(kKeyF2, kNoModifiers, 1);
+  const HotKeyRegistration& refused = add(kKeyF2, kNoModifiers, 1);
   EXPECT_EQ(refused.status, kHotKeyExistsErr);
-  EXPECT_EQ(refused.ref, nullptr);
+  EXPECT_FALSE(refused.hotKey);
   EXPECT_EQ(add(kKeyF2, kShiftKey, 2).status, kNoErr);
 }
 
@@ -253,10 +256,9 @@ TEST_F(HotKeys, areRefusedForKeysThatDoNotExist) {
 }
 
 TEST_F(HotKeys, areFreeForOthersOnceUnregistered) {
-  const HotKeyRegistration registration = add(kKeyF2, kNoModifiers, 1);
+  HotKeyRegistration& registration = add(kKeyF2, kNoModifiers, 1);
   ASSERT_EQ(registration.status, kNoErr);
-  EXPECT_EQ(service.unregisterHotKey(registration.ref), kNoErr);
-  EXPECT_NE(service.unregisterHotKey(registration.ref), kNoErr);
+  registration.hotKey.cancel();
   FocusedWindow window;
   typist.tap(KEY_F2);
   settle();
@@ -266,12 +268,13 @@ TEST_F(HotKeys, areFreeForOthersOnceUnregistered) {
 }
 
 TEST_F(HotKeys, mayBeUnregisteredByTheirOwnHandler) {
-  const HotKeyRegistration registration = add(kKeyF2, kNoModifiers, 1);
+  HotKeyRegistration& registration = add(kKeyF2, kNoModifiers, 1);
   ASSERT_EQ(registration.status, kNoErr);
   int calls = 0;
   service.installHandler([&](const HotKeyEvent&) {
     ++calls;
-    return service.unregisterHotKey(registration.ref);
+    registration.hotKey.cancel();
+    return kNoErr;
   });
   typist.tap(KEY_F2);
   ASSERT_TRUE(pumpUntil([&] { return calls == 1; }));

@@ -142,7 +142,7 @@ TEST_F(Keyboard, keepsTheLayoutsOfTheUserWhenSimulatedKeysHaveOthers) {
   typist.tapPhysically(KEY_A);
   EXPECT_THAT(ids(), ElementsAre("us", "il"));
   int changes = 0;
-  sources.observeEnabledLayoutsChanged([&] { ++changes; });
+  const auto observer = sources.observeEnabledLayoutsChanged([&] { ++changes; });
   typist.tap(KEY_A);
   ASSERT_THAT(ids(), ElementsAre("us", "il"));
   EXPECT_EQ(typed(enabled()[1], 0, kPlain), u"ש");
@@ -209,6 +209,24 @@ TEST_F(Keyboard, typesWhatTheLayoutSaysInBothGroups) {
   EXPECT_EQ(typed(list[0], 49, kPlain), u" ");
 }
 
+TEST_F(Keyboard, fetchesTheKeymapAgainOnlyWhenItChanged) {
+  display.setLayouts("us,il");
+  const auto requestsFor = [this](std::uint16_t keyCode, std::u16string_view expected) {
+    const unsigned before = xcb_no_operation(x11->get()).sequence;
+    EXPECT_EQ(typed(enabled()[0], keyCode, kPlain), expected);
+    return xcb_no_operation(x11->get()).sequence - before;
+  };
+  handleWhatTheServerHasSent();
+  const unsigned first = requestsFor(0, u"a");
+  const unsigned second = requestsFor(1, u"s");
+  EXPECT_LT(second, first);
+  ASSERT_EQ(runProgram("xmodmap -e 'keycode 38 = b B'"), 0);
+  handleWhatTheServerHasSent();
+  EXPECT_GT(requestsFor(0, u"b"), second);
+  display.setLayouts("de,il");  // announced, but not yet handled
+  EXPECT_EQ(typed(enabled()[0], 6, kPlain), u"y");
+}
+
 TEST_F(Keyboard, typesTheVariantsCharacters) {
   display.setLayouts("us", "dvorak");
   const auto list = enabled();
@@ -244,7 +262,7 @@ TEST_F(Keyboard, reportsAnErrorWhenTheResultHasNoRoom) {
 TEST_F(Keyboard, announcesAnotherSetOfLayoutsOnce) {
   display.setLayouts("us,il");
   int changes = 0;
-  sources.observeEnabledLayoutsChanged([&] { ++changes; });
+  const auto observer = sources.observeEnabledLayoutsChanged([&] { ++changes; });
   display.setLayouts("us,de");
   ASSERT_TRUE(pumpUntil([&] { return changes > 0; }));
   EXPECT_THAT(ids(), ElementsAre("us", "de"));
@@ -257,7 +275,7 @@ TEST_F(Keyboard, announcesAnotherSetOfLayoutsOnce) {
 TEST_F(Keyboard, announcesAnotherSetOfLayoutsBeforeItTellsTheCurrentOne) {
   display.setLayouts("us,il");
   int changes = 0;
-  sources.observeEnabledLayoutsChanged([&] { ++changes; });
+  const auto observer = sources.observeEnabledLayoutsChanged([&] { ++changes; });
   display.setLayouts("de,il");
   handleWhatTheServerHasSent();
   EXPECT_EQ(changes, 0);
@@ -270,7 +288,7 @@ TEST_F(Keyboard, announcesAnotherSetOfLayoutsBeforeItTellsTheCurrentOne) {
 TEST_F(Keyboard, announcesNothingWhenOnlyTheGroupOrNothingChanged) {
   display.setLayouts("us,il");
   int changes = 0;
-  sources.observeEnabledLayoutsChanged([&] { ++changes; });
+  const auto observer = sources.observeEnabledLayoutsChanged([&] { ++changes; });
   display.setLayouts("us,il");
   typist.lockGroup(1);
   typist.tap(KEY_A);

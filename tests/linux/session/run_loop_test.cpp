@@ -38,16 +38,14 @@ TEST_F(GLibRunLoop, runsDeferredWorkOnceAndWhenItIsDue) {
   EXPECT_GE(std::chrono::steady_clock::now() - start, 29ms);
 }
 
-TEST_F(GLibRunLoop, firesATimerUntilItIsInvalidatedInItsHandler) {
+TEST_F(GLibRunLoop, firesATimerUntilItsHandlerEndsIt) {
   int fired = 0;
-  std::weak_ptr<Timer> weak = loop.scheduledRepeatingTimer(2ms, [&](Timer& timer) {
-    if (++fired == 3) {
-      timer.invalidate();
-      timer.invalidate();
-    }
+  const auto held = std::make_shared<int>(0);
+  Registration timer;
+  timer = loop.scheduledRepeatingTimer(2ms, [&, held] {
+    if (++fired == 3) timer.cancel();
   });
-  EXPECT_FALSE(weak.expired());
-  runUntil([&] { return weak.expired(); });
+  runUntil([&] { return held.use_count() == 1; });
   bool later = false;
   loop.dispatchAfter(20ms, [&] { later = true; });
   runUntil([&] { return later; });
@@ -93,8 +91,7 @@ TEST_F(GLibRunLoop, hasNothingToWakeUpForWhenNothingIsDeferred) {
   gint timeout = 0;
   gint priority = 0;
   GMainContext* context = g_main_context_default();
-  const auto timer = loop.scheduledRepeatingTimer(1ms, [](Timer&) {});
-  timer->invalidate();
+  loop.scheduledRepeatingTimer(1ms, [] {}).cancel();
   ASSERT_TRUE(g_main_context_acquire(context));
   g_main_context_prepare(context, &priority);
   g_main_context_query(context, G_MAXINT, &timeout, nullptr, 0);
@@ -104,14 +101,13 @@ TEST_F(GLibRunLoop, hasNothingToWakeUpForWhenNothingIsDeferred) {
 
 TEST(GLibRunLoopsEnd, dropsWorkAndTimers) {
   auto held = std::make_shared<int>(0);
-  TimerRef timer;
+  Registration timer;
   {
     LinuxRunLoop loop;
     loop.dispatchAfter(1h, [held] {});
-    timer = loop.scheduledRepeatingTimer(1h, [held](Timer&) {});
+    timer = loop.scheduledRepeatingTimer(1h, [held] {});
   }
-  timer->invalidate();
-  timer.reset();
+  timer.cancel();
   EXPECT_EQ(held.use_count(), 1);
 }
 

@@ -36,9 +36,10 @@ struct AlertOnTheDesktop : Desktop {
   static QMessageBox* shown() { return qobject_cast<QMessageBox*>(QApplication::activeWindow()); }
   /// Runs the alert and, when it is there, the user's answer.
   int runWith(std::function<void(QMessageBox&)> answer) {
-    const auto timer = host.runLoop().scheduledRepeatingTimer(10ms, [&](Timer& own) {
+    Registration timer;
+    timer = host.runLoop().scheduledRepeatingTimer(10ms, [&] {
       if (shown() == nullptr) return;
-      own.invalidate();
+      timer.cancel();
       answer(*shown());
     });
     return host.alerts().runModal(alert);
@@ -164,9 +165,10 @@ TEST_F(ApplicationOnTheDesktop, windowsAndHotKeysGoAtItsEndBeforeTheLastWork) {
 TEST_F(ApplicationOnTheDesktop, endsAlsoWhileAnAlertIsOpen) {
   int response = 0;
   runWith([&] {
-    const auto timer = host.runLoop().scheduledRepeatingTimer(10ms, [this](Timer& own) {
+    Registration timer;
+    timer = host.runLoop().scheduledRepeatingTimer(10ms, [this, &timer] {
       if (QApplication::activeModalWidget() == nullptr) return;
-      own.invalidate();
+      timer.cancel();
       application.terminate();
     });
     response = host.alerts().runModal({"a", "b", {"c", "d"}});

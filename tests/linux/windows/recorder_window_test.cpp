@@ -205,7 +205,7 @@ TEST_F(Recorder, reportsACloseThatItsOwnerAskedForBeforeCloseReturns) {
 struct KeysOfTheRecorder : Recorder {
   Typist typist;
   std::vector<KeyDownEvent> seen;
-  KeyMonitorTokenRef monitor;
+  Registration monitor;
 
   void SetUp() override {
     open();
@@ -216,7 +216,7 @@ struct KeysOfTheRecorder : Recorder {
     for (const int key : {KEY_LEFTSHIFT, KEY_LEFTCTRL, KEY_LEFTALT, KEY_LEFTMETA}) typist.release(key);
   }
   void TearDown() override {
-    monitor.reset();
+    monitor.cancel();
     Recorder::TearDown();
   }
   /// Taps the last key while the others are held.
@@ -307,7 +307,7 @@ TEST_F(KeysOfTheRecorder, belongToAMenuThatIsOpen) {
 TEST_F(KeysOfTheRecorder, areSeenNoMoreAfterTheHandlerRemovedItsMonitor) {
   monitor = host.keyMonitor().addLocalKeyDownMonitor([this](const KeyDownEvent& event) {
     seen.push_back(event);
-    monitor.reset();
+    monitor.cancel();
     return KeyDisposition::consumed;
   });
   button("ביטול").setFocus();
