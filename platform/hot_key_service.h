@@ -44,6 +44,12 @@ class HotKeyEvent {
   virtual OSStatus hotKeyID(HotKeyID& out) const = 0;
 };
 
+/// The program is busy for as long as one lives (HotKeyService::ignorePresses).
+class HotKeyPause {
+ public:
+  virtual ~HotKeyPause() = default;
+};
+
 /// System-wide hot keys. Main thread only; the handler is called there, from the run loop, once per press (a
 /// held key does not repeat). A registered key does not reach the application in front.
 class HotKeyService {
@@ -56,6 +62,9 @@ class HotKeyService {
   virtual HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                             HotKeyID identity) = 0;
   virtual OSStatus unregisterHotKey(const HotKeyRef& ref) = 0;
+  /// A press that is made while the result lives is never reported, however late the system delivers it.
+  /// Pauses may overlap. Null from a host that cannot tell when a press was made. Does not block.
+  [[nodiscard]] virtual std::unique_ptr<HotKeyPause> ignorePresses() { return nullptr; }
 };
 
 /// The service of the installed host.

@@ -14,6 +14,17 @@ class FakeHotKey : public HotKey {
   const FakeHotKeys::Combination combination;
 };
 
+class FakePause : public HotKeyPause {
+ public:
+  explicit FakePause(std::shared_ptr<int> pauses) : pauses_(std::move(pauses)) { ++*pauses_; }
+  ~FakePause() override { --*pauses_; }
+  FakePause(const FakePause&) = delete;
+  FakePause& operator=(const FakePause&) = delete;
+
+ private:
+  std::shared_ptr<int> pauses_;
+};
+
 class FakeHotKeyEvent : public HotKeyEvent {
  public:
   FakeHotKeyEvent(FakeSystem& system, HotKeyID identity) : system_(system), identity_(identity) {}
@@ -65,8 +76,12 @@ OSStatus FakeHotKeys::unregisterHotKey(const HotKeyRef& ref) {
 bool FakeHotKeys::press(std::uint32_t keyCode, std::uint32_t modifiers) {
   const auto found = registered_.find({keyCode, modifiers});
   if (found == registered_.end()) return false;
-  dispatch(found->second);
+  if (*pauses_ == 0) dispatch(found->second);
   return true;
+}
+
+std::unique_ptr<HotKeyPause> FakeHotKeys::ignorePresses() {
+  return std::make_unique<FakePause>(pauses_);
 }
 
 std::optional<OSStatus> FakeHotKeys::dispatch(HotKeyID identity) {

@@ -28,11 +28,13 @@ class FakeHotKeys : public HotKeyService {
   HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                     HotKeyID identity) override;
   OSStatus unregisterHotKey(const HotKeyRef& ref) override;
+  std::unique_ptr<HotKeyPause> ignorePresses() override;
 
   /// Controls of a test.
   /// Another program holds the combination.
   void otherAppTakes(std::uint32_t keyCode, std::uint32_t modifiers) { taken_.insert({keyCode, modifiers}); }
-  /// The user presses the combination; false when this program does not hold it.
+  /// The user presses the combination; false when this program does not hold it. During a pause the handler
+  /// is not called.
   bool press(std::uint32_t keyCode, std::uint32_t modifiers);
   /// The system reports a press under that identity, registered or not. The handler's result; nothing when no
   /// handler is installed.
@@ -61,6 +63,7 @@ class FakeHotKeys : public HotKeyService {
   std::size_t handlerInstallations_ = 0;
   std::map<Combination, HotKeyID> registered_;
   std::set<Combination> taken_;
+  std::shared_ptr<int> pauses_ = std::make_shared<int>(0);
   std::vector<HotKeyID> offered_;
 };
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/hot_key_service.h"
+#include "platform/run_loop.h"
 #include "tests/contract/contract_test.h"
 
 namespace lexwend::contract {
@@ -75,6 +76,39 @@ TEST_F(HotKeyContract, anUnregisteredHotKeyIsSilentAndCanBeRegisteredAgain) {
   underTest->userPresses(kF9, kRareModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return !pressed.empty(); }));
   EXPECT_EQ(pressed, std::vector<HotKeyID>{kSecond});
+}
+
+TEST_F(HotKeyContract, aPressMadeDuringAPauseIsNotReportedAfterItEither) {
+  if (!underTest->tellsWhenAKeyWasPressed()) {
+    EXPECT_EQ(host().hotKeyService().ignorePresses(), nullptr);
+    return;
+  }
+  const auto registration = add(kF9, kFirst);
+  {
+    const auto pause = host().hotKeyService().ignorePresses();
+    for (int i = 0; i < 10; ++i) underTest->userPresses(kF9, kRareModifiers);
+    host().runLoop().sleep(50ms);  // the program is busy and reads none of them
+  }
+  settle();
+  EXPECT_TRUE(pressed.empty());
+  underTest->userPresses(kF9, kRareModifiers);
+  EXPECT_TRUE(underTest->waitUntil([&] { return !pressed.empty(); }));
+  EXPECT_EQ(pressed, std::vector<HotKeyID>{kFirst});
+}
+
+TEST_F(HotKeyContract, aPauseLastsUntilTheLastOfSeveralHasEnded) {
+  if (!underTest->tellsWhenAKeyWasPressed()) {
+    EXPECT_EQ(host().hotKeyService().ignorePresses(), nullptr);
+    return;
+  }
+  const auto registration = add(kF9, kFirst);
+  auto outer = host().hotKeyService().ignorePresses();
+  host().hotKeyService().ignorePresses().reset();
+  underTest->userPresses(kF9, kRareModifiers);
+  settle();
+  outer.reset();
+  settle();
+  EXPECT_TRUE(pressed.empty());
 }
 
 TEST_F(HotKeyContract, aCombinationOfAnotherProgramIsRefusedOrShared) {

@@ -109,6 +109,7 @@ class MacUnderTest : public HostUnderTest {
   // Each program has its own registrations; only an exclusive one is in the way of others.
   void otherProgramTakesHotKey(std::uint32_t, std::uint32_t) override {}
   bool sharesHotKeys() const override { return true; }
+  bool tellsWhenAKeyWasPressed() const override { return false; }
 
   void disableHebrew() override {
     doubles::MacDesktop::installLayouts({platform::usLayout()});

@@ -64,6 +64,26 @@ class LinuxHotKeyService::Registration : public HotKey {
   bool grabbed = true;      ///< false when the key was lost to somebody else as the keymap changed
 };
 
+class LinuxHotKeyService::Pause : public HotKeyPause {
+ public:
+  Pause(std::shared_ptr<X11Connection> x11, std::shared_ptr<Pauses> pauses)
+      : x11_(std::move(x11)), pauses_(std::move(pauses)) {
+    ++pauses_->running;
+  }
+  ~Pause() override {
+    --pauses_->running;
+    if (!x11_) return;
+    pauses_->lastEnd = xcb_no_operation(x11_->get()).sequence;
+    x11_->flush();
+  }
+  Pause(const Pause&) = delete;
+  Pause& operator=(const Pause&) = delete;
+
+ private:
+  std::shared_ptr<X11Connection> x11_;
+  std::shared_ptr<Pauses> pauses_;
+};
+
 LinuxHotKeyService::LinuxHotKeyService(std::shared_ptr<X11Connection> x11) : x11_(std::move(x11)) {
   if (!x11_) return;
   masks_ = readModifierMasks(x11_->get());
@@ -123,6 +143,18 @@ OSStatus LinuxHotKeyService::unregisterHotKey(const HotKeyRef& ref) {
   registrations_.erase(found);
   x11_->flush();
   return kNoErr;
+}
+
+std::unique_ptr<HotKeyPause> LinuxHotKeyService::ignorePresses() {
+  return std::make_unique<Pause>(x11_, pauses_);
+}
+
+bool LinuxHotKeyService::wasPausedAt(const xcb_key_press_event_t& event) const {
+  if (pauses_->running > 0) return true;
+  if (!pauses_->lastEnd) return false;
+  // The numbers wrap around.
+  const auto& numbered = reinterpret_cast<const xcb_generic_event_t&>(event);
+  return static_cast<std::int32_t>(numbered.full_sequence - *pauses_->lastEnd) < 0;
 }
 
 void LinuxHotKeyService::stop() {
@@ -221,7 +253,7 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   const xcb_timestamp_t pause = x11_->hasXInput2() ? kLongestRepeatPause : kRepeatPauseWithoutReleases;
   const bool repeats = lastPress != held_.end() && event.time - lastPress->second < pause;
   held_[event.detail] = event.time;
-  if (repeats) return;
+  if (repeats || wasPausedAt(event)) return;
   const std::uint16_t considered =
       static_cast<std::uint16_t>(masks_.shift | masks_.control | masks_.alt | masks_.super);
   const auto pressed = static_cast<std::uint16_t>(event.state & considered);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/hot_key_service.h"
@@ -33,11 +34,21 @@ class LinuxHotKeyService : public HotKeyService {
   HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                     HotKeyID identity) override;
   OSStatus unregisterHotKey(const HotKeyRef& ref) override;
+  /// The end of a pause is a request to the server, which marks every event with the last request before it:
+  /// so a press is placed before or after the end exactly, however late it is read.
+  std::unique_ptr<HotKeyPause> ignorePresses() override;
   /// For the end of the program: gives every key back and refuses any other.
   void stop();
 
  private:
   class Registration;
+  class Pause;
+  /// Shared with pauses, which may outlive the service.
+  struct Pauses {
+    int running = 0;
+    std::optional<std::uint32_t> lastEnd;  ///< number of the request that ended the last one
+  };
+  bool wasPausedAt(const xcb_key_press_event_t& event) const;
   void handleEvent(const xcb_generic_event_t& event);
   void handlePress(const xcb_key_press_event_t& event);
   void handleRelease(std::uint8_t key);
@@ -54,6 +65,7 @@ class LinuxHotKeyService : public HotKeyService {
   std::vector<std::shared_ptr<Registration>> registrations_;
   /// The keys of hot keys that are down, with the server's time of their last press.
   std::map<std::uint8_t, xcb_timestamp_t> held_;
+  std::shared_ptr<Pauses> pauses_ = std::make_shared<Pauses>();
   X11Connection::Observation observation_;
 };
 
