@@ -9,8 +9,7 @@ namespace lexwend::platform {
 
 using ProcessIdentifier = std::int64_t;
 
-/// Who else runs in this user's session. Main thread only. A host that has to ask a bus waits for its answer,
-/// at most a second a question; no answer is an empty one.
+/// Who else runs in this user's session. Main thread only. Waits for nobody.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;

@@ -43,27 +43,13 @@ void showAccessibilitySettings() {
   if (name.find("KDE") != std::string_view::npos) spawn({"systemsettings", "kcm_access"});
 }
 
-struct WakeObserver {
-  std::function<void()> handler;
-};
-
-void preparedForSleep(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
-                      GVariant* arguments, gpointer observer) {
-  if (!g_variant_is_of_type(arguments, G_VARIANT_TYPE("(b)"))) return;
-  gboolean goingToSleep = TRUE;
-  g_variant_get(arguments, "(b)", &goingToSleep);
-  if (goingToSleep == FALSE) static_cast<WakeObserver*>(observer)->handler();
-}
-
 }  // namespace
 
 LinuxWorkspace::LinuxWorkspace(std::function<std::optional<std::string>()> activeWindowClass)
     : activeWindowClass_(std::move(activeWindowClass)) {}
 
 LinuxWorkspace::~LinuxWorkspace() {
-  for (const guint observation : observations_) {
-    g_dbus_connection_signal_unsubscribe(systemBus(), observation);
-  }
+  subscribe(nullptr);
 }
 
 std::optional<FrontApplication> LinuxWorkspace::frontmostApplication() {
@@ -93,13 +79,31 @@ void LinuxWorkspace::open(const UrlRef& url) {
 }
 
 void LinuxWorkspace::observeDidWake(std::function<void()> handler) {
-  GDBusConnection* bus = systemBus();
+  wakeHandlers_.push_back(std::move(handler));
+  if (systemBus_ == nullptr) {
+    systemBus_ = observeSystemBus([this](GDBusConnection* bus) { subscribe(bus); });
+  }
+}
+
+void LinuxWorkspace::subscribe(GDBusConnection* bus) {
+  if (subscription_ != 0) g_dbus_connection_signal_unsubscribe(subscribedTo_.get(), subscription_);
+  subscription_ = 0;
+  subscribedTo_.reset();
   if (bus == nullptr) return;
-  observations_.push_back(g_dbus_connection_signal_subscribe(
+  subscribedTo_.reset(G_DBUS_CONNECTION(g_object_ref(bus)));
+  subscription_ = g_dbus_connection_signal_subscribe(
       bus, "org.freedesktop.login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
-      "/org/freedesktop/login1", nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &preparedForSleep,
-      new WakeObserver{std::move(handler)},
-      [](gpointer observer) { delete static_cast<WakeObserver*>(observer); }));
+      "/org/freedesktop/login1", nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &LinuxWorkspace::preparedForSleep, this,
+      nullptr);
+}
+
+void LinuxWorkspace::preparedForSleep(GDBusConnection*, const char*, const char*, const char*, const char*,
+                                      GVariant* arguments, void* workspace) {
+  if (!g_variant_is_of_type(arguments, G_VARIANT_TYPE("(b)"))) return;
+  gboolean goingToSleep = TRUE;
+  g_variant_get(arguments, "(b)", &goingToSleep);
+  if (goingToSleep != FALSE) return;
+  for (const auto& handler : static_cast<LinuxWorkspace*>(workspace)->wakeHandlers_) handler();
 }
 
 }  // namespace lexwend::platform

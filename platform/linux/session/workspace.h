@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/session/buses.h"
+#include "platform/linux/session/glib_ref.h"
 #include "platform/workspace.h"
 
 namespace lexwend::platform {
@@ -26,12 +28,20 @@ class LinuxWorkspace : public Workspace {
   std::optional<FrontApplication> frontmostApplication() override;
   UrlRef urlFromString(std::string_view text) override;
   void open(const UrlRef& url) override;
-  /// logind's PrepareForSleep(false); without a system bus the handler is never called.
+  /// logind's PrepareForSleep(false). While there is no system bus nothing is heard.
   void observeDidWake(std::function<void()> handler) override;
 
  private:
+  void subscribe(GDBusConnection* bus);
+  static void preparedForSleep(GDBusConnection* bus, const char* sender, const char* path,
+                               const char* interface, const char* signal, GVariant* arguments,
+                               void* workspace);
+
   std::function<std::optional<std::string>()> activeWindowClass_;
-  std::vector<unsigned> observations_;
+  std::vector<std::function<void()>> wakeHandlers_;
+  GObjectRef<GDBusConnection> subscribedTo_;
+  unsigned subscription_ = 0;
+  BusObservation systemBus_;
 };
 
 }  // namespace lexwend::platform

@@ -33,7 +33,9 @@ class LinuxApplication : public Application {
   std::string displayName() override;
   std::optional<std::string> shortVersionString() override;
 
-  /// Fails without an X11 display. What it says, or notice() will, it shows as a notification as well.
+  /// Fails without an X11 display. What it says, or notice() will, it shows as a notification as well. Where
+  /// the session bus does not answer yet, the toolkit does without it for the whole run: this application's
+  /// own windows are then silent to screen readers. Nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
   /// In a Wayland session that has an X11 display: what works there.
   std::optional<std::string> notice() override;
@@ -48,7 +50,10 @@ class LinuxApplication : public Application {
   void beep() override;
 
  private:
+  class HiddenBus;
+
   Needs needs_;
+  std::unique_ptr<HiddenBus> busIsHidden_;  ///< from the making of the toolkit to the start of its loop
   std::unique_ptr<QApplication> application_;
   std::function<void()> didFinishLaunching_;
 };
