@@ -8,7 +8,8 @@
 
 namespace lexwend::platform {
 
-/// One argument of an Exec line, quoted as the Desktop Entry Specification asks for.
+/// One argument of an Exec key's value, quoted as the Desktop Entry Specification asks for. The escapes of
+/// the entry's own syntax are not in it.
 std::string quotedForExec(std::string_view argument);
 
 /// The program that the text of /proc/self/exe names. The system marks the path of one whose file was
