@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/linux/session/buses.h"
+#include "platform/linux/session/foreign_text.h"
 
 namespace lexwend::platform {
 namespace {
@@ -53,9 +54,9 @@ LinuxWorkspace::~LinuxWorkspace() {
 }
 
 std::optional<FrontApplication> LinuxWorkspace::frontmostApplication() {
-  auto windowClass = activeWindowClass_();
+  const auto windowClass = activeWindowClass_();
   if (!windowClass) return std::nullopt;
-  return FrontApplication{std::move(windowClass)};
+  return FrontApplication{foreignText(*windowClass)};
 }
 
 UrlRef LinuxWorkspace::urlFromString(std::string_view text) {
