@@ -33,9 +33,11 @@ class LinuxApplication : public Application {
   std::string displayName() override;
   std::optional<std::string> shortVersionString() override;
 
-  /// Fails without an X11 display. What it says, or notice() will, it shows as a notification as well. Where
-  /// the session bus does not answer yet, the toolkit does without it for the whole run: this application's
-  /// own windows are then silent to screen readers. Nothing else depends on it.
+  /// Fails without an X11 display. What it says, or notice() will, it shows as a notification as well.
+  ///
+  /// From then on the system makes no core dump of this process, and no other process of the user can read
+  /// its memory. Where the session bus does not answer yet, the toolkit does without it for the whole run:
+  /// this application's own windows are then silent to screen readers, and nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
   /// In a Wayland session that has an X11 display: what works there.
   std::optional<std::string> notice() override;
