@@ -13,17 +13,18 @@
 
 namespace lexwend::platform {
 
-/// Statuses of a refused registration, as the system whose terms the service speaks numbers them.
+/// Statuses of a refused registration: eventHotKeyExistsErr and eventHotKeyInvalidErr of Carbon.
 inline constexpr OSStatus kHotKeyExistsErr = -9878;
 inline constexpr OSStatus kHotKeyInvalidErr = -9879;
 
 /// Passive key grabs on the root window, one for each combination of Caps Lock, Num Lock and Scroll Lock. A
-/// key is taken when another client has it by such a grab or by one of XInput 2. Command is Control here,
-/// Option is Alt, and Control is Super.
+/// key is taken when another client has grabbed it, in the core protocol or through XInput 2. Command is
+/// Control here, Option is Alt, and Control is Super. Main thread only. Registering blocks for some round
+/// trips to the X server.
 ///
-/// The keyboard grab that a press brings is given up before the handler runs, so that keys simulated by the
-/// handler reach their application. Since the server then no longer says when the key goes up, raw key
-/// releases are selected while it is held: thus a key that repeats is one press.
+/// A press activates a grab of the keyboard. It is released before the handler runs, so that keys that the
+/// handler simulates reach their application. Without it the server does not report the key's release, and so
+/// raw key releases are selected while the key is held: a key that repeats is one press.
 class LinuxHotKeyService : public HotKeyService {
  public:
   /// Without a display (null) every registration is refused as invalid.

@@ -32,7 +32,7 @@ std::string sessionBusAddress() {
 
 std::string systemBusAddress() {
   char* const address = g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr);
-  const std::string text = address != nullptr ? address : "";
+  std::string text = address != nullptr ? address : "";
   g_free(address);
   return text;
 }
@@ -53,7 +53,7 @@ class Bus {
 
   BusObservation observe(BusHandler handler) {
     begin();
-    const auto observation = std::make_shared<const BusHandler>(std::move(handler));
+    auto observation = std::make_shared<const BusHandler>(std::move(handler));
     observers_.push_back(observation);
     (*observation)(connection_.get());
     return observation;

@@ -13,14 +13,14 @@
 
 namespace lexwend::platform {
 
-/// The session by X11 properties, GIO and the machine's message bus. An address of macOS's own settings
-/// stands for the desktop's accessibility settings: opening it switches the accessibility bus on and shows
-/// the settings of GNOME or KDE where one of them runs.
+/// The session by X11 properties, GIO and the machine's message bus. No call waits for another program. A URL
+/// of macOS's own settings stands for the desktop's accessibility settings: opening it switches the
+/// accessibility bus on, and under GNOME or KDE shows their settings.
 class LinuxWorkspace : public Workspace {
  public:
   /// Gives the class of the active window; asked when the front application is.
   explicit LinuxWorkspace(std::function<std::optional<std::string>()> activeWindowClass);
-  /// Observers hear of nothing any more.
+  /// No handler is called any more.
   ~LinuxWorkspace() override;
   LinuxWorkspace(const LinuxWorkspace&) = delete;
   LinuxWorkspace& operator=(const LinuxWorkspace&) = delete;
