@@ -89,8 +89,8 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
     notifyUser(reason.hebrew);
     return std::string(reason.english);
   }
-  // What is selected and copied passes through this process. A limit on the size of core dumps would not keep them
-  // from a program that the system pipes them to.
+  // What is selected and copied passes through this process. A limit on the size of core dumps would not keep
+  // them from a program that the system pipes them to.
   ::prctl(PR_SET_DUMPABLE, 0);
   qunsetenv("QT_NO_GLIB");  // deferred work and every service live in GLib's main context
   QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
