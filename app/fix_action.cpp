@@ -10,6 +10,7 @@
 #include "input/input_sources.h"
 #include "platform/accessibility.h"
 #include "platform/application.h"
+#include "platform/hot_key_service.h"
 #include "platform/input_sources.h"
 #include "platform/run_loop.h"
 #include "platform/workspace.h"
@@ -33,6 +34,8 @@ std::string frontmostBundleIdentifier() {
 }  // namespace
 
 void AppDelegate::performFix() noexcept {
+  // A press that waited for this fix would convert what is selected then, which nobody asked for.
+  const auto pause = platform::hotKeyService().ignorePresses();
   const bool currentLayoutIsHebrew = InputSources::currentLayoutIsHebrew();
   Log::write("fix: front=" + frontmostBundleIdentifier() +
              " currentHebrew=" + (currentLayoutIsHebrew ? "true" : "false"));

@@ -46,6 +46,9 @@ class HotKeyService {
   /// with a non-zero status, or let the key reach both.
   /// The end of the registration unregisters the key; whether the system could do so is not told.
   virtual HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) = 0;
+  /// A press that is made while the result lives is never reported, however late the system delivers it.
+  /// Pauses may overlap. Empty from a host that cannot tell when a press was made. Does not block.
+  virtual Registration ignorePresses() { return {}; }
 };
 
 /// The service of the installed host.

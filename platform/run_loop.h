@@ -8,7 +8,8 @@
 
 namespace lexwend::platform {
 
-/// Time and deferred work. Main thread only; everything deferred runs there, from the run loop.
+/// Time and deferred work. Main thread only; everything deferred runs there, from the run loop. Delays do not
+/// depend on the clock on the wall, which may be set at any time.
 class RunLoop {
  public:
   virtual ~RunLoop() = default;

@@ -9,8 +9,7 @@ namespace lexwend::platform {
 
 using ProcessIdentifier = std::int64_t;
 
-/// The programs of this user's session. Main thread only. A host that asks a bus blocks for at most a second
-/// a call; when no answer comes, the list is empty.
+/// The programs of this user's session. Main thread only. Waits for nobody.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;

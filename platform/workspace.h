@@ -12,7 +12,8 @@
 namespace lexwend::platform {
 
 struct FrontApplication {
-  std::optional<std::string> bundleIdentifier;  ///< on X11 the window's class
+  /// On X11 the window's class, without control characters and cut at 200 characters.
+  std::optional<std::string> bundleIdentifier;
 };
 /// A parsed URL. Opaque.
 class Url {

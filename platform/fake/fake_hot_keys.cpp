@@ -51,8 +51,13 @@ void FakeHotKeys::unregister(const Combination& combination) {
 bool FakeHotKeys::press(KeyCode keyCode, Modifiers modifiers) {
   const auto found = registered_.find({keyCode, modifiers});
   if (found == registered_.end()) return false;
-  dispatch(found->second);
+  if (*pauses_ == 0) dispatch(found->second);
   return true;
+}
+
+Registration FakeHotKeys::ignorePresses() {
+  ++*pauses_;
+  return Registration([pauses = pauses_] { --*pauses; });
 }
 
 std::optional<OSStatus> FakeHotKeys::dispatch(HotKeyID identity) {

@@ -26,11 +26,13 @@ class FakeHotKeys : public HotKeyService {
 
   OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
   HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
+  Registration ignorePresses() override;
 
   /// Controls of a test.
   /// Another program holds the combination.
   void otherAppTakes(KeyCode keyCode, Modifiers modifiers) { taken_.insert({keyCode, modifiers}); }
-  /// The user presses the combination; false when this program does not hold it.
+  /// The user presses the combination; false when this program does not hold it. During a pause the handler
+  /// is not called.
   bool press(KeyCode keyCode, Modifiers modifiers);
   /// The system reports a press under that identity, registered or not. The handler's result; nothing when no
   /// handler is installed.
@@ -59,6 +61,7 @@ class FakeHotKeys : public HotKeyService {
   std::size_t handlerInstallations_ = 0;
   std::map<Combination, HotKeyID> registered_;
   std::set<Combination> taken_;
+  std::shared_ptr<int> pauses_ = std::make_shared<int>(0);
   std::vector<HotKeyID> offered_;
 };
 

@@ -129,7 +129,13 @@ const std::shared_ptr<LinuxPasteboard>& LinuxHost::pasteboard() {
 }
 
 LinuxAccessibility& LinuxHost::linuxAccessibility() {
-  if (!accessibility_) accessibility_.emplace(displayOf(x11())).start();
+  if (!accessibility_) {
+    accessibility_.emplace(displayOf(x11()));
+    // The way to the accessibility bus begins at the session bus, whenever that comes.
+    sessionBus_ = observeSessionBus([this](GDBusConnection* bus) {
+      if (bus != nullptr) accessibility_->start();
+    });
+  }
   return *accessibility_;
 }
 

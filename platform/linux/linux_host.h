@@ -13,6 +13,7 @@
 #include "platform/linux/keyboard/hot_key_service.h"
 #include "platform/linux/keyboard/input_sources.h"
 #include "platform/linux/keyboard/key_events.h"
+#include "platform/linux/session/buses.h"
 #include "platform/linux/session/date_formatter.h"
 #include "platform/linux/session/files.h"
 #include "platform/linux/session/login_item.h"
@@ -78,6 +79,7 @@ class LinuxHost : public Host {
   std::shared_ptr<LinuxPasteboard> pasteboard_;
   std::optional<LinuxInputSources> inputSources_;
   std::optional<LinuxAccessibility> accessibility_;
+  BusObservation sessionBus_;
   std::optional<LinuxSecureInput> secureInput_;
   std::optional<LinuxWorkspace> workspace_;
   LinuxAlerts alerts_;

@@ -413,6 +413,33 @@ TEST(FixFromMenu, fixesWhateverIsInFrontByThen) {
   EXPECT_EQ(second->focus()->text(), "מה");
 }
 
+/// The user presses the hot key again and again while the fix is waiting for the application.
+void expectOneFixFor(Fix& f, const std::function<void()>& start) {
+  f.host.standardUserDefaults().setBool(true, "compatMode");  // the path that waits
+  const auto editor = f.openEditor("akuo");
+  editor->copies.delay = milliseconds(200);
+  for (int i = 1; i <= 10; ++i) {
+    f.host.clock().systemDoes(milliseconds(15 * i), [&f] { f.pressHotKey(); });
+  }
+  start();
+  f.host.advance(milliseconds(2000));
+  EXPECT_EQ(editor->focus()->text(), "שלום");
+  EXPECT_THAT(f.fixLines(),
+              ElementsAre("fix: front=com.example.editor currentHebrew=false", "fix: success target=he"));
+}
+
+TEST(FixFromHotKey, dropsThePressesThatAreMadeMeanwhile) {
+  Fix f;
+  f.launch();
+  expectOneFixFor(f, [&f] { f.pressHotKey(); });
+}
+
+TEST(FixFromMenu, dropsThePressesThatAreMadeMeanwhile) {
+  Fix f;
+  f.launch();
+  expectOneFixFor(f, [&f] { f.delegate->performFix(); });
+}
+
 TEST(FixFromHotKey, hasNoDelay) {
   Fix f;
   f.launch();

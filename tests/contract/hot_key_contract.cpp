@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/hot_key_service.h"
+#include "platform/run_loop.h"
 #include "tests/contract/contract_test.h"
 
 namespace lexwend::contract {
@@ -76,6 +77,39 @@ TEST_F(HotKeyContract, anUnregisteredHotKeyIsSilentAndCanBeRegisteredAgain) {
   underTest->userPresses(kKeyF9, kRareModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return !pressed.empty(); }));
   EXPECT_EQ(pressed, std::vector<HotKeyID>{kSecond});
+}
+
+TEST_F(HotKeyContract, aPressMadeDuringAPauseIsNotReportedAfterItEither) {
+  if (!underTest->tellsWhenAKeyWasPressed()) {
+    EXPECT_FALSE(host().hotKeyService().ignorePresses());
+    return;
+  }
+  const auto registration = add(kKeyF9, kFirst);
+  {
+    const auto pause = host().hotKeyService().ignorePresses();
+    for (int i = 0; i < 10; ++i) underTest->userPresses(kKeyF9, kRareModifiers);
+    host().runLoop().sleep(50ms);  // the program is busy and reads none of them
+  }
+  settle();
+  EXPECT_TRUE(pressed.empty());
+  underTest->userPresses(kKeyF9, kRareModifiers);
+  EXPECT_TRUE(underTest->waitUntil([&] { return !pressed.empty(); }));
+  EXPECT_EQ(pressed, std::vector<HotKeyID>{kFirst});
+}
+
+TEST_F(HotKeyContract, aPauseLastsUntilTheLastOfSeveralHasEnded) {
+  if (!underTest->tellsWhenAKeyWasPressed()) {
+    EXPECT_FALSE(host().hotKeyService().ignorePresses());
+    return;
+  }
+  const auto registration = add(kKeyF9, kFirst);
+  auto outer = host().hotKeyService().ignorePresses();
+  host().hotKeyService().ignorePresses().cancel();
+  underTest->userPresses(kKeyF9, kRareModifiers);
+  settle();
+  outer.cancel();
+  settle();
+  EXPECT_TRUE(pressed.empty());
 }
 
 TEST_F(HotKeyContract, aCombinationOfAnotherProgramIsRefusedOrShared) {

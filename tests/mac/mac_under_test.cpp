@@ -96,6 +96,7 @@ class MacUnderTest : public HostUnderTest {
   // Each program has its own registrations; only an exclusive one is in the way of others.
   void otherProgramTakesHotKey(platform::KeyCode, platform::Modifiers) override {}
   bool sharesHotKeys() const override { return true; }
+  bool tellsWhenAKeyWasPressed() const override { return false; }
 
   void disableHebrew() override {
     doubles::MacDesktop::installLayouts({platform::usLayout()});

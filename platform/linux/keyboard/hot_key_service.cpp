@@ -123,6 +123,24 @@ void LinuxHotKeyService::unregister(const std::shared_ptr<GrabbedKey>& hotKey) {
   x11_->flush();
 }
 
+Registration LinuxHotKeyService::ignorePresses() {
+  ++pauses_->running;
+  return Registration([x11 = x11_, pauses = pauses_] {
+    --pauses->running;
+    if (!x11) return;
+    pauses->lastEnd = xcb_no_operation(x11->get()).sequence;
+    x11->flush();
+  });
+}
+
+bool LinuxHotKeyService::wasPausedAt(const xcb_key_press_event_t& event) const {
+  if (pauses_->running > 0) return true;
+  if (!pauses_->lastEnd) return false;
+  // The numbers wrap around.
+  const auto& numbered = reinterpret_cast<const xcb_generic_event_t&>(event);
+  return static_cast<std::int32_t>(numbered.full_sequence - *pauses_->lastEnd) < 0;
+}
+
 void LinuxHotKeyService::stop() {
   stopped_ = true;
   for (const auto& hotKey : hotKeys_) ungrab(*hotKey);
@@ -218,7 +236,7 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   const xcb_timestamp_t pause = x11_->hasXInput2() ? kLongestRepeatPause : kRepeatPauseWithoutReleases;
   const bool repeats = lastPress != held_.end() && event.time - lastPress->second < pause;
   held_[event.detail] = event.time;
-  if (repeats) return;
+  if (repeats || wasPausedAt(event)) return;
   const std::uint16_t considered =
       static_cast<std::uint16_t>(masks_.shift | masks_.control | masks_.alt | masks_.super);
   const auto pressed = static_cast<std::uint16_t>(event.state & considered);

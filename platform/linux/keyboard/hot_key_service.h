@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/hot_key_service.h"
@@ -12,17 +13,18 @@
 
 namespace lexwend::platform {
 
-/// Statuses of a refused registration, as the system whose terms the service speaks numbers them.
+/// Statuses of a refused registration: eventHotKeyExistsErr and eventHotKeyInvalidErr of Carbon.
 inline constexpr OSStatus kHotKeyExistsErr = -9878;
 inline constexpr OSStatus kHotKeyInvalidErr = -9879;
 
 /// Passive key grabs on the root window, one for each combination of Caps Lock, Num Lock and Scroll Lock. A
-/// key is taken when another client has it by such a grab or by one of XInput 2. Command is Control here,
-/// Option is Alt, and Control is Super.
+/// key is taken when another client has grabbed it, in the core protocol or through XInput 2. Command is
+/// Control here, Option is Alt, and Control is Super. Main thread only. Registering blocks for some round
+/// trips to the X server.
 ///
-/// The keyboard grab that a press brings is given up before the handler runs, so that keys simulated by the
-/// handler reach their application. Since the server then no longer says when the key goes up, raw key
-/// releases are selected while it is held: thus a key that repeats is one press.
+/// A press activates a grab of the keyboard. It is released before the handler runs, so that keys that the
+/// handler simulates reach their application. Without it the server does not report the key's release, and so
+/// raw key releases are selected while the key is held: a key that repeats is one press.
 class LinuxHotKeyService : public HotKeyService {
  public:
   /// Without a display (null) every registration is refused as invalid.
@@ -31,11 +33,20 @@ class LinuxHotKeyService : public HotKeyService {
 
   OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
   HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
+  /// The end of a pause is a request to the server, which marks every event with the last request before it:
+  /// so a press is placed before or after the end exactly, however late it is read.
+  Registration ignorePresses() override;
   /// For the end of the program: gives every key back and refuses any other.
   void stop();
 
  private:
   struct GrabbedKey;
+  /// Shared with pauses, which may outlive the service.
+  struct Pauses {
+    int running = 0;
+    std::optional<std::uint32_t> lastEnd;  ///< number of the request that ended the last one
+  };
+  bool wasPausedAt(const xcb_key_press_event_t& event) const;
   void handleEvent(const xcb_generic_event_t& event);
   void handlePress(const xcb_key_press_event_t& event);
   void handleRelease(std::uint8_t key);
@@ -53,6 +64,7 @@ class LinuxHotKeyService : public HotKeyService {
   std::vector<std::shared_ptr<GrabbedKey>> hotKeys_;
   /// The keys of hot keys that are down, with the server's time of their last press.
   std::map<std::uint8_t, xcb_timestamp_t> held_;
+  std::shared_ptr<Pauses> pauses_ = std::make_shared<Pauses>();
   X11Connection::Observation observation_;
 };
 

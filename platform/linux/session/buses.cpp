@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/session/buses.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
-
-#include <sys/stat.h>
+#include <utility>
+#include <vector>
 
 #include "platform/linux/session/glib_ref.h"
 #include "platform/linux/session/user_folders.h"
@@ -16,69 +18,189 @@
 namespace lexwend::platform {
 namespace {
 
-bool isSocket(const std::string& path) {
-  struct stat state {};
-  return ::stat(path.c_str(), &state) == 0 && S_ISSOCK(state.st_mode);
-}
+constexpr std::chrono::milliseconds kFirstPause(1000);
+constexpr std::chrono::milliseconds kLongestPause(32000);
 
-/// Asked before GDBus is, which would start a bus of its own on an X11 display that has none.
-bool sessionBusIsKnown() {
+/// Empty when there is none. GDBus is not asked: it would start a bus of its own on an X11 display without
+/// one.
+std::string sessionBusAddress() {
   const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
-  if (address != nullptr && address[0] != '\0') return true;
+  if (address != nullptr && address[0] != '\0') return address;
   const auto folder = user_folders::runtimeFolder();
-  return !folder.empty() && isSocket(folder + "/bus");
+  return folder.empty() ? "" : "unix:path=" + folder + "/bus";
 }
 
-/// Cancels what it was given to, unless it is destroyed before the time of a bus call has passed. GDBus has
-/// no limit of its own for a bus that accepts a connection and then says nothing.
-class Deadline {
- public:
-  Deadline() : thread_([this] { wait(); }) {}
-  ~Deadline() {
-    {
-      const std::lock_guard lock(mutex_);
-      met_ = true;
-    }
-    changed_.notify_one();
-    thread_.join();
-  }
-  Deadline(const Deadline&) = delete;
-  Deadline& operator=(const Deadline&) = delete;
+std::string systemBusAddress() {
+  char* const address = g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr);
+  std::string text = address != nullptr ? address : "";
+  g_free(address);
+  return text;
+}
 
-  GCancellable* cancellable() { return cancellable_.get(); }
+class Bus {
+ public:
+  explicit Bus(std::string (*findAddress)()) : findAddress_(findAddress) {}
+
+  GDBusConnection* connection() {
+    if (!waited_) {
+      waited_ = true;
+      begin();
+      if (attempt_ != nullptr) attempt_->waitUntilOver();
+      takeResult();
+    }
+    return connection_.get();
+  }
+
+  BusObservation observe(BusHandler handler) {
+    begin();
+    auto observation = std::make_shared<const BusHandler>(std::move(handler));
+    observers_.push_back(observation);
+    (*observation)(connection_.get());
+    return observation;
+  }
 
  private:
-  void wait() {
-    std::unique_lock lock(mutex_);
-    if (changed_.wait_for(lock, std::chrono::milliseconds(kBusCallTimeout), [this] { return met_; })) return;
-    lock.unlock();
-    g_cancellable_cancel(cancellable_.get());
+  /// One try to connect. It has a thread of its own, since a bus that takes the connection and then says
+  /// nothing holds it up for as long as it likes.
+  class Attempt {
+   public:
+    void run(const std::string& address) {
+      constexpr auto kFlags = GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                   G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+      GDBusConnection* made =
+          g_dbus_connection_new_for_address_sync(address.c_str(), kFlags, nullptr, nullptr, nullptr);
+      {
+        const std::lock_guard lock(mutex_);
+        result_.reset(made);
+        isOver_ = true;
+      }
+      over_.notify_one();
+    }
+    void waitUntilOver() {
+      std::unique_lock lock(mutex_);
+      over_.wait_for(lock, std::chrono::milliseconds(kBusCallTimeout), [this] { return isOver_; });
+    }
+    bool isOver() {
+      const std::lock_guard lock(mutex_);
+      return isOver_;
+    }
+    GObjectRef<GDBusConnection> takeResult() {
+      const std::lock_guard lock(mutex_);
+      return std::move(result_);
+    }
+
+   private:
+    std::mutex mutex_;
+    std::condition_variable over_;
+    GObjectRef<GDBusConnection> result_;
+    bool isOver_ = false;
+  };
+
+  void begin() {
+    if (address_) return;
+    address_ = findAddress_();
+    if (!address_->empty()) connect();
   }
 
-  GObjectRef<GCancellable> cancellable_{g_cancellable_new()};
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool met_ = false;
-  std::thread thread_;  // last: it uses all of the above
+  void connect() {
+    attempt_ = std::make_shared<Attempt>();
+    // Detached: nobody could wait for the end of a thread that a silent bus holds up.
+    std::thread([this, attempt = attempt_, address = *address_] {
+      attempt->run(address);
+      g_idle_add(
+          [](gpointer bus) -> gboolean {
+            static_cast<Bus*>(bus)->takeResult();
+            return G_SOURCE_REMOVE;
+          },
+          this);
+    }).detach();
+  }
+
+  /// Does nothing while the attempt goes on, or when its result was taken already.
+  void takeResult() {
+    if (attempt_ == nullptr || !attempt_->isOver()) return;
+    connection_ = attempt_->takeResult();
+    attempt_.reset();
+    if (connection_ == nullptr) {
+      tryAgainLater();
+      return;
+    }
+    g_signal_connect(connection_.get(), "closed",
+                     G_CALLBACK(+[](GDBusConnection*, gboolean, GError*, gpointer bus) {
+                       static_cast<Bus*>(bus)->lost();
+                     }),
+                     this);
+    if (g_dbus_connection_is_closed(connection_.get()) != FALSE) {
+      lost();
+      return;
+    }
+    pause_ = kFirstPause;
+    tell(connection_.get());
+  }
+
+  void lost() {
+    if (connection_ == nullptr) return;
+    const auto former = std::move(connection_);  // stays until everybody knows
+    g_signal_handlers_disconnect_by_data(former.get(), this);
+    tell(nullptr);
+    tryAgainLater();
+  }
+
+  void tryAgainLater() {
+    g_timeout_add(
+        static_cast<guint>(pause_.count()),
+        [](gpointer bus) -> gboolean {
+          static_cast<Bus*>(bus)->connect();
+          return G_SOURCE_REMOVE;
+        },
+        this);
+    pause_ = std::min(2 * pause_, kLongestPause);
+  }
+
+  void tell(GDBusConnection* connection) {
+    std::erase_if(observers_, [](const auto& weak) { return weak.expired(); });
+    const auto observers = observers_;  // a handler may end an observation or begin one
+    for (const auto& weak : observers) {
+      if (const auto observer = weak.lock()) (*observer)(connection);
+    }
+  }
+
+  std::string (*findAddress_)();
+  bool waited_ = false;
+  std::optional<std::string> address_;  ///< as it was at first use; empty: there is no such bus
+  std::shared_ptr<Attempt> attempt_;
+  GObjectRef<GDBusConnection> connection_;
+  std::chrono::milliseconds pause_ = kFirstPause;
+  std::vector<std::weak_ptr<const BusHandler>> observers_;
 };
 
-GDBusConnection* connectionOf(GBusType type) {
-  Deadline deadline;
-  GDBusConnection* connection = g_bus_get_sync(type, deadline.cancellable(), nullptr);
-  if (connection != nullptr) g_dbus_connection_set_exit_on_close(connection, FALSE);
-  return connection;
+// Never destroyed: a thread that connects may be there at the end of the program.
+Bus& theSessionBus() {
+  static Bus* const kBus = new Bus(sessionBusAddress);
+  return *kBus;
+}
+
+Bus& theSystemBus() {
+  static Bus* const kBus = new Bus(systemBusAddress);
+  return *kBus;
 }
 
 }  // namespace
 
 GDBusConnection* sessionBus() {
-  static GDBusConnection* const kBus = sessionBusIsKnown() ? connectionOf(G_BUS_TYPE_SESSION) : nullptr;
-  return kBus;
+  return theSessionBus().connection();
 }
 
 GDBusConnection* systemBus() {
-  static GDBusConnection* const kBus = connectionOf(G_BUS_TYPE_SYSTEM);
-  return kBus;
+  return theSystemBus().connection();
+}
+
+BusObservation observeSessionBus(BusHandler handler) {
+  return theSessionBus().observe(std::move(handler));
+}
+
+BusObservation observeSystemBus(BusHandler handler) {
+  return theSystemBus().observe(std::move(handler));
 }
 
 }  // namespace lexwend::platform

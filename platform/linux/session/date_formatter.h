@@ -11,8 +11,8 @@
 
 namespace lexwend::platform {
 
-/// ICU's formatters in the locale of the environment and the system's time zone, both as they were at first
-/// use.
+/// ICU's formatters. They use the locale of the environment and the system's time zone as these were at first
+/// use. Any thread; a call waits only for another thread's call of the same formatter.
 class LinuxDateFormatters : public DateFormatters {
  public:
   DateFormatter& withPattern(std::string_view pattern) override;

@@ -9,7 +9,9 @@
 
 namespace lexwend::platform {
 
-/// The user's files by plain POSIX calls.
+/// The user's files by plain POSIX calls. What is written is readable by the user alone, also where the file
+/// was there before. Only regular files are written: a FIFO, a device or a folder counts as a failure and is
+/// never waited for.
 class LinuxFiles : public Files {
  public:
   /// $HOME when it is an absolute path, else the account's home directory, else empty. Read once.

@@ -20,6 +20,17 @@ struct GObjectUnref {
 template <class T>
 using GObjectRef = std::unique_ptr<T, GObjectUnref>;
 
+struct GFree {
+  void operator()(gpointer memory) const { g_free(memory); }
+};
+/// Owns text that GLib allocated.
+using GText = std::unique_ptr<char, GFree>;
+
+struct GKeyFileUnref {
+  void operator()(GKeyFile* file) const { g_key_file_unref(file); }
+};
+using GKeyFileRef = std::unique_ptr<GKeyFile, GKeyFileUnref>;
+
 struct GErrorFree {
   void operator()(GError* error) const { g_error_free(error); }
 };

@@ -7,34 +7,23 @@
 
 #include <unistd.h>
 
+#include "platform/linux/session/glib_ref.h"
 #include "platform/linux/session/identity.h"
 #include "platform/linux/session/user_folders.h"
 
 namespace lexwend::platform {
 namespace {
 
-constexpr std::string_view kGroup = "[Desktop Entry]";
+constexpr const char* kGnomeSwitch = "X-GNOME-Autostart-enabled";
+constexpr const char* kGroup = G_KEY_FILE_DESKTOP_GROUP;
 
-std::string_view trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(" \t\r");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+bool has(GKeyFile* entry, const char* key, std::string_view value) {
+  const GText text(g_key_file_get_value(entry, kGroup, key, nullptr));
+  return text != nullptr && value == g_strstrip(text.get());
 }
 
-/// The value of a key in the entry's main group; empty when it is not there.
-std::string_view entryValue(std::string_view text, std::string_view wanted) {
-  bool inGroup = false;
-  while (!text.empty()) {
-    const auto lineEnd = text.find('\n');
-    const auto line = trimmed(text.substr(0, lineEnd));
-    text = lineEnd == std::string_view::npos ? std::string_view() : text.substr(lineEnd + 1);
-    if (!line.empty() && line.front() == '[') {
-      inGroup = line == kGroup;
-    } else if (const auto equals = line.find('='); inGroup && equals != std::string_view::npos) {
-      if (trimmed(line.substr(0, equals)) == wanted) return trimmed(line.substr(equals + 1));
-    }
-  }
-  return {};
+void set(GKeyFile* entry, const char* key, const std::string& value) {
+  g_key_file_set_string(entry, kGroup, key, value.c_str());
 }
 
 }  // namespace
@@ -42,14 +31,8 @@ std::string_view entryValue(std::string_view text, std::string_view wanted) {
 std::string quotedForExec(std::string_view argument) {
   std::string result = "\"";
   for (const char c : argument) {
-    // Quoting inside the argument, and then once more because the line is a string of the entry's own syntax.
-    if (c == '"' || c == '`' || c == '$') {
-      result += "\\\\";
-    } else if (c == '\\') {
-      result += "\\\\\\";
-    } else if (c == '%') {
-      result += '%';  // a single one would begin a field code
-    }
+    if (c == '"' || c == '`' || c == '$' || c == '\\') result += '\\';
+    if (c == '%') result += '%';  // a single one would begin a field code
     result += c;
   }
   return result + '"';
@@ -79,23 +62,28 @@ std::string LinuxLoginItem::ownProgram() {
 }
 
 LoginItemStatus LinuxLoginItem::status() {
-  const auto text = user_folders::readFile(entryPath_);
-  const bool on = text && entryValue(*text, "Type") == "Application" &&
-                  entryValue(*text, "Hidden") != "true" &&
-                  entryValue(*text, "X-GNOME-Autostart-enabled") != "false";
+  const auto text = user_folders::readSmallFile(entryPath_);
+  const GKeyFileRef entry(g_key_file_new());
+  const bool on =
+      text &&
+      g_key_file_load_from_data(entry.get(), text->data(), text->size(), G_KEY_FILE_NONE, nullptr) != FALSE &&
+      has(entry.get(), G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION) &&
+      !has(entry.get(), G_KEY_FILE_DESKTOP_KEY_HIDDEN, "true") && !has(entry.get(), kGnomeSwitch, "false");
   return on ? LoginItemStatus::enabled : LoginItemStatus::notRegistered;
 }
 
 bool LinuxLoginItem::registerItem() {
   if (entryPath_.empty() || program_.empty()) return false;
-  std::string entry(kGroup);
-  entry += "\nType=Application\nName=";
-  entry += kDisplayName;
-  entry += "\nExec=" + quotedForExec(program_) + "\nIcon=";
-  entry += kIdentifier;
-  entry += "\nTerminal=false\nX-GNOME-Autostart-enabled=true\n";
-  const auto folder = entryPath_.substr(0, entryPath_.rfind('/'));
-  return user_folders::makeFolders(folder) && user_folders::replaceFile(entryPath_, entry);
+  const GKeyFileRef entry(g_key_file_new());
+  set(entry.get(), G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION);
+  set(entry.get(), G_KEY_FILE_DESKTOP_KEY_NAME, std::string(kDisplayName));
+  set(entry.get(), G_KEY_FILE_DESKTOP_KEY_EXEC, quotedForExec(program_));
+  set(entry.get(), G_KEY_FILE_DESKTOP_KEY_ICON, std::string(kIdentifier));
+  set(entry.get(), G_KEY_FILE_DESKTOP_KEY_TERMINAL, "false");
+  set(entry.get(), kGnomeSwitch, "true");
+  gsize length = 0;
+  const GText text(g_key_file_to_data(entry.get(), &length, nullptr));
+  return user_folders::replaceFile(entryPath_, {text.get(), length});
 }
 
 bool LinuxLoginItem::unregisterItem() {

@@ -8,15 +8,18 @@
 
 namespace lexwend::platform {
 
-/// One argument of an Exec line, quoted as the Desktop Entry Specification asks for.
+/// One argument of an Exec key's value, quoted as the Desktop Entry Specification asks for. The escapes of
+/// the entry's own syntax are not in it.
 std::string quotedForExec(std::string_view argument);
 
-/// The program that the text of /proc/self/exe names. The system marks the path of one whose file was
-/// replaced or removed while it runs; what stands there after an upgrade is the program to start.
+/// The program that the text of /proc/self/exe names, without the mark " (deleted)" that the system adds when
+/// the file was replaced or removed while the program runs. After an upgrade the program to start is what now
+/// has that path.
 std::string programOfLink(std::string_view link);
 
-/// The agent's entry in the autostart folder (Desktop Application Autostart Specification). An entry that
-/// says Hidden=true, or that GNOME's settings switched off, counts as not registered.
+/// The agent's entry in the autostart folder (Desktop Application Autostart Specification). An entry with
+/// Hidden=true counts as not registered, and so does one that GNOME's settings switched off, or one that is
+/// no regular file of at most user_folders::kMaxSmallFile bytes.
 class LinuxLoginItem : public LoginItem {
  public:
   /// The entry's absolute path (empty: there is no folder for it) and the program that it starts.

@@ -10,9 +10,9 @@
 
 namespace lexwend::platform {
 
-/// Deferred work and timers as sources of GLib's default main context, which the event loop of the agent
-/// runs. Deferred work runs in the order of its time, also after the loop was held up. Nothing wakes the
-/// process while no work is due.
+/// Deferred work and timers as sources of GLib's default main context, which the agent's event loop runs.
+/// They go by the monotonic clock. Deferred work runs in the order of its time, also after the loop was held
+/// up. While no work is due, nothing wakes the process.
 class LinuxRunLoop : public RunLoop {
  public:
   LinuxRunLoop() = default;
@@ -26,9 +26,9 @@ class LinuxRunLoop : public RunLoop {
                                        std::function<void()> handler) override;
   void sleep(std::chrono::microseconds duration) override;
 
-  /// For the end of the program: runs the event loop until no work is left that was deferred by at most
-  /// `longest`, what such work defers in its turn included. Work keeps its time: a clipboard that is put back
-  /// before the other application has read it would be lost there.
+  /// For the end of the program: blocks and runs the event loop until no work is left that was deferred by at
+  /// most `longest`. Work that such work defers counts as well. Work runs at its own time and no earlier: a
+  /// clipboard that is put back before the other application has read it would be lost there.
   void finishPending(std::chrono::milliseconds longest);
 
  private:

@@ -1,72 +1,55 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/session/running_applications.h"
 
-#include <memory>
+#include <string>
+#include <utility>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/session/buses.h"
 #include "platform/linux/session/user_folders.h"
 
 namespace lexwend::platform {
 namespace {
 
-constexpr guint32 kDoNotQueue = 4;
-/// Replies to RequestName (D-Bus specification, message bus messages).
-constexpr guint32 kPrimaryOwner = 1;
-constexpr guint32 kAlreadyOwner = 4;
+constexpr mode_t kPrivateFolder = 0700;
+constexpr mode_t kPrivateFile = 0600;
 
-using Variant = std::unique_ptr<GVariant, decltype(&g_variant_unref)>;
-
-Variant askBus(GDBusConnection* bus, const char* method, GVariant* arguments, const char* replyType) {
-  return {g_dbus_connection_call_sync(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                      "org.freedesktop.DBus", method, arguments, G_VARIANT_TYPE(replyType),
-                                      G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, nullptr, nullptr),
-          &g_variant_unref};
-}
-
-std::optional<guint32> numberFromBus(GDBusConnection* bus, const char* method, GVariant* arguments) {
-  const auto reply = askBus(bus, method, arguments, "(u)");
-  if (reply == nullptr) return std::nullopt;
-  guint32 number = 0;
-  g_variant_get(reply.get(), "(u)", &number);
-  return number;
+/// True when the folder is this user's and nobody else may put anything into it.
+bool isPrivate(const std::string& folder) {
+  struct stat state {};
+  return ::lstat(folder.c_str(), &state) == 0 && S_ISDIR(state.st_mode) && state.st_uid == ::getuid() &&
+         (state.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
 }  // namespace
 
+LinuxRunningApplications::LinuxRunningApplications(std::string sharedFolder)
+    : sharedFolder_(std::move(sharedFolder)) {}
+
 std::vector<ProcessIdentifier> LinuxRunningApplications::withBundleIdentifier(std::string_view identifier) {
-  const std::string name(identifier);
-  auto holder = holderOnBus(name);
-  if (!holder) holder = holderOfLock(name);
-  return {holder.value_or(ownProcessIdentifier())};
+  return {holderOfLock(std::string(identifier)).value_or(ownProcessIdentifier())};
+}
+
+std::string LinuxRunningApplications::lockFolder() const {
+  if (auto folder = user_folders::runtimeFolder(); !folder.empty() && isPrivate(folder)) return folder;
+  auto folder = sharedFolder_ + "/lexwend-" + std::to_string(::getuid());
+  ::mkdir(folder.c_str(), kPrivateFolder);  // it may be there, and what is there may be somebody else's
+  return isPrivate(folder) ? folder : "";
 }
 
 ProcessIdentifier LinuxRunningApplications::ownProcessIdentifier() {
   return ::getpid();
 }
 
-std::optional<ProcessIdentifier> LinuxRunningApplications::holderOnBus(const std::string& identifier) {
-  GDBusConnection* bus = sessionBus();
-  if (bus == nullptr || g_dbus_is_name(identifier.c_str()) == FALSE) return std::nullopt;
-  const auto reply =
-      numberFromBus(bus, "RequestName", g_variant_new("(su)", identifier.c_str(), kDoNotQueue));
-  if (!reply) return std::nullopt;
-  if (*reply == kPrimaryOwner || *reply == kAlreadyOwner) return ownProcessIdentifier();
-  const auto holder =
-      numberFromBus(bus, "GetConnectionUnixProcessID", g_variant_new("(s)", identifier.c_str()));
-  if (!holder) return std::nullopt;
-  return *holder;
-}
-
 std::optional<ProcessIdentifier> LinuxRunningApplications::holderOfLock(const std::string& identifier) {
   if (locks_.count(identifier) != 0) return ownProcessIdentifier();
-  const auto folder = user_folders::runtimeFolder();
+  const auto folder = lockFolder();
   if (folder.empty() || identifier.find('/') != std::string::npos) return std::nullopt;
-  constexpr mode_t kPrivate = 0600;
   const auto path = folder + "/" + identifier + ".lock";
-  const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kPrivate);
+  const int descriptor =
+      ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kPrivateFile);
   if (descriptor < 0) return std::nullopt;
   struct flock lock {};
   lock.l_type = F_WRLCK;

@@ -11,19 +11,23 @@
 
 namespace lexwend::platform {
 
-/// X11 keeps no list of applications by identifier, so a process makes itself known: it owns the identifier
-/// as a name on the session bus, or where there is no bus holds a lock on a file of that name in
-/// $XDG_RUNTIME_DIR. Name and lock last until the process ends. With neither bus nor folder only this process
-/// is known.
+/// X11 keeps no list of applications by identifier, so a process makes itself known by a lock on a file of
+/// that name. The lock lasts until the process ends, however it ends. It asks no bus, so no bus can hold it
+/// up. The file is in $XDG_RUNTIME_DIR, or in "lexwend-UID" under /tmp where that is not set or not private
+/// to the user. A folder of that name that belongs to somebody else is not used; then only this process is
+/// known.
 class LinuxRunningApplications : public RunningApplications {
  public:
+  explicit LinuxRunningApplications(std::string sharedFolder = "/tmp");
   std::vector<ProcessIdentifier> withBundleIdentifier(std::string_view identifier) override;
   ProcessIdentifier ownProcessIdentifier() override;
 
  private:
-  std::optional<ProcessIdentifier> holderOnBus(const std::string& identifier);
   std::optional<ProcessIdentifier> holderOfLock(const std::string& identifier);
+  /// Empty when there is no folder that would be safe.
+  std::string lockFolder() const;
 
+  std::string sharedFolder_;
   std::map<std::string, int, std::less<>> locks_;  ///< open files whose locks this process holds
 };
 

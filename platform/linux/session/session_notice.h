@@ -20,8 +20,9 @@ extern const SessionNotice kWaylandOnly;
 /// Why no agent can run without any display.
 extern const SessionNotice kNoDisplay;
 
-/// Asks the desktop to show the sentence and waits until it has taken it, for kBusCallTimeout at most: the
-/// process may end right after. Nothing happens where nobody shows notifications.
+/// Asks the desktop to show the sentence. Main thread only. Blocks until the desktop has taken it, since the
+/// process may end right after: for kBusCallTimeout at most, and as long once more for the first connection
+/// to the session bus. Nothing happens where there is no bus or nobody shows notifications.
 void notifyUser(std::string_view sentence);
 
 }  // namespace lexwend::platform

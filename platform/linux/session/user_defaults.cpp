@@ -4,9 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <locale>
-#include <sstream>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -15,122 +13,43 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr std::string_view kHeading = "# Lexwend settings";
-constexpr std::string_view kEnd = "end";
+constexpr const char* kGroup = "Settings";
+constexpr auto kEverything =
+    static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
 
-std::string quoted(std::string_view text) {
-  std::string result = "\"";
-  for (const char c : text) {
-    if (c == '\n') {
-      result += "\\n";
-    } else {
-      if (c == '\\' || c == '"') result += '\\';
-      result += c;
-    }
-  }
-  return result + '"';
-}
-
-std::optional<std::string> unquoted(std::string_view text) {
-  if (text.size() < 2 || text.front() != '"' || text.back() != '"') return std::nullopt;
-  text = text.substr(1, text.size() - 2);
-  std::string result;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '"') return std::nullopt;
-    if (text[i] != '\\') {
-      result += text[i];
-      continue;
-    }
-    if (++i == text.size()) return std::nullopt;
-    result += text[i] == 'n' ? '\n' : text[i];
-  }
-  return result;
-}
-
-/// Written and read in the C locale, whatever the user's decimal point is.
-std::string realText(double value) {
-  std::ostringstream stream;
-  stream.imbue(std::locale::classic());
-  stream.precision(17);
-  stream << value;
-  return stream.str();
-}
-
-std::optional<double> realValue(std::string_view text) {
-  std::istringstream stream{std::string(text)};
-  stream.imbue(std::locale::classic());
-  double value = 0;
-  if (!(stream >> value) || !(stream >> std::ws).eof()) return std::nullopt;
+std::optional<double> realValue(const char* text) {
+  char* end = nullptr;
+  const double value = g_ascii_strtod(text, &end);
+  if (end == text || *end != '\0') return std::nullopt;
   return value;
 }
 
-std::optional<std::int64_t> integerValue(std::string_view text) {
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
+/// What an entry's value is, by its form.
+DefaultsValue typedValue(GKeyFile* file, const char* key, const char* raw) {
+  const std::string_view text = raw;
+  if (text == "true") return true;
+  if (text == "false") return false;
+  std::int64_t integer = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), integer);
+  if (error == std::errc() && end == text.data() + text.size()) return integer;
+  if (const auto real = realValue(raw)) return defaultsNumber(*real);
+  const GText string(g_key_file_get_string(file, kGroup, key, nullptr));
+  if (string == nullptr || (!text.empty() && text.back() == ';')) return OtherDefaultsValue{};
+  return std::string(string.get());
 }
 
-std::string typedText(const DefaultsValue& value) {
-  if (const auto* flag = std::get_if<bool>(&value)) return *flag ? "boolean true" : "boolean false";
-  if (const auto* number = std::get_if<std::int64_t>(&value)) return "integer " + std::to_string(*number);
-  if (const auto* real = std::get_if<double>(&value)) return "real " + realText(*real);
-  if (const auto* text = std::get_if<std::string>(&value)) return "string " + quoted(*text);
-  return "other";
-}
-
-std::optional<DefaultsValue> typedValue(std::string_view text) {
-  const auto blank = text.find(' ');
-  const auto type = text.substr(0, blank);
-  const auto value = blank == std::string_view::npos ? std::string_view() : text.substr(blank + 1);
-  if (type == "boolean" && (value == "true" || value == "false")) return value == "true";
-  if (type == "integer") {
-    if (const auto number = integerValue(value)) return *number;
+void setValue(GKeyFile* file, const std::string& key, const DefaultsValue& value) {
+  if (const auto* flag = std::get_if<bool>(&value)) {
+    g_key_file_set_boolean(file, kGroup, key.c_str(), *flag ? TRUE : FALSE);
+  } else if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+    g_key_file_set_int64(file, kGroup, key.c_str(), *integer);
   }
-  if (type == "real") {
-    if (const auto real = realValue(value)) return defaultsNumber(*real);
-  }
-  if (type == "string") {
-    if (auto string = unquoted(value)) return std::move(*string);
-  }
-  if (type == "other") return OtherDefaultsValue{};
-  return std::nullopt;
 }
 
 }  // namespace
 
-std::string defaultsText(const DefaultsTable& table) {
-  std::string text(kHeading);
-  text += '\n';
-  for (const auto& [key, value] : table) text += key + " = " + typedText(value) + '\n';
-  return text.append(kEnd) + '\n';
-}
-
-std::optional<DefaultsTable> parseDefaults(std::string_view text) {
-  DefaultsTable table;
-  bool headed = false;
-  while (!text.empty()) {
-    const auto lineEnd = text.find('\n');
-    auto line = text.substr(0, lineEnd);
-    text = lineEnd == std::string_view::npos ? std::string_view() : text.substr(lineEnd + 1);
-    if (!headed) {
-      if (line != kHeading) return std::nullopt;
-      headed = true;
-    } else if (line == kEnd) {
-      return table;
-    } else if (!line.empty() && line.front() != '#') {
-      constexpr std::string_view kSeparator = " = ";
-      const auto separator = line.find(kSeparator);
-      if (separator == std::string_view::npos || separator == 0) return std::nullopt;
-      auto value = typedValue(line.substr(separator + kSeparator.size()));
-      if (!value) return std::nullopt;
-      table.insert_or_assign(std::string(line.substr(0, separator)), std::move(*value));
-    }
-  }
-  return std::nullopt;
-}
-
-LinuxUserDefaults::LinuxUserDefaults(std::string path) : path_(std::move(path)) {}
+LinuxUserDefaults::LinuxUserDefaults(std::string path, std::chrono::milliseconds settling)
+    : path_(std::move(path)), settling_(settling), file_(g_key_file_new()) {}
 
 std::string LinuxUserDefaults::standardPath() {
   const auto folder = user_folders::configFolder();
@@ -140,9 +59,11 @@ std::string LinuxUserDefaults::standardPath() {
 std::optional<DefaultsValue> LinuxUserDefaults::objectForKey(std::string_view key) {
   const std::lock_guard lock(mutex_);
   refresh();
-  const auto entry = table_.find(key);
-  if (entry == table_.end()) return std::nullopt;
-  return entry->second;
+  if (const auto unwritten = unwritten_.find(key); unwritten != unwritten_.end()) return unwritten->second;
+  const std::string name(key);
+  const GText raw(g_key_file_get_value(file_.get(), kGroup, name.c_str(), nullptr));
+  if (raw == nullptr) return std::nullopt;
+  return typedValue(file_.get(), name.c_str(), g_strstrip(raw.get()));
 }
 
 bool LinuxUserDefaults::boolForKey(std::string_view key) {
@@ -164,32 +85,37 @@ void LinuxUserDefaults::setBool(bool value, std::string_view key) {
 
 void LinuxUserDefaults::set(std::string_view key, DefaultsValue value) {
   const std::lock_guard lock(mutex_);
-  const bool mayReplace = refresh();
-  table_.insert_or_assign(std::string(key), std::move(value));
-  if (path_.empty() || !mayReplace) return;
-  const auto folder = path_.substr(0, path_.rfind('/'));
-  if (user_folders::makeFolders(folder)) user_folders::replaceFile(path_, defaultsText(table_));
-  read_ = versionOnDisk();
+  refresh();
+  unwritten_.insert_or_assign(std::string(key), std::move(value));
+  if (read_) writeUnwritten();
 }
 
-bool LinuxUserDefaults::refresh() {
-  const auto version = versionOnDisk();
-  if (read_ == version) return true;
-  const auto text = version.exists ? user_folders::readFile(path_) : "";
-  if (!text) {
-    read_.reset();  // the reason may pass: the next access looks again
-    return false;
+void LinuxUserDefaults::refresh() {
+  auto version = versionOnDisk();
+  if (read_ == version) return;
+  read_.reset();
+  GKeyFileRef fresh(g_key_file_new());
+  if (version.exists) {
+    const auto text = user_folders::readSmallFile(path_);
+    if (!text) return;  // the reason may pass: the next access looks again
+    const bool isWhole = !text->empty() && g_key_file_load_from_data(fresh.get(), text->data(), text->size(),
+                                                                     kEverything, nullptr) != FALSE;
+    if (!isWhole && !hasSettled(version)) return;
+    if (!isWhole && !text->empty()) {
+      keepAside();
+      version = versionOnDisk();
+    }
   }
-  table_.clear();
+  unsettled_.reset();
+  file_ = std::move(fresh);
   read_ = version;
-  if (!version.exists) return true;
-  if (auto table = parseDefaults(*text)) {
-    table_ = std::move(*table);
-  } else {
-    keepAside();
-    read_ = versionOnDisk();
-  }
-  return true;
+  if (!unwritten_.empty()) writeUnwritten();
+}
+
+bool LinuxUserDefaults::hasSettled(const Version& version) {
+  const auto now = std::chrono::steady_clock::now();
+  if (!unsettled_ || unsettled_->version != version) unsettled_ = Unsettled{version, now};
+  return now - unsettled_->since >= settling_;
 }
 
 void LinuxUserDefaults::keepAside() const {
@@ -197,6 +123,15 @@ void LinuxUserDefaults::keepAside() const {
   const bool kept = std::rename(path_.c_str(), aside.c_str()) == 0;
   std::fprintf(stderr, "lexwend: the settings file is damaged%s; the default settings apply\n",
                kept ? " and was kept aside" : "");
+}
+
+void LinuxUserDefaults::writeUnwritten() {
+  if (path_.empty()) return;
+  for (const auto& [key, value] : unwritten_) setValue(file_.get(), key, value);
+  gsize length = 0;
+  const GText text(g_key_file_to_data(file_.get(), &length, nullptr));
+  if (user_folders::replaceFile(path_, {text.get(), length})) unwritten_.clear();
+  read_ = versionOnDisk();
 }
 
 LinuxUserDefaults::Version LinuxUserDefaults::versionOnDisk() const {

@@ -4,10 +4,11 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
 
 #include <fcntl.h>
+#include <glib.h>
+#include <glib/gstdio.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,22 +17,31 @@ namespace lexwend::platform::user_folders {
 namespace {
 
 /// Settings are nobody else's business.
-constexpr mode_t kPrivateFolder = 0700;
-constexpr mode_t kPrivateFile = 0600;
+constexpr int kPrivateFolder = 0700;
+constexpr int kPrivateFile = 0600;
 
 std::string absoluteFromEnvironment(const char* name) {
   const char* value = std::getenv(name);
   return value != nullptr && value[0] == '/' ? value : "";
 }
 
-std::string folderOf(const std::string& path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-}
-
 std::string linkTarget(const std::string& path) {
   std::array<char, PATH_MAX> resolved{};
   return ::realpath(path.c_str(), resolved.data()) != nullptr ? resolved.data() : path;
+}
+
+/// Nothing when there is more than kMaxSmallFile, which the size that a file claims need not tell.
+std::optional<std::string> readToEnd(int descriptor) {
+  std::string contents;
+  std::array<char, 4096> chunk{};
+  while (contents.size() <= kMaxSmallFile) {
+    const auto got = ::read(descriptor, chunk.data(), chunk.size());
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return std::nullopt;
+    if (got == 0) return contents;
+    contents.append(chunk.data(), static_cast<std::size_t>(got));
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -57,62 +67,26 @@ std::string runtimeFolder() {
   return absoluteFromEnvironment("XDG_RUNTIME_DIR");
 }
 
-bool writeAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const auto written = ::write(descriptor, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
-}
-
-std::optional<std::string> readFile(const std::string& path) {
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+std::optional<std::string> readSmallFile(const std::string& path) {
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
   if (descriptor < 0) return std::nullopt;
-  std::string contents;
-  std::array<char, 4096> chunk{};
-  ssize_t got = 0;
-  while ((got = ::read(descriptor, chunk.data(), chunk.size())) != 0) {
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) break;
-    contents.append(chunk.data(), static_cast<std::size_t>(got));
-  }
-  ::close(descriptor);
-  if (got < 0) return std::nullopt;
-  return contents;
-}
-
-bool makeFolders(const std::string& path) {
-  if (path.empty()) return false;
-  for (auto end = path.find('/', 1);; end = path.find('/', end + 1)) {
-    const auto part = path.substr(0, end);
-    if (::mkdir(part.c_str(), kPrivateFolder) != 0 && errno != EEXIST) return false;
-    if (end == std::string::npos) break;
-  }
+  std::optional<std::string> contents;
   struct stat state {};
-  return ::stat(path.c_str(), &state) == 0 && S_ISDIR(state.st_mode);
+  if (::fstat(descriptor, &state) == 0 && S_ISREG(state.st_mode)) contents = readToEnd(descriptor);
+  ::close(descriptor);
+  return contents;
 }
 
 bool replaceFile(const std::string& path, std::string_view bytes) {
   const auto target = linkTarget(path);
-  const auto fresh = target + ".new";
-  const int descriptor =
-      ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NOCTTY, kPrivateFile);
-  if (descriptor < 0) return false;
-  const bool flushed = writeAll(descriptor, bytes) && ::fsync(descriptor) == 0;
-  const bool closed = ::close(descriptor) == 0;
-  if (!flushed || !closed || std::rename(fresh.c_str(), target.c_str()) != 0) {
-    ::unlink(fresh.c_str());
-    return false;
-  }
-  // The new name itself is on the disk only once its folder is.
-  const int folder = ::open(folderOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder >= 0) {
-    ::fsync(folder);
-    ::close(folder);
-  }
-  return true;
+  char* const folder = g_path_get_dirname(target.c_str());
+  const bool hasFolder = g_mkdir_with_parents(folder, kPrivateFolder) == 0;
+  g_free(folder);
+  constexpr auto kFlags =
+      static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT | G_FILE_SET_CONTENTS_DURABLE);
+  return hasFolder &&
+         g_file_set_contents_full(target.c_str(), bytes.data(), static_cast<gssize>(bytes.size()), kFlags,
+                                  kPrivateFile, nullptr) != FALSE;
 }
 
 }  // namespace lexwend::platform::user_folders

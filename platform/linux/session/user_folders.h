@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,15 +19,15 @@ std::string configFolder();
 /// $XDG_RUNTIME_DIR; empty when it is not set or not absolute.
 std::string runtimeFolder();
 
-/// Writes all bytes, also past short writes and signals. False when the system refuses some of them.
-bool writeAll(int descriptor, std::string_view bytes);
-/// The whole file; nothing when it cannot be read to its end.
-std::optional<std::string> readFile(const std::string& path);
-/// Makes the folder and those above it, readable by the user alone. False when it is not there afterwards.
-bool makeFolders(const std::string& path);
+/// No settings file and no autostart entry is larger.
+inline constexpr std::size_t kMaxSmallFile = 65536;
+
+/// The whole of a regular file; nothing when it is of another kind, larger than kMaxSmallFile, or cannot be
+/// read. Never waits for a writer, as opening a FIFO would.
+std::optional<std::string> readSmallFile(const std::string& path);
 /// Replaces the file so that at every moment, a crash or power cut included, either the old or the new
-/// contents are there: a new file beside it, flushed to the disk, takes its name. A symbolic link stays one;
-/// its target is replaced. The folder must exist. False on failure, with the old file untouched.
+/// contents are there. The file and the folders that are missing above it are made for the user alone. A
+/// symbolic link stays one; its target is replaced. False on failure, with the old file untouched.
 bool replaceFile(const std::string& path, std::string_view bytes);
 
 }  // namespace lexwend::platform::user_folders

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/linux/session/buses.h"
+#include "platform/linux/session/foreign_text.h"
 
 namespace lexwend::platform {
 namespace {
@@ -43,27 +44,15 @@ void showAccessibilitySettings() {
   if (name.find("KDE") != std::string_view::npos) spawn({"systemsettings", "kcm_access"});
 }
 
-struct WakeObserver {
-  std::function<void()> handler;
-};
-
-void preparedForSleep(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
-                      GVariant* arguments, gpointer observer) {
-  if (!g_variant_is_of_type(arguments, G_VARIANT_TYPE("(b)"))) return;
-  gboolean goingToSleep = TRUE;
-  g_variant_get(arguments, "(b)", &goingToSleep);
-  if (goingToSleep == FALSE) static_cast<WakeObserver*>(observer)->handler();
-}
-
 }  // namespace
 
 LinuxWorkspace::LinuxWorkspace(std::function<std::optional<std::string>()> activeWindowClass)
     : activeWindowClass_(std::move(activeWindowClass)) {}
 
 std::optional<FrontApplication> LinuxWorkspace::frontmostApplication() {
-  auto windowClass = activeWindowClass_();
+  const auto windowClass = activeWindowClass_();
   if (!windowClass) return std::nullopt;
-  return FrontApplication{std::move(windowClass)};
+  return FrontApplication{foreignText(*windowClass)};
 }
 
 UrlRef LinuxWorkspace::urlFromString(std::string_view text) {
@@ -87,14 +76,35 @@ void LinuxWorkspace::open(const UrlRef& url) {
 }
 
 Registration LinuxWorkspace::observeDidWake(std::function<void()> handler) {
-  GDBusConnection* bus = systemBus();
-  if (bus == nullptr) return {};
-  const guint subscription = g_dbus_connection_signal_subscribe(
+  if (systemBus_ == nullptr) {
+    systemBus_ = observeSystemBus([this](GDBusConnection* bus) { subscribe(bus); });
+  }
+  return wakeHandlers_.add(std::move(handler));
+}
+
+LinuxWorkspace::~LinuxWorkspace() {
+  subscribe(nullptr);
+}
+
+void LinuxWorkspace::subscribe(GDBusConnection* bus) {
+  if (subscription_ != 0) g_dbus_connection_signal_unsubscribe(subscribedTo_.get(), subscription_);
+  subscription_ = 0;
+  subscribedTo_.reset();
+  if (bus == nullptr) return;
+  subscribedTo_.reset(G_DBUS_CONNECTION(g_object_ref(bus)));
+  subscription_ = g_dbus_connection_signal_subscribe(
       bus, "org.freedesktop.login1", "org.freedesktop.login1.Manager", "PrepareForSleep",
-      "/org/freedesktop/login1", nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &preparedForSleep,
-      new WakeObserver{std::move(handler)},
-      [](gpointer observer) { delete static_cast<WakeObserver*>(observer); });
-  return Registration([subscription] { g_dbus_connection_signal_unsubscribe(systemBus(), subscription); });
+      "/org/freedesktop/login1", nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &LinuxWorkspace::preparedForSleep, this,
+      nullptr);
+}
+
+void LinuxWorkspace::preparedForSleep(GDBusConnection*, const char*, const char*, const char*, const char*,
+                                      GVariant* arguments, void* workspace) {
+  if (!g_variant_is_of_type(arguments, G_VARIANT_TYPE("(b)"))) return;
+  gboolean goingToSleep = TRUE;
+  g_variant_get(arguments, "(b)", &goingToSleep);
+  if (goingToSleep != FALSE) return;
+  for (const auto& handler : static_cast<LinuxWorkspace*>(workspace)->wakeHandlers_.all()) (*handler)();
 }
 
 }  // namespace lexwend::platform

@@ -52,14 +52,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
       drawIcon();
       drawIconAgain();
     });
-    GDBusConnection* bus = sessionBus();
-    if (bus == nullptr) {
-      hostPresenceKnown(false);
-      return;
-    }
-    exported_.emplace(bus);
-    notifier_.emplace(bus, StatusNotifier::Events{[this] { openMenu(); },
-                                                  [this](bool present) { hostPresenceKnown(present); }});
+    bus_ = observeSessionBus([this](GDBusConnection* bus) { busChanged(bus); });
   }
 
   void setImage(const SymbolImageRef& image) override {
@@ -76,6 +69,21 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
   }
 
  private:
+  void busChanged(GDBusConnection* bus) {
+    notifier_.reset();
+    exported_.reset();
+    if (bus == nullptr) {
+      hostPresenceKnown(false);
+      return;
+    }
+    exported_.emplace(bus);
+    exported_->setMenu(menu_);
+    notifier_.emplace(bus, StatusNotifier::Events{[this] { openMenu(); },
+                                                  [this](bool present) { hostPresenceKnown(present); }});
+    drawIcon();
+    showToolTip();
+  }
+
   void hostPresenceKnown(bool present) {
     if (present) {
       embedded_.reset();
@@ -156,6 +164,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
   std::optional<MenuExport> exported_;
   std::optional<StatusNotifier> notifier_;
   std::unique_ptr<QSystemTrayIcon> embedded_;
+  BusObservation bus_;
 };
 
 }  // namespace

@@ -7,11 +7,14 @@
 #include <QWidget>
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <vector>
 
 #include <glib-unix.h>
+#include <sys/prctl.h>
 
 #include "platform/linux/display/x11_connection.h"
+#include "platform/linux/session/buses.h"
 #include "platform/linux/session/identity.h"
 #include "platform/linux/session/session_notice.h"
 #include "platform/linux/tray/symbol_image.h"
@@ -37,7 +40,31 @@ gboolean endByASignal(gpointer application) {
   return G_SOURCE_CONTINUE;
 }
 
+constexpr const char* kBusVariable = "DBUS_SESSION_BUS_ADDRESS";
+
 }  // namespace
+
+/// Hides the session bus from the toolkit, which asks it without a time limit and keeps the answer for the
+/// whole run.
+class LinuxApplication::HiddenBus {
+ public:
+  HiddenBus() {
+    if (const char* address = std::getenv(kBusVariable)) address_ = address;
+    ::setenv(kBusVariable, "unix:path=/nonexistent", 1);
+  }
+  ~HiddenBus() {
+    if (address_) {
+      ::setenv(kBusVariable, address_->c_str(), 1);
+    } else {
+      ::unsetenv(kBusVariable);
+    }
+  }
+  HiddenBus(const HiddenBus&) = delete;
+  HiddenBus& operator=(const HiddenBus&) = delete;
+
+ private:
+  std::optional<std::string> address_;
+};
 
 LinuxApplication::LinuxApplication(Needs needs) : needs_(std::move(needs)) {}
 LinuxApplication::~LinuxApplication() = default;
@@ -62,6 +89,9 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
     notifyUser(reason.hebrew);
     return std::string(reason.english);
   }
+  // What is selected and copied passes through this process. A limit on the size of core dumps would not keep
+  // them from a program that the system pipes them to.
+  ::prctl(PR_SET_DUMPABLE, 0);
   qunsetenv("QT_NO_GLIB");  // deferred work and every service live in GLib's main context
   QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   QCoreApplication::setApplicationName(QString::fromLatin1(kDisplayName.data(), kDisplayName.size()));
@@ -74,6 +104,7 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
   static char platform[] = "xcb";
   static char* arguments[] = {programName, platformOption, platform, nullptr};
   static int argumentCount = 3;
+  if (sessionBus() == nullptr) busIsHidden_ = std::make_unique<HiddenBus>();
   application_ = std::make_unique<QApplication>(argumentCount, arguments);
   QGuiApplication::setLayoutDirection(Qt::RightToLeft);
   QGuiApplication::setWindowIcon(applicationIcon());
@@ -108,6 +139,7 @@ void LinuxApplication::run() {
   }
   // From within the loop, where terminate() counts.
   QTimer::singleShot(0, application_.get(), [this] {
+    busIsHidden_.reset();
     if (didFinishLaunching_) didFinishLaunching_();
   });
   QApplication::exec();

@@ -15,9 +15,9 @@ namespace lexwend::platform {
 class X11Connection;
 
 /// The agent as an application of Qt on an X11 display. SIGTERM, SIGINT, SIGHUP, the end of the session and
-/// terminate() all end the event loop the same way: the windows go without being asked, what the host still
-/// has to finish is finished, so that the clipboard is put back; then run() returns and the services let go
-/// of what they hold.
+/// terminate() all end the event loop in the same way. The windows are hidden without a question. The host
+/// finishes what it has begun, so that the clipboard is put back. Then run() returns, and the services
+/// release what they hold.
 class LinuxApplication : public Application {
  public:
   struct Needs {
@@ -34,6 +34,10 @@ class LinuxApplication : public Application {
   std::optional<std::string> shortVersionString() override;
 
   /// Fails without an X11 display. What it says, or notice() will, it shows as a notification as well.
+  ///
+  /// From then on the system makes no core dump of this process, and no other process of the user can read
+  /// its memory. Where the session bus does not answer yet, the toolkit does without it for the whole run:
+  /// this application's own windows are then silent to screen readers, and nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
   /// In a Wayland session that has an X11 display: what works there.
   std::optional<std::string> notice() override;
@@ -48,7 +52,10 @@ class LinuxApplication : public Application {
   void beep() override;
 
  private:
+  class HiddenBus;
+
   Needs needs_;
+  std::unique_ptr<HiddenBus> busIsHidden_;  ///< from the making of the toolkit to the start of its loop
   std::unique_ptr<QApplication> application_;
   std::function<void()> didFinishLaunching_;
 };

@@ -23,6 +23,7 @@
 #include "platform/hot_key_service.h"
 #include "platform/linux/keyboard/mac_key_codes.h"
 #include "platform/linux/session/buses.h"
+#include "platform/linux/session/glib_ref.h"
 #include "platform/run_loop.h"
 #include "tests/linux/contract/url_opener.h"
 
@@ -361,10 +362,22 @@ std::vector<std::string> LinuxUnderTest::openedUrls() {
 
 void LinuxUnderTest::storeDefault(const std::string& key, const DefaultsValue& value) {
   const std::filesystem::path path = LinuxUserDefaults::standardPath();
-  auto table = parseDefaults(test::contentsOf(path)).value_or(DefaultsTable());
-  table.insert_or_assign(key, value);
+  constexpr const char* kGroup = "Settings";
+  const GKeyFileRef file(g_key_file_new());
+  g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_KEEP_COMMENTS, nullptr);
+  if (const auto* flag = std::get_if<bool>(&value)) {
+    g_key_file_set_boolean(file.get(), kGroup, key.c_str(), *flag ? TRUE : FALSE);
+  } else if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+    g_key_file_set_int64(file.get(), kGroup, key.c_str(), *integer);
+  } else if (const auto* real = std::get_if<double>(&value)) {
+    g_key_file_set_double(file.get(), kGroup, key.c_str(), *real);
+  } else if (const auto* text = std::get_if<std::string>(&value)) {
+    g_key_file_set_string(file.get(), kGroup, key.c_str(), text->c_str());
+  } else {
+    g_key_file_set_value(file.get(), kGroup, key.c_str(), "1;2;");
+  }
   std::filesystem::create_directories(path.parent_path());
-  test::putContents(path, defaultsText(table));
+  ASSERT_NE(g_key_file_save_to_file(file.get(), path.c_str(), nullptr), FALSE);
 }
 
 std::string LinuxUnderTest::writableFolder() {

@@ -46,6 +46,19 @@ TEST_F(AutostartEntry, isReadInItsMainGroupOnly) {
   EXPECT_EQ(item.status(), LoginItemStatus::enabled);
 }
 
+TEST_F(AutostartEntry, isEscapedOnceMoreAsATextOfItsOwnSyntax) {
+  LinuxLoginItem odd(path, "/opt/$x\\y");
+  EXPECT_TRUE(odd.registerItem());
+  EXPECT_NE(test::contentsOf(path).find("\nExec=\"/opt/\\\\$x\\\\\\\\y\"\n"), std::string::npos)
+      << test::contentsOf(path);
+}
+
+TEST_F(AutostartEntry, thatIsNoFileCountsAsOffAndIsNotWaitedFor) {
+  std::filesystem::create_directories(folder.file("autostart"));
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  EXPECT_EQ(item.status(), LoginItemStatus::notRegistered);
+}
+
 TEST_F(AutostartEntry, inAFolderThatCannotBeMadeIsRefused) {
   test::putContents(folder.file("autostart"), "a file where the folder should be");
   EXPECT_FALSE(item.registerItem());
@@ -63,9 +76,9 @@ TEST(OwnProgram, isWhatStandsAtItsPathAfterAnUpgrade) {
 TEST(ExecLine, quotesWhatTheDesktopWouldInterpret) {
   EXPECT_EQ(quotedForExec("/a b"), "\"/a b\"");
   EXPECT_EQ(quotedForExec("100%"), "\"100%%\"");
-  EXPECT_EQ(quotedForExec("a\"b"), "\"a\\\\\"b\"");
-  EXPECT_EQ(quotedForExec("a$b`c"), "\"a\\\\$b\\\\`c\"");
-  EXPECT_EQ(quotedForExec("a\\b"), "\"a\\\\\\\\b\"");
+  EXPECT_EQ(quotedForExec("a\"b"), "\"a\\\"b\"");
+  EXPECT_EQ(quotedForExec("a$b`c"), "\"a\\$b\\`c\"");
+  EXPECT_EQ(quotedForExec("a\\b"), "\"a\\\\b\"");
 }
 
 }  // namespace

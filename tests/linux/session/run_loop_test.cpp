@@ -1,10 +1,27 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/session/run_loop.h"
 
+#include <ctime>
 #include <string>
 
 #include <glib.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+/// How far the clock on the wall has been set, in seconds.
+std::time_t wallClockJump = 0;
+
+}  // namespace
+
+/// Stands in front of the C library's in this program: the wall clock is set, every other clock goes on.
+extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const auto result = static_cast<int>(::syscall(SYS_clock_gettime, clock, time));
+  if (clock == CLOCK_REALTIME) time->tv_sec += wallClockJump;
+  return result;
+}
 
 namespace lexwend::platform {
 namespace {
@@ -85,6 +102,28 @@ TEST_F(GLibRunLoop, doesNotWaitForWorkBeyondTheLimit) {
   loop.dispatchAfter(1h, [&] { order += 'a'; });
   loop.finishPending(10ms);
   EXPECT_EQ(order, "");
+}
+
+TEST_F(GLibRunLoop, keepsTimeAndOrderWhenTheWallClockIsSet) {
+  constexpr std::time_t kDay = 86400;
+  for (const auto jump : {kDay, -kDay}) {
+    order.clear();
+    int ticks = 0;
+    const auto wall = std::chrono::system_clock::now();
+    const auto start = std::chrono::steady_clock::now();
+    auto timer = loop.scheduledRepeatingTimer(20ms, [&] { ++ticks; });
+    loop.dispatchAfter(60ms, [&] { order += 'a'; });
+    wallClockJump += jump;
+    ASSERT_GT(std::chrono::abs(std::chrono::system_clock::now() - wall), 23h);
+    loop.dispatchAfter(80ms, [&] { order += 'b'; });
+    loop.dispatchAfter(40ms, [&] { order += 'c'; });
+    loop.sleep(100ms);  // all of it is due by now
+    runUntil([&] { return order.size() == 3 && ticks > 1; });
+    EXPECT_EQ(order, "cab") << jump;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+    timer.cancel();
+  }
+  wallClockJump = 0;
 }
 
 TEST_F(GLibRunLoop, hasNothingToWakeUpForWhenNothingIsDeferred) {

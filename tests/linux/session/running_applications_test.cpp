@@ -14,24 +14,22 @@ namespace {
 
 using Processes = std::vector<ProcessIdentifier>;
 
-/// No session bus: the lock file decides.
-struct SessionWithoutABus : ::testing::Test {
+struct UsersSession : ::testing::Test {
   test::TemporaryFolder folder;
   test::EnvironmentVariable runtime{"XDG_RUNTIME_DIR", folder.path().c_str()};
-  test::EnvironmentVariable bus{"DBUS_SESSION_BUS_ADDRESS", nullptr};
 };
 
 /// Another process that makes itself known and then lives until this goes.
 class OtherInstance {
  public:
-  explicit OtherInstance(const std::string& identifier) {
+  explicit OtherInstance(const std::string& identifier, const std::string& sharedFolder = "/nonexistent") {
     std::array<int, 2> known{};
     std::array<int, 2> end{};
     if (::pipe(known.data()) != 0 || ::pipe(end.data()) != 0) throw std::runtime_error("no pipe");
     process_ = ::fork();
     if (process_ == 0) {
       ::close(end[1]);
-      LinuxRunningApplications applications;
+      LinuxRunningApplications applications(sharedFolder);
       const char byte = applications.withBundleIdentifier(identifier) == Processes{::getpid()} ? 'y' : 'n';
       char ended = 0;
       const bool told = ::write(known[1], &byte, 1) == 1;
@@ -63,14 +61,14 @@ class OtherInstance {
   bool alone_ = false;
 };
 
-TEST_F(SessionWithoutABus, knowsThisProcessAlone) {
+TEST_F(UsersSession, knowsThisProcessAlone) {
   LinuxRunningApplications applications;
   EXPECT_EQ(applications.ownProcessIdentifier(), ::getpid());
   EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Test"), Processes{::getpid()});
   EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Test"), Processes{::getpid()});
 }
 
-TEST_F(SessionWithoutABus, knowsAnotherInstanceUntilThatEnds) {
+TEST_F(UsersSession, knowsAnotherInstanceUntilThatEnds) {
   LinuxRunningApplications applications;
   OtherInstance other("org.lexwend.Test");
   EXPECT_TRUE(other.thoughtItselfAlone());
@@ -80,11 +78,41 @@ TEST_F(SessionWithoutABus, knowsAnotherInstanceUntilThatEnds) {
   EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Test"), Processes{::getpid()});
 }
 
-TEST(SessionWithoutABusAndAFolder, knowsThisProcessAlone) {
-  const test::EnvironmentVariable runtime("XDG_RUNTIME_DIR", nullptr);
-  const test::EnvironmentVariable bus("DBUS_SESSION_BUS_ADDRESS", nullptr);
-  LinuxRunningApplications applications;
+/// Where the session has no folder of its own, one is made in a folder that all users share.
+struct SessionWithoutAFolder : ::testing::Test {
+  test::TemporaryFolder shared;
+  test::EnvironmentVariable runtime{"XDG_RUNTIME_DIR", nullptr};
+  const std::string own = shared.file("lexwend-" + std::to_string(::getuid()));
+  LinuxRunningApplications applications{shared.path()};
+};
+
+TEST_F(SessionWithoutAFolder, knowsAnotherInstanceAllTheSame) {
+  OtherInstance other("org.lexwend.Test", shared.path());
+  EXPECT_TRUE(other.thoughtItselfAlone());
+  EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Test"), Processes{other.process()});
+  EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms::owner_all);
+}
+
+TEST_F(SessionWithoutAFolder, isServedWhenTheOneThatItNamesIsOpenToOthers) {
+  const auto open = shared.file("open");
+  std::filesystem::create_directory(open);
+  ASSERT_EQ(::chmod(open.c_str(), 0777), 0);
+  const test::EnvironmentVariable named("XDG_RUNTIME_DIR", open.c_str());
   EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Test"), Processes{::getpid()});
+  EXPECT_TRUE(std::filesystem::is_empty(open));
+  EXPECT_TRUE(std::filesystem::exists(own + "/org.lexwend.Test.lock"));
+}
+
+TEST_F(SessionWithoutAFolder, putsNothingWhereSomebodyElseMayReachIt) {
+  std::filesystem::create_directory(own);
+  ASSERT_EQ(::chmod(own.c_str(), 0777), 0);
+  EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Test"), Processes{::getpid()});
+  EXPECT_TRUE(std::filesystem::is_empty(own));
+  std::filesystem::remove(own);
+  std::filesystem::create_directory(shared.file("elsewhere"));
+  std::filesystem::create_directory_symlink(shared.file("elsewhere"), own);
+  EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Test"), Processes{::getpid()});
+  EXPECT_TRUE(std::filesystem::is_empty(shared.file("elsewhere")));
 }
 
 }  // namespace

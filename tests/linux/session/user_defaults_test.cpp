@@ -1,32 +1,32 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/session/user_defaults.h"
 
+#include <chrono>
+#include <functional>
 #include <limits>
 
 #include <gtest/gtest.h>
 
+#include "platform/linux/session/user_folders.h"
 #include "tests/linux/testing/file_troubles.h"
 #include "tests/linux/testing/temporary_folder.h"
 
 namespace lexwend::platform {
 namespace {
 
+using namespace std::chrono_literals;
+
 struct UserDefaultsFile : ::testing::Test {
   test::TemporaryFolder folder;
   std::string path = folder.file("lexwend/settings");
 
-  LinuxUserDefaults opened() const { return LinuxUserDefaults(path); }
+  /// A damaged file counts as settled at once.
+  LinuxUserDefaults opened() const { return LinuxUserDefaults(path, 0ms); }
   void put(std::string_view bytes) const {
     std::filesystem::create_directories(folder.file("lexwend"));
     test::putContents(path, bytes);
   }
 };
-
-const DefaultsTable kOfEveryType = {{"flag", true},
-                                    {"none", OtherDefaultsValue{}},
-                                    {"number", std::int64_t{-12}},
-                                    {"real", 0.1},
-                                    {"text", std::string("a \"quoted\" \\ line\nand another, \xd7\xa9")}};
 
 TEST_F(UserDefaultsFile, isNotMadeByReading) {
   auto defaults = opened();
@@ -35,50 +35,40 @@ TEST_F(UserDefaultsFile, isNotMadeByReading) {
   EXPECT_FALSE(std::filesystem::exists(folder.file("lexwend")));
 }
 
-TEST_F(UserDefaultsFile, isTypedText) {
-  opened().setInteger(120, "hotKeyCode");
-  EXPECT_EQ(test::contentsOf(path), "# Lexwend settings\nhotKeyCode = integer 120\nend\n");
+TEST_F(UserDefaultsFile, isAKeyFile) {
+  auto defaults = opened();
+  defaults.setInteger(120, "hotKeyCode");
+  defaults.setBool(true, "compatMode");
+  EXPECT_EQ(test::contentsOf(path), "[Settings]\nhotKeyCode=120\ncompatMode=true\n");
 }
 
 TEST_F(UserDefaultsFile, isReadableByItsUserAlone) {
+  put("[Settings]\n");
+  ASSERT_EQ(::chmod(path.c_str(), 0644), 0);
   opened().setInteger(120, "hotKeyCode");
   struct stat state {};
   ASSERT_EQ(::stat(path.c_str(), &state), 0);
   EXPECT_EQ(state.st_mode & 0777U, 0600U);
 }
 
-TEST_F(UserDefaultsFile, survivesAWriteThatACrashCutOffAtAnyByte) {
-  opened().setInteger(120, "hotKeyCode");
-  const std::string next = "# Lexwend settings\nhotKeyCode = integer 98\nend\n";
-  for (std::size_t length = 0; length <= next.size(); ++length) {
-    test::putContents(path + ".new", next.substr(0, length));
-    EXPECT_EQ(opened().objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{120})) << length;
-  }
+TEST_F(UserDefaultsFile, tellsWhatAValueIsByItsForm) {
+  using Value = DefaultsValue;
+  put("[Settings]\na= true \nb=True\nc=-9223372036854775808\nd=9223372036854775808\ne=96.5\nf=96.0\n"
+      "g=two words\nh=1;2;\nj=\n");
   auto defaults = opened();
-  defaults.setInteger(99, "hotKeyCode");
-  EXPECT_EQ(opened().objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{99}));
-  EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+  const std::pair<const char*, Value> rows[] = {{"a", true},
+                                                {"b", std::string("True")},
+                                                {"c", std::numeric_limits<std::int64_t>::min()},
+                                                {"d", 9223372036854775808.0},
+                                                {"e", 96.5},
+                                                {"f", std::int64_t{96}},
+                                                {"g", std::string("two words")},
+                                                {"h", OtherDefaultsValue{}},
+                                                {"j", std::string()}};
+  for (const auto& [key, value] : rows) EXPECT_EQ(defaults.objectForKey(key), value) << key;
 }
 
-TEST_F(UserDefaultsFile, isWholeOrKeptAsideWhereverItIsCutOff) {
-  const auto whole = defaultsText(kOfEveryType);
-  for (std::size_t length = 0; length < whole.size(); ++length) {
-    put(whole.substr(0, length));
-    auto defaults = opened();
-    const bool lostOnlyTheLastLineFeed = length + 1 == whole.size();
-    for (const auto& [key, value] : kOfEveryType) {
-      const auto read = defaults.objectForKey(key);
-      EXPECT_EQ(read.has_value(), lostOnlyTheLastLineFeed) << key << " at " << length;
-      EXPECT_TRUE(!read || *read == value) << key;
-    }
-    EXPECT_EQ(std::filesystem::exists(path), lostOnlyTheLastLineFeed) << length;
-    if (!lostOnlyTheLastLineFeed) {
-      EXPECT_EQ(test::contentsOf(path + ".damaged"), whole.substr(0, length));
-    }
-  }
-}
-
-TEST_F(UserDefaultsFile, canBeWrittenAfterADamagedOneWasKeptAside) {
+TEST_F(UserDefaultsFile, isKeptAsideWhenItIsDamagedAndCanBeWrittenAgain) {
   put("nonsense");
   auto defaults = opened();
   defaults.setBool(true, "compatMode");
@@ -86,30 +76,72 @@ TEST_F(UserDefaultsFile, canBeWrittenAfterADamagedOneWasKeptAside) {
   EXPECT_TRUE(opened().boolForKey("compatMode"));
 }
 
-TEST_F(UserDefaultsFile, keepsWhatItDoesNotKnowWhenItWrites) {
-  put("# Lexwend settings\n# a remark\n\nfuture = other\nhotKeyCode = string \"F2\"\nend\n");
+TEST_F(UserDefaultsFile, staysWhereItIsWhileAnEditorMayBeWritingIt) {
+  put("[Settings]\nhotKeyCode=96\n");
+  LinuxUserDefaults defaults(path, 1h);
+  EXPECT_EQ(defaults.objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{96}));
+  for (const char* unfinished : {"", "[Sett"}) {
+    put(unfinished);
+    EXPECT_EQ(defaults.objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{96})) << unfinished;
+    defaults.setBool(true, "compatMode");
+    EXPECT_TRUE(defaults.boolForKey("compatMode"));
+    EXPECT_EQ(test::contentsOf(path), unfinished);
+    EXPECT_FALSE(std::filesystem::exists(path + ".damaged"));
+  }
+  put("[Settings]\nhotKeyCode=97\n");
+  EXPECT_EQ(defaults.objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{97}));
+  EXPECT_EQ(test::contentsOf(path), "[Settings]\nhotKeyCode=97\ncompatMode=true\n");
+}
+
+TEST_F(UserDefaultsFile, isKeptAsideOnlyWhenItHasStayedDamaged) {
+  put("nonsense");
+  LinuxUserDefaults defaults(path, 50ms);
+  EXPECT_EQ(defaults.objectForKey("hotKeyCode"), std::nullopt);
+  EXPECT_EQ(test::contentsOf(path), "nonsense");
+  for (const auto end = std::chrono::steady_clock::now() + 20s;
+       std::filesystem::exists(path) && std::chrono::steady_clock::now() < end;) {
+    EXPECT_EQ(defaults.objectForKey("hotKeyCode"), std::nullopt);
+  }
+  EXPECT_EQ(test::contentsOf(path + ".damaged"), "nonsense");
+}
+
+TEST_F(UserDefaultsFile, thatStaysEmptyIsAnEmptyOne) {
+  put("");
   auto defaults = opened();
-  EXPECT_EQ(defaults.objectForKey("hotKeyCode"), DefaultsValue(std::string("F2")));
-  defaults.setBool(true, "compatMode");
+  EXPECT_EQ(defaults.objectForKey("hotKeyCode"), std::nullopt);
+  defaults.setInteger(96, "hotKeyCode");
+  EXPECT_EQ(test::contentsOf(path), "[Settings]\nhotKeyCode=96\n");
+  EXPECT_FALSE(std::filesystem::exists(path + ".damaged"));
+}
+
+TEST_F(UserDefaultsFile, keepsWhatItDoesNotKnowWhenItWrites) {
+  put("# a remark\n[Settings]\nfuture=1;2;\nhotKeyCode=F2\n\n[Another]\na=b\n");
+  opened().setBool(true, "compatMode");
   EXPECT_EQ(opened().objectForKey("future"), DefaultsValue(OtherDefaultsValue{}));
   EXPECT_EQ(opened().objectForKey("hotKeyCode"), DefaultsValue(std::string("F2")));
+  const auto once = test::contentsOf(path);
+  EXPECT_EQ(once.find("# a remark\n"), 0U) << once;
+  EXPECT_NE(once.find("[Another]\na=b\n"), std::string::npos) << once;
+  opened().setBool(false, "compatMode");
+  opened().setBool(true, "compatMode");
+  EXPECT_EQ(test::contentsOf(path), once) << "the file grows with every write";
 }
 
 TEST_F(UserDefaultsFile, isReadAnewAfterAnEditByHand) {
   auto defaults = opened();
   defaults.setInteger(120, "hotKeyCode");
-  put("# Lexwend settings\nhotKeyCode = integer 96\nend\n");
+  put("[Settings]\nhotKeyCode=96\n");
   EXPECT_EQ(defaults.objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{96}));
 }
 
 TEST_F(UserDefaultsFile, behindASymbolicLinkIsReplacedWhereItIs) {
   const auto target = folder.file("elsewhere");
-  test::putContents(target, "# Lexwend settings\nend\n");
+  test::putContents(target, "[Settings]\n");
   std::filesystem::create_directories(folder.file("lexwend"));
   std::filesystem::create_symlink(target, path);
   opened().setInteger(96, "hotKeyCode");
   EXPECT_TRUE(std::filesystem::is_symlink(path));
-  EXPECT_EQ(test::contentsOf(target), "# Lexwend settings\nhotKeyCode = integer 96\nend\n");
+  EXPECT_EQ(test::contentsOf(target), "[Settings]\nhotKeyCode=96\n");
 }
 
 TEST_F(UserDefaultsFile, thatCannotBeWrittenStillServesThisRun) {
@@ -121,7 +153,7 @@ TEST_F(UserDefaultsFile, thatCannotBeWrittenStillServesThisRun) {
 }
 
 TEST_F(UserDefaultsFile, thatCannotBeReadIsNotWrittenOver) {
-  const std::string kept = "# Lexwend settings\nhotKeyCode = integer 96\nend\n";
+  const std::string kept = "[Settings]\nhotKeyCode=96\n";
   put(kept);
   const test::OrdinaryUser user(folder.path());
   ASSERT_EQ(::chmod(path.c_str(), 0), 0);
@@ -131,39 +163,33 @@ TEST_F(UserDefaultsFile, thatCannotBeReadIsNotWrittenOver) {
   ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
   EXPECT_EQ(test::contentsOf(path), kept);
   EXPECT_EQ(defaults.objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{96}));
-  defaults.setBool(true, "compatMode");
-  EXPECT_EQ(opened().objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{96}));
-  EXPECT_TRUE(opened().boolForKey("compatMode"));
+  EXPECT_TRUE(opened().boolForKey("compatMode")) << "what was set meanwhile is written as soon as it can be";
+}
+
+TEST_F(UserDefaultsFile, thatIsNoSmallRegularFileIsNeitherReadNorReplaced) {
+  std::filesystem::create_directories(folder.file("lexwend"));
+  const std::pair<const char*, std::function<void()>> kinds[] = {
+      {"FIFO", [&] { ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0); }},
+      {"device", [&] { std::filesystem::create_symlink("/dev/zero", path); }},
+      {"folder", [&] { std::filesystem::create_directory(path); }},
+      {"large file",
+       [&] { put("[Settings]\nhotKeyCode=96\n" + std::string(user_folders::kMaxSmallFile, '#')); }}};
+  for (const auto& [kind, make] : kinds) {
+    make();
+    const auto before = std::filesystem::symlink_status(path).type();
+    auto defaults = opened();
+    EXPECT_EQ(defaults.objectForKey("hotKeyCode"), std::nullopt) << kind;
+    defaults.setBool(true, "compatMode");
+    EXPECT_TRUE(defaults.boolForKey("compatMode")) << kind;
+    EXPECT_EQ(std::filesystem::symlink_status(path).type(), before) << kind;
+    std::filesystem::remove_all(path);
+  }
 }
 
 TEST_F(UserDefaultsFile, withoutAPlaceServesThisRun) {
   LinuxUserDefaults defaults("");
   defaults.setBool(true, "compatMode");
   EXPECT_TRUE(defaults.boolForKey("compatMode"));
-}
-
-TEST(UserDefaultsText, comesBackAsItWas) {
-  EXPECT_EQ(parseDefaults(defaultsText(kOfEveryType)), kOfEveryType);
-  const DefaultsTable limits = {{"a", std::numeric_limits<std::int64_t>::min()},
-                                {"b", std::numeric_limits<std::int64_t>::max()}};
-  EXPECT_EQ(parseDefaults(defaultsText(limits)), limits);
-}
-
-TEST(UserDefaultsText, givesAWholeNumberInRangeAsAnInteger) {
-  EXPECT_EQ(parseDefaults("# Lexwend settings\na = real 96\nb = real -9223372036854775808\n"
-                          "c = real 9223372036854775808\nd = real 96.5\nend\n"),
-            (DefaultsTable{{"a", std::int64_t{96}},
-                           {"b", std::numeric_limits<std::int64_t>::min()},
-                           {"c", 9223372036854775808.0},
-                           {"d", 96.5}}));
-}
-
-TEST(UserDefaultsText, isRefusedWhenAnEntryIsNone) {
-  for (const auto* entry : {"hotKeyCode", "= integer 1", "k = integer", "k = integer 1x",
-                            "k = integer 9223372036854775808", "k = real ,5", "k = boolean yes",
-                            "k = string open", "k = string \"a\"b\"", "k = string \"\\\"", "k = data 00"}) {
-    EXPECT_EQ(parseDefaults("# Lexwend settings\n" + std::string(entry) + "\nend\n"), std::nullopt) << entry;
-  }
 }
 
 TEST(UserDefaultsPath, isInTheConfigFolder) {
