@@ -10,7 +10,7 @@
 # To compile the agent and the command-line tools.
 packages_build="g++ cmake ninja-build pkg-config libicu-dev qt6-base-dev qt6-svg-dev libglib2.0-dev
   libxcb1-dev libxcb-xfixes0-dev libxcb-xinput-dev libxcb-xkb-dev libxcb-xtest0-dev
-  libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev"
+  libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev libatspi2.0-dev"
 
 # To run a fix in a private session and look at it: a display, a bus, a window manager, an editor, fonts with Hebrew,
 # the accessibility interface and raw key events from Python, and screenshots.
@@ -25,7 +25,7 @@ packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
   gir1.2-gtk-3.0 gir1.2-gtk-4.0 gir1.2-vte-2.91"
 
 # The large applications of `./test --all`.
-packages_large="chromium firefox-esr libreoffice-writer libreoffice-gtk3 kate"
+packages_large="chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 kate"
 
 # The benchmarks of the preset `bench`.
 packages_bench="libbenchmark-dev"

@@ -141,7 +141,7 @@ def refuses_a_password(stage, application):
     open_application(stage, application, 'akuo', PASSWORD)
     until(lambda: len(stage.field.text() or '') == len('akuo'), 'the field to have the focus')
     stage.select_until(lambda: stage.field.selection_length() == len('akuo'))
-    stage.expect_refused_password()
+    stage.expect_secure_input()
 
 
 def fixes_two_paragraphs(stage, application):

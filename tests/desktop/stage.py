@@ -119,7 +119,7 @@ class Stage:
     def expect_text(self, expected):
         until(lambda: self.field.text() == expected, f'the field to hold "{expected[:60]}"')
 
-    def expect_refused_password(self):
+    def expect_secure_input(self):
         """No text leaves the field: the clipboard is neither read from nor written to, and the log names the reason."""
         self.fix_that_fails('secureInput')
         log = self.session.log()
