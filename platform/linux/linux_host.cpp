@@ -9,8 +9,9 @@
 namespace lexwend::platform {
 namespace {
 
-/// The longest deferral that counts as part of a fix; the clipboard is put back half a second after it.
-constexpr std::chrono::milliseconds kLastWork(1000);
+/// The longest deferral that the end of the program waits for: the clipboard is put back half a second after a
+/// fix. What comes later, as the icon that is put back, is not needed any more.
+constexpr std::chrono::milliseconds kLastWork(600);
 
 /// For the services of the main thread.
 template <typename Service, typename... Arguments>

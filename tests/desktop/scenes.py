@@ -7,9 +7,10 @@ usage: scenes.py --list | scenes.py SCENE AGENT QT6_EDITOR
 import os
 import signal
 import subprocess
+import time
 from datetime import datetime, timedelta
 
-from session import PressCounter, run_scene, until
+from session import AccessibilityBus, PressCounter, run_scene, until
 from stage import HERE, SCENES, active_title, in_each_editor, main, scene
 
 
@@ -63,6 +64,32 @@ for _version in '34':
         stage, gtk_field(version, 'entry', 'akuo'), 'gtk_field', 'done')
     SCENES[f'fixes_a_full_entry_of_gtk{_version}'] = lambda stage, version=_version: fixes_a_line(
         stage, gtk_field(version, 'entry-full', 'akuo'), 'gtk_field')
+
+
+def fixes_a_search_field_in_a_crowd(stage, version):
+    stage.start_agent()
+    stage.put_on_clipboard('kept')
+    bus = AccessibilityBus()
+    until(lambda: bus.hears_focus(stage.agent.pid), 'the agent to listen to the focus')
+    stage.session.start_in_front(gtk_field(version, 'search', 'akuo'))
+    until(bus.text_has_said_that_it_is_focused, 'the field to have the focus')
+    stage.keyboard.press('Control+a')
+    until(lambda: primary() == 'akuo', 'the text to be selected')
+    stage.fix_ends()
+    stage.keyboard.press('Control+a')
+    until(lambda: primary() == 'שלום', 'the text to be fixed')
+    stage.expect_paths(['done'])
+
+
+def primary():
+    """What is selected, as the display tells: the tests look for the field no better than the agent."""
+    return subprocess.run(['xclip', '-o', '-selection', 'primary', '-t', 'UTF8_STRING'], capture_output=True, check=False,
+                          timeout=5).stdout.decode()
+
+
+for _version in '34':
+    SCENES[f'fixes_a_search_field_in_a_crowd_of_gtk{_version}'] = lambda stage, version=_version: fixes_a_search_field_in_a_crowd(
+        stage, version)
 
 
 def fixes_a_line_of_qt6(stage, *length):
@@ -312,6 +339,30 @@ def is_not_held_up_by_an_application_that_has_stopped(stage):
     log = stage.session.log()[before:]
     asked = moment(log, 'AX path: not applicable') - moment(log, 'fix: front=')
     assert asked < timedelta(seconds=1), f'the accessibility questions took {asked}'
+
+
+@scene
+def a_signal_ends_the_agent_at_any_point_of_a_fix(stage):
+    """The application has stopped, so that a fix waits wherever it can: on the accessibility bus, then for the copy."""
+    stage.start_agent()
+    program = stage.open('mousepad', 'akuo')
+    for delay in (0.02, 0.2, 0.5, 0.9, 1.4, 1.9):
+        stage.select_all()
+        fixes = stage.session.log().count('fix: front=')
+        program.send_signal(signal.SIGSTOP)
+        try:
+            stage.keyboard.press('F2')
+            until(lambda: stage.session.log().count('fix: front=') > fixes, 'the fix to begin')
+            time.sleep(delay)
+            sent = time.monotonic()
+            status = stage.session.end(stage.agent)
+            seconds = time.monotonic() - sent
+        finally:
+            program.send_signal(signal.SIGCONT)
+        assert status == 0, f'the agent ended with {status}'
+        assert seconds < 1, f'a signal {delay} s after the press ended the agent after {seconds:.2f} s'
+        stage.expect_text('akuo')
+        stage.start_agent()
 
 
 @scene
