@@ -10,6 +10,7 @@
 #include <unicode/uchar.h>
 
 #include "platform/linux/accessibility/replacement.h"
+#include "platform/linux/session/foreign_text.h"
 
 namespace lexwend::platform {
 
@@ -144,7 +145,7 @@ AttributeResult LinuxAccessibility::copyAttributeValue(const AccessibilityElemen
   if (atspi == nullptr) return {kAttributeUnsupported, {}};
   if (attribute == kRoleAttribute) {
     const auto& name = atspi->field().roleName;
-    return name ? AttributeResult{0, *name} : AttributeResult{kCannotComplete, {}};
+    return name ? AttributeResult{0, foreignText(*name)} : AttributeResult{kCannotComplete, {}};
   }
   if (attribute == kSelectedTextAttribute) return selectedText(*atspi);
   if (attribute == kValueAttribute) return wholeText(*atspi);

@@ -2,6 +2,7 @@
 #include "platform/linux/accessibility/accessibility.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <limits>
 #include <map>
@@ -11,10 +12,14 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include "tests/linux/testing/private_bus.h"
 #include "tests/linux/testing/scripted_application.h"
+#include "tests/linux/testing/temporary_folder.h"
 #include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::platform {
@@ -221,6 +226,17 @@ TEST_F(AField, tellsItsSelectionWhenThereIsOne) {
     app->show(broken);
     EXPECT_NE(selectedText().error, 0) << method;
   }
+}
+
+TEST_F(AField, tellsItsRoleInWordsThatSpoilNoLogLine) {
+  ScriptedField field = selected(u"akuo", {0, 4});
+  field.roleName = "text\n2026-01-01 00:00:00.000 fix: success\x1b[2J" + std::string(1000, 'x');
+  app->show(field);
+  const auto value = access->copyAttributeValue(elementOfFix(), kRoleAttribute).value;
+  const std::string* name = std::get_if<std::string>(&value);
+  ASSERT_NE(name, nullptr);
+  EXPECT_EQ(name->find_first_of("\n\x1b"), std::string::npos);
+  EXPECT_EQ(name->size(), 200U);
 }
 
 TEST_F(AField, tellsItsWholeText) {
@@ -593,6 +609,108 @@ TEST_F(AField, isFoundWithoutAskingTheCellsOfTables) {
   app->show(field, withoutLies);
   // The application may still be busy with what it was asked before.
   EXPECT_TRUE(pumpUntil([this] { return elementOfFix() != nullptr; }));
+}
+
+// ---- The bus
+
+/// The session's bus has the launcher of the accessibility bus, which is another one here.
+struct AccessibilityBusOfItsOwn : ::testing::Test {
+  AccessibilityBusOfItsOwn() {
+    enterSession();
+    session = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+  }
+  ~AccessibilityBusOfItsOwn() override { ::setenv("DBUS_SESSION_BUS_ADDRESS", session.c_str(), 1); }
+
+  /// A bus with an application on it, and nobody yet who tells of it.
+  void startBus() {
+    app = nullptr;
+    bus = nullptr;
+    bus = std::make_unique<PrivateBus>();
+    app = std::make_unique<ScriptedApplication>();
+    app->show(selected(u"akuo", {0, 4}));
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", session.c_str(), 1);
+  }
+  /// Takes the launcher's name over from the one before; nothing is ever without an owner, or the session
+  /// would start a real launcher.
+  void startLauncher(const std::string& address) {
+    auto next = std::make_unique<BusPeer>();
+    next->answer([address](const std::string& method, GVariant*) -> GVariant* {
+      if (address.empty()) return nullptr;
+      return method == "GetAddress" ? g_variant_new("(s)", address.c_str()) : g_variant_new("()");
+    });
+    next->ownName("org.a11y.Bus");
+    launcher = std::move(next);
+  }
+  bool findsField() {
+    const auto result =
+        access.copyAttributeValue(access.createSystemWideElement(), kFocusedUIElementAttribute);
+    return result.error == 0;
+  }
+  bool comesToFindField() {
+    return pumpUntil([this] {
+      access.focusIsSecure();
+      return findsField();
+    });
+  }
+
+  std::string session;
+  std::unique_ptr<PrivateBus> bus;
+  std::unique_ptr<ScriptedApplication> app;
+  std::unique_ptr<BusPeer> launcher;
+  LinuxAccessibility access{{.mayControl = [] { return true; },
+                             .frontProcess = [] { return static_cast<std::uint32_t>(::getpid()); },
+                             .frontWindowClass = [] { return std::nullopt; },
+                             .primarySelection = [] { return std::nullopt; }}};
+};
+
+TEST_F(AccessibilityBusOfItsOwn, isUsedAsSoonAsItIsThere) {
+  startLauncher("");
+  const auto start = Clock::now();
+  access.start();
+  EXPECT_FALSE(findsField());
+  EXPECT_LT(Clock::now() - start, kBounded);
+  startBus();
+  startLauncher(bus->address());
+  EXPECT_TRUE(comesToFindField());
+}
+
+TEST_F(AccessibilityBusOfItsOwn, isUsedAgainWhenItComesBack) {
+  startBus();
+  startLauncher(bus->address());
+  access.start();
+  ASSERT_TRUE(comesToFindField());
+  const std::string before = bus->address();
+  startBus();
+  ASSERT_NE(bus->address(), before);
+  EXPECT_TRUE(pumpUntil([this] { return !findsField(); }));
+  startLauncher(bus->address());
+  EXPECT_TRUE(comesToFindField());
+}
+
+TEST_F(AccessibilityBusOfItsOwn, thatLetsNobodyInKeepsNobodyWaiting) {
+  const lexwend::test::TemporaryFolder folder;
+  const int silent = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_un name{};
+  name.sun_family = AF_UNIX;
+  const std::string path = folder.path() + "/bus";
+  ASSERT_LT(path.copy(name.sun_path, sizeof name.sun_path), sizeof name.sun_path);
+  ASSERT_EQ(::bind(silent, reinterpret_cast<const sockaddr*>(&name), sizeof name), 0);
+  ASSERT_EQ(::listen(silent, 8), 0);
+
+  startLauncher("unix:path=" + path);
+  const auto start = Clock::now();
+  access.start();
+  pollfd calling{silent, POLLIN, 0};
+  EXPECT_TRUE(pumpUntil([&] { return ::poll(&calling, 1, 0) == 1; })) << "it is asked";
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_FALSE(access.focusIsSecure());
+    EXPECT_FALSE(findsField());
+  }
+  EXPECT_LT(Clock::now() - start, kBounded);
+  startBus();
+  startLauncher(bus->address());
+  EXPECT_TRUE(comesToFindField());
+  ::close(silent);
 }
 
 }  // namespace

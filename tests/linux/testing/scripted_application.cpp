@@ -202,7 +202,7 @@ GVariant* ScriptedApplication::answerOfField(const std::string& method, GVariant
         "(@as)", g_variant_new_strv(field_.interfaces.data(), static_cast<gssize>(field_.interfaces.size())));
   }
   if (method == "GetRole") return g_variant_new("(u)", field_.role);
-  if (method == "GetRoleName") return g_variant_new("(s)", "text");
+  if (method == "GetRoleName") return g_variant_new("(s)", field_.roleName.c_str());
   if (method == "Get CharacterCount") {
     if (field_.claimedLength) return property(g_variant_new_int32(*field_.claimedLength));
     return property(g_variant_new_int32(isQt() ? field_.text.length() : field_.text.countChar32()));

@@ -27,6 +27,7 @@ struct ScriptedField {
   std::string path = "/field";
   std::string toolkit = "gtk";
   std::uint32_t role = ATSPI_ROLE_TEXT;
+  std::string roleName = "text";
   std::uint64_t states = stateBit(ATSPI_STATE_EDITABLE) | stateBit(ATSPI_STATE_FOCUSED) |
                          stateBit(ATSPI_STATE_MULTI_LINE) | stateBit(ATSPI_STATE_SHOWING);
   std::vector<const char*> interfaces{kAtspiText, kAtspiEditableText};
