@@ -103,6 +103,35 @@ SCENES['fixes_a_line_of_qt6'] = fixes_a_line_of_qt6
 SCENES['fixes_a_full_line_of_qt6'] = lambda stage: fixes_a_line_of_qt6(stage, '4')
 
 
+def undoes_a_fix(stage, editor, presses, path):
+    """The text is back after so many presses, and the presses after those change nothing more."""
+    stage.start_agent()
+    stage.open(editor, 'one akuo two')
+    stage.keyboard.press('Control+Home')
+    for _ in 'one ':
+        stage.keyboard.press('Right')
+    for _ in 'akuo':
+        stage.keyboard.press('Shift+Right')
+    until(lambda: stage.field.selection_length() == len('akuo'), 'the word to be selected')
+    stage.fix('one שלום two')
+    stage.expect_paths([path])
+    for _ in range(presses - 1):
+        stage.keyboard.press('Control+z')
+        until(lambda: stage.field.text() not in ('one שלום two', 'one akuo two'), 'the first press to undo a part')
+    stage.keyboard.press('Control+z')
+    stage.expect_text('one akuo two')
+    stage.keyboard.press('Control+z')
+    stage.fix_that_fails('noSelection')  # comes after whatever that press has set off
+    stage.expect_text('one akuo two')
+
+
+# How often Control+Z has to be pressed. bluefish takes a paste back in two presses as well.
+UNDO = {'mousepad': (2, 'done'), 'gnome-text-editor': (2, 'done'), 'featherpad': (2, 'done'), 'qt6_editor': (2, 'done'),
+        'l3afpad': (1, 'not applicable, falling back to clipboard'), 'bluefish': (2, 'not applicable, falling back to clipboard')}
+for _editor, (_presses, _path) in UNDO.items():
+    SCENES[f'undoes_a_fix_in_{_editor.replace("-", "_")}'] = lambda stage, e=_editor, n=_presses, p=_path: undoes_a_fix(stage, e, n, p)
+
+
 @in_each_editor
 def fixes_mixed_text_by_the_active_layout(stage, editor):
     stage.start_agent()

@@ -56,8 +56,8 @@ bool mayBeMask(const icu::UnicodeString& text) {
   return !text.isEmpty() && u_isalnum(sign) == 0;
 }
 
-/// Editors with an undo of their own that does not bring back what was replaced through this interface. What
-/// is pasted they do undo.
+/// Editors with an undo of their own that does not bring back for sure what was replaced through this
+/// interface. What is pasted they do undo.
 bool undoesOnlyWhatIsPasted(const std::optional<std::string>& windowClass) {
   constexpr std::array<std::string_view, 2> kClasses = {"L3afpad", "Bluefish"};
   return windowClass && std::find(kClasses.begin(), kClasses.end(), *windowClass) != kClasses.end();

@@ -121,10 +121,12 @@ void AtspiBus::start() {
   if (isConnected()) return;
   GDBusConnection* const session = sessionBus();
   if (session == nullptr) return;
-  if (launcherWatch_ != 0) {
+  if (launcherWatch_ != 0 && session == session_) {
     if (!connecting_) askForAddress(session);
     return;
   }
+  if (launcherWatch_ != 0) g_bus_unwatch_name(launcherWatch_);  // of a session bus that is gone
+  session_ = session;
   launcherWatch_ = g_bus_watch_name_on_connection(
       session, kLauncher, G_BUS_NAME_WATCHER_FLAGS_AUTO_START,
       [](GDBusConnection* connection, const char*, const char*, gpointer self) {

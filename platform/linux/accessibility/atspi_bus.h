@@ -98,8 +98,9 @@ class AtspiBus {
 
   std::unique_ptr<GMainContext, GMainContextUnref> waitingContext_;  // iterated only while a call waits
   GObjectRef<GCancellable> connecting_;                              // of the attempt under way
-  guint launcherWatch_ = 0;
-  std::string address_;  // of the connection
+  const GDBusConnection* session_ = nullptr;                         // only compared with
+  guint launcherWatch_ = 0;                                          // on that connection
+  std::string address_;                                              // of the connection
   GObjectRef<GDBusConnection> connection_;
   GObjectRef<GCancellable> connectedUntil_;  // cancelled when the connection ends
   gulong closedHandler_ = 0;

@@ -1,36 +1,38 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/session/foreign_text.h"
 
+#include <cstdint>
+
 #include <unicode/uchar.h>
-#include <unicode/unistr.h>
+#include <unicode/utf8.h>
 
 namespace lexwend::platform {
 namespace {
 
-constexpr std::int32_t kMaxCharacters = 200;
-constexpr std::size_t kMaxBytes = 4096;  // of which more than enough is read to find that many characters
-
-/// Control characters, marks that turn the direction of what follows, line and paragraph separators.
-bool maySpoilALine(UChar32 character) {
-  constexpr std::uint32_t kSpoiling = U_GC_CC_MASK | U_GC_CF_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK;
-  return (U_GET_GC_MASK(character) & kSpoiling) != 0;
-}
+constexpr int kMostCharacters = 200;
+constexpr std::uint32_t kLeftOut = U_GC_CC_MASK | U_GC_CF_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK;
 
 }  // namespace
 
 std::string foreignText(std::string_view text) {
-  const std::string_view part = text.substr(0, kMaxBytes);
-  const auto given = icu::UnicodeString::fromUTF8({part.data(), static_cast<std::int32_t>(part.size())});
-  icu::UnicodeString kept;
-  std::int32_t characters = 0;
-  for (std::int32_t i = 0; i < given.length() && characters < kMaxCharacters; i = given.moveIndex32(i, 1)) {
-    const UChar32 character = given.char32At(i);
-    if (maySpoilALine(character)) continue;
-    kept.append(character);
+  std::string kept;
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  const std::size_t end = text.size();
+  int characters = 0;
+  for (std::size_t at = 0; at < end && characters < kMostCharacters;) {
+    const std::size_t start = at;
+    UChar32 character = 0;
+    U8_NEXT(bytes, at, end, character);
+    if (character < 0) {
+      kept += "\xEF\xBF\xBD";
+    } else if ((U_MASK(u_charType(character)) & kLeftOut) == 0) {
+      kept.append(text.substr(start, at - start));
+    } else {
+      continue;
+    }
     ++characters;
   }
-  std::string bytes;
-  return kept.toUTF8String(bytes);
+  return kept;
 }
 
 }  // namespace lexwend::platform

@@ -14,10 +14,10 @@ namespace lexwend::platform {
 
 class X11Connection;
 
-/// The agent as an application of Qt on an X11 display. SIGTERM, SIGINT, SIGHUP, the end of the session and
-/// terminate() all end the event loop the same way: the windows go without being asked, what the host still
-/// has to finish is finished, so that the clipboard is put back; then run() returns and the services let go
-/// of what they hold.
+/// The agent as an application of Qt on an X11 display. SIGTERM, SIGINT, SIGHUP (end_request.h), the end of
+/// the session and terminate() all end the event loop the same way: the windows go without being asked, what
+/// the host still has to finish is finished, so that the clipboard is put back; then run() returns and the
+/// services let go of what they hold.
 class LinuxApplication : public Application {
  public:
   struct Needs {

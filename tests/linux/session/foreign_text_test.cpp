@@ -3,33 +3,43 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/linux/session/workspace.h"
+
 namespace lexwend::platform {
 namespace {
 
-TEST(ForeignText, staysAsItIsWhereItSpoilsNoLine) {
-  for (const char* text : {"", "text", "ערך טקסט", "a\U0001F600b", "e\u0301"})
-    EXPECT_EQ(foreignText(text), text);
+std::string repeated(std::string_view text, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) all += text;
+  return all;
 }
 
-TEST(ForeignText, losesWhatWouldForgeALine) {
-  EXPECT_EQ(foreignText("a\n2026-01-01 fix: success\r\t\x1b[31mb"), "a2026-01-01 fix: success[31mb");
-  EXPECT_EQ(foreignText("a\u0085\u2028\u2029\u202E\x7f"
-                        "b"),
-            "ab");
+TEST(ForeignText, isLeftAsItIsWhereItIsHarmless) {
+  EXPECT_EQ(foreignText(""), "");
+  EXPECT_EQ(foreignText("Mousepad - שלום 👍"), "Mousepad - שלום 👍");
+}
+
+TEST(ForeignText, hasNoLineFeedsAndNoEscapeSequences) {
+  EXPECT_EQ(foreignText("a\n2026-01-01 00:00:00.000 fix: success\r\x1b[31mb\x7f\t\xc2\x9b"),
+            "a2026-01-01 00:00:00.000 fix: success[31mb");
+  EXPECT_EQ(foreignText("a\u2028b\u2029c\u202ed\u200be\u0085f"), "abcdef");
   EXPECT_EQ(foreignText(std::string_view("a\0b", 3)), "ab");
 }
 
-TEST(ForeignText, isCutAtTwoHundredCharacters) {
-  std::string faces;
-  for (int i = 0; i < 5000; ++i) faces += "\U0001F600";
-  EXPECT_EQ(foreignText(faces).size(), 4U * 200U);
-  EXPECT_EQ(foreignText(std::string(200, 'x')).size(), 200U);
+TEST(ForeignText, isWellFormed) {
+  EXPECT_EQ(foreignText("a\xff\xc3z"), "a\uFFFD\uFFFDz");
 }
 
-TEST(ForeignText, isValidWhereItsBytesAreNot) {
-  EXPECT_EQ(foreignText("a\xff"
-                        "b\xc3"),
-            "a\uFFFDb\uFFFD");
+TEST(ForeignText, isCutAt200Characters) {
+  EXPECT_EQ(foreignText(repeated("ש", 200)), repeated("ש", 200));
+  EXPECT_EQ(foreignText(repeated("ש", 201)), repeated("ש", 200));
+  EXPECT_EQ(foreignText(repeated("\n", 1000) + "a"), "a");
+}
+
+TEST(FrontmostApplication, isNamedInForeignText) {
+  LinuxWorkspace workspace([] { return "XTerm\n2026-01-01 00:00:00.000 fix: success"; });
+  EXPECT_EQ(workspace.frontmostApplication().value_or(FrontApplication{}).bundleIdentifier,
+            "XTerm2026-01-01 00:00:00.000 fix: success");
 }
 
 }  // namespace
