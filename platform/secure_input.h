@@ -3,7 +3,8 @@
 
 namespace lexwend::platform {
 
-/// Whether some program holds secure keyboard entry, as a password field does. Main thread only.
+/// Whether some program holds secure keyboard entry, as a password field does. On Linux a terminal counts as
+/// well. Main thread only.
 class SecureInput {
  public:
   virtual ~SecureInput() = default;

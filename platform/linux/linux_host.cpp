@@ -9,8 +9,9 @@
 namespace lexwend::platform {
 namespace {
 
-/// The longest deferral that counts as part of a fix; the clipboard is put back half a second after it.
-constexpr std::chrono::milliseconds kLastWork(1000);
+/// The longest deferral that the end of the program waits for: the clipboard is put back half a second after a
+/// fix. What comes later, as the icon that is put back, is not needed any more.
+constexpr std::chrono::milliseconds kLastWork(600);
 
 /// For the services of the main thread.
 template <typename Service, typename... Arguments>
@@ -19,19 +20,27 @@ Service& made(std::optional<Service>& service, Arguments&&... arguments) {
   return *service;
 }
 
-std::optional<std::string> readPrimarySelection() {
-  constexpr std::chrono::milliseconds kTime{
-      250};                                // as long as for any other question about the focused field
-  constexpr std::size_t kMaxBytes = 4096;  // a masked entry holds a password, not a book
-  const auto reader = ClipboardReader::open("PRIMARY");
-  return reader ? reader->readText({kTime, kTime, kMaxBytes}) : std::nullopt;
-}
+/// Reads the PRIMARY selection over a connection that is made for the first reading and kept.
+class PrimaryReader {
+ public:
+  std::optional<std::string> read() {
+    // As long as for any other question about the focused field. A masked entry holds a password, not a book.
+    constexpr std::chrono::milliseconds kTime{250};
+    constexpr std::size_t kMaxBytes = 4096;
+    if (!reader_) reader_ = ClipboardReader::open("PRIMARY");
+    return reader_ ? reader_->readText({kTime, kTime, kMaxBytes}) : std::nullopt;
+  }
+
+ private:
+  std::unique_ptr<ClipboardReader> reader_;
+};
 
 LinuxAccessibility::Display displayOf(const std::shared_ptr<X11Connection>& x11) {
   return {
       .mayControl = [x11] { return x11 != nullptr && x11->hasXTest() && x11->hasXFixes() && x11->hasXkb(); },
       .frontProcess = [x11] { return x11 != nullptr ? x11->activeWindowProcess() : std::nullopt; },
-      .primarySelection = [] { return readPrimarySelection(); },
+      .frontWindowClass = [x11] { return x11 != nullptr ? x11->activeWindowClass() : std::nullopt; },
+      .primarySelection = [reader = std::make_shared<PrimaryReader>()] { return reader->read(); },
   };
 }
 
@@ -46,16 +55,19 @@ Accessibility& LinuxHost::accessibility() {
 }
 
 SecureInput& LinuxHost::secureInput() {
-  return made(secureInput_, &linuxAccessibility());
+  return made(
+      secureInput_,
+      LinuxSecureInput::Needs{[this] { return x11() != nullptr ? x11()->activeWindowClass() : std::nullopt; },
+                              [this] { return linuxAccessibility().focusIsSecure(); }});
 }
 
 KeyEvents& LinuxHost::keyEvents() {
-  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy. A terminal inside
-  // another program's window is not known by the window's class. Where no copy is made, what another program
-  // copies must not be taken for the selection.
+  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy. Where nothing is
+  // selected some editors copy the line of the caret. Where no copy is made, what another program copies must
+  // not be taken for the selection.
   return made(
       keyEvents_, x11(),
-      [this] { return !pasteboard()->isWithheld() && !linuxAccessibility().focusIsTerminal(); },
+      [this] { return !pasteboard()->isWithheld() && !linuxAccessibility().selectionIsKnownEmpty(); },
       [this] { pasteboard()->copyWasRefused(); });
 }
 

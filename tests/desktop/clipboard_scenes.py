@@ -137,14 +137,6 @@ def takes_no_foreign_copy_for_the_selection_when_the_clipboard_cannot_be_kept(st
 
 
 @scene
-def takes_no_foreign_copy_for_the_selection_of_a_terminal(stage):
-    stage.start_agent()
-    stage.put_on_clipboard('kept')
-    stage.session.start_in_front(['xterm', '-e', 'exec sleep 600'])
-    copy_meanwhile(stage)
-
-
-@scene
 def fixes_a_megabyte_through_the_clipboard(stage):
     stage.start_agent(compatMode=True)
     stage.open('mousepad', 'akuo nv akunl ' * 75000)

@@ -3,10 +3,10 @@
 """A window with one GTK field for the desktop tests.
 
 usage: gtk_field.py 3|4 entry-hidden TEXT [SIGN]
-       gtk_field.py 3|4 entry|entry-full|password-entry|read-only TEXT
+       gtk_field.py 3|4 entry|entry-full|password-entry|read-only|search TEXT
        gtk_field.py 3 terminal COMMAND
 
-A hidden entry shows the sign instead of each character, a full one has room for no more. The command runs in a terminal
+A search field stands among two thousand other objects. A hidden entry shows the sign instead of each character, a full one has room for no more. The command runs in a terminal
 that is a part of the window; what it writes is selected.
 """
 import sys
@@ -34,6 +34,8 @@ def field():
         return Gtk.PasswordEntry(text=text)
     if kind == 'terminal':
         return terminal()
+    if kind == 'search':
+        return Gtk.SearchEntry(text=text)
     entry = Gtk.Entry(text=text)
     if kind == 'entry-full':
         entry.set_max_length(len(text))
@@ -52,16 +54,37 @@ def terminal():
     return widget
 
 
+def add(box, child):
+    box.add(child) if version == '3' else box.append(child)
+
+
+def crowd(widget):
+    """The field, and a box with so many objects that nobody finds it by asking each."""
+    boxes = [Gtk.Box(orientation=Gtk.Orientation.VERTICAL) for _ in range(3)]
+    window_box, scrolled_box, row = boxes
+    for number in range(2000):
+        if number % 40 == 0:
+            row = Gtk.Box()
+            add(scrolled_box, row)
+        add(row, Gtk.Label(label=str(number)))
+    scrolled = Gtk.ScrolledWindow(vexpand=True)
+    scrolled.add(scrolled_box) if version == '3' else scrolled.set_child(scrolled_box)
+    add(window_box, scrolled)
+    add(window_box, widget)
+    return window_box
+
+
 window = Gtk.Window(title='gtk_field')
 window.set_default_size(400, 60)
 widget = field()
+content = crowd(widget) if kind == 'search' else widget
 loop = GLib.MainLoop()
 if version == '3':
-    window.add(widget)
+    window.add(content)
     window.show_all()
     window.connect('destroy', lambda *_: loop.quit())
 else:
-    window.set_child(widget)
+    window.set_child(content)
     window.present()
 widget.grab_focus()
 loop.run()

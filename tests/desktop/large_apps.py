@@ -8,8 +8,8 @@ The browsers show files of the test's own and are kept off the network.
 """
 import os
 
-from session import run_scene, until
-from stage import SCENES, active_title, main, scene
+from session import DesktopError, run_scene, until
+from stage import ANSWER_SECONDS, SCENES, active_title, main, scene
 
 PAGE = '<!DOCTYPE html><meta charset="utf-8"><title>letter</title>{field}'
 TEXT_AREA = '<textarea autofocus rows="10" cols="40">{text}</textarea>'
@@ -141,7 +141,7 @@ def refuses_a_password(stage, application):
     open_application(stage, application, 'akuo', PASSWORD)
     until(lambda: len(stage.field.text() or '') == len('akuo'), 'the field to have the focus')
     stage.select_until(lambda: stage.field.selection_length() == len('akuo'))
-    stage.expect_refused_password()
+    stage.expect_secure_input()
 
 
 def fixes_two_paragraphs(stage, application):
@@ -168,6 +168,44 @@ for _application in APPLICATIONS:
     SCENES[f'keeps_the_clipboard_in_{_application}'] = lambda stage, a=_application: keeps_the_clipboard(stage, a)
 for _application in ('chromium', 'firefox'):
     SCENES[f'refuses_a_password_field_of_{_application}'] = lambda stage, a=_application: refuses_a_password(stage, a)
+
+
+@scene
+def leaves_a_sheet_of_calc_alive(stage):
+    """A sheet has a billion cells: whoever asks for them all makes LibreOffice hang for good."""
+    stage.start_agent()
+    calc = office(stage.session, None, '')[:-1]
+    calc[calc.index('--writer')] = '--calc'
+    stage.session.start_in_front(calc)
+    until(lambda: fill_first_cell(stage), 'the sheet to take what is typed')
+    stage.put_on_clipboard('kept')
+    stage.fix_ends()
+    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+    stage.keyboard.press('Control+n')
+    until(lambda: 'Untitled 2' in active_title(), 'LibreOffice to open another sheet')
+
+
+def fill_first_cell(stage):
+    """Types a word into it, and tells whether it can be copied from there: a sheet that is just opening takes no keys."""
+    for key in ('Escape', 'Control+Home', *'akuo', 'Return', 'Control+Home', 'Control+Insert'):
+        stage.keyboard.press(key)
+    try:
+        return until(lambda: (stage.clipboard() or '').startswith('akuo'), 'the copy', ANSWER_SECONDS)
+    except DesktopError:
+        return False
+
+
+@scene
+def leaves_kate_alone_without_a_selection(stage):
+    """With nothing selected it copies the line of the caret, which nobody wants to be converted."""
+    stage.start_agent()
+    stage.put_on_clipboard('kept')
+    open_application(stage, 'kate', 'akuo nv')
+    until(lambda: stage.field.text() == 'akuo nv', 'kate to show the text')
+    stage.fix_that_fails('noSelection')
+    assert 'clipboard: copied' not in stage.session.log(), stage.session.log()
+    stage.expect_text('akuo nv')
+    assert stage.clipboard() == 'kept'
 
 
 @scene

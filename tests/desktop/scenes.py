@@ -7,9 +7,10 @@ usage: scenes.py --list | scenes.py SCENE AGENT QT6_EDITOR
 import os
 import signal
 import subprocess
+import time
 from datetime import datetime, timedelta
 
-from session import PressCounter, run_scene, until
+from session import AccessibilityBus, PressCounter, run_scene, until
 from stage import HERE, SCENES, active_title, in_each_editor, main, scene
 
 
@@ -65,6 +66,32 @@ for _version in '34':
         stage, gtk_field(version, 'entry-full', 'akuo'), 'gtk_field')
 
 
+def fixes_a_search_field_in_a_crowd(stage, version):
+    stage.start_agent()
+    stage.put_on_clipboard('kept')
+    bus = AccessibilityBus()
+    until(lambda: bus.hears_focus(stage.agent.pid), 'the agent to listen to the focus')
+    stage.session.start_in_front(gtk_field(version, 'search', 'akuo'))
+    until(bus.text_has_said_that_it_is_focused, 'the field to have the focus')
+    stage.keyboard.press('Control+a')
+    until(lambda: primary() == 'akuo', 'the text to be selected')
+    stage.fix_ends()
+    stage.keyboard.press('Control+a')
+    until(lambda: primary() == 'שלום', 'the text to be fixed')
+    stage.expect_paths(['done'])
+
+
+def primary():
+    """What is selected, as the display tells: the tests look for the field no better than the agent."""
+    return subprocess.run(['xclip', '-o', '-selection', 'primary', '-t', 'UTF8_STRING'], capture_output=True, check=False,
+                          timeout=5).stdout.decode()
+
+
+for _version in '34':
+    SCENES[f'fixes_a_search_field_in_a_crowd_of_gtk{_version}'] = lambda stage, version=_version: fixes_a_search_field_in_a_crowd(
+        stage, version)
+
+
 def fixes_a_line_of_qt6(stage, *length):
     fixes_a_line(stage, [str(stage.qt6_editor), '--line', 'akuo', *length], 'qt6_editor')
     assert 'edited' in active_title(), active_title()
@@ -74,6 +101,35 @@ def fixes_a_line_of_qt6(stage, *length):
 
 SCENES['fixes_a_line_of_qt6'] = fixes_a_line_of_qt6
 SCENES['fixes_a_full_line_of_qt6'] = lambda stage: fixes_a_line_of_qt6(stage, '4')
+
+
+def undoes_a_fix(stage, editor, presses, path):
+    """The text is back after so many presses, and the presses after those change nothing more."""
+    stage.start_agent()
+    stage.open(editor, 'one akuo two')
+    stage.keyboard.press('Control+Home')
+    for _ in 'one ':
+        stage.keyboard.press('Right')
+    for _ in 'akuo':
+        stage.keyboard.press('Shift+Right')
+    until(lambda: stage.field.selection_length() == len('akuo'), 'the word to be selected')
+    stage.fix('one שלום two')
+    stage.expect_paths([path])
+    for _ in range(presses - 1):
+        stage.keyboard.press('Control+z')
+        until(lambda: stage.field.text() not in ('one שלום two', 'one akuo two'), 'the first press to undo a part')
+    stage.keyboard.press('Control+z')
+    stage.expect_text('one akuo two')
+    stage.keyboard.press('Control+z')
+    stage.fix_that_fails('noSelection')  # comes after whatever that press has set off
+    stage.expect_text('one akuo two')
+
+
+# How often Control+Z has to be pressed. bluefish takes a paste back in two presses as well.
+UNDO = {'mousepad': (2, 'done'), 'gnome-text-editor': (2, 'done'), 'featherpad': (2, 'done'), 'qt6_editor': (2, 'done'),
+        'l3afpad': (1, 'not applicable, falling back to clipboard'), 'bluefish': (2, 'not applicable, falling back to clipboard')}
+for _editor, (_presses, _path) in UNDO.items():
+    SCENES[f'undoes_a_fix_in_{_editor.replace("-", "_")}'] = lambda stage, e=_editor, n=_presses, p=_path: undoes_a_fix(stage, e, n, p)
 
 
 @in_each_editor
@@ -157,7 +213,7 @@ def refuses_password(stage, command, application):
     until(stage.field.find, 'the field to have the focus')
     stage.keyboard.press('Control+a')
     until(lambda: stage.field.selection_length() == len('akuo'), 'the text to be selected')
-    stage.expect_refused_password()
+    stage.expect_secure_input()
 
 
 for _version in '34':
@@ -184,10 +240,9 @@ def refuses_a_terminal_and_leaves_its_program_running(stage):
     alive = stage.session.folder / 'alive'
     terminal = stage.session.start_in_front(['xterm', '-e', f'touch {alive}; exec sleep 600'])
     until(alive.exists, 'the program in the terminal to run')
-    stage.fix_that_fails('noSelection')
+    stage.expect_secure_input()
     assert terminal.poll() is None, 'the terminal has ended'
     assert 'fix: front=XTerm' in stage.session.log(), stage.session.log()
-    assert stage.clipboard() == 'kept'
 
 
 @scene
@@ -197,11 +252,10 @@ def refuses_a_terminal_inside_another_window(stage):
     received = stage.session.folder / 'received'
     stage.show(gtk_field('3', 'terminal', f'stty raw -echo; printf akuo; exec cat >{received}'), 'gtk_field')
     until(lambda: received.exists() and stage.field.selection_length() > 0, 'the program in the terminal to run')
-    stage.fix_that_fails('noSelection')
+    stage.expect_secure_input()
     stage.keyboard.press('a')
     until(lambda: received.read_bytes(), 'the terminal to pass a key on')
     assert received.read_bytes() == b'a', received.read_bytes()
-    assert stage.clipboard() == 'kept'
 
 
 # Layouts, active group, what a fix makes of the text, group that it leaves active. One text goes all the way.
@@ -314,6 +368,30 @@ def is_not_held_up_by_an_application_that_has_stopped(stage):
     log = stage.session.log()[before:]
     asked = moment(log, 'AX path: not applicable') - moment(log, 'fix: front=')
     assert asked < timedelta(seconds=1), f'the accessibility questions took {asked}'
+
+
+@scene
+def a_signal_ends_the_agent_at_any_point_of_a_fix(stage):
+    """The application has stopped, so that a fix waits wherever it can: on the accessibility bus, then for the copy."""
+    stage.start_agent()
+    program = stage.open('mousepad', 'akuo')
+    for delay in (0.02, 0.2, 0.5, 0.9, 1.4, 1.9):
+        stage.select_all()
+        fixes = stage.session.log().count('fix: front=')
+        program.send_signal(signal.SIGSTOP)
+        try:
+            stage.keyboard.press('F2')
+            until(lambda: stage.session.log().count('fix: front=') > fixes, 'the fix to begin')
+            time.sleep(delay)
+            sent = time.monotonic()
+            status = stage.session.end(stage.agent)
+            seconds = time.monotonic() - sent
+        finally:
+            program.send_signal(signal.SIGCONT)
+        assert status == 0, f'the agent ended with {status}'
+        assert seconds < 1, f'a signal {delay} s after the press ended the agent after {seconds:.2f} s'
+        stage.expect_text('akuo')
+        stage.start_agent()
 
 
 @scene

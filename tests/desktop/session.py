@@ -234,6 +234,26 @@ class AccessibilityBus:
         address = call('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress')[0]
         flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
         self.bus = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+        self.focused = None
+        self.bus.signal_subscribe(None, 'org.a11y.atspi.Event.Object', 'StateChanged', None, 'focused', Gio.DBusSignalFlags.NONE,
+                                  self._focus_changes)
+
+    def _focus_changes(self, _bus, sender, path, _interface, _signal, arguments):
+        if arguments[1]:
+            self.focused = (sender, path)
+
+    def text_has_said_that_it_is_focused(self):
+        """Whether the last object that told everybody that it got the focus has text."""
+        from gi.repository import GLib
+        while GLib.MainContext.default().iteration(False):
+            pass
+        if not self.focused:
+            return False
+        try:
+            interfaces = call(*self.focused, 'org.a11y.atspi.Accessible', 'GetInterfaces', bus=self.bus)[0]
+            return 'org.a11y.atspi.Text' in interfaces
+        except GLib.Error:
+            return False  # told before it is there
 
     def _call(self, destination, path, method, *arguments):
         return call(destination, path, destination, method, *arguments, bus=self.bus)[0]

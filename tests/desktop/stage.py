@@ -34,6 +34,8 @@ class Stage:
         'featherpad': ['featherpad', '--standalone'],
         'qt6_editor': None,  # built with the tests
     }
+    # Editors with an undo of their own.
+    OTHER_EDITORS = {'l3afpad': ['l3afpad'], 'bluefish': ['bluefish', '-n']}
 
     def __init__(self, session, agent, qt6_editor):
         self.session = session
@@ -52,7 +54,7 @@ class Stage:
     def open(self, editor, text):
         document = self.session.folder / 'letter.txt'
         document.write_text(text, encoding='utf-8')
-        command = self.EDITORS[editor] or [str(self.qt6_editor)]
+        command = {**self.EDITORS, **self.OTHER_EDITORS}[editor] or [str(self.qt6_editor)]
         program = self.show(command + [str(document)], editor)
         until(lambda: self.field.text() == text, f'{editor} to show the text')
         return program
@@ -119,7 +121,7 @@ class Stage:
     def expect_text(self, expected):
         until(lambda: self.field.text() == expected, f'the field to hold "{expected[:60]}"')
 
-    def expect_refused_password(self):
+    def expect_secure_input(self):
         """No text leaves the field: the clipboard is neither read from nor written to, and the log names the reason."""
         self.fix_that_fails('secureInput')
         log = self.session.log()

@@ -2,44 +2,62 @@
 #include "platform/linux/accessibility/atspi_bus.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <utility>
 
+#include <glib-unix.h>
+
 #include "platform/linux/session/buses.h"
+#include "platform/linux/session/end_request.h"
 
 namespace lexwend::platform {
 namespace {
 
-constexpr const char* kRegistry = "org.a11y.atspi.Registry";
-constexpr const char* kRootPath = "/org/a11y/atspi/accessible/root";
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kLauncher = "org.a11y.Bus";
+constexpr const char* kLauncherPath = "/org/a11y/bus";
+constexpr const char* kObjectEvents = "org.a11y.atspi.Event.Object";
+constexpr const char* kWindowEvents = "org.a11y.atspi.Event.Window";
+constexpr int kNoLimit = G_MAXINT;
+// More applications than a person uses; one that floods the bus with events must not fill the memory.
+constexpr std::size_t kMaxApplicationsHeard = 64;
+
+struct SourceDestroy {
+  void operator()(GSource* source) const {
+    g_source_destroy(source);
+    g_source_unref(source);
+  }
+};
+using SourceRef = std::unique_ptr<GSource, SourceDestroy>;
 
 /// The answers to many calls, as they come.
 struct Round {
   std::vector<GVariantRef> answers;
+  std::vector<std::string> unanswered;  // the bus name of each call; empty when its answer is there
   std::size_t waiting = 0;
   bool wasCancelled = false;
-  std::set<std::string> silent;  // bus names of calls that timed out
   std::function<void(const std::vector<GVariantRef>&)> then;
 };
 
-/// Sends every call that `mayAsk` allows; the answers come to the thread's default context.
-std::shared_ptr<Round> ask(GDBusConnection* connection, const std::vector<AtspiCall>& calls, int milliseconds,
+/// Sends every valid call that `mayAsk` allows; the answers come to the thread's default context.
+std::shared_ptr<Round> ask(GDBusConnection* connection, const std::vector<AtspiCall>& calls,
                            GCancellable* cancellable, const std::function<bool(const AtspiCall&)>& mayAsk) {
   struct Slot {
     std::shared_ptr<Round> round;
     std::size_t index;
-    std::string bus;
   };
   auto round = std::make_shared<Round>();
   round->answers.resize(calls.size());
+  round->unanswered.resize(calls.size());
   for (std::size_t i = 0; i < calls.size(); ++i) {
     const AtspiCall& call = calls[i];
-    if (!mayAsk(call)) continue;
+    if (!call.object.isValid() || !mayAsk(call)) continue;
     ++round->waiting;
+    round->unanswered[i] = call.object.bus;
     g_dbus_connection_call(
         connection, call.object.bus.c_str(), call.object.path.c_str(), call.interface, call.method,
-        call.arguments.get(), G_VARIANT_TYPE(call.replyType), G_DBUS_CALL_FLAGS_NO_AUTO_START, milliseconds,
+        call.arguments.get(), G_VARIANT_TYPE(call.replyType), G_DBUS_CALL_FLAGS_NO_AUTO_START, kNoLimit,
         cancellable,
         [](GObject* source, GAsyncResult* result, gpointer data) {
           const std::unique_ptr<Slot> slot(static_cast<Slot*>(data));
@@ -48,210 +66,226 @@ std::shared_ptr<Round> ask(GDBusConnection* connection, const std::vector<AtspiC
           asked.answers[slot->index].reset(
               g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
           const GErrorRef owned(error);
-          if (error != nullptr && (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE ||
-                                   g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY) != FALSE)) {
-            asked.silent.insert(slot->bus);
-          }
           if (error != nullptr && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) {
             asked.wasCancelled = true;
+          } else {
+            asked.unanswered[slot->index].clear();
           }
           if (--asked.waiting == 0 && asked.then && !asked.wasCancelled) asked.then(asked.answers);
         },
-        new Slot{round, i, call.object.bus});
+        new Slot{round, i});
   }
   return round;
 }
 
+/// Iterates the context until no answer is missing or the time is over. The bus is not trusted with that: a
+/// timer of the context itself ends the wait, and a request to end this program shortens it.
+void waitFor(const Round& round, GMainContext* context, Clock::time_point deadline) {
+  const GSourceFunc wakeOnce = [](gpointer) -> gboolean { return G_SOURCE_REMOVE; };
+  SourceRef ending;
+  if (end_request::descriptor() >= 0) {
+    const GUnixFDSourceFunc wakeAtTheEnd = [](gint, GIOCondition, gpointer) -> gboolean {
+      return G_SOURCE_REMOVE;
+    };
+    ending.reset(g_unix_fd_source_new(end_request::descriptor(), G_IO_IN));
+    g_source_set_callback(ending.get(),
+                          reinterpret_cast<GSourceFunc>(reinterpret_cast<void (*)()>(wakeAtTheEnd)), nullptr,
+                          nullptr);
+    g_source_attach(ending.get(), context);
+  }
+  while (round.waiting > 0) {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(end_request::limited(deadline) - Clock::now());
+    if (left.count() <= 0) return;
+    const SourceRef timer(g_timeout_source_new(static_cast<guint>(left.count())));
+    g_source_set_callback(timer.get(), wakeOnce, nullptr, nullptr);
+    g_source_attach(timer.get(), context);
+    g_main_context_iteration(context, TRUE);
+  }
+}
+
+bool wasCancelled(const GError* error) {
+  return error != nullptr && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE;
+}
+
 }  // namespace
 
-AtspiCall::AtspiCall(AtspiObject to, const char* interfaceName, const char* methodName,
-                     GVariant* withArguments, const char* answerType)
-    : object(std::move(to)), interface(interfaceName), method(methodName), replyType(answerType) {
-  if (withArguments != nullptr) arguments.reset(g_variant_ref_sink(withArguments), GVariantUnref());
-}
-
-AtspiCall askStates(const AtspiObject& object) {
-  return {object, AtspiBus::kAccessible, "GetState", nullptr, "(au)"};
-}
-
-AtspiCall askInterfaces(const AtspiObject& object) {
-  return {object, AtspiBus::kAccessible, "GetInterfaces", nullptr, "(as)"};
-}
-
-AtspiCall askChildren(const AtspiObject& object) {
-  return {object, AtspiBus::kAccessible, "GetChildren", nullptr, "(a(so))"};
-}
-
-AtspiCall askProperty(const AtspiObject& object, const char* interface, const char* name) {
-  return {object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", interface, name), "(v)"};
-}
-
-std::optional<std::uint64_t> statesIn(const GVariantRef& reply) {
-  if (!reply) return std::nullopt;
-  const GVariantRef words(g_variant_get_child_value(reply.get(), 0));
-  std::uint64_t bits = 0;
-  for (gsize i = 0; i < std::min<gsize>(2, g_variant_n_children(words.get())); ++i) {
-    const GVariantRef word(g_variant_get_child_value(words.get(), i));
-    bits |= std::uint64_t{g_variant_get_uint32(word.get())} << (32 * i);
-  }
-  return bits;
-}
-
-bool interfacesHave(const GVariantRef& reply, const char* interface) {
-  if (!reply) return false;
-  const GVariantRef names(g_variant_get_child_value(reply.get(), 0));
-  GVariantIter iterator;
-  g_variant_iter_init(&iterator, names.get());
-  const char* name = nullptr;
-  while (g_variant_iter_next(&iterator, "&s", &name) != FALSE) {
-    if (std::strcmp(name, interface) == 0) return true;
-  }
-  return false;
-}
-
-std::vector<AtspiObject> objectsIn(const GVariantRef& reply) {
-  std::vector<AtspiObject> objects;
-  if (!reply) return objects;
-  const GVariantRef array(g_variant_get_child_value(reply.get(), 0));
-  GVariantIter iterator;
-  g_variant_iter_init(&iterator, array.get());
-  const char* bus = nullptr;
-  const char* path = nullptr;
-  while (g_variant_iter_next(&iterator, "(&s&o)", &bus, &path) != FALSE) objects.push_back({bus, path});
-  return objects;
-}
-
-std::optional<std::int32_t> integerIn(const GVariantRef& property) {
-  if (!property) return std::nullopt;
-  GVariant* inner = nullptr;
-  g_variant_get(property.get(), "(v)", &inner);
-  const GVariantRef value(inner);
-  if (g_variant_is_of_type(inner, G_VARIANT_TYPE_INT32) == FALSE) return std::nullopt;
-  return g_variant_get_int32(inner);
-}
-
-std::optional<std::string> textIn(const GVariantRef& property) {
-  if (!property) return std::nullopt;
-  GVariant* inner = nullptr;
-  g_variant_get(property.get(), "(v)", &inner);
-  const GVariantRef value(inner);
-  if (g_variant_is_of_type(inner, G_VARIANT_TYPE_STRING) == FALSE) return std::nullopt;
-  return g_variant_get_string(inner, nullptr);
-}
-
 AtspiBus::~AtspiBus() {
-  if (cancellable_) g_cancellable_cancel(cancellable_.get());
+  if (launcherWatch_ != 0) g_bus_unwatch_name(launcherWatch_);
+  if (connecting_) g_cancellable_cancel(connecting_.get());
   disconnected();
+  while (g_main_context_iteration(waitingContext_.get(), FALSE) != FALSE) continue;
 }
 
 void AtspiBus::start() {
-  if (connecting_ || isConnected()) return;
+  if (isConnected()) return;
   GDBusConnection* const session = sessionBus();
   if (session == nullptr) return;
-  connecting_ = true;
-  if (!cancellable_) cancellable_.reset(g_cancellable_new());
+  if (launcherWatch_ != 0 && session == session_) {
+    if (!connecting_) askForAddress(session);
+    return;
+  }
+  if (launcherWatch_ != 0) g_bus_unwatch_name(launcherWatch_);  // of a session bus that is gone
+  session_ = session;
+  launcherWatch_ = g_bus_watch_name_on_connection(
+      session, kLauncher, G_BUS_NAME_WATCHER_FLAGS_AUTO_START,
+      [](GDBusConnection* connection, const char*, const char*, gpointer self) {
+        static_cast<AtspiBus*>(self)->launcherAppeared(connection);
+      },
+      nullptr, this, nullptr);
+}
+
+void AtspiBus::launcherAppeared(GDBusConnection* session) {
+  if (connecting_) g_cancellable_cancel(connecting_.get());  // the one that was asked is gone
   askForAddress(session);
 }
 
 void AtspiBus::askForAddress(GDBusConnection* session) {
   // Toolkits offer their objects only while somebody has asked for it; no reader library does this by itself.
-  g_dbus_connection_call(session, "org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set",
+  g_dbus_connection_call(session, kLauncher, kLauncherPath, "org.freedesktop.DBus.Properties", "Set",
                          g_variant_new("(ssv)", "org.a11y.Status", "IsEnabled", g_variant_new_boolean(TRUE)),
-                         nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+                         nullptr, G_DBUS_CALL_FLAGS_NONE, kNoLimit, nullptr, nullptr, nullptr);
+  connecting_.reset(g_cancellable_new());
   g_dbus_connection_call(
-      session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr, G_VARIANT_TYPE("(s)"),
-      G_DBUS_CALL_FLAGS_NONE, -1, cancellable_.get(),
+      session, kLauncher, kLauncherPath, "org.a11y.Bus", "GetAddress", nullptr, G_VARIANT_TYPE("(s)"),
+      G_DBUS_CALL_FLAGS_NONE, kNoLimit, connecting_.get(),
       [](GObject* source, GAsyncResult* result, gpointer self) {
         GError* error = nullptr;
         const GVariantRef reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
         const GErrorRef owned(error);
-        if (error != nullptr && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) return;
-        auto* bus = static_cast<AtspiBus*>(self);
-        if (!reply) {
-          bus->connecting_ = false;
-          return;
-        }
-        const char* address = nullptr;
-        g_variant_get(reply.get(), "(&s)", &address);
-        bus->connectTo(address);
+        if (wasCancelled(error)) return;
+        const auto address = textIn(reply);
+        static_cast<AtspiBus*>(self)->connectTo(address.value_or(std::string()));
       },
       this);
 }
 
-void AtspiBus::connectTo(const char* address) {
+void AtspiBus::connectTo(const std::string& address) {
+  if (g_dbus_is_supported_address(address.c_str(), nullptr) == FALSE ||
+      (isConnected() && address == address_)) {
+    connecting_.reset();
+    return;
+  }
+  address_ = address;
   g_dbus_connection_new_for_address(
-      address,
+      address.c_str(),
       static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                         G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-      nullptr, cancellable_.get(),
+      nullptr, connecting_.get(),
       [](GObject*, GAsyncResult* result, gpointer self) {
         GError* error = nullptr;
         GDBusConnection* connection = g_dbus_connection_new_for_address_finish(result, &error);
         const GErrorRef owned(error);
-        if (error != nullptr && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) return;
+        if (wasCancelled(error)) return;
         auto* bus = static_cast<AtspiBus*>(self);
-        bus->connecting_ = false;
+        bus->connecting_.reset();
         if (connection != nullptr) bus->connected(connection);
       },
       this);
 }
 
 void AtspiBus::connected(GDBusConnection* connection) {
+  disconnected();  // from the bus of an earlier launcher
   connection_.reset(connection);
+  connectedUntil_.reset(g_cancellable_new());
+  g_dbus_connection_set_exit_on_close(connection, FALSE);
   closedHandler_ = g_signal_connect(connection, "closed",
                                     G_CALLBACK(+[](GDBusConnection*, gboolean, GError*, gpointer self) {
                                       static_cast<AtspiBus*>(self)->disconnected();
                                     }),
                                     this);
-  subscription_ = g_dbus_connection_signal_subscribe(
-      connection, nullptr, "org.a11y.atspi.Event.Object", "StateChanged", nullptr, "focused",
-      G_DBUS_SIGNAL_FLAGS_NONE,
-      [](GDBusConnection*, const char* sender, const char* path, const char*, const char*,
-         GVariant* parameters, gpointer self) {
-        // "(siiv...)": what changed, and whether it is so now.
-        if (g_variant_n_children(parameters) < 2 || sender == nullptr) return;
-        const GVariantRef isSo(g_variant_get_child_value(parameters, 1));
-        if (g_variant_is_of_type(isSo.get(), G_VARIANT_TYPE_INT32) == FALSE ||
-            g_variant_get_int32(isSo.get()) == 0) {
-          return;
-        }
-        static_cast<AtspiBus*>(self)->lastFocus_ = AtspiObject{sender, path};
+  subscribe(kObjectEvents, "StateChanged", "focused",
+            [](GDBusConnection*, const char* sender, const char* path, const char*, const char*,
+               GVariant* parameters, gpointer self) {
+              // "(siiv...)": what changed, and whether it is so now.
+              if (g_variant_n_children(parameters) < 2 || sender == nullptr) return;
+              const GVariantRef isSo(g_variant_get_child_value(parameters, 1));
+              if (g_variant_is_of_type(isSo.get(), G_VARIANT_TYPE_INT32) == FALSE ||
+                  g_variant_get_int32(isSo.get()) == 0) {
+                return;
+              }
+              static_cast<AtspiBus*>(self)->hearFocus({sender, path});
+            });
+  subscribe(kWindowEvents, "Activate", nullptr,
+            [](GDBusConnection*, const char* sender, const char* path, const char*, const char*, GVariant*,
+               gpointer self) {
+              auto& windows = static_cast<AtspiBus*>(self)->windowsHeard_;
+              if (sender == nullptr) return;
+              if (windows.size() == kMaxApplicationsHeard) windows.clear();
+              windows[sender] = {sender, path};
+            });
+  registryWatch_ = g_bus_watch_name_on_connection(
+      connection, kAtspiRegistry, G_BUS_NAME_WATCHER_FLAGS_AUTO_START,
+      [](GDBusConnection*, const char*, const char*, gpointer self) {
+        static_cast<AtspiBus*>(self)->registryAppeared();
       },
-      this, nullptr);
-  // Applications send an event only when somebody is registered for it.
-  g_dbus_connection_call(connection, kRegistry, "/org/a11y/atspi/registry", kRegistry, "RegisterEvent",
-                         g_variant_new("(sass)", "object:state-changed:focused", nullptr, ""), nullptr,
-                         G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+      nullptr, this, nullptr);
+}
+
+void AtspiBus::subscribe(const char* interface, const char* signal, const char* detail,
+                         GDBusSignalCallback heard) {
+  subscriptions_.push_back(g_dbus_connection_signal_subscribe(connection_.get(), nullptr, interface, signal,
+                                                              nullptr, detail, G_DBUS_SIGNAL_FLAGS_NONE,
+                                                              heard, this, nullptr));
+}
+
+/// Applications send an event only when somebody is registered for it.
+void AtspiBus::registryAppeared() {
+  for (const char* event : {"object:state-changed:focused", "window:activate"}) {
+    g_dbus_connection_call(connection_.get(), kAtspiRegistry, "/org/a11y/atspi/registry", kAtspiRegistry,
+                           "RegisterEvent", g_variant_new("(sass)", event, nullptr, ""), nullptr,
+                           G_DBUS_CALL_FLAGS_NONE, kNoLimit, nullptr, nullptr, nullptr);
+  }
 }
 
 void AtspiBus::disconnected() {
   if (!connection_) return;
-  if (subscription_ != 0) g_dbus_connection_signal_unsubscribe(connection_.get(), subscription_);
+  g_cancellable_cancel(connectedUntil_.get());
+  if (registryWatch_ != 0) g_bus_unwatch_name(registryWatch_);
+  for (const guint subscription : subscriptions_) {
+    g_dbus_connection_signal_unsubscribe(connection_.get(), subscription);
+  }
+  subscriptions_.clear();
   if (closedHandler_ != 0) g_signal_handler_disconnect(connection_.get(), closedHandler_);
-  subscription_ = 0;
+  registryWatch_ = 0;
   closedHandler_ = 0;
   connection_.reset();
-  lastFocus_.reset();
+  focusHeard_.clear();
+  windowsHeard_.clear();
   processes_.clear();
   toolkits_.clear();
 }
 
+void AtspiBus::hearFocus(AtspiObject object) {
+  const auto known = std::find_if(focusHeard_.begin(), focusHeard_.end(),
+                                  [&](const AtspiObject& heard) { return heard.bus == object.bus; });
+  if (known != focusHeard_.end()) {
+    focusHeard_.erase(known);
+  } else {
+    learnAbout(object);
+  }
+  focusHeard_.insert(focusHeard_.begin(), std::move(object));
+  if (focusHeard_.size() > kMaxApplicationsHeard) focusHeard_.pop_back();
+}
+
+std::optional<AtspiObject> AtspiBus::windowHeard(const std::string& bus) const {
+  const auto found = windowsHeard_.find(bus);
+  return found != windowsHeard_.end() ? std::optional(found->second) : std::nullopt;
+}
+
 void AtspiBus::beginRound() {
-  roundStart_ = std::chrono::steady_clock::now();
+  roundStart_ = Clock::now();
+  waitsOfRound_ = 0;
   silent_.clear();
 }
 
 void AtspiBus::joinRound() {
-  const auto now = std::chrono::steady_clock::now();
-  if (roundStart_ == std::chrono::steady_clock::time_point::min() || now - roundStart_ > kSameFix) {
-    beginRound();
-  }
+  if (roundStart_ == Clock::time_point::min() || Clock::now() - roundStart_ > kSameFix) beginRound();
 }
 
 std::chrono::milliseconds AtspiBus::roundAge() {
-  if (roundStart_ == std::chrono::steady_clock::time_point::min()) beginRound();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
-                                                               roundStart_);
+  if (roundStart_ == Clock::time_point::min()) beginRound();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - roundStart_);
 }
 
 GVariantRef AtspiBus::call(const AtspiCall& call) {
@@ -263,70 +297,103 @@ std::vector<GVariantRef> AtspiBus::callAll(const std::vector<AtspiCall>& calls,
   const auto left = kRoundLimit - roundAge();
   if (!isConnected() || left.count() <= 0) return std::vector<GVariantRef>(calls.size());
 
-  // The answers come to a context of this call alone, so that nothing else of the program runs meanwhile.
-  GMainContext* const context = g_main_context_new();
+  // The answers come to a context of these calls alone, so that nothing else of the program runs meanwhile.
+  GMainContext* const context = waitingContext_.get();
+  const GObjectRef<GCancellable> cancellable(g_cancellable_new());
   g_main_context_push_thread_default(context);
-  const auto round = ask(connection_.get(), calls, static_cast<int>(std::min(left, limit).count()), nullptr,
+  const auto round = ask(connection_.get(), calls, cancellable.get(),
                          [this](const AtspiCall& call) { return !timedOut(call.object); });
-  while (round->waiting > 0) g_main_context_iteration(context, TRUE);
+  if (round->waiting > 0) ++waitsOfRound_;
+  waitFor(*round, context, Clock::now() + std::min(left, limit));
+  for (const std::string& bus : round->unanswered) {
+    if (!bus.empty()) silent_.insert(bus);
+  }
+  // What is left is cleared away by this or a later iteration of the context.
+  if (round->waiting > 0) g_cancellable_cancel(cancellable.get());
+  while (round->waiting > 0 && g_main_context_iteration(context, FALSE) != FALSE) continue;
   g_main_context_pop_thread_default(context);
-  g_main_context_unref(context);
-  silent_.merge(round->silent);
   return std::move(round->answers);
 }
 
 void AtspiBus::whenAnswered(const std::vector<AtspiCall>& calls,
                             std::function<void(const std::vector<GVariantRef>&)> then) {
   if (!isConnected()) return;
-  ask(connection_.get(), calls, G_MAXINT, cancellable_.get(), [](const AtspiCall&) { return true; })->then =
+  ask(connection_.get(), calls, connectedUntil_.get(), [](const AtspiCall&) { return true; })->then =
       std::move(then);
 }
 
 void AtspiBus::send(const AtspiCall& call) {
-  if (!isConnected()) return;
+  if (!isConnected() || !call.object.isValid()) return;
   g_dbus_connection_call(connection_.get(), call.object.bus.c_str(), call.object.path.c_str(), call.interface,
-                         call.method, call.arguments.get(), nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1,
-                         nullptr, nullptr, nullptr);
+                         call.method, call.arguments.get(), nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START,
+                         kNoLimit, nullptr, nullptr, nullptr);
 }
 
-bool AtspiBus::hasInterface(const AtspiObject& object, const char* interface) {
-  return interfacesHave(call(askInterfaces(object)), interface);
+namespace {
+
+AtspiCall askProcess(const std::string& bus) {
+  return {{"org.freedesktop.DBus", "/org/freedesktop/DBus"},
+          "org.freedesktop.DBus",
+          "GetConnectionUnixProcessID",
+          g_variant_new("(s)", bus.c_str()),
+          "(u)"};
+}
+
+/// The root object that an object names as its application. Some name themselves by an empty bus name.
+AtspiObject rootIn(const GVariantRef& reply, const std::string& bus) {
+  if (!reply) return {};
+  const char* name = nullptr;
+  const char* path = nullptr;
+  g_variant_get(reply.get(), "((&s&o))", &name, &path);
+  return {*name != '\0' ? name : bus, path};
+}
+
+}  // namespace
+
+/// Asks beforehand what does not change, so that a fix need not wait for it.
+void AtspiBus::learnAbout(const AtspiObject& object) {
+  whenAnswered({askProcess(object.bus), askApplication(object)},
+               [this, bus = object.bus](const std::vector<GVariantRef>& answers) {
+                 if (const auto process = unsignedIn(answers[0])) processes_[bus] = *process;
+                 whenAnswered({askToolkit(rootIn(answers[1], bus))},
+                              [this, bus](const std::vector<GVariantRef>& toolkit) {
+                                if (const auto name = textIn(toolkit[0])) toolkits_[bus] = *name;
+                              });
+               });
 }
 
 std::optional<std::uint32_t> AtspiBus::processOf(const std::string& bus) {
   if (const auto known = processes_.find(bus); known != processes_.end()) return known->second;
-  const GVariantRef reply = call({{"org.freedesktop.DBus", "/org/freedesktop/DBus"},
-                                  "org.freedesktop.DBus",
-                                  "GetConnectionUnixProcessID",
-                                  g_variant_new("(s)", bus.c_str()),
-                                  "(u)"});
-  if (!reply) return std::nullopt;
-  std::uint32_t process = 0;
-  g_variant_get(reply.get(), "(u)", &process);
-  processes_[bus] = process;
+  const auto process = unsignedIn(call(askProcess(bus)));
+  if (process) processes_[bus] = *process;
   return process;
 }
 
 std::optional<std::string> AtspiBus::toolkitOf(const AtspiObject& object) {
   if (const auto known = toolkits_.find(object.bus); known != toolkits_.end()) return known->second;
-  const GVariantRef application = call({object, kAccessible, "GetApplication", nullptr, "((so))"});
-  if (!application) return std::nullopt;
-  const char* name = nullptr;
-  const char* path = nullptr;
-  g_variant_get(application.get(), "((&s&o))", &name, &path);
-  // An application may name itself by an empty bus name: it is the one that answered.
-  const AtspiObject root{*name != '\0' ? name : object.bus, path};
-  auto toolkit = textIn(call(askProperty(root, kApplication, "ToolkitName")));
+  auto toolkit = textIn(call(askToolkit(rootIn(call(askApplication(object)), object.bus))));
   if (toolkit) toolkits_[object.bus] = *toolkit;
   return toolkit;
 }
 
 std::vector<AtspiObject> AtspiBus::applicationsOf(std::uint32_t process) {
-  std::vector<AtspiObject> found;
-  for (const AtspiObject& application : objectsIn(call(askChildren({kRegistry, kRootPath})))) {
-    if (processOf(application.bus) == process) found.push_back(application);
+  std::vector<AtspiObject> applications = objectsIn(call(askChildren({kAtspiRegistry, kAtspiRootPath})));
+  std::vector<std::string> unknown;
+  std::vector<AtspiCall> questions;
+  for (const AtspiObject& application : applications) {
+    if (processes_.count(application.bus) != 0) continue;
+    unknown.push_back(application.bus);
+    questions.push_back(askProcess(application.bus));
   }
-  return found;
+  const auto answers = callAll(questions);
+  for (std::size_t i = 0; i < unknown.size(); ++i) {
+    if (const auto answer = unsignedIn(answers[i])) processes_[unknown[i]] = *answer;
+  }
+  std::erase_if(applications, [&](const AtspiObject& application) {
+    const auto known = processes_.find(application.bus);
+    return known == processes_.end() || known->second != process;
+  });
+  return applications;
 }
 
 }  // namespace lexwend::platform

@@ -11,53 +11,24 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/accessibility/atspi_calls.h"
 #include "platform/linux/session/glib_ref.h"
 
 namespace lexwend::platform {
 
-/// One accessible object: the bus name of its application and its path there (AT-SPI2's "(so)").
-struct AtspiObject {
-  std::string bus;
-  std::string path;
-  bool operator==(const AtspiObject&) const = default;
+struct GMainContextUnref {
+  void operator()(GMainContext* context) const { g_main_context_unref(context); }
 };
-
-/// One question to an object.
-struct AtspiCall {
-  /// The arguments may be null; a floating reference is taken over.
-  AtspiCall(AtspiObject to, const char* interfaceName, const char* methodName, GVariant* withArguments,
-            const char* answerType);
-  AtspiObject object;
-  const char* interface;
-  const char* method;
-  std::shared_ptr<GVariant> arguments;
-  const char* replyType;
-};
-/// What every accessible is asked, and what the answers say: nothing for no answer.
-AtspiCall askStates(const AtspiObject& object);
-AtspiCall askInterfaces(const AtspiObject& object);
-AtspiCall askChildren(const AtspiObject& object);
-/// The answer is a variant of the property's own type.
-AtspiCall askProperty(const AtspiObject& object, const char* interface, const char* name);
-std::optional<std::uint64_t> statesIn(const GVariantRef& reply);
-bool interfacesHave(const GVariantRef& reply, const char* interface);
-std::vector<AtspiObject> objectsIn(const GVariantRef& reply);
-std::optional<std::int32_t> integerIn(const GVariantRef& property);
-std::optional<std::string> textIn(const GVariantRef& property);
 
 /// The desktop's accessibility bus, spoken directly over D-Bus so that every wait has a limit. Main thread
-/// only. The connection is made in the background from the GLib main context; nothing here waits for it, but
-/// for the program's first look at the session bus, where that is here.
+/// only.
+///
+/// The connection is made in the background, from the GLib main context: when the bus's launcher answers,
+/// however late that is, and again when the launcher or the bus comes back. The first start() waits for the
+/// session bus as sessionBus() does; nothing else here waits for a connection.
 class AtspiBus {
  public:
-  /// Interfaces of the AT-SPI2 protocol.
-  static constexpr const char* kAccessible = "org.a11y.atspi.Accessible";
-  static constexpr const char* kApplication = "org.a11y.atspi.Application";
-  static constexpr const char* kCollection = "org.a11y.atspi.Collection";
-  static constexpr const char* kText = "org.a11y.atspi.Text";
-  static constexpr const char* kEditableText = "org.a11y.atspi.EditableText";
-
-  AtspiBus() = default;
+  AtspiBus() : waitingContext_(g_main_context_new()) {}
   ~AtspiBus();
   AtspiBus(const AtspiBus&) = delete;
   AtspiBus& operator=(const AtspiBus&) = delete;
@@ -67,19 +38,24 @@ class AtspiBus {
   void start();
   bool isConnected() const { return connection_ != nullptr; }
 
-  /// The object that last said that it got the keyboard focus.
-  const std::optional<AtspiObject>& lastFocus() const { return lastFocus_; }
+  /// The object of each application that last said that it got the keyboard focus, the latest first.
+  const std::vector<AtspiObject>& focusHeard() const { return focusHeard_; }
+  /// The window of that application that last said that it became the active one.
+  std::optional<AtspiObject> windowHeard(const std::string& bus) const;
 
-  /// Begins a round of calls: together they may take kRoundLimit, and an application that let one call time
-  /// out gets no other in this round.
+  /// Begins a round of calls: together they may take 0.7 s, and an application that let one call time out
+  /// gets no other in this round.
   void beginRound();
-  /// The same, unless a round began so lately that the call is part of the same fix.
+  /// The same, unless a round began less than 1.5 s ago: then the call is part of the same fix.
   void joinRound();
   /// How long the round has been going on; begins one where there was none yet.
   std::chrono::milliseconds roundAge();
+  /// How often this round waited for answers.
+  int waitsOfRound() const { return waitsOfRound_; }
 
-  /// A method call: the answer, null on an error, on a reply of another type, when the application does not
-  /// answer in time, and when the round's time is used up.
+  /// A method call: the answer, or null on an error, on a reply of another type, when the application does
+  /// not answer in 0.25 s, when the round's time is used up, and for an object that is not valid. A signal
+  /// that asks this program to end cuts the wait short (end_request.h).
   GVariantRef call(const AtspiCall& call);
   /// Many calls at once, which take as long as the slowest of them: one answer each, in their order, null
   /// like call(). Those to one application arrive in their order.
@@ -97,11 +73,9 @@ class AtspiBus {
   /// Whether that application let a call of this round time out: what was asked may still happen.
   bool timedOut(const AtspiObject& object) const { return silent_.count(object.bus) != 0; }
 
-  // What every accessible answers. Nothing on any error.
-  bool hasInterface(const AtspiObject& object, const char* interface);
-  /// The process that owns a name on the accessibility bus.
+  /// The process that owns a name on the accessibility bus; nothing on any error.
   std::optional<std::uint32_t> processOf(const std::string& bus);
-  /// The name of the toolkit of that object's application.
+  /// The name of the toolkit of that object's application; nothing on any error.
   std::optional<std::string> toolkitOf(const AtspiObject& object);
   /// The root object of each application of that process.
   std::vector<AtspiObject> applicationsOf(std::uint32_t process);
@@ -112,35 +86,34 @@ class AtspiBus {
   static constexpr std::chrono::milliseconds kSameFix{1500};
 
   std::vector<GVariantRef> callAll(const std::vector<AtspiCall>& calls, std::chrono::milliseconds limit);
+  void launcherAppeared(GDBusConnection* session);
   void askForAddress(GDBusConnection* session);
-  void connectTo(const char* address);
+  void connectTo(const std::string& address);
   void connected(GDBusConnection* connection);
+  void registryAppeared();
   void disconnected();
+  void subscribe(const char* interface, const char* signal, const char* detail, GDBusSignalCallback heard);
+  void hearFocus(AtspiObject object);
+  void learnAbout(const AtspiObject& object);
 
-  GObjectRef<GCancellable> cancellable_;
+  std::unique_ptr<GMainContext, GMainContextUnref> waitingContext_;  // iterated only while a call waits
+  GObjectRef<GCancellable> connecting_;                              // of the attempt under way
+  const GDBusConnection* session_ = nullptr;                         // only compared with
+  guint launcherWatch_ = 0;                                          // on that connection
+  std::string address_;                                              // of the connection
   GObjectRef<GDBusConnection> connection_;
+  GObjectRef<GCancellable> connectedUntil_;  // cancelled when the connection ends
   gulong closedHandler_ = 0;
-  guint subscription_ = 0;
-  bool connecting_ = false;
-  std::optional<AtspiObject> lastFocus_;
+  std::vector<guint> subscriptions_;
+  guint registryWatch_ = 0;
+  std::vector<AtspiObject> focusHeard_;
+  std::map<std::string, AtspiObject> windowsHeard_;
   // By unique bus names, which are never used again on this connection.
   std::map<std::string, std::uint32_t> processes_;
   std::map<std::string, std::string> toolkits_;
   std::chrono::steady_clock::time_point roundStart_{std::chrono::steady_clock::time_point::min()};
+  int waitsOfRound_ = 0;
   std::set<std::string> silent_;  // bus names that let a call of this round time out
 };
-
-/// AtspiStateType bits.
-inline constexpr std::uint64_t kAtspiStateEditable = std::uint64_t{1} << 7;
-inline constexpr std::uint64_t kAtspiStateFocused = std::uint64_t{1} << 12;
-inline constexpr std::uint64_t kAtspiStateMultiLine = std::uint64_t{1} << 17;
-inline constexpr std::uint64_t kAtspiStateShowing = std::uint64_t{1} << 25;
-inline constexpr std::uint64_t kAtspiStateVisible = std::uint64_t{1} << 30;
-inline constexpr std::uint64_t kAtspiStateManagesDescendants = std::uint64_t{1} << 31;
-inline constexpr std::uint64_t kAtspiStateReadOnly = std::uint64_t{1} << 43;
-/// AtspiRole numbers.
-inline constexpr std::uint32_t kAtspiRolePasswordText = 40;
-inline constexpr std::uint32_t kAtspiRoleTerminal = 60;
-inline constexpr std::uint32_t kAtspiRoleParagraph = 73;
 
 }  // namespace lexwend::platform

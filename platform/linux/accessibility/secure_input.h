@@ -1,34 +1,32 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
+#include <optional>
+#include <string>
+
 #include "platform/secure_input.h"
 
 namespace lexwend::platform {
 
-/// What can tell about the element that has the keyboard. Main thread only.
-class FocusedRole {
- public:
-  virtual ~FocusedRole() = default;
-  /// True when it is a field for passwords, and when it was found but does not tell what it is; false when no
-  /// field is found. Does not ask the field for its text; may read the PRIMARY selection, which is the mask
-  /// in a field that hides its text. Waits for a bounded time.
-  virtual bool focusIsPasswordField() = 0;
-};
-
-/// An X server has no secure input mode that a client could ask about: a focused password field stands for
-/// it.
+/// An X server has no secure input mode that a client could ask about. A focused field for passwords stands
+/// for it, and a terminal, in a window of its own or inside another one: there the copy shortcut stops the
+/// running program or types an escape sequence, and no selection can be replaced in place.
 class LinuxSecureInput : public SecureInput {
  public:
-  /// The role may be null and then no field counts as one for passwords. It is not owned and must live as
-  /// long as this.
-  explicit LinuxSecureInput(FocusedRole* focusedRole) : focusedRole_(focusedRole) {}
+  struct Needs {
+    /// The class of the window that has the keyboard.
+    std::function<std::optional<std::string>()> frontWindowClass;
+    /// Whether the focused field, in whatever window, is one for passwords or a terminal. Waits for a bounded
+    /// time.
+    std::function<bool()> focusIsSecure;
+  };
+  explicit LinuxSecureInput(Needs needs);
 
-  bool isSecureEventInputEnabled() override {
-    return focusedRole_ != nullptr && focusedRole_->focusIsPasswordField();
-  }
+  bool isSecureEventInputEnabled() override;
 
  private:
-  FocusedRole* focusedRole_;
+  Needs needs_;
 };
 
 }  // namespace lexwend::platform

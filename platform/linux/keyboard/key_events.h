@@ -4,16 +4,12 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string_view>
 
 #include "platform/key_events.h"
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/keyboard/keyboard_devices.h"
 
 namespace lexwend::platform {
-
-/// Whether a window of this class (WM_CLASS) shows a terminal. Letter case does not matter.
-bool isTerminalClass(std::string_view windowClass);
 
 /// Keys simulated with XTEST. Command is Control here, Option is Alt, and Control is Super.
 ///

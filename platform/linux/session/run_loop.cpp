@@ -2,9 +2,10 @@
 #include "platform/linux/session/run_loop.h"
 
 #include <algorithm>
-#include <thread>
 
 #include <glib.h>
+
+#include "platform/linux/session/end_request.h"
 
 namespace lexwend::platform {
 namespace {
@@ -104,7 +105,7 @@ Registration LinuxRunLoop::scheduledRepeatingTimer(std::chrono::milliseconds int
 }
 
 void LinuxRunLoop::sleep(std::chrono::microseconds duration) {
-  std::this_thread::sleep_for(duration);
+  end_request::sleep(duration);
 }
 
 void LinuxRunLoop::finishPending(std::chrono::milliseconds longest) {

@@ -24,6 +24,7 @@ class LinuxRunLoop : public RunLoop {
   void dispatchAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
   Registration scheduledRepeatingTimer(std::chrono::milliseconds interval,
                                        std::function<void()> handler) override;
+  /// A signal that asks this program to end cuts it short (end_request.h).
   void sleep(std::chrono::microseconds duration) override;
 
   /// For the end of the program: blocks and runs the event loop until no work is left that was deferred by at

@@ -5,16 +5,14 @@
 #include <QSessionManager>
 #include <QTimer>
 #include <QWidget>
-#include <array>
-#include <csignal>
 #include <cstdlib>
-#include <vector>
 
 #include <glib-unix.h>
 #include <sys/prctl.h>
 
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/session/buses.h"
+#include "platform/linux/session/end_request.h"
 #include "platform/linux/session/identity.h"
 #include "platform/linux/session/session_notice.h"
 #include "platform/linux/tray/symbol_image.h"
@@ -22,23 +20,23 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr std::array kEndingSignals = {SIGTERM, SIGINT, SIGHUP};
-
 bool x11DisplayOpens() {
   int screenNumber = 0;
   return connectToDisplay(screenNumber) != nullptr;
 }
 
-/// As nohup leaves SIGHUP for the programs that it starts.
-bool isIgnored(int number) {
-  struct sigaction action {};
-  return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
-}
+/// Ends the application once, as soon as its loop hears of a signal.
+struct EndBySignal {
+  Application& application;
+  guint source = 0;
 
-gboolean endByASignal(gpointer application) {
-  static_cast<LinuxApplication*>(application)->terminate();
-  return G_SOURCE_CONTINUE;
-}
+  static gboolean heard(gint /*descriptor*/, GIOCondition /*condition*/, gpointer data) {
+    auto* self = static_cast<EndBySignal*>(data);
+    self->source = 0;
+    self->application.terminate();
+    return G_SOURCE_REMOVE;  // the descriptor stays readable
+  }
+};
 
 constexpr const char* kBusVariable = "DBUS_SESSION_BUS_ADDRESS";
 
@@ -133,9 +131,10 @@ void LinuxApplication::setDelegate(std::function<void()> didFinishLaunching) {
 void LinuxApplication::setActivationPolicy(ActivationPolicy) {}
 
 void LinuxApplication::run() {
-  std::vector<guint> sources;
-  for (const int number : kEndingSignals) {
-    if (!isIgnored(number)) sources.push_back(g_unix_signal_add(number, &endByASignal, this));
+  end_request::catchSignals();
+  EndBySignal ending{*this};
+  if (end_request::descriptor() >= 0) {
+    ending.source = g_unix_fd_add(end_request::descriptor(), G_IO_IN, &EndBySignal::heard, &ending);
   }
   // From within the loop, where terminate() counts.
   QTimer::singleShot(0, application_.get(), [this] {
@@ -146,7 +145,7 @@ void LinuxApplication::run() {
   // Hidden, not closed: closing a window would be answered by work that the end makes vain.
   for (QWidget* window : QApplication::topLevelWidgets()) window->hide();
   needs_.finishWork();
-  for (const guint source : sources) g_source_remove(source);
+  if (ending.source != 0) g_source_remove(ending.source);
 }
 
 void LinuxApplication::terminate() {

@@ -14,10 +14,10 @@ namespace lexwend::platform {
 
 class X11Connection;
 
-/// The agent as an application of Qt on an X11 display. SIGTERM, SIGINT, SIGHUP, the end of the session and
-/// terminate() all end the event loop in the same way. The windows are hidden without a question. The host
-/// finishes what it has begun, so that the clipboard is put back. Then run() returns, and the services
-/// release what they hold.
+/// The agent as an application of Qt on an X11 display. SIGTERM, SIGINT, SIGHUP (end_request.h), the end of
+/// the session and terminate() all end the event loop in the same way. The windows are hidden without a
+/// question. The host finishes what it has begun, so that the clipboard is put back. Then run() returns, and
+/// the services release what they hold.
 class LinuxApplication : public Application {
  public:
   struct Needs {

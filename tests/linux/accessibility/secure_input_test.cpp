@@ -6,21 +6,22 @@
 namespace lexwend::platform {
 namespace {
 
-class FixedRole : public FocusedRole {
- public:
-  explicit FixedRole(bool isPassword) : isPassword_(isPassword) {}
-  bool focusIsPasswordField() override { return isPassword_; }
+bool isSecure(const std::optional<std::string>& windowClass, bool focusIsSecure) {
+  LinuxSecureInput input({[&] { return windowClass; }, [&] { return focusIsSecure; }});
+  return input.isSecureEventInputEnabled();
+}
 
- private:
-  bool isPassword_;
-};
+TEST(LinuxSecureInput, followsTheFocusedField) {
+  EXPECT_TRUE(isSecure("Mousepad", true));
+  EXPECT_TRUE(isSecure(std::nullopt, true));
+  EXPECT_FALSE(isSecure("Mousepad", false));
+  EXPECT_FALSE(isSecure(std::nullopt, false));
+}
 
-TEST(LinuxSecureInput, followsTheRoleOfTheFocus) {
-  FixedRole password(true);
-  FixedRole other(false);
-  EXPECT_TRUE(LinuxSecureInput(&password).isSecureEventInputEnabled());
-  EXPECT_FALSE(LinuxSecureInput(&other).isSecureEventInputEnabled());
-  EXPECT_FALSE(LinuxSecureInput(nullptr).isSecureEventInputEnabled());
+TEST(LinuxSecureInput, isOnInATerminal) {
+  for (const char* terminal : {"XTerm", "org.gnome.Terminal", "kitty", "Xfce4-terminal", "org.kde.konsole"}) {
+    EXPECT_TRUE(isSecure(terminal, false)) << terminal;
+  }
 }
 
 }  // namespace

@@ -48,7 +48,8 @@ void ScriptedApplication::show(ScriptedField field, std::map<std::string, Script
   const std::lock_guard lock(mutex_);
   field_ = std::move(field);
   others_ = std::move(others);
-  if (others_.count(kRoot) == 0) others_[kRoot] = {kAtspiStateShowing, {field_.path}, std::nullopt};
+  others_.insert({kRoot, {.children = {kWindow}}});
+  others_.insert({kWindow, {.children = {field_.path}}});
   calls_.clear();
   wasOverrun_ = false;
 }
@@ -57,8 +58,25 @@ void ScriptedApplication::resume() {
   const std::lock_guard lock(mutex_);
   hasStopped_ = false;
   field_.stopsBefore.clear();
+  field_.hangs.clear();
+  field_.hangsAt.clear();
   for (GDBusMessage* message : waiting_) handle(message);
   waiting_.clear();
+}
+
+void ScriptedApplication::sayFocused(const std::string& path) {
+  say(path, "org.a11y.atspi.Event.Object", "StateChanged", "focused", 1);
+}
+
+void ScriptedApplication::sayActive(const std::string& window) {
+  say(window, "org.a11y.atspi.Event.Window", "Activate", "", 0);
+}
+
+void ScriptedApplication::say(const std::string& path, const char* interface, const char* event,
+                              const char* detail, int isSo) {
+  GVariant* arguments = g_variant_new("(siiva{sv})", detail, isSo, 0, g_variant_new_int32(0), nullptr);
+  g_dbus_connection_emit_signal(connection_, nullptr, path.c_str(), interface, event, arguments, nullptr);
+  g_dbus_connection_flush_sync(connection_, nullptr, nullptr);
 }
 
 std::string ScriptedApplication::text() {
@@ -69,6 +87,11 @@ std::string ScriptedApplication::text() {
 std::vector<std::pair<int, int>> ScriptedApplication::selections() {
   const std::lock_guard lock(mutex_);
   return field_.selections;
+}
+
+bool ScriptedApplication::hasStopped() {
+  const std::lock_guard lock(mutex_);
+  return hasStopped_;
 }
 
 bool ScriptedApplication::wasOverrun() {
@@ -90,7 +113,9 @@ GDBusMessage* ScriptedApplication::seen(GDBusConnection* /*connection*/, GDBusMe
   }
   auto* self = static_cast<ScriptedApplication*>(data);
   const std::lock_guard lock(self->mutex_);
-  self->hasStopped_ |= self->field_.stopsBefore == g_dbus_message_get_member(message);
+  const std::string method = g_dbus_message_get_member(message);
+  self->hasStopped_ |= self->field_.stopsBefore == method || self->field_.hangs.count(method) != 0 ||
+                       self->field_.hangsAt.count({g_dbus_message_get_path(message), method}) != 0;
   if (self->hasStopped_) {
     self->waiting_.push_back(message);
   } else {
@@ -109,6 +134,11 @@ void ScriptedApplication::handle(GDBusMessage* message) {
     method += std::string(" ") + name;
   }
   calls_.emplace_back(path, method);
+  if (const auto done = field_.meanwhile.find(method); done != field_.meanwhile.end()) {
+    const auto change = done->second;
+    field_.meanwhile.erase(done);
+    change(field_);
+  }
   GVariant* value = answer(path, method, arguments);
   GDBusMessage* reply =
       value != nullptr ? g_dbus_message_new_method_reply(message)
@@ -124,6 +154,9 @@ GVariant* ScriptedApplication::answer(const std::string& path, const std::string
   if (method == "GetAddress") return g_variant_new("(s)", std::getenv("DBUS_SESSION_BUS_ADDRESS"));
   if (method == "Set" || method == "RegisterEvent") return g_variant_new("()");
   if (path == field_.path && field_.broken.count(method) != 0) return nullptr;
+  if (path == field_.path && field_.answersNonsense.count(method) != 0) {
+    return method.starts_with("Get ") ? property(g_variant_new_double(0.5)) : g_variant_new("(d)", 0.5);
+  }
   if (method == "GetState") {
     const std::uint64_t states = statesOf(path);
     const auto low = static_cast<guint32>(states & 0xFFFFFFFFU);
@@ -131,9 +164,18 @@ GVariant* ScriptedApplication::answer(const std::string& path, const std::string
     const guint32 words[] = {low, high};
     return g_variant_new("(@au)", g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, words, 2, sizeof low));
   }
+  if (path != field_.path && method == "GetRole") {
+    const auto other = others_.find(path);
+    return other != others_.end() ? g_variant_new("(u)", other->second.role) : nullptr;
+  }
   if (method == "GetChildren") {
     GVariantBuilder children;
     g_variant_builder_init(&children, G_VARIANT_TYPE("a(so)"));
+    if (const auto other = others_.find(path); other != others_.end()) {
+      for (const auto& [bus, child] : other->second.malformedChildren) {
+        g_variant_builder_add(&children, "(so)", bus, child);
+      }
+    }
     for (const std::string& child : childrenOf(path)) {
       g_variant_builder_add_value(&children, reference(child));
     }
@@ -146,6 +188,9 @@ GVariant* ScriptedApplication::answer(const std::string& path, const std::string
         g_variant_new_int32(other != others_.end() ? other->second.promisedChildren.value_or(real) : real));
   }
   if (method == "Get ToolkitName") return property(g_variant_new_string(field_.toolkit.c_str()));
+  if (method == "GetApplication" && field_.application) {
+    return g_variant_new("((so))", field_.application->first.c_str(), field_.application->second.c_str());
+  }
   if (method == "GetApplication") return g_variant_new("(@(so))", reference(kRoot));
   return path == field_.path ? answerOfField(method, arguments) : nullptr;
 }
@@ -157,8 +202,9 @@ GVariant* ScriptedApplication::answerOfField(const std::string& method, GVariant
         "(@as)", g_variant_new_strv(field_.interfaces.data(), static_cast<gssize>(field_.interfaces.size())));
   }
   if (method == "GetRole") return g_variant_new("(u)", field_.role);
-  if (method == "GetRoleName") return g_variant_new("(s)", "text");
+  if (method == "GetRoleName") return g_variant_new("(s)", field_.roleName.c_str());
   if (method == "Get CharacterCount") {
+    if (field_.claimedLength) return property(g_variant_new_int32(*field_.claimedLength));
     return property(g_variant_new_int32(isQt() ? field_.text.length() : field_.text.countChar32()));
   }
   if (method == "GetNSelections") return g_variant_new("(i)", static_cast<int>(field_.selections.size()));
@@ -225,7 +271,7 @@ std::uint64_t ScriptedApplication::statesOf(const std::string& path) {
   if (path == field_.path) {
     if (field_.answersUnfocused == 0) return field_.states;
     --field_.answersUnfocused;
-    return field_.states & ~kAtspiStateFocused;
+    return field_.states & ~stateBit(ATSPI_STATE_FOCUSED);
   }
   const auto other = others_.find(path);
   return other != others_.end() ? other->second.states : 0;

@@ -17,7 +17,7 @@
 #include <gio/gio.h>
 #include <unicode/unistr.h>
 
-#include "platform/linux/accessibility/atspi_bus.h"
+#include "platform/linux/accessibility/atspi_calls.h"
 
 namespace lexwend::platform {
 
@@ -26,9 +26,11 @@ namespace lexwend::platform {
 struct ScriptedField {
   std::string path = "/field";
   std::string toolkit = "gtk";
-  std::uint32_t role = 61;  // ATSPI_ROLE_TEXT
-  std::uint64_t states = kAtspiStateEditable | kAtspiStateFocused | kAtspiStateMultiLine | kAtspiStateShowing;
-  std::vector<const char*> interfaces{AtspiBus::kText, AtspiBus::kEditableText};
+  std::uint32_t role = ATSPI_ROLE_TEXT;
+  std::string roleName = "text";
+  std::uint64_t states = stateBit(ATSPI_STATE_EDITABLE) | stateBit(ATSPI_STATE_FOCUSED) |
+                         stateBit(ATSPI_STATE_MULTI_LINE) | stateBit(ATSPI_STATE_SHOWING);
+  std::vector<const char*> interfaces{kAtspiText, kAtspiEditableText};
   icu::UnicodeString text;
   std::vector<std::pair<int, int>> selections;
 
@@ -37,15 +39,25 @@ struct ScriptedField {
   std::function<icu::UnicodeString(const icu::UnicodeString&)> filter;  // what an insertion comes to
   std::set<std::string> refused;                                        // methods that answer FALSE
   std::set<std::string> broken;                                         // methods that answer with an error
+  std::set<std::string> answersNonsense;  // methods that answer with a value of another type
+  std::set<std::string> hangs;            // methods, of any object, after which nothing is answered any more
+  std::set<std::pair<std::string, std::string>> hangsAt;  // the same for an object's method
+  std::optional<int> claimedLength;                       // instead of its length
+  std::optional<std::pair<std::string, std::string>>
+      application;  // bus name and path that it names as its own
+  /// What happens just before the first call of a method is done.
+  std::map<std::string, std::function<void(ScriptedField&)>> meanwhile;
   int answersUnfocused = 0;  // of GetState, before it answers as it is
   std::string stopsBefore;   // the method at which the application stops to answer
 };
 
 /// An object beside the field.
 struct ScriptedObject {
-  std::uint64_t states = kAtspiStateShowing;
-  std::vector<std::string> children;
-  std::optional<int> promisedChildren;  // instead of how many there are
+  std::uint64_t states = stateBit(ATSPI_STATE_SHOWING) | stateBit(ATSPI_STATE_VISIBLE);
+  std::vector<std::string> children = {};
+  std::optional<int> promisedChildren = {};  // instead of how many there are
+  std::uint32_t role = ATSPI_ROLE_PANEL;
+  std::vector<std::pair<const char*, const char*>> malformedChildren = {};  // before the others
 };
 
 /// An application on the accessibility bus, and the rest of that bus: its launcher and its registry. It
@@ -53,6 +65,7 @@ struct ScriptedObject {
 class ScriptedApplication {
  public:
   static constexpr const char* kRoot = "/application";
+  static constexpr const char* kWindow = "/window";
 
   ScriptedApplication();
   ~ScriptedApplication();
@@ -64,8 +77,14 @@ class ScriptedApplication {
   /// Does what was asked while it had stopped, and goes on.
   void resume();
 
+  /// Tells the bus that an object got the keyboard focus, or that a window became the active one.
+  void sayFocused(const std::string& path);
+  void sayActive(const std::string& window);
+
   std::string text();
   std::vector<std::pair<int, int>> selections();
+  /// True when it has come to a method at which it stops or hangs.
+  bool hasStopped();
   /// True when more was to be inserted than was given.
   bool wasOverrun();
   /// How often the method was called, on any object or on one; a property is "Get NAME".
@@ -74,6 +93,7 @@ class ScriptedApplication {
  private:
   static GDBusMessage* seen(GDBusConnection* connection, GDBusMessage* message, int incoming, void* self);
   void handle(GDBusMessage* message);
+  void say(const std::string& path, const char* interface, const char* event, const char* detail, int isSo);
   GVariant* answer(const std::string& path, const std::string& method, GVariant* arguments);
   GVariant* answerOfField(const std::string& method, GVariant* arguments);
   GVariant* insert(int position, const std::string& text, int length);

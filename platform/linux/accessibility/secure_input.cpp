@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/accessibility/secure_input.h"
+
+#include <utility>
+
+#include "platform/linux/session/terminal_classes.h"
+
+namespace lexwend::platform {
+
+LinuxSecureInput::LinuxSecureInput(Needs needs) : needs_(std::move(needs)) {}
+
+bool LinuxSecureInput::isSecureEventInputEnabled() {
+  const auto windowClass = needs_.frontWindowClass();
+  return (windowClass && isTerminalClass(*windowClass)) || needs_.focusIsSecure();
+}
+
+}  // namespace lexwend::platform
