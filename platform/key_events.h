@@ -34,6 +34,12 @@ class KeyEvent {
   virtual void setFlags(EventFlags flags) = 0;
 };
 
+/// What became of an event that was to be posted.
+enum class PostResult {
+  posted,
+  refused,  ///< nothing was sent: a shortcut would do harm, or cannot do what it is for
+};
+
 /// Simulated typing. Main thread only. A host plays the system's own copy and paste shortcuts for Command
 /// with the keys C (8) and V (9), whichever keys those are there.
 class KeyEvents {
@@ -43,12 +49,15 @@ class KeyEvents {
   virtual EventFlags flagsState(EventSourceState state) = 0;
   /// Null when the system makes none.
   virtual EventSourceRef createSource(EventSourceState state) = 0;
-  /// A key event of a macOS virtual key code; null when it cannot be made, also when a shortcut sent to the
-  /// front application would do harm there (a terminal, say). A null source is allowed.
+  /// A key event of a macOS virtual key code; null when it cannot be made. A null source is allowed.
   virtual std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, std::uint16_t keyCode,
                                                         bool keyDown) = 0;
-  /// Posts the event; returns without waiting for the application to handle it.
-  virtual void post(EventTap tap, const KeyEvent& event) = 0;
+  /// Posts the event; returns without waiting for the application to handle it. A host may refuse to press a
+  /// key, never to release one that was pressed. macOS refuses nothing. Linux refuses a copy where the
+  /// clipboard could not be given back, where nothing is selected, or where the application does something
+  /// else on it; a paste where another window is in front than the one that was copied from; and both where
+  /// no key types what the shortcut needs.
+  virtual PostResult post(EventTap tap, const KeyEvent& event) = 0;
 };
 
 /// The service of the installed host.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -12,7 +13,25 @@
 
 namespace lexwend::platform {
 
-using Bytes = std::vector<std::byte>;
+/// Bytes that never change, in one buffer that all copies share. Any thread.
+class Bytes {
+ public:
+  Bytes() = default;
+  explicit Bytes(std::vector<std::byte> bytes)
+      : bytes_(std::make_shared<const std::vector<std::byte>>(std::move(bytes))) {}
+  Bytes(const std::byte* first, const std::byte* last) : Bytes(std::vector<std::byte>(first, last)) {}
+
+  /// Null when they are empty.
+  const std::byte* data() const { return bytes_ ? bytes_->data() : nullptr; }
+  std::size_t size() const { return bytes_ ? bytes_->size() : 0; }
+  bool operator==(const Bytes& other) const {
+    return bytes_ == other.bytes_ ||
+           std::equal(data(), data() + size(), other.data(), other.data() + other.size());
+  }
+
+ private:
+  std::shared_ptr<const std::vector<std::byte>> bytes_;
+};
 
 /// One item of the pasteboard as it stands now, read piece by piece.
 class PasteboardItem {
@@ -28,19 +47,29 @@ class PasteboardItem {
 using PasteboardItemData = std::vector<std::pair<std::string, Bytes>>;
 
 /// A pasteboard. Main thread only; a host goes on serving what it wrote while the main thread sleeps.
-/// The operations that need an answer of another application block until it comes: on Linux items(), which
-/// fetches all data, two seconds at most and every other a second; on macOS as long as the
-/// system lets them.
+///
+/// The operations that need an answer of another application block until it comes: on macOS as long as the
+/// system lets them; on Linux items(), which fetches all data, for 2.75 seconds at most, string() for a
+/// second (of a fix all of them together), clearContents() and writeItems() for a quarter of a second each.
+///
+/// On Linux what the user or another program has copied since a copy shortcut was played stays:
+/// clearContents() and writeItems() leave it alone. What follows a setString() comes no sooner than the
+/// application that got the paste shortcut has fetched the text, or after 30 seconds; all other programs get
+/// it at once.
 class Pasteboard {
  public:
   virtual ~Pasteboard() = default;
   /// The items in order; nothing when the pasteboard reports none. On Linux, while text of setString()
   /// stands, what was there before it.
   virtual std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() = 0;
+  /// Types that the last items() left out because there was no time for them and they can be done without:
+  /// further encodings of a picture. For the log: printable ASCII, each at most 200 bytes.
+  virtual std::vector<std::string> typesLeftOut() { return {}; }
   /// Grows with every change of the contents, whoever made it.
   virtual std::int64_t changeCount() = 0;
   virtual void clearContents() = 0;
-  /// The plain text (UTF-8), or nothing when there is none.
+  /// The plain text (UTF-8), or nothing when there is none. On Linux, after a copy shortcut, what the
+  /// application that got it has copied and nobody else; a copy of files has none.
   virtual std::optional<std::string> string() = 0;
   /// Writes the plain text, which is to pass through only: on Linux, and nowhere else, it is marked for
   /// clipboard histories to leave it out. Follows a clearContents().

@@ -50,13 +50,10 @@ SecureInput& LinuxHost::secureInput() {
 }
 
 KeyEvents& LinuxHost::keyEvents() {
-  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy. A terminal inside
-  // another program's window is not known by the window's class. Where no copy is made, what another program
-  // copies must not be taken for the selection.
-  return made(
-      keyEvents_, x11(),
-      [this] { return !pasteboard()->isWithheld() && !linuxAccessibility().focusIsTerminal(); },
-      [this] { pasteboard()->copyWasRefused(); });
+  // A clipboard that cannot be given back must not be overwritten by a simulated copy. A terminal inside
+  // another program's window is not known by the window's class.
+  return made(keyEvents_, x11(),
+              [this] { return pasteboard()->canBeGivenBack() && !linuxAccessibility().focusIsTerminal(); });
 }
 
 HotKeyService& LinuxHost::hotKeyService() {
@@ -124,7 +121,13 @@ const std::shared_ptr<X11Connection>& LinuxHost::x11() {
 }
 
 const std::shared_ptr<LinuxPasteboard>& LinuxHost::pasteboard() {
-  if (pasteboard_ == nullptr) pasteboard_ = std::make_shared<LinuxPasteboard>();
+  if (pasteboard_ == nullptr) {
+    pasteboard_ = std::make_shared<LinuxPasteboard>(
+        PasteboardBudget{},
+        LinuxPasteboard::Needs{
+            .lastCopy = [this] { return keyEvents_ ? keyEvents_->lastCopy() : std::nullopt; },
+            .lastPaste = [this] { return keyEvents_ ? keyEvents_->lastPaste() : std::nullopt; }});
+  }
   return pasteboard_;
 }
 

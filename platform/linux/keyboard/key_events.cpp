@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include <linux/input-event-codes.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
@@ -21,8 +20,6 @@ namespace {
 constexpr std::uint16_t kMacKeyC = 8;
 constexpr std::uint16_t kMacKeyV = 9;
 
-constexpr xcb_keycode_t kInsert = KEY_INSERT + kXKeyCodeOffset;
-
 // Terminals whose class does not say so; the others contain "terminal" or one of kTerminalWords.
 constexpr std::array<std::string_view, 37> kTerminalClasses = {
     "alacritty",  "aterm",   "blackbox",    "console", "contour",     "cool-retro-term",
@@ -35,14 +32,22 @@ constexpr std::array<std::string_view, 37> kTerminalClasses = {
 constexpr std::array<std::string_view, 6> kTerminalWords = {"terminal", "terminator", "xterm",
                                                             "rxvt",     "ptyxis",     "wezterm"};
 
+// They ask for passwords: the prompts of GnuPG, of GNOME's keyring and of SSH.
+constexpr std::array<std::string_view, 10> kPasswordPromptClasses = {
+    "pinentry",     "pinentry-gtk", "pinentry-gtk-2", "pinentry-gnome3",   "pinentry-qt",
+    "pinentry-efl", "gcr-prompter", "ssh-askpass",    "gnome-ssh-askpass", "ksshaskpass"};
+// Copying ends the selection there: Emacs, and Vim with its usual keys in any window of its own.
+constexpr std::array<std::string_view, 7> kCopyEndsSelectionClasses = {
+    "emacs", "gvim", "vim", "nvim-qt", "neovide", "goneovim", "neovim-gtk"};
+
 struct FlagKey {
   EventFlags flag;
-  xcb_keycode_t ModifierKeys::*key;
+  xcb_keycode_t ShortcutKeys::*key;
 };
-constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, &ModifierKeys::control},
-                                               {kEventFlagShift, &ModifierKeys::shift},
-                                               {kEventFlagOption, &ModifierKeys::alt},
-                                               {kEventFlagControl, &ModifierKeys::super}}};
+constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, &ShortcutKeys::control},
+                                               {kEventFlagShift, &ShortcutKeys::shift},
+                                               {kEventFlagOption, &ShortcutKeys::alt},
+                                               {kEventFlagControl, &ShortcutKeys::super}}};
 
 class XTestEventSource : public EventSource {};
 
@@ -53,20 +58,28 @@ class XTestKeyEvent : public KeyEvent {
   void setFlags(EventFlags flags) override { flags_ = flags; }
 
   bool down() const { return down_; }
+  Shortcut shortcut() const {
+    if (flags_ != kEventFlagCommand) return Shortcut::none;
+    return macKeyCode_ == kMacKeyC   ? Shortcut::copy
+           : macKeyCode_ == kMacKeyV ? Shortcut::paste
+                                     : Shortcut::none;
+  }
   /// The keys to hold, in the order of pressing, and last the key itself.
-  std::vector<xcb_keycode_t> chord(const ModifierKeys& modifierKeys) const {
-    if (flags_ == kEventFlagCommand && macKeyCode_ == kMacKeyC) {
-      return {modifierKeys.control, kInsert};
+  std::vector<xcb_keycode_t> chord(const ShortcutKeys& keys) const {
+    switch (shortcut()) {
+      case Shortcut::copy:
+        return {keys.control, keys.insert.value_or(0)};
+      case Shortcut::paste:
+        return {keys.shift, keys.insert.value_or(0)};
+      case Shortcut::none:
+        break;
     }
-    if (flags_ == kEventFlagCommand && macKeyCode_ == kMacKeyV) {
-      return {modifierKeys.shift, kInsert};
-    }
-    std::vector<xcb_keycode_t> keys;
+    std::vector<xcb_keycode_t> chord;
     for (const FlagKey& flagKey : kFlagKeys) {
-      if ((flags_ & flagKey.flag) != 0) keys.push_back(modifierKeys.*flagKey.key);
+      if ((flags_ & flagKey.flag) != 0) chord.push_back(keys.*flagKey.key);
     }
-    keys.push_back(key_);
-    return keys;
+    chord.push_back(key_);
+    return chord;
   }
 
  private:
@@ -76,24 +89,37 @@ class XTestKeyEvent : public KeyEvent {
   EventFlags flags_ = 0;
 };
 
-}  // namespace
-
-bool isTerminalClass(std::string_view windowClass) {
-  std::string lower(windowClass);
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
   std::transform(lower.begin(), lower.end(), lower.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  // Toolkits that name a class by the application's identifier put the name last.
-  const std::size_t dot = lower.rfind('.');
-  const std::string lastPart = dot == std::string::npos ? lower : lower.substr(dot + 1);
-  return std::any_of(kTerminalWords.begin(), kTerminalWords.end(),
-                     [&](std::string_view word) { return lower.find(word) != std::string::npos; }) ||
-         std::any_of(kTerminalClasses.begin(), kTerminalClasses.end(),
+  return lower;
+}
+
+/// Toolkits that name a class by the application's identifier put the name last.
+template <std::size_t size>
+bool isOneOf(const std::array<std::string_view, size>& classes, const std::string& lower) {
+  const std::string_view lastPart = std::string_view(lower).substr(lower.rfind('.') + 1);
+  return std::any_of(classes.begin(), classes.end(),
                      [&](std::string_view name) { return lower == name || lastPart == name; });
 }
 
-LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayPost,
-                               std::function<void()> refused)
-    : x11_(std::move(x11)), mayPost_(std::move(mayPost)), refused_(std::move(refused)) {}
+}  // namespace
+
+bool isTerminalClass(std::string_view windowClass) {
+  const std::string lower = lowerCase(windowClass);
+  return std::any_of(kTerminalWords.begin(), kTerminalWords.end(),
+                     [&](std::string_view word) { return lower.find(word) != std::string::npos; }) ||
+         isOneOf(kTerminalClasses, lower);
+}
+
+bool isClassWithoutShortcuts(std::string_view windowClass) {
+  const std::string lower = lowerCase(windowClass);
+  return isOneOf(kPasswordPromptClasses, lower) || isOneOf(kCopyEndsSelectionClasses, lower);
+}
+
+LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayCopy)
+    : x11_(std::move(x11)), mayCopy_(std::move(mayCopy)) {}
 
 EventFlags LinuxKeyEvents::flagsState(EventSourceState /*state*/) {
   if (!x11_ || !x11_->hasXkb()) return 0;
@@ -115,31 +141,25 @@ EventSourceRef LinuxKeyEvents::createSource(EventSourceState /*state*/) {
 
 std::unique_ptr<KeyEvent> LinuxKeyEvents::createKeyboardEvent(const EventSourceRef& /*source*/,
                                                               std::uint16_t keyCode, bool keyDown) {
-  const auto key = keyToPost(keyCode);
-  if (!key) {
-    if (refused_) refused_();
-    return nullptr;
-  }
+  const auto key = xFromMacKeyCode(keyCode);
+  if (!x11_ || !x11_->hasXTest() || !key) return nullptr;
   return std::make_unique<XTestKeyEvent>(keyCode, *key, keyDown);
 }
 
-/// Nothing where the event is refused.
-std::optional<xcb_keycode_t> LinuxKeyEvents::keyToPost(std::uint16_t keyCode) {
-  if (!x11_ || !x11_->hasXTest() || (mayPost_ && !mayPost_())) return std::nullopt;
-  const auto windowClass = x11_->activeWindowClass();
-  return windowClass && isTerminalClass(*windowClass) ? std::nullopt : xFromMacKeyCode(keyCode);
-}
-
-void LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
+PostResult LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   const auto* keyEvent = dynamic_cast<const XTestKeyEvent*>(&event);
-  if (!x11_ || keyEvent == nullptr) return;
+  if (!x11_ || keyEvent == nullptr) return PostResult::refused;
   xcb_connection_t* c = x11_->get();
   if (keyEvent->down()) {
     devices_ = readKeyboardDevices(*x11_);
-    modifierKeys_ = readModifierKeys(*x11_, devices_);
+    keys_ = readShortcutKeys(*x11_, devices_);
+    const Shortcut shortcut = keyEvent->shortcut();
+    const Front inFront = front();
+    if (shortcut != Shortcut::none && !mayPlay(shortcut, inFront)) return PostResult::refused;
+    note(shortcut, inFront);
     releaseHeldModifiers();
   }
-  std::vector<xcb_keycode_t> chord = keyEvent->chord(modifierKeys_);
+  std::vector<xcb_keycode_t> chord = keyEvent->chord(keys_);
   if (!keyEvent->down()) std::reverse(chord.begin(), chord.end());
   // A hot key that is still held repeats, and each repetition grabs the keyboard anew: what is typed then
   // would come back to this program. The server repeats only between two readings of a client's requests, so
@@ -149,6 +169,27 @@ void LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   const std::uint8_t type = keyEvent->down() ? XCB_KEY_PRESS : XCB_KEY_RELEASE;
   for (const xcb_keycode_t key : chord) play(type, key);
   x11_->flush();
+  return PostResult::posted;
+}
+
+LinuxKeyEvents::Front LinuxKeyEvents::front() {
+  return {x11_->activeWindow(), x11_->inputFocus()};
+}
+
+bool LinuxKeyEvents::mayPlay(Shortcut shortcut, const Front& front) {
+  if (!keys_.insert) return false;
+  if (shortcut == Shortcut::paste) return !copiedFrom_ || front == copiedFrom_;
+  const auto windowClass = x11_->windowClass(front.active);
+  if (windowClass && (isTerminalClass(*windowClass) || isClassWithoutShortcuts(*windowClass))) return false;
+  return !mayCopy_ || mayCopy_();
+}
+
+void LinuxKeyEvents::note(Shortcut shortcut, const Front& front) {
+  if (shortcut == Shortcut::none) return;
+  const PlayedShortcut played{applicationOf(x11_->get(), front.active), front.active,
+                              std::chrono::steady_clock::now()};
+  if (shortcut == Shortcut::copy) copiedFrom_ = front;
+  (shortcut == Shortcut::copy ? lastCopy_ : lastPaste_) = played;
 }
 
 void LinuxKeyEvents::play(std::uint8_t coreType, xcb_keycode_t key) {
