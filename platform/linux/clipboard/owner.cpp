@@ -121,8 +121,9 @@ void SelectionOwner::handleEvents() {
 }
 
 void SelectionOwner::wait(int descriptor, std::optional<Clock::time_point> until) {
-  for (const Transfer& transfer : transfers_)
+  for (const Transfer& transfer : transfers_) {
     until = std::min(until.value_or(transfer.deadline), transfer.deadline);
+  }
   int timeout = kWaitForever;
   if (until) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(*until - Clock::now());

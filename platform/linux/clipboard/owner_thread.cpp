@@ -68,12 +68,12 @@ void OwnerThread::pass(ClipboardContents contents) {
 
 void OwnerThread::stay(ClipboardContents contents, std::optional<PlayedShortcut> paste) {
   somethingMayWait_ = true;
-  post({.kind = CommandKind::stay, .contents = std::move(contents), .paste = std::move(paste)}, true);
+  post({.kind = CommandKind::stay, .contents = std::move(contents), .paste = paste}, true);
 }
 
 void OwnerThread::clear(std::optional<PlayedShortcut> paste) {
   somethingMayWait_ = true;
-  post({.kind = CommandKind::clear, .paste = std::move(paste)}, true);  // until its time is taken
+  post({.kind = CommandKind::clear, .paste = paste}, true);  // until its time is taken
 }
 
 void OwnerThread::settle() {
@@ -104,7 +104,7 @@ void OwnerThread::run() {
     owner_->handleEvents();
     while (std::optional<Command> command = takeCommand()) {
       if (command->kind == CommandKind::stop) {
-        finish(std::move(command->contents));
+        finish(command->contents);
         finishCommand();
         return;
       }
@@ -136,10 +136,10 @@ void OwnerThread::carryOut(Command& command) {
       passedAt_ = Clock::now();
       break;
     case CommandKind::stay:
-      defer(std::move(command.contents), std::chrono::milliseconds(0), std::move(command.paste));
+      defer(std::move(command.contents), std::chrono::milliseconds(0), command.paste);
       break;
     case CommandKind::clear:
-      defer({}, kClearDelay, std::move(command.paste));
+      defer({}, kClearDelay, command.paste);
       break;
     case CommandKind::settle:
       if (deferred_ && !waitsForFetch()) carryOutDeferred();
@@ -197,7 +197,7 @@ void OwnerThread::defer(ClipboardContents contents, std::chrono::milliseconds at
     owner_->watch(paste->window);
     owner_->serveOthers(contents, paste->application);
   }
-  deferred_ = Deferred{std::move(contents), owner_->serverTime(), due, std::move(paste)};
+  deferred_ = Deferred{std::move(contents), owner_->serverTime(), due, paste};
   if (isDue()) carryOutDeferred();
 }
 
@@ -240,7 +240,7 @@ void OwnerThread::serveUntil(Clock::time_point end, const std::function<bool()>&
   }
 }
 
-void OwnerThread::finish(ClipboardContents instead) {
+void OwnerThread::finish(const ClipboardContents& instead) {
   if (waitsForFetch()) serveUntil(Clock::now() + times_.lastServe, [this] { return isDue(); });
   if (deferred_) carryOutDeferred();
   if (owner_->stillOwns() && passing_ && !instead.empty()) {

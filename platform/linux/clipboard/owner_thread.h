@@ -135,7 +135,7 @@ class OwnerThread {
   void carryOutDeferred();
   void answerLateCopy();
   void serveUntil(Clock::time_point end, const std::function<bool()>& enough);
-  void finish(ClipboardContents instead);
+  void finish(const ClipboardContents& instead);
 
   OwnerTimes times_;
   std::atomic<std::int64_t> changeCount_{0};

@@ -283,7 +283,7 @@ std::optional<SelectionValue> PastingApplication::paste(const std::string& targe
 }
 
 std::optional<SelectionValue> PastingApplication::takePieces(std::chrono::milliseconds time) {
-  const auto start = take(internAtom(connection_, "PASTED"));
+  auto start = take(internAtom(connection_, "PASTED"));
   if (!start || start->type != "INCR") return start;
   return receivePieces(Clock::now() + time);
 }
