@@ -32,9 +32,9 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   /// The launch: menu, hot key, login item, observers, permission, in this order.
   void applicationDidFinishLaunching();
 
-  /// Converts the selection of the front application and reports the outcome on the icon. Blocks for up to
-  /// about two seconds. Handles every failure of the replacement; any other exception is a defect and ends
-  /// the process, because callers are the system's own callbacks.
+  /// Converts the selection of the front application and reports the outcome on the icon. Blocks as long
+  /// as TextAccess::replaceSelection(). Handles every failure of the replacement; any other exception is a
+  /// defect and ends the process, because callers are the system's own callbacks.
   void performFix() noexcept;
 
  private:

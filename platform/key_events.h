@@ -28,6 +28,12 @@ class KeyEvent {
   virtual void setFlags(EventFlags flags) = 0;
 };
 
+/// What became of an event that was to be posted.
+enum class PostResult {
+  posted,
+  refused,  ///< nothing was sent: a shortcut would do harm, or cannot do what it is for
+};
+
 /// Simulated typing. Main thread only. Command with kKeyC stands for the system's own shortcut for copying,
 /// and with kKeyV for pasting, whichever keys those are there. No call waits for another application.
 class KeyEvents {
@@ -37,12 +43,15 @@ class KeyEvents {
   virtual EventFlags flagsState(EventSourceState state) = 0;
   /// Null when the system makes none; events can be made without one.
   virtual EventSourceRef createSource(EventSourceState state) = 0;
-  /// A key event; null when it cannot be made, also when a shortcut sent to the
-  /// front application would do harm there (a terminal, say). A null source is allowed.
+  /// A key event; null when it cannot be made. A null source is allowed.
   virtual std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
                                                         bool keyDown) = 0;
-  /// Posts the event; returns without waiting for the application to handle it.
-  virtual void post(EventTap tap, const KeyEvent& event) = 0;
+  /// Posts the event; returns without waiting for the application to handle it. A host may refuse to press a
+  /// key, never to release one that was pressed. macOS refuses nothing. Linux refuses a copy where the
+  /// clipboard could not be given back, where nothing is selected, or where the application does something
+  /// else on it; a paste where another window is in front than the one that was copied from; and both where
+  /// no key types what the shortcut needs.
+  virtual PostResult post(EventTap tap, const KeyEvent& event) = 0;
 };
 
 /// The service of the installed host.

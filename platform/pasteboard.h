@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -12,7 +13,25 @@
 
 namespace lexwend::platform {
 
-using Bytes = std::vector<std::byte>;
+/// Bytes that never change, in one buffer that all copies share. Any thread.
+class Bytes {
+ public:
+  Bytes() = default;
+  explicit Bytes(std::vector<std::byte> bytes)
+      : bytes_(std::make_shared<const std::vector<std::byte>>(std::move(bytes))) {}
+  Bytes(const std::byte* first, const std::byte* last) : Bytes(std::vector<std::byte>(first, last)) {}
+
+  /// Null when they are empty.
+  const std::byte* data() const { return bytes_ ? bytes_->data() : nullptr; }
+  std::size_t size() const { return bytes_ ? bytes_->size() : 0; }
+  bool operator==(const Bytes& other) const {
+    return bytes_ == other.bytes_ ||
+           std::equal(data(), data() + size(), other.data(), other.data() + other.size());
+  }
+
+ private:
+  std::shared_ptr<const std::vector<std::byte>> bytes_;
+};
 
 /// One item of the pasteboard as it stands now, read piece by piece.
 class PasteboardItem {
@@ -27,21 +46,32 @@ class PasteboardItem {
 /// One item to write: types, each once, with their bytes, in the order in which they are to be set.
 using PasteboardItemData = std::vector<std::pair<std::string, Bytes>>;
 
-/// A pasteboard. Main thread only. A host serves what it wrote while the main thread sleeps, too. A call that
-/// needs another application's answer blocks until it comes or a time limit has passed; what has not come by
-/// then counts as missing. On Linux the limit is two seconds for items(), which fetches all data, and one
-/// second for every other call; on macOS it is the system's.
+/// A pasteboard. Main thread only. A host serves what it wrote while the main thread sleeps, too.
+///
+/// A call that needs another application's answer blocks until it comes or a time limit has passed; what has
+/// not come by then counts as missing. On macOS the limit is the system's. On Linux it is 2.75 seconds for
+/// items(), which fetches all data, a second for string() (of a fix all of them together), and a quarter of a
+/// second each for clearContents() and writeItems().
+///
+/// On Linux what the user or another program has copied since a copy shortcut was played stays:
+/// clearContents() and writeItems() leave it alone. What follows a setString() comes no sooner than the
+/// application that got the paste shortcut has fetched the text, or after 30 seconds; all other programs get
+/// it at once.
 class Pasteboard {
  public:
   virtual ~Pasteboard() = default;
   /// The items in order; nothing when the pasteboard reports none. On Linux, as long as text of setString()
   /// is on the pasteboard, these are the items that it replaced.
   virtual std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() = 0;
+  /// Types that the last items() left out because there was no time for them and they can be done without:
+  /// further encodings of a picture. For the log: printable ASCII, each at most 200 bytes.
+  virtual std::vector<std::string> typesLeftOut() { return {}; }
   /// Grows with every change of the contents, whoever made it.
   virtual std::int64_t changeCount() = 0;
   /// Empties the pasteboard and makes this process its owner.
   virtual void clearContents() = 0;
-  /// The plain text (UTF-8), or nothing when there is none.
+  /// The plain text (UTF-8), or nothing when there is none. On Linux, after a copy shortcut, what the
+  /// application that got it has copied and nobody else; a copy of files has none.
   virtual std::optional<std::string> string() = 0;
   /// Writes transient plain text, after a clearContents(). On Linux, and nowhere else, it carries the mark
   /// that keeps it out of clipboard histories.

@@ -4,7 +4,9 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "core/characters.h"
 #include "platform/key_events.h"
@@ -62,17 +64,19 @@ void waitForModifierRelease() {
   } while (waited < kModifierLimitSeconds);
 }
 
-/// Presses and releases Command with a key; nothing at all when one of the two events cannot be made.
-void postCommandKey(platform::KeyCode keyCode) {
+/// Presses and releases Command with a key; nothing at all when one of the two events cannot be made. False
+/// where the host refuses.
+bool postCommandKey(platform::KeyCode keyCode) {
   platform::KeyEvents& events = platform::keyEvents();
   const auto source = events.createSource(platform::EventSourceState::hidSystem);
   const auto down = events.createKeyboardEvent(source, keyCode, /*keyDown=*/true);
   const auto up = events.createKeyboardEvent(source, keyCode, /*keyDown=*/false);
-  if (down == nullptr || up == nullptr) return;
+  if (down == nullptr || up == nullptr) return true;
   down->setFlags(platform::kEventFlagCommand);
   up->setFlags(platform::kEventFlagCommand);
-  events.post(platform::EventTap::hid, *down);
+  if (events.post(platform::EventTap::hid, *down) == platform::PostResult::refused) return false;
   events.post(platform::EventTap::hid, *up);
+  return true;
 }
 
 /// Seconds until the change count left `count`, or the full wait.
@@ -85,11 +89,24 @@ double waitForChange(Pasteboard& pasteboard, std::int64_t count) {
   return waited;
 }
 
-/// The user's selection by a simulated copy, or nothing after two attempts.
+void logTypesLeftOut(const std::vector<std::string>& types) {
+  if (types.empty()) return;
+  std::string line = "clipboard: not kept:";
+  for (const std::string& type : types) line += " " + type;
+  Log::write(line);
+}
+
+/// The user's selection by a simulated copy, or nothing after two attempts or a refusal of the second. Throws
+/// noSelection where the first is refused: then nobody was made to copy, and the pasteboard is not to be
+/// touched.
 std::optional<Copy> copySelection(Pasteboard& pasteboard) {
   for (int attempt = 1; attempt <= kCopyAttempts; ++attempt) {
     const std::int64_t count = pasteboard.changeCount();
-    postCommandKey(platform::kKeyC);
+    if (!postCommandKey(platform::kKeyC)) {
+      Log::write("clipboard: copy refused");
+      if (attempt == 1) throw Error(Failure::noSelection);
+      return std::nullopt;
+    }
     const int waited = static_cast<int>(waitForChange(pasteboard, count) * 1000);
 
     const bool changed = pasteboard.changeCount() != count;
@@ -104,12 +121,15 @@ std::optional<Copy> copySelection(Pasteboard& pasteboard) {
   return std::nullopt;
 }
 
-void pasteReplacement(Pasteboard& pasteboard, std::string_view replacement) {
+/// False where the host refuses.
+bool pasteReplacement(Pasteboard& pasteboard, std::string_view replacement) {
   pasteboard.clearContents();
   pasteboard.setString(replacement);
   platform::runLoop().sleep(kPauseBeforePaste);
-  postCommandKey(platform::kKeyV);
-  Log::write("clipboard: pasted " + std::to_string(characterCount(replacement)) + " chars");
+  const bool pasted = postCommandKey(platform::kKeyV);
+  Log::write(pasted ? "clipboard: pasted " + std::to_string(characterCount(replacement)) + " chars"
+                    : "clipboard: paste refused");
+  return pasted;
 }
 
 }  // namespace
@@ -118,6 +138,7 @@ void replaceViaClipboard(const Transform& transform) {
   const platform::PasteboardRef pasteboard = platform::generalPasteboard();
   const auto snapshot = std::make_shared<const PasteboardSnapshot>(*pasteboard);
   const std::int64_t startingCount = pasteboard->changeCount();
+  logTypesLeftOut(pasteboard->typesLeftOut());
 
   waitForModifierRelease();
 
@@ -135,7 +156,10 @@ void replaceViaClipboard(const Transform& transform) {
     throw Error(Failure::nothingToChange);
   }
 
-  pasteReplacement(*pasteboard, *replacement);
+  if (!pasteReplacement(*pasteboard, *replacement)) {
+    snapshot->restoreTo(*pasteboard);
+    throw Error(Failure::noSelection);
+  }
   platform::runLoop().dispatchAfter(kRestoreDelay,
                                     [pasteboard, snapshot] { snapshot->restoreTo(*pasteboard); });
 }

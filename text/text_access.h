@@ -8,14 +8,15 @@
 #include <string_view>
 
 /// The one way to replace the text that the user has selected in the front application. No state. Main thread
-/// only; a replacement may block for about two seconds.
+/// only. The clipboard path blocks for two seconds at most, on Linux six and a half where other programs are
+/// slow to answer for the clipboard; the accessibility path as long as accessibility.h says.
 namespace lexwend::TextAccess {
 
 /// Why a selection was not replaced. The order is the code of the platform's error object; no host makes one,
 /// so its domain is kept nowhere.
 enum class Failure {
   secureInput,      ///< some program holds secure keyboard entry
-  noSelection,      ///< two simulated copies put no text on the pasteboard
+  noSelection,      ///< two simulated copies put no text on the pasteboard, or a shortcut was refused
   noPermission,     ///< this process is not trusted for Accessibility
   nothingToChange,  ///< the transform returned no replacement
 };

@@ -48,20 +48,23 @@ std::unique_ptr<KeyEvent> FakeKeyEvents::createKeyboardEvent(const EventSourceRe
   return std::make_unique<FakeKeyEvent>(key);
 }
 
-void FakeKeyEvents::post(EventTap tap, const KeyEvent& event) {
+PostResult FakeKeyEvents::post(EventTap tap, const KeyEvent& event) {
   const auto* made = dynamic_cast<const FakeKeyEvent*>(&event);
   if (made == nullptr) {
     system_.complain("keyEvents.post of an event that this host did not make");
-    return;
+    return PostResult::posted;
   }
   FakePostedKey key = made->key;
+  if (key.keyDown && refusedKeys_.count(key.keyCode) != 0) return PostResult::refused;
   key.tap = tap;
   key.time = std::chrono::duration_cast<std::chrono::milliseconds>(system_.clock.now());
   posted_.push_back(key);
   system_.called("keyEvents.post " + std::to_string(number(key.keyCode)) + (key.keyDown ? " down" : " up"));
-  if (!key.keyDown || key.flags != kEventFlagCommand) return;
-  if (key.keyCode == kKeyC) apps_.copyInFront();
-  if (key.keyCode == kKeyV) apps_.pasteInFront();
+  if (key.keyDown && key.flags == kEventFlagCommand) {
+    if (key.keyCode == kKeyC) apps_.copyInFront();
+    if (key.keyCode == kKeyV) apps_.pasteInFront();
+  }
+  return PostResult::posted;
 }
 
 void FakeKeyEvents::releaseModifiersAfter(std::chrono::milliseconds delay) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <set>
 #include <vector>
 
 #include "platform/fake/fake_apps.h"
@@ -31,12 +32,14 @@ class FakeKeyEvents : public KeyEvents {
   EventSourceRef createSource(EventSourceState state) override;
   std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
                                                 bool keyDown) override;
-  void post(EventTap tap, const KeyEvent& event) override;
+  PostResult post(EventTap tap, const KeyEvent& event) override;
 
   /// Controls of a test.
   /// The user holds these modifiers (event flags, any of them).
   void holdModifiers(EventFlags flags) { held_ = flags; }
   void releaseModifiersAfter(std::chrono::milliseconds delay);
+  /// From now on the host refuses to press this key.
+  void refuse(KeyCode keyCode) { refusedKeys_.insert(keyCode); }
   const std::vector<FakePostedKey>& posted() const { return posted_; }
   void forgetPosted() { posted_.clear(); }
 
@@ -44,6 +47,7 @@ class FakeKeyEvents : public KeyEvents {
   FakeSystem& system_;
   FakeApps& apps_;
   EventFlags held_{};
+  std::set<KeyCode> refusedKeys_;
   std::vector<FakePostedKey> posted_;
 };
 

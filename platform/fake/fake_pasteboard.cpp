@@ -42,17 +42,12 @@ class FakePasteboardItem : public PasteboardItem {
 }  // namespace
 
 Bytes bytesOf(std::string_view text) {
-  Bytes bytes;
-  bytes.reserve(text.size());
-  for (const char c : text) bytes.push_back(static_cast<std::byte>(c));
-  return bytes;
+  const auto* first = reinterpret_cast<const std::byte*>(text.data());
+  return {first, first + text.size()};
 }
 
 std::string textOf(const Bytes& bytes) {
-  std::string text;
-  text.reserve(bytes.size());
-  for (const std::byte b : bytes) text.push_back(static_cast<char>(b));
-  return text;
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 std::optional<std::vector<std::unique_ptr<PasteboardItem>>> FakePasteboard::items() {

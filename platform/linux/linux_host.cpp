@@ -9,8 +9,8 @@
 namespace lexwend::platform {
 namespace {
 
-/// The longest deferral that the end of the program waits for: the clipboard is put back half a second after a
-/// fix. What comes later, as the icon that is put back, is not needed any more.
+/// The longest deferral that the end of the program waits for: the clipboard is put back half a second after
+/// a fix. What comes later, as the icon that is put back, is not needed any more.
 constexpr std::chrono::milliseconds kLastWork(600);
 
 /// For the services of the main thread.
@@ -62,13 +62,11 @@ SecureInput& LinuxHost::secureInput() {
 }
 
 KeyEvents& LinuxHost::keyEvents() {
-  // A clipboard too big or too slow to be kept must not be overwritten by a simulated copy. Where nothing is
-  // selected some editors copy the line of the caret. Where no copy is made, what another program copies must
-  // not be taken for the selection.
-  return made(
-      keyEvents_, x11(),
-      [this] { return !pasteboard()->isWithheld() && !linuxAccessibility().selectionIsKnownEmpty(); },
-      [this] { pasteboard()->copyWasRefused(); });
+  // A clipboard that cannot be given back must not be overwritten by a simulated copy. Where nothing is
+  // selected some editors copy the line of the caret.
+  return made(keyEvents_, x11(), [this] {
+    return pasteboard()->canBeGivenBack() && !linuxAccessibility().selectionIsKnownEmpty();
+  });
 }
 
 HotKeyService& LinuxHost::hotKeyService() {
@@ -136,7 +134,13 @@ const std::shared_ptr<X11Connection>& LinuxHost::x11() {
 }
 
 const std::shared_ptr<LinuxPasteboard>& LinuxHost::pasteboard() {
-  if (pasteboard_ == nullptr) pasteboard_ = std::make_shared<LinuxPasteboard>();
+  if (pasteboard_ == nullptr) {
+    pasteboard_ = std::make_shared<LinuxPasteboard>(
+        PasteboardBudget{},
+        LinuxPasteboard::Needs{
+            .lastCopy = [this] { return keyEvents_ ? keyEvents_->lastCopy() : std::nullopt; },
+            .lastPaste = [this] { return keyEvents_ ? keyEvents_->lastPaste() : std::nullopt; }});
+  }
   return pasteboard_;
 }
 

@@ -54,8 +54,9 @@ class MacKeyEvents : public KeyEvents {
     return std::make_unique<MacKeyEvent>(std::move(event));
   }
 
-  void post(EventTap tap, const KeyEvent& event) override {
+  PostResult post(EventTap tap, const KeyEvent& event) override {
     CGEventPost(static_cast<CGEventTapLocation>(tap), static_cast<const MacKeyEvent&>(event).get());
+    return PostResult::posted;
   }
 };
 

@@ -8,7 +8,7 @@ import signal
 import subprocess
 
 from session import run_scene, until
-from stage import main, scene
+from stage import HERE, main, scene
 
 HTML = '<b>kept – נשמר</b>'
 
@@ -103,6 +103,7 @@ def leaves_a_clipboard_alone_that_cannot_be_kept(stage):
     stage.owner.send_signal(signal.SIGSTOP)
     try:
         stage.fix_that_fails('noSelection')
+        assert 'clipboard: copy produced nothing' not in stage.session.log(), 'a copy was waited for that nobody makes'
     finally:
         stage.owner.send_signal(signal.SIGCONT)
     until(lambda: stage.clipboard() == 'kept', 'the clipboard to be answered for again')
@@ -110,30 +111,93 @@ def leaves_a_clipboard_alone_that_cannot_be_kept(stage):
     stage.expect_text('akuo')
 
 
-def copy_meanwhile(stage):
-    """The hot key, and another program that copies again and again while the fix waits for a copy that nobody makes."""
+@scene
+def gives_the_replacement_to_an_application_that_stops_before_it_pastes(stage):
+    """It pastes when it goes on, and everybody else has the clipboard back meanwhile."""
+    stage.start_agent(compatMode=True)
+    editor = stage.open('mousepad', 'akuo')
+    stage.put_on_clipboard('kept')
+    stage.select_all()
     stage.keyboard.press('F2')
-    until(lambda: 'clipboard: copy produced nothing (attempt 1, changed=false' in stage.session.log(), 'the first attempt')
-    while 'fix: ' not in stage.session.log().partition('fix: front=')[2]:
-        stage.put_on_clipboard('akuo')
-    assert 'fix: failed noSelection' in stage.session.log(), stage.session.log()
-    assert stage.clipboard() == 'akuo', stage.clipboard()
-    assert stage.clipboard_owner_is_still_the_first(), 'the clipboard has changed hands'
+    until(lambda: 'clipboard: copied' in stage.session.log(), 'the copy')
+    editor.send_signal(signal.SIGSTOP)
+    try:
+        until(lambda: 'clipboard: pasted' in stage.session.log(), 'the paste')
+        until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+    finally:
+        editor.send_signal(signal.SIGCONT)
+    stage.expect_text('שלום')
+    until(lambda: stage.clipboard_targets() == ['UTF8_STRING'], 'the clipboard to have its types back')
+    assert stage.clipboard() == 'kept', stage.clipboard()
 
 
 @scene
-def takes_no_foreign_copy_for_the_selection_when_the_clipboard_cannot_be_kept(stage):
+def leaves_what_the_user_copies_right_after_a_paste(stage):
     stage.start_agent(compatMode=True)
-    stage.open('mousepad', 'nv')
+    stage.open('mousepad', 'akuo')
     stage.put_on_clipboard('kept')
     stage.select_all()
-    slow = stage.owner
-    slow.send_signal(signal.SIGSTOP)
+    stage.fix('שלום')
+    stage.put_on_clipboard('copied since')
+    # The second fix is over when the first has long given back what it has to.
+    stage.select_all()
+    stage.fix('akuo')
+    until(lambda: stage.clipboard() == 'copied since', 'the clipboard to come back')
+
+
+@scene
+def undoes_a_copy_that_comes_after_the_fix_has_given_up(stage):
+    stage.start_agent(compatMode=True)
+    editor = stage.open('mousepad', 'akuo')
+    stage.put_on_clipboard('kept')
+    stage.select_all()
+    editor.send_signal(signal.SIGSTOP)
     try:
-        copy_meanwhile(stage)
+        stage.fix_that_fails('noSelection')
+        assert stage.clipboard_owner_is_still_the_first(), 'the clipboard has changed hands'
     finally:
-        slow.send_signal(signal.SIGCONT)
-    stage.expect_text('nv')
+        editor.send_signal(signal.SIGCONT)
+    until(lambda: not stage.clipboard_owner_is_still_the_first(), 'the copy that comes late')
+    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+    stage.expect_text('akuo')
+
+
+def keeps_a_picture(stage, command):
+    stage.start_agent(compatMode=True)
+    stage.open('mousepad', 'akuo')
+    owner = stage.session.start(command, stdout=subprocess.PIPE, text=True)
+    assert owner.stdout.readline() == 'ready\n', 'there is no picture'
+    before = stage.clipboard_bytes('image/png')
+    assert before.startswith(b'\x89PNG'), 'the picture cannot be had'
+    stage.select_all()
+    stage.fix('שלום')
+    until(lambda: 'image/png' in stage.clipboard_targets(), 'the picture to come back')
+    stage.session.end(owner)
+    assert stage.clipboard_bytes('image/png') == before, 'the picture has changed'
+
+
+@scene
+def keeps_a_picture_of_3840_by_2160_from_gtk_3(stage):
+    keeps_a_picture(stage, ['/usr/bin/python3', str(HERE / 'gtk_picture.py'), '3840', '2160'])
+
+
+@scene
+def keeps_a_picture_of_1920_by_1080_from_qt_6(stage):
+    keeps_a_picture(stage, [str(stage.qt6_editor), '--picture', '1920', '1080'])
+
+
+@scene
+def stays_until_the_clipboard_is_fetched_where_there_is_no_manager(stage):
+    stage.start_agent(compatMode=True)
+    stage.open('mousepad', 'akuo')
+    stage.put_on_clipboard('kept')
+    stage.select_all()
+    stage.keyboard.press('F2')
+    until(lambda: 'clipboard: pasted' in stage.session.log(), 'the paste')
+    stage.agent.send_signal(signal.SIGTERM)
+    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+    assert stage.agent.wait(10) == 0, f'the agent ended with {stage.agent.returncode}'
+    assert stage.field.text() == 'שלום', stage.field.text()
 
 
 @scene

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 // A small Qt 6 editor for the desktop tests: `qt6_editor FILE` shows a text, `qt6_editor --password TEXT` a
 // masked field, `qt6_editor --line TEXT [LENGTH]` a field of one line and at most that length, whose window
-// is titled "edited" when its user has edited it.
+// is titled "edited" when its user has edited it. `qt6_editor --picture WIDTH HEIGHT` puts a picture on the
+// clipboard, says "ready" and offers it until it is ended.
 #include <QApplication>
+#include <QClipboard>
 #include <QFile>
+#include <QImage>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <cstdio>
 
 int main(int argc, char** argv) {
   QApplication application(argc, argv);
@@ -21,8 +25,18 @@ int main(int argc, char** argv) {
     field->setFocus();
     return application.exec();
   }
+  if (arguments.size() == 4 && arguments[1] == "--picture") {
+    QImage picture(arguments[2].toInt(), arguments[3].toInt(), QImage::Format_RGB32);
+    for (int y = 0; y < picture.height(); ++y) {
+      for (int x = 0; x < picture.width(); ++x) picture.setPixel(x, y, qRgb(x % 251, y % 251, (x + y) % 241));
+    }
+    QApplication::clipboard()->setImage(picture);
+    std::puts("ready");
+    std::fflush(stdout);
+    return application.exec();
+  }
   if (arguments.size() != 2) {
-    qCritical("usage: qt6_editor FILE | --password TEXT | --line TEXT [LENGTH]");
+    qCritical("usage: qt6_editor FILE | --password TEXT | --line TEXT [LENGTH] | --picture WIDTH HEIGHT");
     return 2;
   }
   QFile file(arguments[1]);

@@ -163,6 +163,11 @@ class Stage:
             return None
         return found.stdout.decode() if found.returncode == 0 else None
 
+    def clipboard_bytes(self, target):
+        """The same of something large, byte for byte."""
+        return subprocess.run(['xclip', '-o', '-selection', 'clipboard', '-t', target], capture_output=True, check=True,
+                              timeout=DEADLINE_SECONDS).stdout
+
     def clipboard_targets(self):
         """What the clipboard offers, without the targets that are part of the protocol."""
         return sorted(set((self.clipboard('TARGETS') or '').split()) - {'TARGETS', 'MULTIPLE', 'TIMESTAMP', 'SAVE_TARGETS'})

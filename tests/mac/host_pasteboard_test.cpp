@@ -14,6 +14,10 @@ constexpr const char* kText = "public.utf8-plain-text";
 constexpr const char* kRtf = "public.rtf";
 constexpr const char* kPng = "public.png";
 
+Bytes sharedBytesOf(const std::string& text) {
+  return Bytes(bytesOf(text));
+}
+
 struct MacPasteboardService : InMacApplication {
   PasteboardRef pasteboard = host->generalPasteboard();
 
@@ -33,10 +37,10 @@ TEST_F(MacPasteboardService, readsItemByItemAndTypeByType) {
   const auto items = pasteboard->items().value();
   ASSERT_EQ(items.size(), 2u);
   EXPECT_THAT(items[0]->types(), ElementsAre(kRtf, kText));
-  EXPECT_EQ(items[0]->data(kRtf), bytesOf("{\\rtf1}"));
-  EXPECT_EQ(items[0]->data(kText), bytesOf("שלום"));
+  EXPECT_EQ(items[0]->data(kRtf), sharedBytesOf("{\\rtf1}"));
+  EXPECT_EQ(items[0]->data(kText), sharedBytesOf("שלום"));
   EXPECT_THAT(items[1]->types(), ElementsAre(kPng));
-  EXPECT_EQ(items[1]->data(kPng), bytesOf("\x89PNG"));
+  EXPECT_EQ(items[1]->data(kPng), sharedBytesOf("\x89PNG"));
 }
 
 TEST_F(MacPasteboardService, keepsNothingOfWhatItCopiedUntilTheEventEnds) {
@@ -46,9 +50,9 @@ TEST_F(MacPasteboardService, keepsNothingOfWhatItCopiedUntilTheEventEnds) {
   items.at(0)->data(kPng);
   EXPECT_EQ(doubles::liveObjects(), before);
 
-  pasteboard->writeItems({{{kPng, bytesOf("mine")}}});
+  pasteboard->writeItems({{{kPng, sharedBytesOf("mine")}}});
   const std::size_t written = doubles::liveObjects();
-  pasteboard->writeItems({{{kPng, bytesOf("mine")}}});
+  pasteboard->writeItems({{{kPng, sharedBytesOf("mine")}}});
   EXPECT_EQ(doubles::liveObjects(), written);
 }
 
@@ -56,7 +60,7 @@ TEST_F(MacPasteboardService, fetchesPromisedDataFromItsOwner) {
   dbl::otherAppCopies({{{kText, bytesOf("promised"), true}}});
   const auto items = pasteboard->items().value();
   EXPECT_EQ(dbl::promisesKept(), 0);
-  EXPECT_EQ(items.at(0)->data(kText), bytesOf("promised"));
+  EXPECT_EQ(items.at(0)->data(kText), sharedBytesOf("promised"));
   EXPECT_EQ(dbl::promisesKept(), 1);
 }
 
@@ -106,9 +110,10 @@ TEST_F(MacPasteboardService, writesPlainText) {
 }
 
 TEST_F(MacPasteboardService, writesAllItemsAtOnceAndNewOnesEachTime) {
-  const std::vector<PasteboardItemData> items = {{{kRtf, bytesOf("{\\rtf1}")}, {kText, bytesOf("text")}},
-                                                 {{kPng, bytesOf("picture")}},
-                                                 {{kText, Bytes()}}};
+  const std::vector<PasteboardItemData> items = {
+      {{kRtf, sharedBytesOf("{\\rtf1}")}, {kText, sharedBytesOf("text")}},
+      {{kPng, sharedBytesOf("picture")}},
+      {{kText, Bytes()}}};
   for (int round = 0; round < 2; ++round) {
     pasteboard->clearContents();
     doubles::forgetCalls();
@@ -121,7 +126,7 @@ TEST_F(MacPasteboardService, writesAllItemsAtOnceAndNewOnesEachTime) {
     EXPECT_EQ(contents[0].at(1).type, kText);
     EXPECT_EQ(contents[0].at(1).data, bytesOf("text"));
     EXPECT_EQ(contents[1].at(0).data, bytesOf("picture"));
-    EXPECT_EQ(contents[2].at(0).data, Bytes());
+    EXPECT_EQ(contents[2].at(0).data, doubles::Bytes());
   }
 }
 

@@ -181,6 +181,38 @@ TEST_F(ClipboardPath, eventThatCannotBeMadePostsNothing) {
   }
 }
 
+TEST_F(ClipboardPath, endsAtOnceWhereTheHostRefusesTheCopy) {
+  host.keyEvents().refuse(8);
+  host.keyEvents().holdModifiers(platform::kEventFlagShift);
+  host.keyEvents().releaseModifiersAfter(10ms);
+  host.clock().systemDoes(5ms, [this] { host.pasteboard().otherAppCopies("meanwhile"); });
+  EXPECT_EQ(run(), Failure::noSelection);
+  EXPECT_EQ(host.clock().now(), 10ms) << "nothing is waited for";
+  EXPECT_EQ(log(), Lines{"clipboard: copy refused"});
+  EXPECT_TRUE(host.keyEvents().posted().empty());
+  EXPECT_EQ(host.pasteboard().plainText(), "meanwhile") << "nobody was made to copy it";
+  EXPECT_TRUE(seen.empty());
+}
+
+TEST_F(ClipboardPath, givesBackWhatTheFirstCopyChangedWhereTheSecondIsRefused) {
+  editor->copies = {FakeCopy::Kind::image, 20ms};
+  host.clock().systemDoes(10ms, [this] { host.keyEvents().refuse(8); });
+  EXPECT_EQ(run(), Failure::noSelection);
+  EXPECT_EQ(log(), (Lines{"clipboard: copy produced nothing (attempt 1, changed=true, waited=20ms)",
+                          "clipboard: copy refused"}));
+  EXPECT_EQ(host.pasteboard().contents(), users);
+}
+
+TEST_F(ClipboardPath, givesTheClipboardBackAtOnceWhereThePasteIsRefused) {
+  host.keyEvents().refuse(9);
+  EXPECT_EQ(run(), Failure::noSelection);
+  EXPECT_EQ(log().back(), "clipboard: paste refused");
+  EXPECT_EQ(field->text(), "akuo");
+  EXPECT_EQ(host.keyEvents().posted(), commandKey(8, 0ms));
+  EXPECT_EQ(host.pasteboard().contents(), users);
+  EXPECT_EQ(host.runLoop().pendingWork(), 0u);
+}
+
 TEST_F(ClipboardPath, eventsAreMadeEvenWithoutASource) {
   host.failNext(FakeOperation::createEventSource);
   EXPECT_EQ(run(), std::nullopt);

@@ -73,7 +73,7 @@ struct StutteringPasteboard final : platform::Pasteboard {
     char next = '1';
     std::vector<std::string> types() override { return {"a", "b", "a"}; }
     std::optional<platform::Bytes> data(const std::string&) override {
-      return platform::Bytes{static_cast<std::byte>(next++)};
+      return platform::Bytes(std::vector<std::byte>{static_cast<std::byte>(next++)});
     }
   };
   std::optional<std::vector<std::unique_ptr<platform::PasteboardItem>>> items() override {
@@ -90,7 +90,8 @@ struct StutteringPasteboard final : platform::Pasteboard {
 
 TEST_F(PasteboardSnapshotTest, laterDuplicateOfATypeReplacesTheEarlierOne) {
   StutteringPasteboard stuttering;
-  const platform::PasteboardItemData expected = {{"a", {std::byte{'3'}}}, {"b", {std::byte{'2'}}}};
+  const platform::PasteboardItemData expected = {{"a", platform::bytesOf("3")},
+                                                 {"b", platform::bytesOf("2")}};
   EXPECT_EQ(PasteboardSnapshot(stuttering).items, (std::vector<platform::PasteboardItemData>{expected}));
 }
 

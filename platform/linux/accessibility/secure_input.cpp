@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "platform/linux/session/terminal_classes.h"
+#include "platform/linux/session/window_classes.h"
 
 namespace lexwend::platform {
 
@@ -11,7 +11,8 @@ LinuxSecureInput::LinuxSecureInput(Needs needs) : needs_(std::move(needs)) {}
 
 bool LinuxSecureInput::isSecureEventInputEnabled() {
   const auto windowClass = needs_.frontWindowClass();
-  return (windowClass && isTerminalClass(*windowClass)) || needs_.focusIsSecure();
+  if (windowClass && (isTerminalClass(*windowClass) || isPasswordPromptClass(*windowClass))) return true;
+  return needs_.focusIsSecure();
 }
 
 }  // namespace lexwend::platform

@@ -4,12 +4,13 @@
 #include <algorithm>
 
 #include <glib.h>
-
-#include "platform/linux/clipboard/owner.h"
-#include "platform/linux/clipboard/reader.h"
+#include <malloc.h>
 
 namespace lexwend::platform {
 namespace {
+
+// For a clipboard manager that has taken over text of a line to a page.
+constexpr std::chrono::milliseconds kTakenOverTime{250};
 
 /// An item that has been read already.
 class ReadItem : public PasteboardItem {
@@ -26,7 +27,7 @@ class ReadItem : public PasteboardItem {
     const auto found = std::find_if(contents_.begin(), contents_.end(), [&](const ClipboardTarget& target) {
       return encodedTypeName(target) == type;
     });
-    return found == contents_.end() ? std::nullopt : std::optional<Bytes>(*found->bytes);
+    return found == contents_.end() ? std::nullopt : std::optional(found->bytes);
   }
 
  private:
@@ -35,8 +36,8 @@ class ReadItem : public PasteboardItem {
 
 }  // namespace
 
-LinuxPasteboard::LinuxPasteboard(PasteboardBudget budget)
-    : budget_(budget), owner_(ClipboardOwner::open(kHandOverTime, budget.fetch)) {
+LinuxPasteboard::LinuxPasteboard(PasteboardBudget budget, Needs needs, const OwnerTimes& times)
+    : budget_(budget), needs_(std::move(needs)), owner_(OwnerThread::open(times)) {
   if (owner_) reader_ = ClipboardReader::open();
 }
 
@@ -46,21 +47,21 @@ LinuxPasteboard::~LinuxPasteboard() {
 }
 
 std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::items() {
-  overBudget_ = false;
-  copyRefused_ = false;
   if (!reader_) return std::nullopt;
   owner_->settle();
+  readAt_ = Clock::now();
+  stringTimeLeft_ = kStringTime;
   if (!lastRead_ || !passingTextStands()) {
-    passingText_.reset();
-    ClipboardReader::Result result = reader_->readAll({budget_.time, budget_.silence, budget_.bytes});
-    overBudget_ = result.outcome == ClipboardReader::Outcome::overBudget;
+    ClipboardReader::Result result =
+        reader_->readAll({budget_.time, budget_.silence, budget_.bytes, budget_.picture});
+    canBeGivenBack_ = result.outcome != ClipboardReader::Outcome::overBudget;
+    typesLeftOut_ = std::move(result.leftOut);
     lastRead_ = std::move(result.contents);
-    forgetUnlessTextPasses();
+    forgetSoon();
   }
+  changesAtRead_ = owner_->changeCount();
   std::vector<std::unique_ptr<PasteboardItem>> items;
-  if (overBudget_ || !lastRead_->empty()) {
-    items.push_back(std::make_unique<ReadItem>(*lastRead_));  // shares the bytes
-  }
+  if (!lastRead_->empty()) items.push_back(std::make_unique<ReadItem>(*lastRead_));
   return items;
 }
 
@@ -71,26 +72,34 @@ std::int64_t LinuxPasteboard::changeCount() {
 }
 
 void LinuxPasteboard::clearContents() {
-  if (mayWrite()) owner_->clear();
-  passingText_.reset();
-  forgetUnlessTextPasses();
+  if (!owner_ || somebodyElseHasCopied()) return;
+  owner_->clear(pasteOfPassingText());
+  passingIsOver_ = true;
+  forgetSoon();
 }
 
 std::optional<std::string> LinuxPasteboard::string() {
-  if (!reader_ || isWithheld()) return std::nullopt;
+  if (!reader_) return std::nullopt;
   owner_->settle();
-  return reader_->readText({kStringTime, kStringTime, budget_.bytes});
+  const auto copy = copyOfThisFix();
+  if (!copy) return reader_->readText({kStringTime, kStringTime, budget_.bytes});
+  const Clock::time_point start = Clock::now();
+  auto text = reader_->readText({stringTimeLeft_, stringTimeLeft_, budget_.bytes},
+                                [&](xcb_window_t owner) { return isFromCopier(owner, copy->application); });
+  stringTimeLeft_ -=
+      std::min(stringTimeLeft_, std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - start));
+  return text;
 }
 
 void LinuxPasteboard::setString(std::string_view text) {
-  if (mayWrite()) {
-    owner_->claim(passingTextContents(text), ClipboardOwner::Purpose::passing);
-    passingText_ = text;
-  }
+  if (!owner_) return;
+  owner_->pass(passingTextContents(text));
+  passing_ = PassingText{std::string(text), Clock::now()};
+  passingIsOver_ = false;
 }
 
 void LinuxPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
-  if (!mayWrite()) return;
+  if (!owner_ || somebodyElseHasCopied()) return;
   ClipboardContents contents;
   for (const PasteboardItemData& item : items) {
     for (const auto& [typeName, bytes] : item) {
@@ -98,42 +107,78 @@ void LinuxPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
       const bool known = std::any_of(contents.begin(), contents.end(),
                                      [&](const ClipboardTarget& other) { return other.name == target.name; });
       if (!known) {
-        target.bytes = std::make_shared<const Bytes>(bytes);
+        target.bytes = bytes;
         contents.push_back(std::move(target));
       }
     }
   }
-  owner_->claim(std::move(contents), ClipboardOwner::Purpose::lasting);
-  passingText_.reset();
-  lastRead_.reset();
+  owner_->stay(std::move(contents), pasteOfPassingText());
+  passingIsOver_ = true;
+  forgetSoon();
 }
 
-/// Whoever replaces the text that passes is about to put back what was there before it: from then on nothing
-/// is withheld.
-bool LinuxPasteboard::mayWrite() {
-  if (isWithheld() && passingTextStands()) {
-    overBudget_ = false;
-    copyRefused_ = false;
-  }
-  return owner_ != nullptr && !isWithheld();
+/// Nothing outside a fix.
+std::optional<PlayedShortcut> LinuxPasteboard::copyOfThisFix() const {
+  auto copy = needs_.lastCopy ? needs_.lastCopy() : std::nullopt;
+  return copy && copy->time >= readAt_ ? copy : std::nullopt;
 }
 
-/// A clipboard manager may have taken it over: so the text tells, not the owner.
+std::optional<PlayedShortcut> LinuxPasteboard::pasteOfPassingText() const {
+  auto paste = needs_.lastPaste ? needs_.lastPaste() : std::nullopt;
+  return paste && passing_ && paste->time >= passing_->since ? paste : std::nullopt;
+}
+
+/// A clipboard manager that has taken the copy over stands for the copier.
+bool LinuxPasteboard::isFromCopier(xcb_window_t owner, const XApplication& copier) {
+  const XApplication application = reader_->application(owner);
+  if (mayBeTheSame(application, copier)) return true;
+  const xcb_window_t manager = reader_->ownerOf("CLIPBOARD_MANAGER");
+  return manager != XCB_WINDOW_NONE && mayBeTheSame(application, reader_->application(manager));
+}
+
+/// A clipboard manager may have taken it over: the text tells, not the owner.
 bool LinuxPasteboard::passingTextStands() {
-  return reader_ && passingText_ &&
-         reader_->readText({kStringTime, budget_.silence, budget_.bytes}) == passingText_;
+  return passing_ && !passingIsOver_ &&
+         reader_->readText({kTakenOverTime, kTakenOverTime, budget_.bytes}) == passing_->text;
 }
 
-/// A fix that writes does so before the main loop turns again. After one that wrote nothing, what it read
-/// must not stay in memory.
-void LinuxPasteboard::forgetUnlessTextPasses() {
-  const auto forget = [](gpointer data) -> gboolean {
+/// Of a fix only: whoever clears or writes at another time wants what is there to go.
+bool LinuxPasteboard::somebodyElseHasCopied() {
+  const OwnerThread::Change change = owner_->lastChange();
+  if (change.isOwn || change.owner == XCB_WINDOW_NONE) return false;
+  const auto copy = copyOfThisFix();
+  if (pasteOfPassingText()) {
+    const bool isAnswer = copy && OwnerThread::isAnswerTo({copy->application, readAt_, copy->time}, change,
+                                                          reader_->application(change.owner));
+    return !isAnswer && reader_->readText({kTakenOverTime, kTakenOverTime, budget_.bytes}) != passing_->text;
+  }
+  return copy && change.number != changesAtRead_ && !isFromCopier(change.owner, copy->application);
+}
+
+void LinuxPasteboard::forgetSoon() {
+  const auto idle = [](gpointer data) -> gboolean {
     auto& self = *static_cast<LinuxPasteboard*>(data);
     self.forgetting_ = 0;
-    if (!self.passingText_) self.lastRead_.reset();
+    self.forget();
     return G_SOURCE_REMOVE;
   };
-  if (forgetting_ == 0) forgetting_ = g_idle_add(forget, this);
+  if (forgetting_ == 0) forgetting_ = g_idle_add(idle, this);
+}
+
+/// The fix that has read the clipboard has ended when the main loop turns, or the text that it has written
+/// stands. What was read must not stay in memory, except for what a late copy would overwrite.
+void LinuxPasteboard::forget() {
+  if (!passingIsOver_) return;
+  const auto copy = copyOfThisFix();
+  const bool waitedInVain = copy && !passing_;
+  if (waitedInVain && lastRead_) {
+    owner_->putBackAfter({copy->application, readAt_, copy->time}, std::move(*lastRead_));
+  }
+  lastRead_.reset();
+  passing_.reset();
+  // The C library keeps what was large and is free for what may come, several times the size of the
+  // selection.
+  malloc_trim(0);
 }
 
 }  // namespace lexwend::platform

@@ -3,96 +3,119 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
+#include "platform/linux/clipboard/owner_thread.h"
+#include "platform/linux/clipboard/reader.h"
 #include "platform/linux/clipboard/targets.h"
+#include "platform/linux/display/x_application.h"
 #include "platform/pasteboard.h"
 
 namespace lexwend::platform {
 
-class ClipboardOwner;
-class ClipboardReader;
-
-/// What one look at the whole clipboard may cost, and how long text that passes is left alone.
+/// What one look at the whole clipboard may cost.
 struct PasteboardBudget {
-  /// For everything together, but for a first look at the text where some passes (kStringTime).
+  /// For everything together, except for a picture.
   std::chrono::milliseconds time{1000};
   /// For each single answer, and for each piece of one.
   std::chrono::milliseconds silence{400};
   std::size_t bytes = std::size_t{256} * 1024 * 1024;
-  /// What an application is given to fetch text that passes, also where what an earlier fix has kept is put
-  /// back meanwhile.
-  std::chrono::milliseconds fetch{500};
+  /// For everything with a picture, which its owner may encode only when it is asked.
+  std::chrono::milliseconds picture{2500};
 };
 
 /// The CLIPBOARD selection as a pasteboard, by the ICCCM (section 2). PRIMARY is never touched: applications
 /// drop their selection when somebody else claims it.
 ///
-/// An X clipboard holds one item. Its types are the owner's targets in the owner's order, but for those that
-/// are questions or commands (TARGETS, TIMESTAMP, MULTIPLE, SAVE_TARGETS, DELETE, INSERT_SELECTION, ...) and
-/// those that answer with resources of the server (PIXMAP, ...). Where a target's answer is not what its name
-/// alone says (its property type is another atom than the target, or its format is not 8) the type is
-/// encoded: see encodedTypeName(). So a snapshot that is written back is served again byte for byte, type for
-/// type. Items after the first that writeItems() is given add the types that those before them lack.
+/// An X clipboard holds one item. Its types are the owner's targets in the owner's order, without those that
+/// are questions or commands (TARGETS, MULTIPLE, DELETE, ...) or answer with resources of the server (PIXMAP,
+/// ...). encodedTypeName() says how a type is named whose answer is not what its name implies. A snapshot
+/// that is written back is served again byte for byte. Of several items that are written the later ones add
+/// the types that the earlier ones lack.
 ///
-/// items() reads everything at once, within the budget. If the owner is too slow or too big for it, the
-/// clipboard is withheld until the next items(): it has no text, and nothing is written or cleared. What
-/// stands there could not be put back, and what takes its place meanwhile is another application's. Whoever
-/// would make an application copy must refrain as well. The same holds after copyWasRefused().
+/// items() reads everything at once, within the budget. canBeGivenBack() says whether that was enough to put
+/// it back. Of a picture one encoding that loses nothing is enough; typesLeftOut() names the others.
 ///
-/// setString() writes text that only passes through: it is marked with "x-kde-passwordManagerHint" =
-/// "secret", the sign by which clipboard histories leave an entry out. What writeItems() puts back bears that
-/// mark only if it bore it before. While that text stands, whoever serves it, items() gives what was there
-/// before it, and it may be replaced even where the clipboard is withheld. It stays for the budget's fetch
-/// time, unless another application copies or something is asked of this pasteboard: what is put back sooner
-/// waits.
+/// string() of a fix, that is after a copy shortcut that was played since the last items(), gives what the
+/// program that got the shortcut has put there, or a clipboard manager has taken over from it, and nothing
+/// that another program has copied. A copy of files has no string.
+///
+/// setString() writes text that passes through. It bears the mark by which clipboard histories leave an entry
+/// out ("x-kde-passwordManagerHint" = "secret"). While it stands, items() gives what was there before it.
+/// What takes its place, a clear included, waits until the program that got the paste shortcut has fetched
+/// the text or has closed its window, 30 s at most; all other programs get the new contents meanwhile. Where
+/// no paste shortcut was played it waits for half a second or the next question to this pasteboard.
+///
+/// What somebody else has copied during a fix stays: clearContents() and writeItems() do nothing then. When a
+/// fix has ended without a text, a copy by which its shortcut is answered late is undone for 30 s.
 ///
 /// The change count counts the owner notifications of XFIXES: each claim, also a repeated one of the same
-/// owner, the end of an owner, and the claims of this program. Another thread counts, so that the count is
-/// current while the main thread sleeps; that thread also serves what was written.
+/// owner, the end of an owner, and the claims of this program. It is current while the main thread sleeps.
 ///
-/// At destruction what is owned is handed over to a clipboard manager (SAVE_TARGETS), if there is one, which
-/// may take kHandOverTime. Text that only passes through is not: should the program end while it is on the
-/// clipboard, what the last items() found there takes its place.
+/// The destructor hands what is owned to a clipboard manager, which may take OwnerTimes::handOver, or without
+/// one goes on serving until somebody has fetched it, for OwnerTimes::lastServe at most. Text that passes
+/// through is not handed over: what the last items() found takes its place.
 class LinuxPasteboard : public Pasteboard {
  public:
-  static constexpr std::chrono::milliseconds kHandOverTime{2000};
-  /// The longest wait of string(). A toolkit may need most of it to make the text of a megabyte in many
-  /// lines.
+  /// What the pasteboard has to know of the shortcuts that were played last; nothing where none was.
+  struct Needs {
+    std::function<std::optional<PlayedShortcut>()> lastCopy;
+    std::function<std::optional<PlayedShortcut>()> lastPaste;
+  };
+
+  /// The longest wait of string(), for both copies of a fix together. A toolkit may need most of it to make
+  /// the text of a megabyte in many lines.
   static constexpr std::chrono::milliseconds kStringTime{1000};
 
   /// Connects to the display of DISPLAY. Without one the pasteboard is empty, never changes, and writing does
   /// nothing.
-  explicit LinuxPasteboard(PasteboardBudget budget = {});
+  explicit LinuxPasteboard(PasteboardBudget budget = {}, Needs needs = {}, const OwnerTimes& times = {});
   ~LinuxPasteboard() override;
 
   std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() override;
+  std::vector<std::string> typesLeftOut() override { return typesLeftOut_; }
   std::int64_t changeCount() override;
   void clearContents() override;
   std::optional<std::string> string() override;
   void setString(std::string_view text) override;
   void writeItems(const std::vector<PasteboardItemData>& items) override;
 
-  bool lastReadWasOverBudget() const { return overBudget_; }
-  /// No application was made to copy: what is copied now is not the selection.
-  void copyWasRefused() { copyRefused_ = true; }
-  bool isWithheld() const { return overBudget_ || copyRefused_; }
+  /// Whether what the last items() found is held whole.
+  bool canBeGivenBack() const { return canBeGivenBack_; }
 
  private:
-  bool mayWrite();
+  using Clock = std::chrono::steady_clock;
+  /// The text that was written last, until something takes its place.
+  struct PassingText {
+    std::string text;
+    Clock::time_point since;
+  };
+
+  std::optional<PlayedShortcut> copyOfThisFix() const;
+  std::optional<PlayedShortcut> pasteOfPassingText() const;
+  bool isFromCopier(xcb_window_t owner, const XApplication& copier);
   bool passingTextStands();
-  void forgetUnlessTextPasses();
+  bool somebodyElseHasCopied();
+  void forgetSoon();
+  void forget();
 
   PasteboardBudget budget_;
-  std::unique_ptr<ClipboardOwner> owner_;
+  Needs needs_;
+  std::unique_ptr<OwnerThread> owner_;
   std::unique_ptr<ClipboardReader> reader_;
-  bool overBudget_ = false;
-  bool copyRefused_ = false;
+  bool canBeGivenBack_ = true;
+  std::vector<std::string> typesLeftOut_;
   /// What the last items() found, for as long as it may have to be put back.
   std::optional<ClipboardContents> lastRead_;
-  /// What the last setString() wrote, until something takes its place.
-  std::optional<std::string> passingText_;
+  Clock::time_point readAt_;
+  std::int64_t changesAtRead_ = 0;
+  std::chrono::milliseconds stringTimeLeft_ = kStringTime;
+  std::optional<PassingText> passing_;
+  bool passingIsOver_ = true;
   unsigned forgetting_ = 0;  // the source in the main context
 };
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <set>
+#include <thread>
 
 #include <poll.h>
 
@@ -13,14 +14,30 @@
 namespace lexwend::platform {
 namespace {
 
-// The most units of four bytes that one request may ask for; the server gives what there is.
-constexpr std::uint32_t kWholeProperty = std::numeric_limits<std::uint32_t>::max() / 4;
+// The most units of four bytes that one request may ask for.
+constexpr std::size_t kMostUnits = std::numeric_limits<std::uint32_t>::max() / 4;
+
+// Between two requests for a text that was refused.
+constexpr std::chrono::milliseconds kPauseAfterRefusal{10};
+
+// An encoding that took longer was not made for nothing, and the next would cost the same again.
+constexpr std::chrono::milliseconds kQuickEncoding{100};
+
+// Of another program's words in the log.
+constexpr std::size_t kMaxNameInLog = 200;
 
 // Late answers come within seconds; older windows are given back.
 constexpr std::size_t kMaxRetiredWindows = 8;
 
 std::size_t unitBytes(const xcb_get_property_reply_t& reply) {
   return static_cast<std::size_t>(xcb_get_property_value_length(&reply));
+}
+
+std::string printable(std::string_view name) {
+  std::string printable(name.substr(0, kMaxNameInLog));
+  std::replace_if(
+      printable.begin(), printable.end(), [](unsigned char c) { return c < ' ' || c > '~'; }, '?');
+  return printable;
 }
 
 }  // namespace
@@ -60,18 +77,18 @@ void ClipboardReader::useFreshWindow() {
                     XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
 }
 
-ClipboardReader::Result ClipboardReader::readAll(const Budget& budget) {
-  const Clock::time_point end = Clock::now() + budget.time;
+/// What happened before a read is of no interest to it.
+void ClipboardReader::forgetEvents() {
   while (XcbReply<xcb_generic_event_t>(xcb_poll_for_event(connection_.get()))) {
-    // forgotten: what happened before this read is of no interest
   }
-  for (;;) {
-    if (selectionOwner() == XCB_WINDOW_NONE) {
-      return {Outcome::noOwner, {}};
-    }
-    Limits limits{end, budget.silence, budget.bytes};
+}
+
+ClipboardReader::Result ClipboardReader::readAll(const Budget& budget) {
+  const Clock::time_point start = Clock::now();
+  forgetEvents();
+  while (ownerOf(selection_) != XCB_WINDOW_NONE) {
     Result result;
-    switch (readTargets(limits, result.contents)) {
+    switch (readEverything(budget, start, result)) {
       case Answer::given:
       case Answer::refused:
         result.outcome = Outcome::complete;
@@ -84,67 +101,145 @@ ClipboardReader::Result ClipboardReader::readAll(const Budget& budget) {
         useFreshWindow();
         break;
     }
-    if (Clock::now() >= end) {
-      return {Outcome::overBudget, {}};
-    }
+    if (Clock::now() >= start + budget.time) return {Outcome::overBudget, {}, {}};
   }
+  return {};
 }
 
-ClipboardReader::Answer ClipboardReader::readTargets(Limits& limits, ClipboardContents& contents) {
-  ClipboardTarget list;
-  const Answer listAnswer = convert(atom("TARGETS"), limits, list);
-  std::vector<xcb_atom_t> targets;
-  if (listAnswer == Answer::given && list.format == 32) {
-    targets.resize(list.bytes->size() / sizeof(xcb_atom_t));
-    if (!targets.empty()) {
-      std::memcpy(targets.data(), list.bytes->data(), targets.size() * sizeof(xcb_atom_t));
-    }
-  } else if (listAnswer == Answer::given || listAnswer == Answer::refused) {
-    targets = {atom("UTF8_STRING"), atom("STRING")};  // an owner too old for TARGETS
-  } else {
+ClipboardReader::Answer ClipboardReader::readEverything(const Budget& budget, Clock::time_point start,
+                                                        Result& result) {
+  Limits limits{start + budget.time, budget.silence, budget.bytes};
+  std::vector<std::string> names;
+  const Answer listAnswer = readTargetNames(limits, names);
+  if (listAnswer == Answer::refused) {
+    names = {"UTF8_STRING", "STRING"};
+  } else if (listAnswer != Answer::given) {
     return listAnswer;
   }
-  std::set<xcb_atom_t> seen;
-  for (const xcb_atom_t target : targets) {
-    const std::string name = nameOf(target);
-    if (name.empty() || isProtocolTarget(name) || !seen.insert(target).second) continue;
-    ClipboardTarget entry;
-    entry.name = name;
-    const Answer answer = convert(target, limits, entry);
-    if (answer == Answer::given) {
-      contents.push_back(std::move(entry));
-    } else if (answer != Answer::refused) {
-      return answer;
-    }
+  std::vector<ClipboardTarget> targets;
+  for (const std::string& name : names) {
+    if (!isProtocolTarget(name)) targets.push_back({name, {}, 0, {}});
+  }
+  for (ClipboardTarget& target : targets) {
+    if (isPicture(target.name)) continue;
+    const Answer answer = convert(atom(target.name), limits, target);
+    if (answer != Answer::given && answer != Answer::refused) return answer;
+  }
+  const Answer picture = readPicture(budget, start, limits, targets, result);
+  if (picture != Answer::given) return picture;
+  for (ClipboardTarget& target : targets) {
+    const bool isGiven = !target.propertyType.empty();
+    if (isGiven) result.contents.push_back(std::move(target));
   }
   return Answer::given;
 }
 
-std::optional<std::string> ClipboardReader::readText(const Budget& budget) {
-  const Clock::time_point end = Clock::now() + budget.time;
-  while (XcbReply<xcb_generic_event_t>(xcb_poll_for_event(connection_.get()))) {
-    // as in readAll()
+/// One encoding that loses nothing restores a picture. Where there is none, all that there are.
+ClipboardReader::Answer ClipboardReader::readPicture(const Budget& budget, Clock::time_point start,
+                                                     Limits& limits, std::vector<ClipboardTarget>& targets,
+                                                     Result& result) {
+  std::vector<ClipboardTarget*> encodings;
+  for (ClipboardTarget& target : targets) {
+    if (isPicture(target.name)) encodings.push_back(&target);
   }
-  for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "STRING"}) {
-    Answer answer = Answer::ownerChanged;
-    ClipboardTarget text;
-    while (answer == Answer::ownerChanged && Clock::now() < end) {
-      if (selectionOwner() == XCB_WINDOW_NONE) return std::nullopt;
-      Limits limits{end, budget.silence, budget.bytes};
-      text = {};
-      answer = convert(atom(target), limits, text);
-      if (answer == Answer::ownerChanged) useFreshWindow();
+  const auto rank = [](const ClipboardTarget* target) {
+    return losslessRank(target->name).value_or(std::numeric_limits<int>::max());
+  };
+  std::stable_sort(encodings.begin(), encodings.end(),
+                   [&](const auto* one, const auto* other) { return rank(one) < rank(other); });
+  const std::chrono::milliseconds pictureTime = std::max(budget.time, budget.picture);
+  bool isKept = false;
+  bool isSlow = false;
+  for (ClipboardTarget* target : encodings) {
+    if (isKept && isSlow) {
+      result.leftOut.push_back(printable(target->name));
+      continue;
     }
-    if (answer == Answer::given && text.format == 8) {
-      const std::string bytes(reinterpret_cast<const char*>(text.bytes->data()), text.bytes->size());
-      return text.propertyType == "STRING" ? utf8FromLatin1(bytes) : bytes;
-    }
-    if (answer == Answer::overBudget || answer == Answer::ownerChanged) {
+    const Clock::time_point before = Clock::now();
+    // An encoder says nothing before it has finished, and one of the further encodings must not cost more
+    // than they are worth.
+    Limits own = isKept ? limits : Limits{start + pictureTime, pictureTime, limits.bytesLeft};
+    const Answer answer = convert(atom(target->name), own, *target);
+    if (answer == Answer::ownerChanged) return answer;
+    if (answer == Answer::overBudget) {
+      if (!isKept) return answer;
       useFreshWindow();
-      return std::nullopt;
+      *target = {target->name, {}, 0, {}};
+      result.leftOut.push_back(printable(target->name));
+      isSlow = true;
+    } else {
+      limits.bytesLeft = own.bytesLeft;
     }
+    // The owner may be the application in front: while it encodes it does not copy.
+    isSlow = isSlow || Clock::now() - before > kQuickEncoding || Clock::now() >= limits.end;
+    isKept = isKept || (answer == Answer::given && losslessRank(target->name));
   }
+  return Answer::given;
+}
+
+ClipboardReader::Answer ClipboardReader::readTargetNames(Limits& limits, std::vector<std::string>& names) {
+  ClipboardTarget list;
+  const Answer answer = convert(atom("TARGETS"), limits, list);
+  if (answer != Answer::given) return answer;
+  if (list.format != 32) return Answer::refused;
+  std::vector<xcb_atom_t> targets(list.bytes.size() / sizeof(xcb_atom_t));
+  if (!targets.empty()) std::memcpy(targets.data(), list.bytes.data(), targets.size() * sizeof(xcb_atom_t));
+  std::set<xcb_atom_t> seen;
+  std::erase_if(targets, [&](xcb_atom_t target) { return !seen.insert(target).second; });
+  if (targets.size() > kMaxTargets) return Answer::overBudget;
+  learnNames(targets);
+  for (const xcb_atom_t target : targets) {
+    std::string name = nameOf(target);
+    if (!name.empty()) names.push_back(std::move(name));
+  }
+  return Answer::given;
+}
+
+std::optional<std::string> ClipboardReader::readText(const Budget& budget,
+                                                     const std::function<bool(xcb_window_t owner)>& accepts) {
+  const Clock::time_point end = Clock::now() + budget.time;
+  forgetEvents();
+  do {
+    const xcb_window_t owner = ownerOf(selection_);
+    if (owner == XCB_WINDOW_NONE || (accepts && !accepts(owner))) return std::nullopt;
+    Limits limits{end, budget.silence, budget.bytes};
+    std::optional<std::string> text;
+    switch (readTextOnce(limits, text)) {
+      case Answer::given:
+        return text;
+      case Answer::refused:  // for now
+        std::this_thread::sleep_for(kPauseAfterRefusal);
+        break;
+      case Answer::ownerChanged:
+        useFreshWindow();
+        break;
+      case Answer::overBudget:
+        useFreshWindow();
+        return std::nullopt;
+    }
+  } while (Clock::now() < end);
   return std::nullopt;
+}
+
+/// Given also where there is no text to be had; refused where it is to be asked for again.
+ClipboardReader::Answer ClipboardReader::readTextOnce(Limits& limits, std::optional<std::string>& text) {
+  std::vector<std::string> names;
+  const Answer listAnswer = readTargetNames(limits, names);
+  if (listAnswer != Answer::given && listAnswer != Answer::refused) return listAnswer;
+  if (std::any_of(names.begin(), names.end(), isOfFiles)) return Answer::given;
+  const bool offersUtf8 = std::find(names.begin(), names.end(), "UTF8_STRING") != names.end();
+  for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "STRING"}) {
+    ClipboardTarget found;
+    const Answer answer = convert(atom(target), limits, found);
+    if (answer == Answer::given && found.format == 8) {
+      std::string bytes(reinterpret_cast<const char*>(found.bytes.data()), found.bytes.size());
+      text = found.propertyType == "STRING" ? utf8FromLatin1(bytes) : std::move(bytes);
+      return Answer::given;
+    }
+    if (answer == Answer::overBudget || answer == Answer::ownerChanged) return answer;
+    if (answer == Answer::refused && offersUtf8) return Answer::refused;
+  }
+  return Answer::given;
 }
 
 ClipboardReader::Answer ClipboardReader::convert(xcb_atom_t target, Limits& limits, ClipboardTarget& answer) {
@@ -159,14 +254,14 @@ ClipboardReader::Answer ClipboardReader::convert(xcb_atom_t target, Limits& limi
     const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(*event);
     if (notify.requestor != window_ || notify.target != target) continue;
     if (notify.property == XCB_ATOM_NONE) return Answer::refused;
-    const auto reply = takeProperty();
+    const auto reply = takeProperty(limits);
     if (!reply || reply->type == XCB_ATOM_NONE) return Answer::refused;
     if (reply->type == atom("INCR")) return receiveIncrementally(limits, answer);
     const std::size_t size = unitBytes(*reply);
-    if (size > limits.bytesLeft) return Answer::overBudget;
+    if (size > limits.bytesLeft || reply->bytes_after != 0) return Answer::overBudget;
     limits.bytesLeft -= size;
     const auto* first = static_cast<const std::byte*>(xcb_get_property_value(reply.get()));
-    answer.bytes = std::make_shared<const Bytes>(first, first + size);
+    answer.bytes = Bytes(first, first + size);
     answer.propertyType = nameOf(reply->type);
     answer.format = reply->format;
     return Answer::given;
@@ -177,7 +272,7 @@ ClipboardReader::Answer ClipboardReader::convert(xcb_atom_t target, Limits& limi
 /// Deleting the INCR property has asked for the first piece, and deleting a piece asks for the next; an empty
 /// piece is the end (ICCCM 2.7.2).
 ClipboardReader::Answer ClipboardReader::receiveIncrementally(Limits& limits, ClipboardTarget& answer) {
-  auto bytes = std::make_shared<Bytes>();
+  std::vector<std::byte> bytes;
   Clock::time_point deadline = limits.nextDeadline();
   while (const auto event = nextEvent(deadline)) {
     if (tellsOfOwnerChange(*event)) return Answer::ownerChanged;
@@ -186,7 +281,7 @@ ClipboardReader::Answer ClipboardReader::receiveIncrementally(Limits& limits, Cl
     if (notify.window != window_ || notify.atom != property_ || notify.state != XCB_PROPERTY_NEW_VALUE) {
       continue;
     }
-    const auto piece = takeProperty();
+    const auto piece = takeProperty(limits);
     if (!piece || piece->type == XCB_ATOM_NONE) continue;
     const std::size_t size = unitBytes(*piece);
     if (answer.propertyType.empty()) {
@@ -194,26 +289,28 @@ ClipboardReader::Answer ClipboardReader::receiveIncrementally(Limits& limits, Cl
       answer.format = piece->format;
     }
     if (size == 0) {
-      answer.bytes = std::move(bytes);
+      answer.bytes = Bytes(std::move(bytes));
       return Answer::given;
     }
-    if (size > limits.bytesLeft) return Answer::overBudget;
+    if (size > limits.bytesLeft || piece->bytes_after != 0) return Answer::overBudget;
     limits.bytesLeft -= size;
     deadline = limits.nextDeadline();
     const auto* first = static_cast<const std::byte*>(xcb_get_property_value(piece.get()));
-    bytes->insert(bytes->end(), first, first + size);
+    bytes.insert(bytes.end(), first, first + size);
   }
   return Answer::overBudget;
 }
 
-XcbReply<xcb_get_property_reply_t> ClipboardReader::takeProperty() {
-  const auto cookie = xcb_get_property(connection_.get(), 1, window_, property_, XCB_GET_PROPERTY_TYPE_ANY, 0,
-                                       kWholeProperty);
+/// No more of it than the limits allow, in units of four bytes; the server deletes it when it has given all.
+XcbReply<xcb_get_property_reply_t> ClipboardReader::takeProperty(const Limits& limits) {
+  const auto units = static_cast<std::uint32_t>(std::min(limits.bytesLeft / 4 + 1, kMostUnits));
+  const auto cookie =
+      xcb_get_property(connection_.get(), 1, window_, property_, XCB_GET_PROPERTY_TYPE_ANY, 0, units);
   return XcbReply<xcb_get_property_reply_t>(xcb_get_property_reply(connection_.get(), cookie, nullptr));
 }
 
-xcb_window_t ClipboardReader::selectionOwner() {
-  const auto cookie = xcb_get_selection_owner(connection_.get(), selection_);
+xcb_window_t ClipboardReader::ownerOf(xcb_atom_t selection) {
+  const auto cookie = xcb_get_selection_owner(connection_.get(), selection);
   const XcbReply<xcb_get_selection_owner_reply_t> reply(
       xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));
   return reply ? reply->owner : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
@@ -228,6 +325,21 @@ XcbReply<xcb_generic_event_t> ClipboardReader::nextEvent(Clock::time_point deadl
     if (left.count() <= 0 || xcb_connection_has_error(c) != 0) return nullptr;
     pollfd waited{xcb_get_file_descriptor(c), POLLIN, 0};
     poll(&waited, 1, static_cast<int>(left.count()));
+  }
+}
+
+/// Asks for all unknown names at once.
+void ClipboardReader::learnNames(const std::vector<xcb_atom_t>& atoms) {
+  std::vector<std::pair<xcb_atom_t, xcb_get_atom_name_cookie_t>> asked;
+  for (const xcb_atom_t atom : atoms) {
+    if (names_.count(atom) == 0) asked.emplace_back(atom, xcb_get_atom_name(connection_.get(), atom));
+  }
+  for (const auto& [atom, cookie] : asked) {
+    const XcbReply<xcb_get_atom_name_reply_t> reply(
+        xcb_get_atom_name_reply(connection_.get(), cookie, nullptr));
+    if (!reply) continue;
+    names_[atom] = {xcb_get_atom_name_name(reply.get()),
+                    static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()))};
   }
 }
 

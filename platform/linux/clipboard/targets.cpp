@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstring>
 
 #include "platform/linux/display/latin1.h"
 
@@ -21,10 +20,18 @@ std::string_view impliedPropertyType(std::string_view target) {
   return target == "TEXT" ? std::string_view("UTF8_STRING") : target;
 }
 
-std::shared_ptr<const Bytes> bytesOf(std::string_view text) {
-  auto bytes = std::make_shared<Bytes>(text.size());
-  if (!text.empty()) std::memcpy(bytes->data(), text.data(), text.size());
-  return bytes;
+// In the order in which they are asked for: what most programs understand comes first.
+constexpr std::array<std::string_view, 8> kLossless = {"image/png",   "image/tiff",     "image/bmp",
+                                                       "image/x-bmp", "image/x-MS-bmp", "image/qoi",
+                                                       "image/x-tga", "image/x-xpixmap"};
+
+bool startsWith(std::string_view text, std::string_view start) {
+  return text.substr(0, start.size()) == start;
+}
+
+Bytes bytesOf(std::string_view text) {
+  const auto* first = reinterpret_cast<const std::byte*>(text.data());
+  return {first, first + text.size()};
 }
 
 }  // namespace
@@ -62,8 +69,23 @@ bool isProtocolTarget(std::string_view target) {
   return std::find(kProtocolTargets.begin(), kProtocolTargets.end(), target) != kProtocolTargets.end();
 }
 
+bool isPicture(std::string_view target) {
+  // Drawings are no encodings of dots.
+  return (startsWith(target, "image/") && !startsWith(target, "image/svg")) ||
+         target == "application/x-qt-image";
+}
+
+std::optional<int> losslessRank(std::string_view target) {
+  const auto found = std::find(kLossless.begin(), kLossless.end(), target);
+  return found == kLossless.end() ? std::nullopt : std::optional(static_cast<int>(found - kLossless.begin()));
+}
+
+bool isOfFiles(std::string_view target) {
+  return target == "text/uri-list" || startsWith(target, "x-special/");
+}
+
 ClipboardContents passingTextContents(std::string_view utf8) {
-  const std::shared_ptr<const Bytes> bytes = bytesOf(utf8);
+  const Bytes bytes = bytesOf(utf8);
   ClipboardContents contents = {{"UTF8_STRING", "UTF8_STRING", 8, bytes},
                                 {"text/plain;charset=utf-8", "text/plain;charset=utf-8", 8, bytes},
                                 {"text/plain", "text/plain", 8, bytes},

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,7 +17,7 @@ struct ClipboardTarget {
   std::string name;
   std::string propertyType;
   std::uint8_t format = 8;
-  std::shared_ptr<const Bytes> bytes;
+  Bytes bytes;
 };
 
 /// All targets of a selection in their order.
@@ -34,6 +33,13 @@ ClipboardTarget targetOfTypeName(std::string_view typeName);
 
 /// True for targets that are part of the protocol or stand for resources, not for contents.
 bool isProtocolTarget(std::string_view target);
+
+/// Whether a target is one of the encodings in which a picture is offered, each made from the same picture.
+bool isPicture(std::string_view target);
+/// Of encodings that lose nothing, the better the smaller the number; nothing for the others.
+std::optional<int> losslessRank(std::string_view target);
+/// True for the targets by which file managers tell that files were copied, not text.
+bool isOfFiles(std::string_view target);
 
 /// The contents that stand for plain text that only passes through: the usual text targets and the mark by
 /// which clipboard histories leave it out.

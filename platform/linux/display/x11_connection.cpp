@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/display/x11_connection.h"
 
-#include <cstring>
 #include <deque>
 
 #include <glib.h>
@@ -109,12 +108,16 @@ std::shared_ptr<X11Connection> X11Connection::open() {
   if (!connection) return nullptr;
   const xcb_screen_t* screen = screenOf(connection.get(), screenNumber);
   if (screen == nullptr) return nullptr;
-  const xcb_window_t root = screen->root;
-  return std::shared_ptr<X11Connection>(new X11Connection(std::move(connection), root));
+  return std::shared_ptr<X11Connection>(new X11Connection(std::move(connection), screenNumber, screen->root));
 }
 
-X11Connection::X11Connection(XcbConnection connection, xcb_window_t root)
-    : connection_(std::move(connection)), root_(root), atoms_(connection_.get()) {
+X11Connection::X11Connection(XcbConnection connection, int screenNumber, xcb_window_t root)
+    : connection_(std::move(connection)),
+      screenNumber_(screenNumber),
+      root_(root),
+      atoms_(connection_.get()) {
+  // Where that fails the connection is gone, and every later request gets no answer either.
+  xcb_ewmh_init_atoms_replies(&ewmh_, xcb_ewmh_init_atoms(connection_.get(), &ewmh_), nullptr);
   queryExtensions();
   watch();
 }
@@ -122,6 +125,7 @@ X11Connection::X11Connection(XcbConnection connection, xcb_window_t root)
 X11Connection::~X11Connection() {
   g_source_destroy(&source_->base);
   g_source_unref(&source_->base);
+  xcb_ewmh_connection_wipe(&ewmh_);
 }
 
 void X11Connection::queryExtensions() {
@@ -223,51 +227,46 @@ std::optional<std::string> X11Connection::property(xcb_window_t window, xcb_atom
 }
 
 xcb_window_t X11Connection::activeWindow() {
+  xcb_window_t active = XCB_WINDOW_NONE;
+  const bool told = xcb_ewmh_get_active_window_reply(
+                        &ewmh_, xcb_ewmh_get_active_window(&ewmh_, screenNumber_), &active, nullptr) != 0;
+  return told && active != XCB_WINDOW_NONE ? active : inputFocus();
+}
+
+xcb_window_t X11Connection::inputFocus() {
   xcb_connection_t* c = connection_.get();
-  const auto activeCookie = xcb_get_property(c, 0, root_, atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW, 0, 1);
-  const auto focusCookie = xcb_get_input_focus(c);
-  const XcbReply<xcb_get_property_reply_t> active(xcb_get_property_reply(c, activeCookie, nullptr));
-  const XcbReply<xcb_get_input_focus_reply_t> focus(xcb_get_input_focus_reply(c, focusCookie, nullptr));
-  if (active && active->format == 32 && active->value_len == 1) {
-    const auto window = *static_cast<const xcb_window_t*>(xcb_get_property_value(active.get()));
-    if (window != XCB_WINDOW_NONE) return window;
-  }
+  const XcbReply<xcb_get_input_focus_reply_t> focus(
+      xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
   const bool onWindow = focus && focus->focus != XCB_INPUT_FOCUS_NONE &&
                         focus->focus != XCB_INPUT_FOCUS_POINTER_ROOT && focus->focus != root_;
   return onWindow ? focus->focus : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
 }
 
 std::optional<std::uint32_t> X11Connection::activeWindowProcess() {
-  const auto value = property(activeWindow(), atom("_NET_WM_PID"));
-  std::uint32_t process = 0;  // one CARDINAL of 32 bits
-  if (!value || value->size() < sizeof process) return std::nullopt;
-  std::memcpy(&process, value->data(), sizeof process);
-  return process;
+  std::uint32_t process = 0;
+  const bool told =
+      xcb_ewmh_get_wm_pid_reply(&ewmh_, xcb_ewmh_get_wm_pid(&ewmh_, activeWindow()), &process, nullptr) != 0;
+  return told ? std::optional(process) : std::nullopt;
 }
 
 void X11Connection::activate(xcb_window_t window) {
-  if (!property(root_, atom("_NET_SUPPORTING_WM_CHECK"))) {
+  xcb_window_t manager = XCB_WINDOW_NONE;
+  const bool isManaged = xcb_ewmh_get_supporting_wm_check_reply(
+                             &ewmh_, xcb_ewmh_get_supporting_wm_check(&ewmh_, root_), &manager, nullptr) != 0;
+  if (isManaged) {
+    xcb_ewmh_request_change_active_window(&ewmh_, screenNumber_, window,
+                                          XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER,  // as a wish of the user's
+                                          XCB_CURRENT_TIME, XCB_WINDOW_NONE);
+  } else {
     xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
-    flush();
-    return;
   }
-  constexpr std::uint32_t kWishOfTheUser = 2;  // EWMH, source indication
-  xcb_client_message_event_t message{};
-  message.response_type = XCB_CLIENT_MESSAGE;
-  message.format = 32;
-  message.window = window;
-  message.type = atom("_NET_ACTIVE_WINDOW");
-  message.data.data32[0] = kWishOfTheUser;
-  message.data.data32[1] = XCB_CURRENT_TIME;
-  xcb_send_event(connection_.get(), 0, root_,
-                 XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                 reinterpret_cast<const char*>(&message));
   flush();
 }
 
 std::optional<std::string> X11Connection::windowClass(xcb_window_t window) {
   for (int depth = 0; depth < kMaxWindowDepth && window != XCB_WINDOW_NONE && window != root_; ++depth) {
-    // Two strings, each ended by a NUL: the instance, then the class.
+    // Two strings, each ended by a NUL: the instance, then the class. libxcb-icccm would read on past a
+    // property that lacks the NULs.
     if (const auto value = property(window, XCB_ATOM_WM_CLASS)) {
       const std::size_t instanceEnd = value->find('\0');
       if (instanceEnd != std::string::npos) {

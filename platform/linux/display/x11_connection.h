@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <xcb/xcb.h>
+#include <xcb/xcb_ewmh.h>
 
 namespace lexwend::platform {
 
@@ -106,6 +107,8 @@ class X11Connection {
   /// The window that has the keyboard: _NET_ACTIVE_WINDOW, without a window manager the input focus;
   /// XCB_WINDOW_NONE when there is none.
   xcb_window_t activeWindow();
+  /// The window that the server sends typed keys to; XCB_WINDOW_NONE when there is none.
+  xcb_window_t inputFocus();
   /// _NET_WM_PID (EWMH) of that window; nothing when it does not tell.
   std::optional<std::uint32_t> activeWindowProcess();
   /// Gives that window the keyboard and brings it to the front, as a wish of the user's: whatever he last did
@@ -121,13 +124,15 @@ class X11Connection {
 
  private:
   struct Source;
-  explicit X11Connection(XcbConnection connection, xcb_window_t root);
+  X11Connection(XcbConnection connection, int screenNumber, xcb_window_t root);
   void queryExtensions();
   void watch();
 
   XcbConnection connection_;
+  int screenNumber_;
   xcb_window_t root_;
   AtomCache atoms_;
+  xcb_ewmh_connection_t ewmh_{};
   std::vector<std::weak_ptr<EventHandler>> observers_;
   std::uint32_t rootEventMask_ = 0;
   Source* source_ = nullptr;

@@ -5,28 +5,25 @@
 #include <array>
 #include <vector>
 
-#include <linux/input-event-codes.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
 #include "platform/linux/display/xcb_xkb.h"
 #include "platform/linux/keyboard/mac_key_codes.h"
 #include "platform/linux/keyboard/modifier_masks.h"
-#include "platform/linux/session/terminal_classes.h"
+#include "platform/linux/session/window_classes.h"
 
 namespace lexwend::platform {
 namespace {
 
-constexpr xcb_keycode_t kInsert = KEY_INSERT + kXKeyCodeOffset;
-
 struct FlagKey {
   EventFlags flag;
-  xcb_keycode_t ModifierKeys::*key;
+  xcb_keycode_t ShortcutKeys::*key;
 };
-constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, &ModifierKeys::control},
-                                               {kEventFlagShift, &ModifierKeys::shift},
-                                               {kEventFlagOption, &ModifierKeys::alt},
-                                               {kEventFlagControl, &ModifierKeys::super}}};
+constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, &ShortcutKeys::control},
+                                               {kEventFlagShift, &ShortcutKeys::shift},
+                                               {kEventFlagOption, &ShortcutKeys::alt},
+                                               {kEventFlagControl, &ShortcutKeys::super}}};
 
 class XTestEventSource : public EventSource {};
 
@@ -37,20 +34,26 @@ class XTestKeyEvent : public KeyEvent {
   void setFlags(EventFlags flags) override { flags_ = flags; }
 
   bool down() const { return down_; }
+  Shortcut shortcut() const {
+    if (flags_ != kEventFlagCommand) return Shortcut::none;
+    return macKeyCode_ == kKeyC ? Shortcut::copy : macKeyCode_ == kKeyV ? Shortcut::paste : Shortcut::none;
+  }
   /// The keys to hold, in the order of pressing, and last the key itself.
-  std::vector<xcb_keycode_t> chord(const ModifierKeys& modifierKeys) const {
-    if (flags_ == kEventFlagCommand && macKeyCode_ == kKeyC) {
-      return {modifierKeys.control, kInsert};
+  std::vector<xcb_keycode_t> chord(const ShortcutKeys& keys) const {
+    switch (shortcut()) {
+      case Shortcut::copy:
+        return {keys.control, keys.insert.value_or(0)};
+      case Shortcut::paste:
+        return {keys.shift, keys.insert.value_or(0)};
+      case Shortcut::none:
+        break;
     }
-    if (flags_ == kEventFlagCommand && macKeyCode_ == kKeyV) {
-      return {modifierKeys.shift, kInsert};
-    }
-    std::vector<xcb_keycode_t> keys;
+    std::vector<xcb_keycode_t> chord;
     for (const FlagKey& flagKey : kFlagKeys) {
-      if (overlap(flags_, flagKey.flag)) keys.push_back(modifierKeys.*flagKey.key);
+      if (overlap(flags_, flagKey.flag)) chord.push_back(keys.*flagKey.key);
     }
-    keys.push_back(key_);
-    return keys;
+    chord.push_back(key_);
+    return chord;
   }
 
  private:
@@ -62,9 +65,8 @@ class XTestKeyEvent : public KeyEvent {
 
 }  // namespace
 
-LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayPost,
-                               std::function<void()> refused)
-    : x11_(std::move(x11)), mayPost_(std::move(mayPost)), refused_(std::move(refused)) {}
+LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayCopy)
+    : x11_(std::move(x11)), mayCopy_(std::move(mayCopy)) {}
 
 EventFlags LinuxKeyEvents::flagsState(EventSourceState /*state*/) {
   if (!x11_ || !x11_->hasXkb()) return kNoEventFlags;
@@ -86,31 +88,25 @@ EventSourceRef LinuxKeyEvents::createSource(EventSourceState /*state*/) {
 
 std::unique_ptr<KeyEvent> LinuxKeyEvents::createKeyboardEvent(const EventSourceRef& /*source*/,
                                                               KeyCode keyCode, bool keyDown) {
-  const auto key = keyToPost(keyCode);
-  if (!key) {
-    if (refused_) refused_();
-    return nullptr;
-  }
+  const auto key = xFromMacKeyCode(keyCode);
+  if (!x11_ || !x11_->hasXTest() || !key) return nullptr;
   return std::make_unique<XTestKeyEvent>(keyCode, *key, keyDown);
 }
 
-/// Nothing where the event is refused.
-std::optional<xcb_keycode_t> LinuxKeyEvents::keyToPost(KeyCode keyCode) {
-  if (!x11_ || !x11_->hasXTest() || (mayPost_ && !mayPost_())) return std::nullopt;
-  const auto windowClass = x11_->activeWindowClass();
-  return windowClass && isTerminalClass(*windowClass) ? std::nullopt : xFromMacKeyCode(keyCode);
-}
-
-void LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
+PostResult LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   const auto* keyEvent = dynamic_cast<const XTestKeyEvent*>(&event);
-  if (!x11_ || keyEvent == nullptr) return;
+  if (!x11_ || keyEvent == nullptr) return PostResult::refused;
   xcb_connection_t* c = x11_->get();
   if (keyEvent->down()) {
     devices_ = readKeyboardDevices(*x11_);
-    modifierKeys_ = readModifierKeys(*x11_, devices_);
+    keys_ = readShortcutKeys(*x11_, devices_);
+    const Shortcut shortcut = keyEvent->shortcut();
+    const Front inFront = front();
+    if (shortcut != Shortcut::none && !mayPlay(shortcut, inFront)) return PostResult::refused;
+    note(shortcut, inFront);
     releaseHeldModifiers();
   }
-  std::vector<xcb_keycode_t> chord = keyEvent->chord(modifierKeys_);
+  std::vector<xcb_keycode_t> chord = keyEvent->chord(keys_);
   if (!keyEvent->down()) std::reverse(chord.begin(), chord.end());
   // A hot key that is still held repeats, and each repetition grabs the keyboard anew: what is typed then
   // would come back to this program. The server repeats only between two readings of a client's requests, so
@@ -120,6 +116,30 @@ void LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   const std::uint8_t type = keyEvent->down() ? XCB_KEY_PRESS : XCB_KEY_RELEASE;
   for (const xcb_keycode_t key : chord) play(type, key);
   x11_->flush();
+  return PostResult::posted;
+}
+
+LinuxKeyEvents::Front LinuxKeyEvents::front() {
+  return {x11_->activeWindow(), x11_->inputFocus()};
+}
+
+bool LinuxKeyEvents::mayPlay(Shortcut shortcut, const Front& front) {
+  if (!keys_.insert) return false;
+  if (shortcut == Shortcut::paste) return !copiedFrom_ || front == copiedFrom_;
+  const auto windowClass = x11_->windowClass(front.active);
+  if (windowClass && (isTerminalClass(*windowClass) || isPasswordPromptClass(*windowClass) ||
+                      copyEndsSelectionInClass(*windowClass))) {
+    return false;
+  }
+  return !mayCopy_ || mayCopy_();
+}
+
+void LinuxKeyEvents::note(Shortcut shortcut, const Front& front) {
+  if (shortcut == Shortcut::none) return;
+  const PlayedShortcut played{applicationOf(x11_->get(), front.active), front.active,
+                              std::chrono::steady_clock::now()};
+  if (shortcut == Shortcut::copy) copiedFrom_ = front;
+  (shortcut == Shortcut::copy ? lastCopy_ : lastPaste_) = played;
 }
 
 void LinuxKeyEvents::play(std::uint8_t coreType, xcb_keycode_t key) {

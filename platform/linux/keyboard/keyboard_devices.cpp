@@ -21,6 +21,8 @@ constexpr std::size_t kModifierCount = 8;
 constexpr std::size_t kFirstNamelessModifier = 3;  // Mod1; before it stand Shift, Lock and Control
 constexpr std::size_t kShiftRow = 0;
 constexpr std::size_t kControlRow = 2;
+// Of the keysyms of a key: those that the core protocol knows, two layouts with two levels each.
+constexpr std::size_t kLayoutColumns = 4;
 
 std::string_view nameOf(const xcb_input_xi_device_info_t& device) {
   return {xcb_input_xi_device_info_name(&device),
@@ -61,12 +63,29 @@ struct KeyTables {
     }
     return static_cast<xcb_keycode_t>(usualKey + kXKeyCodeOffset);
   }
-  ModifierKeys modifierKeys() const {
+  bool typesNothingBut(xcb_keycode_t code, xcb_keysym_t keysym) const {
+    // The first two columns are the first layout's without and with Shift, the next two the second's.
+    const auto columns = keysyms.subspan(std::size_t(code - firstCode) * keysymsPerCode,
+                                         std::min(keysymsPerCode, kLayoutColumns));
+    return columns.front() == keysym && std::all_of(columns.begin(), columns.end(), [&](xcb_keysym_t typed) {
+             return typed == keysym || typed == XKB_KEY_NoSymbol;
+           });
+  }
+  std::optional<xcb_keycode_t> insertKey() const {
+    constexpr xcb_keycode_t kUsual = KEY_INSERT + kXKeyCodeOffset;
+    if (keysymsPerCode == 0 || typesNothingBut(kUsual, XKB_KEY_Insert)) return kUsual;
+    for (std::size_t i = 0; i < keysyms.size() / keysymsPerCode; ++i) {
+      const auto code = static_cast<xcb_keycode_t>(firstCode + i);
+      if (typesNothingBut(code, XKB_KEY_Insert)) return code;
+    }
+    return std::nullopt;
+  }
+  ShortcutKeys shortcutKeys() const {
     const auto nameless = rows(kFirstNamelessModifier, kModifierCount - kFirstNamelessModifier);
     return {keyOf(rows(kShiftRow, 1), XKB_KEY_Shift_L, XKB_KEY_Shift_R, KEY_LEFTSHIFT),
             keyOf(rows(kControlRow, 1), XKB_KEY_Control_L, XKB_KEY_Control_R, KEY_LEFTCTRL),
             keyOf(nameless, XKB_KEY_Alt_L, XKB_KEY_Alt_R, KEY_LEFTALT),
-            keyOf(nameless, XKB_KEY_Super_L, XKB_KEY_Super_R, KEY_LEFTMETA)};
+            keyOf(nameless, XKB_KEY_Super_L, XKB_KEY_Super_R, KEY_LEFTMETA), insertKey()};
   }
 };
 
@@ -108,13 +127,13 @@ KeyboardDevices readKeyboardDevices(const X11Connection& x11) {
   return devices;
 }
 
-ModifierKeys readModifierKeys(const X11Connection& x11, const KeyboardDevices& devices) {
+ShortcutKeys readShortcutKeys(const X11Connection& x11, const KeyboardDevices& devices) {
   xcb_connection_t* c = x11.get();
   const xcb_setup_t* setup = xcb_get_setup(c);
   const xcb_keycode_t first = setup->min_keycode;
   const auto count = static_cast<std::uint8_t>(setup->max_keycode - first + 1);
   KeyTables tables{{}, {}, 0, first};
-  if (devices.core == KeyboardDevices::kNone) return tables.modifierKeys();
+  if (devices.core == KeyboardDevices::kNone) return tables.shortcutKeys();
   const KeyboardDevices::Id played = devices.forSimulatedKeys();
   const KeyboardDevices::Id device = played != KeyboardDevices::kNone ? played : devices.core;
   const auto modifierCookie = xcb_input_get_device_modifier_mapping(c, device);
@@ -130,7 +149,7 @@ ModifierKeys readModifierKeys(const X11Connection& x11, const KeyboardDevices& d
                             xcb_input_get_device_key_mapping_keysyms_length(keys.get()));
     tables.keysymsPerCode = keys->keysyms_per_keycode;
   }
-  return tables.modifierKeys();
+  return tables.shortcutKeys();
 }
 
 }  // namespace lexwend::platform

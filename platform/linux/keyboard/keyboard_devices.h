@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include <xcb/xcb.h>
@@ -34,16 +35,20 @@ struct KeyboardDevices {
 /// Asks the server; blocks for one answer. Without XInput 2 or an answer there are no devices.
 KeyboardDevices readKeyboardDevices(const X11Connection& x11);
 
-/// The keys to hold for each modifier on the keyboard of simulated keys, by its modifier map and keysyms:
-/// Control may be where Caps Lock is printed. Where it has no such key, or without XInput 2, the usual place.
-struct ModifierKeys {
-  xcb_keycode_t shift;
-  xcb_keycode_t control;
-  xcb_keycode_t alt;
-  xcb_keycode_t super;
+/// The keys to simulate, by the keymap and the modifier map of the keyboard that they are played on.
+struct ShortcutKeys {
+  /// The keys to hold for the modifiers: Control may be where Caps Lock is printed. Where the keyboard has no
+  /// such key, or without XInput 2, the usual place.
+  xcb_keycode_t shift = 0;
+  xcb_keycode_t control = 0;
+  xcb_keycode_t alt = 0;
+  xcb_keycode_t super = 0;
+  /// A key that types Insert in every layout, with Shift and without; nothing when there is none. The key
+  /// with that word on it may type Delete.
+  std::optional<xcb_keycode_t> insert;
 };
 
-/// Asks the server; blocks for two answers. Without them, the usual place of each key.
-ModifierKeys readModifierKeys(const X11Connection& x11, const KeyboardDevices& devices);
+/// Asks the server three times at most. Without XInput 2, or when the server does not answer, the usual keys.
+ShortcutKeys readShortcutKeys(const X11Connection& x11, const KeyboardDevices& devices);
 
 }  // namespace lexwend::platform

@@ -18,8 +18,9 @@ TEST(LinuxSecureInput, followsTheFocusedField) {
   EXPECT_FALSE(isSecure(std::nullopt, false));
 }
 
-TEST(LinuxSecureInput, isOnInATerminal) {
-  for (const char* terminal : {"XTerm", "org.gnome.Terminal", "kitty", "Xfce4-terminal", "org.kde.konsole"}) {
+TEST(LinuxSecureInput, isOnInATerminalAndInAPromptForAPassword) {
+  for (const char* terminal : {"XTerm", "org.gnome.Terminal", "kitty", "Xfce4-terminal", "org.kde.konsole",
+                               "Pinentry-gtk-2", "Gcr-prompter", "ssh-askpass"}) {
     EXPECT_TRUE(isSecure(terminal, false)) << terminal;
   }
 }

@@ -8,16 +8,15 @@ namespace lexwend::platform {
 namespace {
 
 TEST(ClipboardTypeNames, areTheTargetsNameWhereItSaysEverything) {
-  EXPECT_EQ(encodedTypeName({"image/png", "image/png", 8, nullptr}), "image/png");
-  EXPECT_EQ(encodedTypeName({"TEXT", "UTF8_STRING", 8, nullptr}), "TEXT");
+  EXPECT_EQ(encodedTypeName({"image/png", "image/png", 8, {}}), "image/png");
+  EXPECT_EQ(encodedTypeName({"TEXT", "UTF8_STRING", 8, {}}), "TEXT");
 }
 
 TEST(ClipboardTypeNames, keepTypeAndFormatThatDeviate) {
   for (const ClipboardTarget& target :
-       {ClipboardTarget{"TEXT", "COMPOUND_TEXT", 8, nullptr}, ClipboardTarget{"TEXT", "TEXT", 8, nullptr},
-        ClipboardTarget{"LENGTH", "INTEGER", 32, nullptr},
-        ClipboardTarget{"image/png", "image/png", 16, nullptr},
-        ClipboardTarget{"a\tb", "UTF8_STRING", 8, nullptr}, ClipboardTarget{"text/plain", "", 8, nullptr}}) {
+       {ClipboardTarget{"TEXT", "COMPOUND_TEXT", 8, {}}, ClipboardTarget{"TEXT", "TEXT", 8, {}},
+        ClipboardTarget{"LENGTH", "INTEGER", 32, {}}, ClipboardTarget{"image/png", "image/png", 16, {}},
+        ClipboardTarget{"a\tb", "UTF8_STRING", 8, {}}, ClipboardTarget{"text/plain", "", 8, {}}}) {
     const ClipboardTarget back = targetOfTypeName(encodedTypeName(target));
     EXPECT_EQ(back.propertyType, target.propertyType);
     EXPECT_EQ(back.format, target.format);

@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/linux/display/x11_connection.h"
@@ -58,12 +61,22 @@ void sendNotify(xcb_connection_t* connection, const xcb_selection_request_event_
 
 }  // namespace
 
-CopyingApplication::CopyingApplication(Behaviour behaviour, const std::string& selection)
+CopyingApplication::CopyingApplication(Behaviour behaviour, const std::string& selection,
+                                       xcb_timestamp_t time)
     : behaviour_(std::move(behaviour)) {
   EXPECT_EQ(pipe(stopPipe_), 0);
   connection_ = connectWithWindow(window_);
   selection_ = internAtom(connection_, selection);
-  claim();
+  std::vector<xcb_intern_atom_cookie_t> cookies;
+  for (int i = 0; i < behaviour_.furtherTargets; ++i) {
+    const std::string name = "application/x-further-" + std::to_string(i);
+    cookies.push_back(xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()));
+  }
+  for (const xcb_intern_atom_cookie_t cookie : cookies) {
+    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection_, cookie, nullptr));
+    furtherTargets_.push_back(reply->atom);
+  }
+  claim(time);
   thread_ = std::thread(&CopyingApplication::run, this);
 }
 
@@ -74,13 +87,13 @@ CopyingApplication::~CopyingApplication() {
   if (!dead_) xcb_disconnect(connection_);
 }
 
-void CopyingApplication::claim() {
-  xcb_set_selection_owner(connection_, window_, selection_, XCB_CURRENT_TIME);
+void CopyingApplication::claim(xcb_timestamp_t time) {
+  xcb_set_selection_owner(connection_, window_, selection_, time);
   roundTrip(connection_);
 }
 
 void CopyingApplication::copyAgain() {
-  claim();
+  claim(XCB_CURRENT_TIME);
 }
 
 bool CopyingApplication::ownsSelection() {
@@ -128,11 +141,14 @@ void CopyingApplication::serve(const xcb_selection_request_event_t& request) {
   }
   if (behaviour_.silentTargets.count(target) != 0) return;
   std::this_thread::sleep_for(behaviour_.delay);
+  const auto slow = behaviour_.slowTargets.find(target);
+  if (slow != behaviour_.slowTargets.end()) std::this_thread::sleep_for(slow->second);
   if (target == "TARGETS" && behaviour_.answersTargets) {
     std::vector<xcb_atom_t> atoms = {internAtom(connection_, "TIMESTAMP"), internAtom(connection_, "TARGETS"),
                                      internAtom(connection_, "MULTIPLE"),
                                      internAtom(connection_, "SAVE_TARGETS")};
     for (const auto& [name, value] : behaviour_.targets) atoms.push_back(internAtom(connection_, name));
+    atoms.insert(atoms.end(), furtherTargets_.begin(), furtherTargets_.end());
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, request.requestor, request.property,
                         XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(atoms.size()), atoms.data());
     notify(request, request.property);
@@ -140,6 +156,8 @@ void CopyingApplication::serve(const xcb_selection_request_event_t& request) {
   }
   for (const auto& [name, value] : behaviour_.targets) {
     if (name != target || behaviour_.refusedTargets.count(target) != 0) continue;
+    const auto refusals = behaviour_.firstRefusals.find(target);
+    if (refusals != behaviour_.firstRefusals.end() && refusals->second-- > 0) continue;
     const xcb_atom_t type = internAtom(connection_, value.type);
     if (value.bytes.size() > behaviour_.pieceSize) {
       const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
@@ -265,7 +283,7 @@ std::optional<SelectionValue> PastingApplication::paste(const std::string& targe
 }
 
 std::optional<SelectionValue> PastingApplication::takePieces(std::chrono::milliseconds time) {
-  const auto start = take(internAtom(connection_, "PASTED"));
+  auto start = take(internAtom(connection_, "PASTED"));
   if (!start || start->type != "INCR") return start;
   return receivePieces(Clock::now() + time);
 }
@@ -341,6 +359,79 @@ void PastingApplication::pasteAndStop(const std::string& target) {
     if (eventType(*event) == XCB_SELECTION_NOTIFY) return;
   }
   ADD_FAILURE() << "no answer";
+}
+
+xcb_timestamp_t PastingApplication::serverTime() {
+  xcb_change_property(connection_, XCB_PROP_MODE_APPEND, window_, internAtom(connection_, "TIME"),
+                      XCB_ATOM_INTEGER, 32, 0, nullptr);
+  while (const auto event = nextEvent(connection_, Clock::now() + std::chrono::seconds(10))) {
+    if (eventType(*event) == XCB_PROPERTY_NOTIFY) {
+      return reinterpret_cast<const xcb_property_notify_event_t&>(*event).time;
+    }
+  }
+  return XCB_CURRENT_TIME;
+}
+
+namespace {
+
+/// The life of a strange client: a question and its text come as one packet, and one packet goes back.
+void answerQuestions(int socket) {
+  PastingApplication paster;
+  std::unique_ptr<CopyingApplication> copier;
+  std::unique_ptr<CopyingApplication> manager;
+  char packet[4096];
+  for (ssize_t size = 0; (size = recv(socket, packet, sizeof packet, 0)) > 0;) {
+    std::string answer = "ok";
+    switch (packet[0]) {
+      case 'c':
+        copier = std::make_unique<CopyingApplication>(CopyingApplication::Behaviour{
+            {{"UTF8_STRING",
+              {"UTF8_STRING", 8, std::string(packet + 1, static_cast<std::size_t>(size) - 1)}}}});
+        break;
+      case 'p':
+        answer =
+            ":" + paster.paste("UTF8_STRING").value_or(SelectionValue{}).bytes.substr(0, sizeof packet / 2);
+        break;
+      case 'r':
+        answer = ":" + std::to_string(copier ? copier->requests().size() : 0);
+        break;
+      case 'm':
+        manager = std::make_unique<CopyingApplication>(CopyingApplication::Behaviour{}, "CLIPBOARD_MANAGER");
+        break;
+      default:
+        break;
+    }
+    if (send(socket, answer.data(), answer.size(), 0) < 0) return;
+  }
+}
+
+}  // namespace
+
+StrangeClient::StrangeClient() {
+  int sockets[2];
+  EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, sockets), 0);
+  socket_ = sockets[0];
+  process_ = fork();
+  if (process_ == 0) {
+    close(sockets[0]);
+    answerQuestions(sockets[1]);
+    _exit(0);
+  }
+  close(sockets[1]);
+}
+
+StrangeClient::~StrangeClient() {
+  close(socket_);
+  waitpid(process_, nullptr, 0);
+}
+
+std::string StrangeClient::ask(char question, const std::string& text) {
+  const std::string packet = question + text;
+  EXPECT_EQ(send(socket_, packet.data(), packet.size(), 0), static_cast<ssize_t>(packet.size()));
+  char answer[4096];
+  const ssize_t size = recv(socket_, answer, sizeof answer, 0);
+  EXPECT_GT(size, 0);
+  return size > 0 ? std::string(answer + 1, static_cast<std::size_t>(size) - 1) : "";
 }
 
 std::string atomBytes(const std::string& name) {

@@ -13,7 +13,10 @@
 #include <thread>
 #include <vector>
 
+#include <sys/types.h>
 #include <xcb/xcb.h>
+
+#include "platform/linux/display/x_application.h"
 
 namespace lexwend::platform {
 
@@ -41,6 +44,12 @@ class CopyingApplication {
     std::set<std::string> deadlyTargets{};
     /// Offered, and refused when asked for.
     std::set<std::string> refusedTargets{};
+    /// Refused so many times when asked for.
+    std::map<std::string, int> firstRefusals{};
+    /// Before the answer for one of these.
+    std::map<std::string, std::chrono::milliseconds> slowTargets{};
+    /// It offers so many types more, of which it gives none.
+    int furtherTargets = 0;
     /// It dies after so many pieces of an answer.
     int deadlyPiece = -1;
     /// It sends no more after so many.
@@ -48,7 +57,9 @@ class CopyingApplication {
     bool answersTargets = true;
   };
 
-  explicit CopyingApplication(Behaviour behaviour, const std::string& selection = "CLIPBOARD");
+  /// `time` is the server's time that its claim bears.
+  explicit CopyingApplication(Behaviour behaviour, const std::string& selection = "CLIPBOARD",
+                              xcb_timestamp_t time = XCB_CURRENT_TIME);
   /// Ends like an application: its connection closes.
   ~CopyingApplication();
   CopyingApplication(const CopyingApplication&) = delete;
@@ -70,7 +81,7 @@ class CopyingApplication {
     int sentPieces;
   };
   void run();
-  void claim();
+  void claim(xcb_timestamp_t time);
   void serve(const xcb_selection_request_event_t& request);
   bool serveNextPiece(const xcb_property_notify_event_t& notify);
   void notify(const xcb_selection_request_event_t& request, xcb_atom_t property);
@@ -79,6 +90,7 @@ class CopyingApplication {
   xcb_connection_t* connection_;
   xcb_window_t window_;
   xcb_atom_t selection_;
+  std::vector<xcb_atom_t> furtherTargets_;
   std::vector<Piecewise> piecewise_;
   bool dead_ = false;
   std::mutex mutex_;
@@ -95,6 +107,10 @@ class PastingApplication {
   PastingApplication(const PastingApplication&) = delete;
   PastingApplication& operator=(const PastingApplication&) = delete;
 
+  xcb_window_t window() const { return window_; }
+  XApplication application() { return applicationOf(connection_, window_); }
+  /// The server's clock.
+  xcb_timestamp_t serverTime();
   /// The owner's answer; nothing when it refuses or does not answer in time.
   std::optional<SelectionValue> paste(const std::string& target,
                                       std::chrono::milliseconds time = std::chrono::seconds(10));
@@ -132,6 +148,28 @@ class ManagingApplication {
   std::map<std::string, SelectionValue> saved_;
   int stopPipe_[2];
   std::thread thread_;
+};
+
+/// Another program, in a process of its own, that copies and pastes plain text.
+class StrangeClient {
+ public:
+  StrangeClient();
+  ~StrangeClient();
+  StrangeClient(const StrangeClient&) = delete;
+  StrangeClient& operator=(const StrangeClient&) = delete;
+
+  void copy(const std::string& text) { ask('c', text); }
+  /// Empty when there is none.
+  std::string paste() { return ask('p'); }
+  /// How often it was asked for what it has copied.
+  int requests() { return std::stoi(ask('r')); }
+  /// It claims CLIPBOARD_MANAGER.
+  void becomeManager() { ask('m'); }
+
+ private:
+  std::string ask(char question, const std::string& text = "");
+  pid_t process_;
+  int socket_;
 };
 
 /// An atom's number as the four bytes that stand for it in a property.

@@ -234,6 +234,10 @@ FocusedWindow::FocusedWindow(const std::string& windowClass) {
   }
   xcb_map_window(connection_, window_);
   roundTrip(connection_);
+  focus();
+}
+
+void FocusedWindow::focus() {
   xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_PARENT, window_, XCB_CURRENT_TIME);
   roundTrip(connection_);
 }

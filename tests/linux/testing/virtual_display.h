@@ -100,6 +100,9 @@ class FocusedWindow {
   FocusedWindow(const FocusedWindow&) = delete;
   FocusedWindow& operator=(const FocusedWindow&) = delete;
 
+  xcb_window_t id() const { return window_; }
+  /// Takes the input focus again.
+  void focus();
   /// The key events so far: "+37 +118 -118 -37" (X key codes).
   std::string keys();
 
