@@ -415,7 +415,10 @@ class Source:
             first, second = (self.text[self.tokens[a].start:self.tokens[b].end] for a, b in (one, two))
             self._add("arguments", one[0], two[1], f"{second}, {first}")
         for index, (first, last) in enumerate(pieces):
-            if opener == "{" and self._text(first) == "." and self._text(first + 2) == "=":
+            # What would be there anyway is no loss.
+            default = self._text(last) in ("nullptr", "false", "0", "nil") and last == first + 3 or \
+                self._text(last - 1) == "{" and self._text(last) == "}"
+            if opener == "{" and self._text(first) == "." and self._text(first + 2) == "=" and not default:
                 end = last + 1 if index + 1 < len(pieces) else last
                 self._add("property", first, end, "")
 
