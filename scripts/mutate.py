@@ -162,7 +162,9 @@ class Bench:
             start = time.monotonic()
             said = self._run(program, place / "program", place, FIRST_RUN)
             program.seconds = time.monotonic() - start
-            last = (place / "said").read_text(encoding="utf-8", errors="replace")[-3000:]
+            lines = (place / "said").read_text(encoding="utf-8", errors="replace").splitlines()
+            # After the first failure the rest is skipped, each with a line of its own.
+            last = "\n".join(line for line in lines if line.strip() and not line.endswith("Skipped"))[-3000:]
             return f"{program.path.name}: {said}\n{last}" if said else None
         finally:
             shutil.rmtree(place, ignore_errors=True)
