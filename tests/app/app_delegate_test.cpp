@@ -77,13 +77,6 @@ TEST(AgentLaunch, promptsAndPollsBeforeTheRefreshWhenNotTrusted) {
                           "accessibility.isProcessTrusted", "statusItem.setImage keyboard.badge.ellipsis"));
 }
 
-TEST(AgentLaunch, registersTheFactoryHotKeyAndLogsIt) {
-  Agent a;
-  a.launch();
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, platform::kNoModifiers));
-  EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register F2 ok=true"));
-}
-
 TEST(AgentLaunch, registersTheStoredHotKey) {
   Agent a;
   a.host.standardUserDefaults().put("hotKeyCode", std::int64_t{49});
@@ -92,26 +85,6 @@ TEST(AgentLaunch, registersTheStoredHotKey) {
   EXPECT_TRUE(a.host.hotKeyService().holds(platform::KeyCode{49}, platform::Modifiers{0x1900}));
   EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register ⌃⌥⌘  ok=true"));
   EXPECT_EQ(a.fixItem().title, "תקן טקסט מסומן    ⌃⌥⌘ ");
-}
-
-TEST(AgentLaunch, refusedHotKeyIsOnlyLoggedAndTheMenuWorks) {
-  Agent a;
-  a.host.hotKeyService().otherAppTakes(kF2, platform::kNoModifiers);
-  a.launch();
-  EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register F2 ok=false"));
-  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
-  EXPECT_EQ(a.host.application().beeps, 0);
-  EXPECT_EQ(a.fixItem().title, kFixTitle);
-  const auto editor = a.openEditor("akuo");
-  a.chooseFix();
-  a.host.advance(std::chrono::milliseconds(250));
-  EXPECT_EQ(editor->focus()->text(), "שלום");
-}
-
-TEST(AgentLaunchDeathTest, storedHotKeyOutsideOf32BitsStopsTheProcess) {
-  Agent a;
-  a.host.standardUserDefaults().put("hotKeyCode", std::int64_t{4294967296});
-  EXPECT_DEATH(a.launch(), "hot-key number");
 }
 
 class BarWithoutItems : public platform::FakeStatusBar {
@@ -138,18 +111,6 @@ TEST(AgentLaunchDeathTest, missingStatusItemStopsTheProcess) {
 }
 
 // The menu.
-
-TEST(AgentMenu, hasItsItemsInOrder) {
-  Agent a;
-  a.launch();
-  std::vector<std::string> titles;
-  for (const auto& item : a.host.statusBar().menu()->items) {
-    titles.push_back(item->separator ? "-" : item->title);
-  }
-  EXPECT_THAT(titles, ElementsAre("תקן טקסט מסומן    F2", "שנה מקש קיצור…", "-", "החלף שפת מקלדת אחרי תיקון",
-                                  "הפעל עם הכניסה למחשב", "מצב תאימות (דרך הלוח)", "-", "נדרש אישור נגישות…",
-                                  "גרסה 1.0 · פריסה מהמערכת · פעיל", "-", "יציאה"));
-}
 
 TEST(AgentMenu, enablesNothingByItselfAndOnlyTheStatusLineIsDisabled) {
   Agent a;
@@ -203,24 +164,6 @@ TEST(AgentMenu, missingSymbolClearsTheIcon) {
 
 // What the menu shows.
 
-TEST(AgentMenuState, freshInstallationSwitchesLayoutsAndDoesNotForceTheClipboard) {
-  Agent a;
-  a.launch();
-  EXPECT_TRUE(a.switchItem().checked);
-  EXPECT_FALSE(a.compatItem().checked);
-  EXPECT_TRUE(a.loginItem().checked);  // registered by the first launch
-  EXPECT_FALSE(a.fixItem().checked);
-}
-
-TEST(AgentMenuState, followsTheSettings) {
-  Agent a;
-  a.host.standardUserDefaults().put("switchLayoutAfterFix", false);
-  a.host.standardUserDefaults().put("compatMode", true);
-  a.launch();
-  EXPECT_FALSE(a.switchItem().checked);
-  EXPECT_TRUE(a.compatItem().checked);
-}
-
 TEST(AgentMenuState, loginItemIsCheckedOnlyWhenEnabled) {
   for (const auto status : {LoginItemStatus::notRegistered, LoginItemStatus::enabled,
                             LoginItemStatus::requiresApproval, LoginItemStatus::notFound}) {
@@ -230,29 +173,6 @@ TEST(AgentMenuState, loginItemIsCheckedOnlyWhenEnabled) {
     a.launch();
     EXPECT_EQ(a.loginItem().checked, status == LoginItemStatus::enabled) << static_cast<int>(status);
   }
-}
-
-TEST(AgentMenuState, waitsWithoutThePermission) {
-  Agent a;
-  a.host.accessibility().setTrusted(false);
-  a.launch();
-  EXPECT_EQ(a.statusLine(), "גרסה 1.0 · ממתין לאישור נגישות");
-  EXPECT_EQ(a.icon(), "keyboard.badge.ellipsis");
-  EXPECT_TRUE(a.host.statusBar().item()->image->isTemplate);
-  EXPECT_EQ(a.host.statusBar().item()->image->accessibilityDescription, "Lexwend");
-  EXPECT_FALSE(a.permissionItem().hidden);
-}
-
-TEST(AgentMenuState, becomesActiveAtTheRefreshAfterThePermissionIsGranted) {
-  Agent a;
-  a.host.accessibility().setTrusted(false);
-  a.launch();
-  a.host.accessibility().setTrusted(true);
-  EXPECT_EQ(a.icon(), "keyboard.badge.ellipsis");  // not before a refresh
-  a.choose(kSwitchTitle);
-  EXPECT_EQ(a.statusLine(), "גרסה 1.0 · פריסה מהמערכת · פעיל");
-  EXPECT_EQ(a.icon(), "keyboard");
-  EXPECT_TRUE(a.permissionItem().hidden);
 }
 
 TEST(AgentMenuState, revokedPermissionIsSeenAtTheNextRefresh) {
@@ -266,31 +186,6 @@ TEST(AgentMenuState, revokedPermissionIsSeenAtTheNextRefresh) {
   EXPECT_EQ(a.host.runLoop().liveTimers(), 0U);
 }
 
-TEST(AgentMenuState, namesTheFixedLayoutWhenTheSystemHasNone) {
-  Agent a;
-  a.host.inputSourceService().setLayouts({platform::usLayout()});
-  a.launch();
-  EXPECT_EQ(a.statusLine(), "גרסה 1.0 · פריסה קבועה · פעיל");
-}
-
-TEST(AgentMenuState, waitingLineNamesNoLayout) {
-  Agent a;
-  a.host.accessibility().setTrusted(false);
-  a.host.inputSourceService().setLayouts({platform::usLayout()});
-  a.launch();
-  EXPECT_EQ(a.statusLine(), "גרסה 1.0 · ממתין לאישור נגישות");
-}
-
-TEST(AgentMenuState, missingVersionLeavesItsPlaceEmpty) {
-  Agent a;
-  a.host.application().version = std::nullopt;
-  a.launch();
-  EXPECT_EQ(a.statusLine(), "גרסה  · פריסה מהמערכת · פעיל");
-  a.host.accessibility().setTrusted(false);
-  a.choose(kSwitchTitle);
-  EXPECT_EQ(a.statusLine(), "גרסה  · ממתין לאישור נגישות");
-}
-
 TEST(AgentMenuState, readsTheTrustOncePerRefresh) {
   Agent a;
   a.launch();
@@ -300,32 +195,6 @@ TEST(AgentMenuState, readsTheTrustOncePerRefresh) {
 }
 
 // Toggles.
-
-TEST(AgentToggles, switchingLayoutsOffAndOn) {
-  Agent a;
-  a.launch();
-  a.choose(kSwitchTitle);
-  EXPECT_EQ(a.host.standardUserDefaults().objectForKey("switchLayoutAfterFix"),
-            platform::DefaultsValue(false));
-  EXPECT_FALSE(a.switchItem().checked);
-  a.choose(kSwitchTitle);
-  EXPECT_EQ(a.host.standardUserDefaults().objectForKey("switchLayoutAfterFix"),
-            platform::DefaultsValue(true));
-  EXPECT_TRUE(a.switchItem().checked);
-  EXPECT_FALSE(a.compatItem().checked);
-}
-
-TEST(AgentToggles, compatibilityModeOnAndOff) {
-  Agent a;
-  a.launch();
-  a.choose(kCompatTitle);
-  EXPECT_EQ(a.host.standardUserDefaults().objectForKey("compatMode"), platform::DefaultsValue(true));
-  EXPECT_TRUE(a.compatItem().checked);
-  a.choose(kCompatTitle);
-  EXPECT_EQ(a.host.standardUserDefaults().objectForKey("compatMode"), platform::DefaultsValue(false));
-  EXPECT_FALSE(a.compatItem().checked);
-  EXPECT_TRUE(a.switchItem().checked);
-}
 
 TEST(AgentToggles, writeThenRefreshAndTouchNothingElse) {
   Agent a;
@@ -339,17 +208,6 @@ TEST(AgentToggles, writeThenRefreshAndTouchNothingElse) {
 
 // Change of the hot key.
 
-TEST(AgentHotKeyChange, takesTheHotKeyAwayWhileTheRecorderIsOpen) {
-  Agent a;
-  a.launch();
-  a.openEditor("akuo");
-  a.choose(kChangeKeyTitle);
-  EXPECT_TRUE(a.host.hotKeyService().registered().empty());
-  EXPECT_EQ(a.host.userPresses(kF2), platform::KeyFate::ownWindow);
-  EXPECT_EQ(a.host.recorderWindows().window()->combination, "F2");
-  EXPECT_THAT(a.fixLines(), IsEmpty());
-}
-
 TEST(AgentHotKeyChange, unregistersBeforeTheRecorderIsMade) {
   Agent a;
   a.launch();
@@ -359,85 +217,6 @@ TEST(AgentHotKeyChange, unregistersBeforeTheRecorderIsMade) {
       a.host.calls().all(),
       ElementsAre("hotKeys.unregisterHotKey", "recorderWindows.create", "keyMonitor.addLocalKeyDownMonitor",
                   "application.activate true", "recorderWindow.showAndMakeKey"));
-}
-
-TEST(AgentHotKeyChange, savingRegistersTheNewCombinationAtOnce) {
-  Agent a;
-  a.launch();
-  a.choose(kChangeKeyTitle);
-  a.host.userPresses(platform::kKeyA, platform::Modifiers{0x1900});
-  a.host.userPresses(kReturn);
-  EXPECT_EQ(a.storedHotKey(), "0 6400");
-  EXPECT_EQ(a.host.hotKeyService().registered().size(), 1U);
-  EXPECT_TRUE(a.host.hotKeyService().holds(platform::KeyCode{0}, platform::Modifiers{0x1900}));
-  EXPECT_EQ(a.fixItem().title, "תקן טקסט מסומן    ⌃⌥⌘A");
-  EXPECT_THAT(a.host.logMessages(),
-              ElementsAre("hotkey: register F2 ok=true", "hotkey: register ⌃⌥⌘A ok=true"));
-  EXPECT_EQ(a.host.recorderWindows().alive(), 0U);
-  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
-}
-
-TEST(AgentHotKeyChange, theNewCombinationFixes) {
-  Agent a;
-  a.launch();
-  a.choose(kChangeKeyTitle);
-  a.host.userPresses(kF5);
-  a.host.recorderWindows().clickSave();
-  const auto editor = a.openEditor("akuo");
-  EXPECT_EQ(a.host.userPresses(kF5), platform::KeyFate::ownHotKey);
-  EXPECT_EQ(editor->focus()->text(), "שלום");
-}
-
-TEST(AgentHotKeyChange, cancellingRegistersTheUnchangedCombinationWithoutAnAlert) {
-  Agent a;
-  a.launch();
-  a.choose(kChangeKeyTitle);
-  a.host.userPresses(kF5);
-  a.host.userPresses(kEscape);
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, platform::kNoModifiers));
-  EXPECT_FALSE(a.host.standardUserDefaults().all().contains("hotKeyCode"));
-  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
-  EXPECT_THAT(a.host.logMessages(),
-              ElementsAre("hotkey: register F2 ok=true", "hotkey: register F2 ok=true"));
-  EXPECT_EQ(a.host.recorderWindows().alive(), 0U);
-  EXPECT_EQ(a.fixItem().title, kFixTitle);
-}
-
-TEST(AgentHotKeyChange, failedRegistrationAfterACancelIsOnlyLogged) {
-  Agent a;
-  a.launch();
-  a.choose(kChangeKeyTitle);
-  a.host.hotKeyService().otherAppTakes(kF2, platform::kNoModifiers);
-  a.host.recorderWindows().clickCloseBox();
-  EXPECT_EQ(a.lastLogLine(), "hotkey: register F2 ok=false");
-  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
-  EXPECT_FALSE(a.host.standardUserDefaults().all().contains("hotKeyCode"));
-}
-
-TEST(AgentHotKeyChange, refusedCombinationIsRolledBackWithOneAlert) {
-  Agent a;
-  a.host.standardUserDefaults().put("hotKeyCode", std::int64_t{17});
-  a.host.standardUserDefaults().put("hotKeyModifiers", std::int64_t{0x0900});
-  a.host.hotKeyService().otherAppTakes(kF5, platform::kNoModifiers);
-  a.launch();
-  a.choose(kChangeKeyTitle);
-  a.host.keyMonitor().deliver({kF5, platform::kNoEventFlags});
-  a.host.alerts().answer("אישור");
-  a.host.recorderWindows().clickSave();
-
-  EXPECT_EQ(a.storedHotKey(), "17 2304");
-  EXPECT_TRUE(a.host.hotKeyService().holds(platform::KeyCode{17}, platform::Modifiers{0x0900}));
-  EXPECT_EQ(a.fixItem().title, "תקן טקסט מסומן    ⌥⌘T");
-  EXPECT_THAT(a.host.logMessages(),
-              ElementsAre("hotkey: register ⌥⌘T ok=true", "hotkey: register F5 ok=false",
-                          "hotkey: register ⌥⌘T ok=true"));
-  ASSERT_EQ(a.host.alerts().shown().size(), 1U);
-  const auto& alert = a.host.alerts().shown().front();
-  EXPECT_EQ(alert.messageText, "הצירוף תפוס");
-  EXPECT_EQ(alert.informativeText,
-            "המערכת לא אפשרה לרשום את הצירוף הזה, כנראה אפליקציה אחרת כבר משתמשת בו. חזרנו לצירוף הקודם.");
-  EXPECT_THAT(alert.buttons, ElementsAre("אישור"));
-  EXPECT_EQ(a.host.recorderWindows().alive(), 0U);
 }
 
 TEST(AgentHotKeyChange, rollsBackInOrder) {
@@ -465,21 +244,6 @@ TEST(AgentHotKeyChange, rollsBackInOrder) {
                                  testing::StartsWith("hotKeys.registerHotKey 120"),
                                  "application.activate true", "alerts.runModal", "the alert is open",
                                  "accessibility.isProcessTrusted", "statusItem.setImage keyboard"));
-}
-
-TEST(AgentHotKeyChange, rollBackThatIsRefusedTooIsOnlyLogged) {
-  Agent a;
-  a.host.hotKeyService().otherAppTakes(kF5, platform::kNoModifiers);
-  a.launch();
-  a.choose(kChangeKeyTitle);
-  a.host.hotKeyService().otherAppTakes(kF2, platform::kNoModifiers);
-  a.host.keyMonitor().deliver({kF5, platform::kNoEventFlags});
-  a.host.alerts().answer("אישור");
-  a.host.recorderWindows().clickSave();
-  EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register F2 ok=true", "hotkey: register F5 ok=false",
-                                                "hotkey: register F2 ok=false"));
-  EXPECT_EQ(a.storedHotKey(), "120 0");
-  EXPECT_EQ(a.host.alerts().shown().size(), 1U);
 }
 
 TEST(AgentHotKeyChange, aRecorderOpenedWhileTheAlertStandsStaysOpen) {

@@ -49,17 +49,6 @@ TEST(Entry, selfTestReportsAndMakesNoApplication) {
   EXPECT_EQ(start.host.logFile(), "");
 }
 
-TEST(Entry, selfTestRunsWhereverItStandsOnTheCommandLine) {
-  for (const auto& options :
-       {std::vector<std::string>{"--verbose", "--selftest"}, std::vector<std::string>{"--selftest", "x"},
-        std::vector<std::string>{"", "--selftest"}}) {
-    Start start;
-    EXPECT_EQ(start(options), 0);
-    EXPECT_TRUE(start.out.str().starts_with("source: "));
-    EXPECT_FALSE(start.agentRan());
-  }
-}
-
 TEST(Entry, selfTestAsTheProgramPathCounts) {
   Start start;
   EXPECT_EQ(runEntry({"--selftest"}, start.center, start.out, start.err), 0);
@@ -75,22 +64,6 @@ TEST(Entry, wordsThatOnlyResembleTheSwitchStartTheAgent) {
     EXPECT_EQ(start.out.str(), "") << option;
     EXPECT_TRUE(start.agentRan()) << option;
   }
-}
-
-TEST(Entry, selfTestExitsWithZeroEvenWhenItFails) {
-  Start start;
-  auto hebrew = platform::hebrewLayout();
-  hebrew.keys[0].plain = "ת";
-  start.host.inputSourceService().setLayouts({platform::usLayout(), hebrew});
-  EXPECT_EQ(start({"--selftest"}), 0);
-  EXPECT_NE(start.out.str().find(" FAILED\n"), std::string::npos);
-}
-
-TEST(Entry, selfTestRunsWhileAnotherInstanceDoes) {
-  Start start;
-  start.host.runningApplications().add(kIdentifier, 77);
-  EXPECT_EQ(start({"--selftest"}), 0);
-  EXPECT_NE(start.out.str(), "");
 }
 
 TEST(Entry, helpNamesEveryOptionAndNeedsNothing) {
@@ -142,13 +115,6 @@ TEST(Entry, secondInstanceLeavesSilently) {
   EXPECT_EQ(start.host.statusBar().item(), nullptr);
 }
 
-TEST(Entry, thisProcessIsNoOtherInstance) {
-  Start start;
-  start.host.runningApplications().addOwnProcess(kIdentifier);
-  EXPECT_EQ(start(), 0);
-  EXPECT_TRUE(start.agentRan());
-}
-
 TEST(Entry, otherProgramsAreNoOtherInstance) {
   Start start;
   start.host.runningApplications().add("org.example.Other", 77);
@@ -160,14 +126,6 @@ TEST(Entry, asksForTheIdentifierOfItsBundle) {
   Start start;
   start.host.application().identifier = "org.example.Renamed";
   start.host.runningApplications().add("org.example.Renamed", 77);
-  EXPECT_EQ(start(), 0);
-  EXPECT_FALSE(start.agentRan());
-}
-
-TEST(Entry, missingBundleIdentifierFallsBackToTheApplicationsOwn) {
-  Start start;
-  start.host.application().identifier = std::nullopt;
-  start.host.runningApplications().add(kIdentifier, 77);
   EXPECT_EQ(start(), 0);
   EXPECT_FALSE(start.agentRan());
 }
@@ -200,19 +158,6 @@ TEST(Entry, startsTheAgentStepByStep) {
                        "inputSources.createInputSourceList",  // the delegate
                        "application.setDelegate", "application.setActivationPolicy 1", "application.run",
                        "statusBar.statusItem"}));  // the launch
-}
-
-TEST(Entry, theAgentWorksWhileTheLoopRuns) {
-  Start start;
-  const auto editor = start.host.apps().open("Editor", "com.example.editor", "akuo");
-  editor->focus()->selectAll();
-  start.host.application().whileRunning = [&] {
-    EXPECT_NE(start.host.statusBar().item(), nullptr);
-    EXPECT_EQ(start.host.userPresses(platform::kKeyF2), platform::KeyFate::ownHotKey);
-  };
-  EXPECT_EQ(start(), 0);
-  EXPECT_EQ(editor->focus()->text(), "שלום");
-  EXPECT_EQ(start.host.statusBar().item(), nullptr);  // gone with the delegate
 }
 
 TEST(Entry, unknownArgumentsStartTheAgent) {

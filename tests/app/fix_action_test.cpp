@@ -17,12 +17,10 @@
 namespace lexwend::tests {
 namespace {
 
-using platform::FakeOperation;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr const char* kUs = "com.apple.keylayout.US";
 constexpr const char* kHebrew = "com.apple.keylayout.Hebrew";
 
 /// A launched agent whose icon history starts empty.
@@ -41,31 +39,6 @@ struct Fix : Agent {
   void pressHotKey() { EXPECT_EQ(host.userPresses(kF2), platform::KeyFate::ownHotKey); }
 };
 
-TEST(Fix, turnsLatinIntoHebrewSwitchesTheLayoutAndShowsACheckMark) {
-  Fix f;
-  f.launch();
-  const auto editor = f.openEditor("akuo nv akunl");
-  f.pressHotKey();
-  EXPECT_EQ(editor->focus()->text(), "שלום מה שלומך");
-  EXPECT_EQ(f.host.inputSourceService().currentId(), kHebrew);
-  EXPECT_THAT(f.fixLines(),
-              ElementsAre("fix: front=com.example.editor currentHebrew=false", "fix: success target=he"));
-  EXPECT_EQ(f.icon(), "checkmark");
-  EXPECT_EQ(f.host.application().beeps, 0);
-}
-
-TEST(Fix, turnsHebrewIntoLatinAndSwitchesBack) {
-  Fix f;
-  f.host.inputSourceService().use(kHebrew);
-  f.launch();
-  const auto editor = f.openEditor("יקךךם");
-  f.pressHotKey();
-  EXPECT_EQ(editor->focus()->text(), "hello");
-  EXPECT_EQ(f.host.inputSourceService().currentId(), kUs);
-  EXPECT_THAT(f.fixLines(),
-              ElementsAre("fix: front=com.example.editor currentHebrew=true", "fix: success target=en"));
-}
-
 TEST(Fix, goesThroughTheStepsInOrder) {
   Fix f;
   f.launch();
@@ -77,30 +50,6 @@ TEST(Fix, goesThroughTheStepsInOrder) {
   EXPECT_THAT(f.afterTheLastLine(),
               ElementsAre("statusItem.setImage checkmark", "runLoop.dispatchAfter 700ms"));
   EXPECT_EQ(f.lastLogLine(), "fix: success target=he");
-}
-
-TEST(Fix, sameInputConvertsByTheLayoutInUse) {
-  for (const auto& [layout, expected] : {std::pair{kUs, "היי שלום מה"}, std::pair{kHebrew, "vhh akuo nv"}}) {
-    Fix f;
-    f.host.inputSourceService().use(layout);
-    f.launch();
-    const auto editor = f.openEditor("היי akuo nv");
-    f.pressHotKey();
-    EXPECT_EQ(editor->focus()->text(), expected);
-  }
-}
-
-TEST(Fix, layoutThatListsHebrewAmongOthersCountsAsHebrew) {
-  Fix f;
-  auto yiddish = platform::hebrewLayout();
-  yiddish.id = "com.apple.keylayout.Yiddish-QWERTY";
-  yiddish.languages = std::vector<std::string>{"yi", "he"};
-  f.host.inputSourceService().setLayouts({platform::usLayout(), yiddish});
-  f.host.inputSourceService().use("com.apple.keylayout.Yiddish-QWERTY");
-  f.launch();
-  f.openEditor("יקךךם");
-  f.pressHotKey();
-  EXPECT_EQ(f.fixLines().front(), "fix: front=com.example.editor currentHebrew=true");
 }
 
 TEST(Fix, onlyTheExactCodeCountsAsHebrew) {
@@ -115,77 +64,12 @@ TEST(Fix, onlyTheExactCodeCountsAsHebrew) {
   EXPECT_EQ(f.fixLines().front(), "fix: front=com.example.editor currentHebrew=false");
 }
 
-TEST(Fix, noLayoutInUseCountsAsNotHebrew) {
-  Fix f;
-  f.launch();
-  f.host.inputSourceService().useNone();
-  f.openEditor("akuo");
-  f.pressHotKey();
-  EXPECT_THAT(f.fixLines(),
-              ElementsAre("fix: front=com.example.editor currentHebrew=false", "fix: success target=he"));
-}
-
-TEST(Fix, noFrontApplicationIsAQuestionMark) {
-  Fix f;
-  f.launch();
-  f.pressHotKey();
-  EXPECT_EQ(f.fixLines().front(), "fix: front=? currentHebrew=false");
-}
-
-TEST(Fix, frontApplicationWithoutAnIdentifierIsAQuestionMark) {
-  Fix f;
-  f.launch();
-  f.host.apps().open("Tool", std::nullopt, "akuo")->focus()->selectAll();
-  f.pressHotKey();
-  EXPECT_EQ(f.fixLines().front(), "fix: front=? currentHebrew=false");
-}
-
 TEST(Fix, emptyIdentifierIsWrittenAsItIs) {
   Fix f;
   f.launch();
   f.host.apps().open("Tool", "", "akuo")->focus()->selectAll();
   f.pressHotKey();
   EXPECT_EQ(f.fixLines().front(), "fix: front= currentHebrew=false");
-}
-
-TEST(Fix, leavesTheLayoutWhenSwitchingIsOff) {
-  Fix f;
-  f.host.standardUserDefaults().put("switchLayoutAfterFix", false);
-  f.launch();
-  const auto editor = f.openEditor("akuo");
-  f.pressHotKey();
-  EXPECT_EQ(editor->focus()->text(), "שלום");
-  EXPECT_THAT(f.host.inputSourceService().selections(), IsEmpty());
-  EXPECT_EQ(f.lastLogLine(), "fix: success target=he");
-  EXPECT_EQ(f.icon(), "checkmark");
-}
-
-TEST(Fix, succeedsWithoutALayoutToSwitchTo) {
-  Fix f;
-  f.host.inputSourceService().setLayouts({platform::usLayout()});
-  f.launch();
-  const auto editor = f.openEditor("akuo");
-  f.pressHotKey();
-  EXPECT_EQ(editor->focus()->text(), "שלום");
-  EXPECT_THAT(f.host.inputSourceService().selections(), IsEmpty());
-  EXPECT_EQ(f.lastLogLine(), "fix: success target=he");
-  EXPECT_EQ(f.icon(), "checkmark");
-}
-
-TEST(Fix, saysNothingOfALayoutThatCannotBeSelected) {
-  Fix f;
-  f.launch();
-  const auto editor = f.openEditor("akuo");
-  f.host.failNext(FakeOperation::selectInputSource);
-  f.pressHotKey();
-  EXPECT_EQ(editor->focus()->text(), "שלום");
-  EXPECT_THAT(f.host.inputSourceService().selections(), ElementsAre(kHebrew));
-  EXPECT_EQ(f.host.inputSourceService().currentId(), kUs);
-  EXPECT_THAT(f.fixLines(),
-              ElementsAre("fix: front=com.example.editor currentHebrew=false", "fix: success target=he"));
-  EXPECT_THAT(f.icons(), ElementsAre("checkmark"));
-  EXPECT_EQ(f.host.application().beeps, 0);
-  EXPECT_THAT(f.host.alerts().shown(), IsEmpty());
 }
 
 TEST(Fix, selectsTheLayoutOfTheTargetEvenWhenItIsInUse) {
@@ -196,42 +80,6 @@ TEST(Fix, selectsTheLayoutOfTheTargetEvenWhenItIsInUse) {
   f.pressHotKey();
   EXPECT_THAT(f.host.inputSourceService().selections(), ElementsAre(kHebrew));
   EXPECT_EQ(f.lastLogLine(), "fix: success target=he");
-}
-
-TEST(Fix, nothingToChangeBeepsAndShowsACross) {
-  Fix f;
-  f.launch();
-  const auto editor = f.openEditor("123");
-  f.pressHotKey();
-  EXPECT_EQ(editor->focus()->text(), "123");
-  EXPECT_THAT(f.fixLines(), ElementsAre("fix: front=com.example.editor currentHebrew=false",
-                                        "fix: failed nothingToChange"));
-  EXPECT_EQ(f.host.application().beeps, 1);
-  EXPECT_EQ(f.icon(), "xmark");
-  EXPECT_THAT(f.host.inputSourceService().selections(), IsEmpty());
-}
-
-TEST(Fix, noSelectionBeepsAndShowsACross) {
-  Fix f;
-  f.launch();
-  f.host.apps().open("Editor", "com.example.editor", "akuo");
-  f.pressHotKey();
-  EXPECT_EQ(f.lastLogLine(), "fix: failed noSelection");
-  EXPECT_EQ(f.host.application().beeps, 1);
-  EXPECT_EQ(f.icon(), "xmark");
-  EXPECT_THAT(f.host.alerts().shown(), IsEmpty());
-}
-
-TEST(Fix, secureInputBeepsAndShowsACross) {
-  Fix f;
-  f.launch();
-  const auto editor = f.openEditor("akuo");
-  f.host.secureInput().hold(true);
-  f.pressHotKey();
-  EXPECT_EQ(editor->focus()->text(), "akuo");
-  EXPECT_EQ(f.lastLogLine(), "fix: failed secureInput");
-  EXPECT_EQ(f.host.application().beeps, 1);
-  EXPECT_EQ(f.icon(), "xmark");
 }
 
 TEST(Fix, failureIsInTheLogThenBeepsThenShowsTheCross) {
@@ -276,17 +124,6 @@ TEST(Fix, theDirectionOfTheLastConversionCounts) {
   f.pressHotKey();
   EXPECT_EQ(editor->focus()->text(), "שלום");
   EXPECT_THAT(f.host.inputSourceService().selections(), ElementsAre(kHebrew));
-  EXPECT_EQ(f.lastLogLine(), "fix: success target=he");
-}
-
-TEST(Fix, compatibilityModeGoesThroughTheClipboard) {
-  Fix f;
-  f.host.standardUserDefaults().put("compatMode", true);
-  f.launch();
-  const auto editor = f.openEditor("akuo");
-  f.pressHotKey();
-  EXPECT_EQ(editor->focus()->text(), "שלום");
-  EXPECT_EQ(f.host.accessibility().elementCalls(), 0);
   EXPECT_EQ(f.lastLogLine(), "fix: success target=he");
 }
 
@@ -351,56 +188,7 @@ TEST(Flash, endsInTheWaitingIconWhenThePermissionWentMeanwhile) {
   EXPECT_EQ(f.icon(), "keyboard.badge.ellipsis");
 }
 
-TEST(Flash, firstResetMayEndTheSecondFlashEarly) {
-  Fix f;
-  f.launch();
-  f.openEditor("123");
-  f.pressHotKey();
-  f.host.advance(milliseconds(400));
-  f.pressHotKey();
-  f.host.advance(milliseconds(300));
-  EXPECT_EQ(f.icon(), "keyboard");
-  f.host.advance(milliseconds(400));
-  EXPECT_THAT(f.icons(), ElementsAre("xmark", "xmark", "keyboard", "keyboard"));
-}
-
-TEST(Flash, laterFlashReplacesTheEarlierIcon) {
-  Fix f;
-  f.launch();
-  const auto editor = f.openEditor("akuo");
-  f.pressHotKey();
-  editor->focus()->setText("123");
-  editor->focus()->selectAll();
-  f.pressHotKey();
-  EXPECT_THAT(f.icons(), ElementsAre("checkmark", "xmark"));
-}
-
-TEST(Flash, missingSymbolClearsTheIconUntilTheReset) {
-  Fix f;
-  f.launch();
-  f.openEditor("akuo");
-  f.host.failNext(FakeOperation::symbolImage);
-  f.pressHotKey();
-  EXPECT_EQ(f.host.statusBar().item()->image, nullptr);
-  f.host.advance(milliseconds(700));
-  EXPECT_EQ(f.icon(), "keyboard");
-}
-
 // From the menu.
-
-TEST(FixFromMenu, startsAQuarterOfASecondLater) {
-  Fix f;
-  f.launch();
-  const auto editor = f.openEditor("akuo");
-  f.chooseFix();
-  EXPECT_THAT(f.host.calls().all(), ElementsAre("runLoop.dispatchAfter 250ms"));
-  f.host.advance(milliseconds(249));
-  EXPECT_EQ(editor->focus()->text(), "akuo");
-  EXPECT_THAT(f.fixLines(), IsEmpty());
-  f.host.advance(milliseconds(1));
-  EXPECT_EQ(editor->focus()->text(), "שלום");
-  EXPECT_EQ(f.icon(), "checkmark");
-}
 
 TEST(FixFromMenu, fixesWhateverIsInFrontByThen) {
   Fix f;
@@ -438,16 +226,6 @@ TEST(FixFromMenu, dropsThePressesThatAreMadeMeanwhile) {
   Fix f;
   f.launch();
   expectOneFixFor(f, [&f] { f.delegate->performFix(); });
-}
-
-TEST(FixFromHotKey, hasNoDelay) {
-  Fix f;
-  f.launch();
-  const auto editor = f.openEditor("akuo");
-  const auto before = f.host.clock().now();
-  f.pressHotKey();
-  EXPECT_EQ(editor->focus()->text(), "שלום");
-  EXPECT_EQ(f.host.clock().now(), before);
 }
 
 }  // namespace

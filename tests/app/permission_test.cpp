@@ -34,15 +34,6 @@ struct Untrusted : Agent {
   }
 };
 
-TEST(PermissionPolling, startsAtTheLaunchAfterOnePrompt) {
-  Untrusted a;
-  a.launch();
-  EXPECT_EQ(a.host.accessibility().prompts(), 1);
-  EXPECT_EQ(a.host.runLoop().liveTimers(), 1U);
-  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
-  EXPECT_THAT(a.host.workspace().openedUrls(), IsEmpty());
-}
-
 TEST(PermissionPolling, doesNotRunWhenTrusted) {
   Agent a;
   a.launch();
@@ -65,30 +56,6 @@ TEST(PermissionPolling, asksTheFirstTimeAfterTwoSecondsAndThenEveryTwo) {
   EXPECT_EQ(asked(), 2U);
 }
 
-TEST(PermissionPolling, goesOnWithoutALimitAndChangesNothing) {
-  Untrusted a;
-  a.launch();
-  a.host.advance(std::chrono::hours(1));
-  EXPECT_EQ(a.host.calls().count("accessibility.isProcessTrusted"), 1800U);
-  EXPECT_EQ(a.host.calls().all().size(), 1800U);
-  EXPECT_EQ(a.host.runLoop().liveTimers(), 1U);
-}
-
-TEST(PermissionPolling, grantEndsItWithinTwoSecondsAndTheMenuFollows) {
-  Untrusted a;
-  a.launch();
-  a.host.accessibility().grantAfter(milliseconds(2500));
-  a.host.advance(milliseconds(3999));
-  EXPECT_EQ(a.icon(), "keyboard.badge.ellipsis");
-  EXPECT_EQ(a.statusLine(), "גרסה 1.0 · ממתין לאישור נגישות");
-  EXPECT_FALSE(a.permissionItem().hidden);
-  a.host.advance(milliseconds(1));
-  EXPECT_EQ(a.icon(), "keyboard");
-  EXPECT_EQ(a.statusLine(), "גרסה 1.0 · פריסה מהמערכת · פעיל");
-  EXPECT_TRUE(a.permissionItem().hidden);
-  EXPECT_EQ(a.host.runLoop().liveTimers(), 0U);
-}
-
 TEST(PermissionPolling, lastTickInvalidatesThenRefreshes) {
   Untrusted a;
   a.launch();
@@ -97,19 +64,6 @@ TEST(PermissionPolling, lastTickInvalidatesThenRefreshes) {
   EXPECT_THAT(a.host.calls().all(),
               ElementsAre("accessibility.isProcessTrusted", "timer.invalidate",
                           "accessibility.isProcessTrusted", "statusItem.setImage keyboard"));
-}
-
-TEST(PermissionPolling, startedTwiceLeavesOneTimerThatCountsAnew) {
-  Untrusted a;
-  a.launch();
-  a.host.advance(milliseconds(1500));
-  a.choose(kPermissionTitle);
-  EXPECT_EQ(a.host.runLoop().liveTimers(), 1U);
-  a.host.calls().clear();
-  a.host.advance(milliseconds(1999));
-  EXPECT_EQ(a.host.calls().count("accessibility.isProcessTrusted"), 0U);
-  a.host.advance(milliseconds(1));
-  EXPECT_EQ(a.host.calls().count("accessibility.isProcessTrusted"), 1U);
 }
 
 TEST(PermissionPolling, stopsThePreviousTimerFirst) {
@@ -141,15 +95,6 @@ TEST(PermissionItem, promptsOpensTheSettingsAndPollsInOrder) {
   EXPECT_EQ(a.host.accessibility().prompts(), 2);
 }
 
-TEST(PermissionItem, pollsEvenWhenTheSettingsPageIsUnknown) {
-  Untrusted a;
-  a.launch();
-  a.host.failNext(FakeOperation::urlFromString);
-  a.choose(kPermissionTitle);
-  EXPECT_THAT(a.host.workspace().openedUrls(), IsEmpty());
-  EXPECT_EQ(a.host.runLoop().liveTimers(), 1U);
-}
-
 // The explanatory alert.
 
 /// The user presses the hot key after the permission was taken away.
@@ -163,48 +108,6 @@ struct Alerted : Agent {
   }
 };
 
-TEST(PermissionAlert, saysWhatItSays) {
-  Alerted a;
-  a.host.alerts().answer("ביטול");
-  a.fixWithoutPermission();
-  ASSERT_EQ(a.host.alerts().shown().size(), 1U);
-  const auto& alert = a.host.alerts().shown().front();
-  EXPECT_EQ(alert.messageText, "נדרש אישור נגישות");
-  EXPECT_EQ(alert.informativeText,
-            "כדי לתקן טקסט מסומן, האפליקציה צריכה אישור לשלוט במחשב דרך הנגישות. האישור ניתן פעם אחת בהגדרות "
-            "המערכת. האפליקציה לא שומרת ולא שולחת שום הקלדה.");
-  EXPECT_THAT(alert.buttons, ElementsAre("פתח הגדרות", "ביטול"));
-}
-
-TEST(PermissionAlert, comesToTheFrontFirst) {
-  Alerted a;
-  a.host.alerts().answer("ביטול");
-  a.fixWithoutPermission();
-  EXPECT_THAT(a.host.application().activations, ElementsAre(true));
-  EXPECT_TRUE(inOrder(a.host.calls(), {"application.activate true", "alerts.runModal"}));
-}
-
-TEST(PermissionAlert, firstButtonOpensTheSettingsAndPolls) {
-  Alerted a;
-  a.host.alerts().answer("פתח הגדרות");
-  a.fixWithoutPermission();
-  EXPECT_THAT(a.host.workspace().openedUrls(), ElementsAre(kSettingsUrl));
-  EXPECT_EQ(a.host.runLoop().liveTimers(), 1U);
-  EXPECT_TRUE(inOrder(a.host.calls(), {"workspace.open", "runLoop.timer 2000ms"}));
-}
-
-TEST(PermissionAlert, cancelLeavesTheAgentAsItWas) {
-  Alerted a;
-  a.host.alerts().answer("ביטול");
-  a.fixWithoutPermission();
-  EXPECT_THAT(a.host.workspace().openedUrls(), IsEmpty());
-  EXPECT_EQ(a.host.runLoop().liveTimers(), 0U);
-  a.host.alerts().answer("ביטול");
-  a.host.userPresses(kF2);  // the fix goes on reporting the missing permission
-  EXPECT_EQ(a.host.alerts().shown().size(), 2U);
-  EXPECT_EQ(a.lastLogLine(), "fix: no permission");
-}
-
 TEST(PermissionAlert, closingItIsACancel) {
   Alerted a;
   a.host.alerts().answerByClosing();
@@ -214,19 +117,6 @@ TEST(PermissionAlert, closingItIsACancel) {
 }
 
 // System events.
-
-TEST(Wake, registersTheHotKeyAnewAndRefreshes) {
-  Agent a;
-  a.launch();
-  a.host.hotKeyService().loseRegistrations();
-  a.host.calls().clear();
-  a.host.workspace().wake();
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, platform::kNoModifiers));
-  EXPECT_THAT(a.host.logMessages(),
-              ElementsAre("hotkey: register F2 ok=true", "hotkey: register F2 ok=true"));
-  EXPECT_TRUE(inOrder(a.host.calls(), {"hotKeys.registerHotKey", "statusItem.setImage"}));
-  EXPECT_EQ(a.host.runLoop().liveTimers(), 0U);
-}
 
 TEST(Wake, pollsAfterTheRefreshWhenUntrusted) {
   Agent a;
@@ -246,26 +136,6 @@ TEST(Wake, whilePollingLeavesOneTimer) {
   a.host.workspace().wake();
   a.host.workspace().wake();
   EXPECT_EQ(a.host.runLoop().liveTimers(), 1U);
-}
-
-TEST(LayoutChange, rebuildsTheMapAndRefreshes) {
-  Agent a;
-  a.launch();
-  a.host.inputSourceService().changeLayouts({platform::usLayout()});
-  EXPECT_EQ(a.statusLine(), "גרסה 1.0 · פריסה קבועה · פעיל");
-  a.host.inputSourceService().changeLayouts({platform::usLayout(), platform::hebrewLayout()});
-  EXPECT_EQ(a.statusLine(), "גרסה 1.0 · פריסה מהמערכת · פעיל");
-}
-
-TEST(LayoutChange, rebuildsAndRefreshesWithoutThePermissionToo) {
-  Untrusted a;
-  a.launch();
-  a.host.inputSourceService().changeLayouts({platform::usLayout()});
-  EXPECT_GT(a.host.calls().count("inputSources.createInputSourceList"), 0U);
-  EXPECT_EQ(a.host.calls().count("statusItem.setImage keyboard.badge.ellipsis"), 1U);
-  a.host.accessibility().setTrusted(true);
-  a.host.advance(milliseconds(2000));
-  EXPECT_EQ(a.statusLine(), "גרסה 1.0 · פריסה קבועה · פעיל");
 }
 
 TEST(LayoutChange, doesNotTouchTheHotKeyOrTheTimer) {
@@ -294,30 +164,6 @@ TEST(LoginItemFirstRun, flagIsStoredBeforeTheRegistration) {
       inOrder(a.host.calls(), {"userDefaults.setBool didRegisterLoginItem true", "loginItem.registerItem"}));
 }
 
-TEST(LoginItemFirstRun, failureIsSilentAndNotTriedAgain) {
-  Agent a;
-  a.host.failNext(FakeOperation::registerLoginItem);
-  a.launch();
-  EXPECT_EQ(a.host.standardUserDefaults().objectForKey("didRegisterLoginItem"),
-            platform::DefaultsValue(true));
-  EXPECT_EQ(a.host.application().beeps, 0);
-  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
-  EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register F2 ok=true"));
-  EXPECT_FALSE(a.loginItem().checked);
-
-  a.delegate = AppDelegate::create(a.center);
-  a.launch();  // the second start
-  EXPECT_EQ(a.host.calls().count("loginItem.registerItem"), 1U);
-}
-
-TEST(LoginItemFirstRun, laterStartsLeaveItAlone) {
-  Agent a;
-  a.host.standardUserDefaults().put("didRegisterLoginItem", true);
-  a.launch();
-  EXPECT_THAT(a.host.calls().of("loginItem."), IsEmpty());
-  EXPECT_EQ(a.host.loginItem().status(), LoginItemStatus::notRegistered);
-}
-
 TEST(LoginItemToggle, unregistersOnlyWhenEnabledAndRegistersInEveryOtherState) {
   for (const auto status : {LoginItemStatus::notRegistered, LoginItemStatus::enabled,
                             LoginItemStatus::requiresApproval, LoginItemStatus::notFound}) {
@@ -334,16 +180,6 @@ TEST(LoginItemToggle, unregistersOnlyWhenEnabledAndRegistersInEveryOtherState) {
   }
 }
 
-TEST(LoginItemToggle, checkMarkShowsWhatTheSystemSays) {
-  Agent a;
-  a.host.standardUserDefaults().put("didRegisterLoginItem", true);
-  a.host.loginItem().setStatusAfterRegister(LoginItemStatus::requiresApproval);
-  a.launch();
-  a.choose(kLoginTitle);
-  EXPECT_FALSE(a.loginItem().checked);
-  EXPECT_EQ(a.host.application().beeps, 0);
-}
-
 TEST(LoginItemToggle, refusedRegistrationBeepsAndRefreshes) {
   Agent a;
   a.host.standardUserDefaults().put("didRegisterLoginItem", true);
@@ -357,15 +193,6 @@ TEST(LoginItemToggle, refusedRegistrationBeepsAndRefreshes) {
   EXPECT_FALSE(a.loginItem().checked);
   EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
   EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register F2 ok=true"));
-}
-
-TEST(LoginItemToggle, refusedUnregistrationBeepsAndStaysChecked) {
-  Agent a;
-  a.launch();
-  a.host.failNext(FakeOperation::unregisterLoginItem);
-  a.choose(kLoginTitle);
-  EXPECT_EQ(a.host.application().beeps, 1);
-  EXPECT_TRUE(a.loginItem().checked);
 }
 
 }  // namespace

@@ -16,7 +16,6 @@ namespace lexwend::tests {
 namespace {
 
 using platform::FakeHost;
-using platform::FakeOperation;
 using testing::HasSubstr;
 
 /// The report of the installed layouts.
@@ -36,13 +35,6 @@ TEST(SelfTest, fallbackReportIsThisToTheByte) {
   FakeHost host;
   const platform::HostScope scope(host);
   host.inputSourceService().setLayouts({platform::usLayout()});
-  EXPECT_EQ(run(), kFallbackReport);
-}
-
-TEST(SelfTest, noLayoutAtAllGivesTheFallbackReport) {
-  FakeHost host;
-  const platform::HostScope scope(host);
-  host.inputSourceService().setLayouts({});
   EXPECT_EQ(run(), kFallbackReport);
 }
 

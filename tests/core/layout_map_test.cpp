@@ -70,6 +70,21 @@ TEST(LayoutMap, plainPairingWinsOverShiftedPairingOfALowerKeyCode) {
   EXPECT_EQ(layouts.build().toHebrew.at("!"), "-");
 }
 
+TEST(LayoutMap, leavesAnEntryAloneThatExists) {
+  EnabledLayouts layouts;
+  layouts.latin =
+      KeyTable{{kKeyA, {"a", "A"}}, {kKeyS, {"a", "A"}}, {kKeyQ, {"", "!"}}, {kKeySlash, {"", "!"}}};
+  layouts.hebrew =
+      KeyTable{{kKeyA, {"ש", ""}}, {kKeyS, {"ד", ""}}, {kKeyQ, {"", "+"}}, {kKeySlash, {"", "-"}}};
+  EXPECT_EQ(layouts.build().toHebrew, (CharacterMap{{"!", "+"}, {"A", "ש"}, {"a", "ש"}}));
+
+  layouts.latin =
+      KeyTable{{kKeyA, {"a", ""}}, {kKeyS, {"s", ""}}, {kKeyQ, {"", "!"}}, {kKeySlash, {"", "?"}}};
+  layouts.hebrew =
+      KeyTable{{kKeyA, {"ש", ""}}, {kKeyS, {"ש", ""}}, {kKeyQ, {"", "+"}}, {kKeySlash, {"", "+"}}};
+  EXPECT_EQ(layouts.build().toEnglish, (CharacterMap{{"+", "!"}, {"ש", "a"}}));
+}
+
 TEST(LayoutMap, deadKeyOfTheLatinLayoutGivesOnlyItsShiftedCharacter) {
   EnabledLayouts layouts;
   layouts.latin = KeyTable{{kKeySlash, {"", "?"}}};

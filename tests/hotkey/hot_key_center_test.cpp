@@ -56,32 +56,6 @@ TEST(HotKeyCenter, registersTheCombinationAsGivenUnderItsOwnIdentity) {
   EXPECT_EQ(identity, (HotKeyID{kSignature, 1}));
 }
 
-TEST(HotKeyCenter, runsTheActionWithinThePress) {
-  Center c;
-  c.add(kF2);
-  EXPECT_TRUE(c.system().press(kF2, kNone));
-  EXPECT_EQ(c.pressed, 1);
-  EXPECT_TRUE(c.system().press(kF2, kNone));
-  EXPECT_EQ(c.pressed, 2);
-}
-
-TEST(HotKeyCenter, firstIdIsOneAndUnregisteringDoesNotStartAnew) {
-  Center c;
-  c.add(kF2);
-  c.center.unregisterAll();
-  c.add(kF2);
-  EXPECT_THAT(c.system().offered(), ElementsAre(HotKeyID{kSignature, 1}, HotKeyID{kSignature, 2}));
-}
-
-TEST(HotKeyCenter, refusedRegistrationIsFalseAndItsIdIsSkipped) {
-  Center c;
-  c.system().otherAppTakes(kF2, kNone);
-  EXPECT_FALSE(c.add(kF2));
-  EXPECT_TRUE(c.add(kF5));
-  EXPECT_THAT(c.system().offered(), ElementsAre(HotKeyID{kSignature, 1}, HotKeyID{kSignature, 2}));
-  EXPECT_EQ(c.system().registered().at({kF5, kNone}).id, 2U);
-}
-
 TEST(HotKeyCenter, refusedRegistrationStoresNoAction) {
   Center c;
   c.system().otherAppTakes(kF2, kNone);
@@ -167,21 +141,6 @@ TEST(HotKeyCenter, dispatchLooksAtTheIdAlone) {
   c.add(kF2);
   EXPECT_EQ(c.system().dispatch({0x12345678, 1}), platform::kNoErr);
   EXPECT_EQ(c.pressed, 1);
-}
-
-TEST(HotKeyCenter, pressOfAnUnknownIdDoesNothing) {
-  Center c;
-  c.add(kF2);
-  EXPECT_EQ(c.system().dispatch({kSignature, 7}), platform::kNoErr);
-  EXPECT_EQ(c.pressed, 0);
-}
-
-TEST(HotKeyCenter, unreadableIdentityRunsNoAction) {
-  Center c;
-  c.add(kF2);
-  c.host.failNext(FakeOperation::readHotKeyParameter);
-  EXPECT_EQ(c.system().dispatch({kSignature, 1}), platform::kNoErr);
-  EXPECT_EQ(c.pressed, 0);
 }
 
 TEST(HotKeyCenter, eachRegistrationRunsItsOwnAction) {
@@ -279,41 +238,6 @@ TEST(HotKeyDisplayName, everyMaskPutsItsSymbolsInFrontInOneOrder) {
     ASSERT_EQ(HotKeyCenter::displayName(kF5, Modifiers{mask}), expected + "F5") << mask;
   }
   EXPECT_EQ(HotKeyCenter::displayName(kF5, Modifiers{0xFFFFFFFF}), "⌃⌥⇧⌘F5");
-}
-
-TEST(HotKeyDisplayName, spaceAloneIsOneBlank) {
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{49}, kNone), " ");
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{49}, Modifiers{0x0800}), "⌥ ");
-}
-
-TEST(HotKeyDisplayName, returnWithControlAndCommand) {
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{36}, Modifiers{0x1100}), "⌃⌘↩");
-}
-
-TEST(HotKeyDisplayName, allFourSymbolsComeInOneOrder) {
-  EXPECT_EQ(HotKeyCenter::displayName(kF5, Modifiers{0x0100 | 0x0200 | 0x0800 | 0x1000}), "⌃⌥⇧⌘F5");
-  EXPECT_EQ(HotKeyCenter::displayName(kF5, Modifiers{0x1A00}), "⌃⌥⇧F5");
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{17}, Modifiers{0x0900}), "⌥⌘T");
-}
-
-TEST(HotKeyDisplayName, otherBitsAddNothing) {
-  EXPECT_EQ(HotKeyCenter::displayName(kF2, Modifiers{0x0400}), "F2");
-  EXPECT_EQ(HotKeyCenter::displayName(kF2, Modifiers{0x0500}), "⌘F2");
-}
-
-TEST(HotKeyDisplayName, keyWithoutANameShowsItsCode) {
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{10}, kNone), "מקש 10");
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{123}, kNone), "מקש 123");
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{53}, Modifiers{0x0100}), "⌘מקש 53");
-}
-
-TEST(HotKeyDisplayName, digitsAndPunctuationStayUnshifted) {
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{18}, Modifiers{0x0300}), "⇧⌘1");
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{43}, Modifiers{0x0100}), "⌘,");
-}
-
-TEST(HotKeyDisplayName, needsNoHost) {
-  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{0}, Modifiers{0x1000}), "⌃A");
 }
 
 }  // namespace

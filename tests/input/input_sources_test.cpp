@@ -58,18 +58,6 @@ TEST_F(InputSourcesTest, asksForEnabledLayoutsOnlyAndForNothingElse) {
                 "inputSources.createInputSourceList type=keyboardLayout isEnabled=true all=false"}));
 }
 
-TEST_F(InputSourcesTest, noListFromTheSystemIsAnEmptyList) {
-  host.failNext(FakeOperation::createInputSourceList);
-  EXPECT_TRUE(InputSources::enabledKeyboardLayouts().empty());
-}
-
-TEST_F(InputSourcesTest, englishIsTheFirstOfAbcAndUs) {
-  system.setLayouts({platform::usLayout(), platform::abcLayout(), platform::hebrewLayout()});
-  EXPECT_EQ(idFor("en"), "com.apple.keylayout.US");
-  system.setLayouts({platform::abcLayout(), platform::usLayout(), platform::hebrewLayout()});
-  EXPECT_EQ(idFor("en"), "com.apple.keylayout.ABC");
-}
-
 TEST_F(InputSourcesTest, abcOrUsComesBeforeAnEarlierEnglishLayout) {
   system.setLayouts({platform::britishLayout(), platform::hebrewLayout(), platform::usLayout()});
   EXPECT_EQ(idFor("en"), "com.apple.keylayout.US");
@@ -84,26 +72,6 @@ TEST_F(InputSourcesTest, identifiersAreComparedToTheLetter) {
   system.setLayouts({layout("com.apple.keylayout.us", {"de"}),
                      layout("com.apple.keylayout.USExtended", {"de"}), platform::britishLayout()});
   EXPECT_EQ(idFor("en"), "com.apple.keylayout.British");
-}
-
-TEST_F(InputSourcesTest, britishLayoutServesEnglishWithoutAbcAndUs) {
-  system.setLayouts({platform::hebrewLayout(), platform::britishLayout()});
-  EXPECT_EQ(idFor("en"), "com.apple.keylayout.British");
-}
-
-TEST_F(InputSourcesTest, layoutThatListsTheLanguageLaterServesIt) {
-  system.setLayouts({layout("yiddish", {"yi", "he"})});
-  EXPECT_EQ(idFor("he"), "yiddish");
-}
-
-TEST_F(InputSourcesTest, firstLanguageAnywhereInTheListComesBeforeALaterMention) {
-  system.setLayouts({layout("yiddish", {"yi", "he"}), platform::hebrewLayout()});
-  EXPECT_EQ(idFor("he"), "com.apple.keylayout.Hebrew");
-}
-
-TEST_F(InputSourcesTest, noEnabledLayoutServesNoLanguage) {
-  system.setLayouts({});
-  for (const char* language : {"en", "he", "", "EN"}) EXPECT_EQ(idFor(language), "none") << language;
 }
 
 TEST_F(InputSourcesTest, languageCodesAreComparedToTheLetter) {
@@ -121,12 +89,6 @@ TEST_F(InputSourcesTest, layoutWithoutKeyDataHasNoTable) {
     system.setLayouts({without});
     EXPECT_EQ(InputSources::keyTable(InputSources::enabledKeyboardLayouts().at(0)), std::nullopt);
   }
-}
-
-TEST_F(InputSourcesTest, emptyKeyDataGivesAnEmptyTable) {
-  FakeLayout empty = platform::usLayout();
-  empty.data = FakeLayout::Data::empty;
-  EXPECT_EQ(tableOf(empty), KeyTable{});
 }
 
 TEST_F(InputSourcesTest, tableHoldsAllFiftyOneCodesEvenThoseThatTypeNothing) {
@@ -231,15 +193,6 @@ TEST_F(InputSourcesTest, noCurrentLayoutIsNotHebrew) {
   ASSERT_TRUE(system.use("com.apple.keylayout.Hebrew"));
   host.failNext(FakeOperation::copyCurrentLayout);
   EXPECT_FALSE(InputSources::currentLayoutIsHebrew());
-}
-
-TEST_F(InputSourcesTest, mapIsBuiltFromTheEnabledLayouts) {
-  system.setLayouts({platform::usLayout(), platform::hebrewLayout()});
-  const LayoutMap map = LayoutMap::build(InputSources::keyTables());
-  EXPECT_TRUE(map.builtFromSystem);
-  EXPECT_EQ(map.toHebrew.at("a"), "ש");
-  system.setLayouts({platform::usLayout()});
-  EXPECT_EQ(LayoutMap::build(InputSources::keyTables()), LayoutMap::fallback());
 }
 
 TEST_F(InputSourcesTest, noKeyIsReadWithoutBothLayouts) {

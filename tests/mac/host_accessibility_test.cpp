@@ -109,6 +109,11 @@ TEST_F(MacAccessibilityService, readsHalfASurrogatePairAsTheReplacementCharacter
   EXPECT_EQ(read(u"\x7F\x80\x7FF\x800\xFFFF\xD800\xDC00\xDBFF\xDFFF"),
             "\x7F\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF");
   EXPECT_EQ(read(std::u16string(u"a\0b", 3)), std::string("a\0b", 3));
+  // A pair at the very beginning, and neighbours of the surrogates beside them.
+  EXPECT_EQ(read(u"\xD83D\xDE00"), "😀");
+  EXPECT_EQ(read(u"\xD7FF\xDC00"), "\uD7FF\uFFFD");
+  EXPECT_EQ(read(u"\xDC00\xDC00"), "\uFFFD\uFFFD");
+  EXPECT_EQ(read(u"\xD800\xE000"), "\uFFFD\uE000");
 }
 
 TEST_F(MacAccessibilityService, asksForTheAttributeThatItIsTold) {

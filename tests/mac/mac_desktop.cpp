@@ -61,12 +61,8 @@ void MacDesktop::installLayouts(const std::vector<platform::FakeLayout>& layouts
 }
 
 void MacDesktop::openEditor(const std::string& text) {
-  open({.text = text, .isAccessible = true});
+  open({.text = text});
 }
-void MacDesktop::openEditorWithoutAccessibility(const std::string& text) {
-  open({.text = text, .isAccessible = false});
-}
-
 void MacDesktop::open(Editor editor) {
   editor_ = std::make_shared<Editor>(std::move(editor));
   workspace::setFrontmost(workspace::Running{"org.lexwend.Editor", 77});
@@ -89,7 +85,6 @@ void MacDesktop::open(Editor editor) {
 /// Tells the system what the field answers now.
 void MacDesktop::publish(const std::shared_ptr<Editor>& editor) {
   accessibility::setFocused({.error = 0, .value = {}, .isElement = true});
-  if (!editor->isAccessible) return;
   accessibility::Attribute role;
   role.replies = {{.error = 0, .value = std::string("AXTextArea")}};
   accessibility::setAttribute("AXRole", role);

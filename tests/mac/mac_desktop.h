@@ -29,8 +29,6 @@ class MacDesktop {
 
   /// An editor comes to the front with this text, all of it selected.
   void openEditor(const std::string& text);
-  /// The same, but its field does not answer the Accessibility interface; copy and paste work.
-  void openEditorWithoutAccessibility(const std::string& text);
   std::string editorText() const { return editor_ == nullptr ? std::string() : editor_->text; }
   /// The user presses a key there, without any modifier.
   void pressKeyInEditor(std::uint16_t keyCode);
@@ -49,7 +47,6 @@ class MacDesktop {
   /// A field whose whole text is its selection.
   struct Editor {
     std::string text;
-    bool isAccessible = true;
   };
   void open(Editor editor);
   static void publish(const std::shared_ptr<Editor>& editor);

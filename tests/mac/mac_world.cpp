@@ -339,13 +339,7 @@ mac::accessibility::Answers::Read resultOf(const FakeAnswer& answer) {
 
 }  // namespace
 
-MacWorld::MacWorld()
-    : home_(newHome()),
-      layouts_{{"US", usLayout()},
-               {"ABC", abcLayout()},
-               {"British", britishLayout()},
-               {"Hebrew", hebrewLayout()},
-               {"Russian", russianLayout()}} {
+MacWorld::MacWorld() : home_(newHome()) {
   prepareSystem();
   answerAccessibility();
 }
@@ -444,19 +438,6 @@ void MacWorld::answerAccessibility() {
   mac::accessibility::answerWith(std::move(answers));
 }
 
-FakeLayout& MacWorld::layout(const std::string& name) {
-  const auto found = layouts_.find(name);
-  if (found == layouts_.end()) throw ScriptMistake("there is no layout \"" + name + "\"");
-  return found->second;
-}
-
-std::string MacWorld::layoutName(const std::string& id) const {
-  for (const auto& [name, data] : layouts_) {
-    if (idOf(data) == id && !id.empty()) return name;
-  }
-  return id.empty() ? "none" : id;
-}
-
 std::string MacWorld::enabledName(std::optional<std::size_t> index) const {
   return index ? layoutName(idOf(enabled_.at(*index))) : "none";
 }
@@ -499,18 +480,7 @@ std::string MacWorld::typed(std::uint16_t keyCode, bool shifted) const {
   return shifted ? key->second.shifted : key->second.plain;
 }
 
-FakeApp& MacWorld::app() {
-  if (!front_) throw ScriptMistake("no application is in front");
-  return *front_;
-}
-
-FakeField& MacWorld::field() {
-  const auto focus = app().focus();
-  if (!focus) throw ScriptMistake("no field has the focus");
-  return *focus;
-}
-
-MacWorld::AppRef MacWorld::named(const std::string& name) const {
+MacWorld::AppRef MacWorld::appNamed(const std::string& name) {
   const auto found =
       std::find_if(apps_.begin(), apps_.end(), [&](const AppRef& each) { return each->name == name; });
   return found == apps_.end() ? nullptr : *found;
@@ -528,7 +498,7 @@ void MacWorld::bringToFront(AppRef app) {
 }
 
 /// A password field holds secure input while it has the focus.
-void MacWorld::noticeFocus() {
+void MacWorld::focusChanged() {
   const auto focus = front_ ? front_->focus() : nullptr;
   mac::secure_input::setEnabled(secureInputHeld_ || (focus && focus->password));
 }
@@ -669,55 +639,10 @@ Words MacWorld::logMessages() const {
   return messages;
 }
 
-void MacWorld::act(Act act, const Words& arguments) {
+void MacWorld::actOnSystem(Act act, const Words& arguments) {
   switch (act) {
     case Act::layouts:
       setLayouts(arguments);
-      return;
-    case Act::newLayout: {
-      if (arguments[1] != "like") throw ScriptMistake("a new layout is like another one");
-      auto made = layout(arguments[2]);
-      made.id = "com.apple.keylayout." + arguments[0];
-      layouts_.insert_or_assign(arguments[0], std::move(made));
-      return;
-    }
-    case Act::languagesOf: {
-      const Words languages(arguments.begin() + 1, arguments.end());
-      if (languages == Words{"absent"}) {
-        layout(arguments[0]).languages = std::monostate();
-      } else if (languages == Words{"mistyped"}) {
-        layout(arguments[0]).languages = MistypedProperty();
-      } else {
-        layout(arguments[0]).languages = languages;
-      }
-      return;
-    }
-    case Act::idOf:
-      if (arguments[1] == "absent") {
-        layout(arguments[0]).id = std::monostate();
-      } else {
-        layout(arguments[0]).id = arguments[1];
-      }
-      return;
-    case Act::dataOf: {
-      using Data = FakeLayout::Data;
-      layout(arguments[0]).data = oneOf<Data, 4>(arguments[1], {{{"present", Data::present},
-                                                                 {"absent", Data::absent},
-                                                                 {"empty", Data::empty},
-                                                                 {"mistyped", Data::mistyped}}});
-      return;
-    }
-    case Act::keyOf:
-      layout(arguments[0]).keys[static_cast<int>(parseNumber(arguments[1]))] = {arguments[2], arguments[3]};
-      return;
-    case Act::deadKeyOf:
-      layout(arguments[0]).deadKeys.insert({static_cast<int>(parseNumber(arguments[1])), false});
-      return;
-    case Act::deadShiftedKeyOf:
-      layout(arguments[0]).deadKeys.insert({static_cast<int>(parseNumber(arguments[1])), true});
-      return;
-    case Act::brokenKeyOf:
-      layout(arguments[0]).brokenKeys.insert({static_cast<int>(parseNumber(arguments[1])), false});
       return;
     case Act::useLayout: {
       if (arguments[0] == "none") {
@@ -743,67 +668,21 @@ void MacWorld::act(Act act, const Words& arguments) {
       opened->openWindow(opened->name);
       apps_.push_back(opened);
       bringToFront(opened);
-      noticeFocus();
+      focusChanged();
       return;
     }
     case Act::front: {
-      const AppRef wanted = arguments[0] == "nobody" ? nullptr : named(arguments[0]);
+      const AppRef wanted = arguments[0] == "nobody" ? nullptr : appNamed(arguments[0]);
       if (!wanted && arguments[0] != "nobody") {
         throw ScriptMistake("there is no application \"" + arguments[0] + "\"");
       }
       bringToFront(wanted);
-      noticeFocus();
+      focusChanged();
       return;
     }
-    case Act::text:
-      field().setText(arguments[0]);
-      return;
-    case Act::select:
-      if (!field().select(arguments[0])) throw ScriptMistake("the text to select is not in the field");
-      return;
-    case Act::selectAll:
-      field().selectAll();
-      return;
-    case Act::selectNothing:
-      field().selectNothing();
-      return;
-    case Act::role:
-      field().role = arguments[0];
-      return;
-    case Act::passwordField:
-      field().password = true;
-      noticeFocus();
-      return;
-    case Act::readOnlyField:
-      field().editable = false;
-      return;
-    case Act::noFocus:
-      app().windows.push_back({"without a field", nullptr});
-      app().focusedWindow = app().windows.size() - 1;
-      noticeFocus();
-      return;
-    case Act::answer:
-      field().answer(operationOf(arguments[0]), arguments[1], answerOf(arguments, 2));
-      return;
-    case Act::laterAnswer:
-      field().answer(operationOf(arguments[1]), arguments[2], answerOf(arguments, 3),
-                     static_cast<int>(parseNumber(arguments[0])));
-      return;
     case Act::focusAnswer:
       focusAnswer_ = answerOf(arguments, 0);
       focusAnswerUsed_ = false;
-      return;
-    case Act::copies:
-      app().copies = copyOf(arguments);
-      return;
-    case Act::nextCopy:
-      app().nextCopies.push_back(copyOf(arguments));
-      return;
-    case Act::pastesAfter:
-      app().pastes.delay = durationOf(arguments[0]);
-      return;
-    case Act::ignoresPaste:
-      app().pastes.ignored = true;
       return;
     case Act::terminal:
       throw ScriptMistake("the macOS host sends its keys to every application");
@@ -848,7 +727,7 @@ void MacWorld::act(Act act, const Words& arguments) {
       return;
     case Act::secureInput:
       secureInputHeld_ = onOff(arguments[0], "on", "off");
-      noticeFocus();
+      focusChanged();
       return;
     case Act::permission:
       trusted_ = onOff(arguments[0], "granted", "missing");
@@ -921,8 +800,6 @@ void MacWorld::act(Act act, const Words& arguments) {
       running_.push_back({kBundleIdentifier, kOwnProcess});
       mac::workspace::setRunning(running_);
       return;
-    case Act::start:
-      throw ScriptMistake("start is the runner's own");
     case Act::press:
       press(arguments[0]);
       return;
@@ -941,6 +818,8 @@ void MacWorld::act(Act act, const Words& arguments) {
     case Act::dispatch:
       mac::hot_keys::dispatch(kSignature, static_cast<std::uint32_t>(parseNumber(arguments[0])));
       return;
+    default:
+      throw ScriptMistake("this system has no such act");
   }
 }
 
@@ -969,17 +848,8 @@ void MacWorld::start(const Words& arguments, const std::function<void()>& whileR
   }
 }
 
-Words MacWorld::look(Look look, const Words& arguments) {
+Words MacWorld::lookAtSystem(Look look, const Words& arguments) {
   switch (look) {
-    case Look::text:
-      return {field().text()};
-    case Look::textOf: {
-      const auto found = named(arguments[0]);
-      if (!found || !found->focus()) throw ScriptMistake("there is no text in \"" + arguments[0] + "\"");
-      return {found->focus()->text()};
-    }
-    case Look::selected:
-      return {field().selectedText()};
     case Look::pasteboardText:
       return lineOf(mac::MacDesktop::pasteboardText());
     case Look::pasteboardItems: {
@@ -988,7 +858,7 @@ Words MacWorld::look(Look look, const Words& arguments) {
         std::string line = "item";
         for (const auto& each : item) {
           line += " " + each.type + "=" +
-                  (each.data ? "\"" + platform::textOf(*each.data) + "\"" : "unobtainable");
+                  (each.data ? "\"" + platform::textOf(platform::Bytes(*each.data)) + "\"" : "unobtainable");
         }
         lines.push_back(std::move(line));
       }
@@ -1022,17 +892,8 @@ Words MacWorld::look(Look look, const Words& arguments) {
       }
       return {};
     }
-    case Look::alerts: {
-      Words lines;
-      for (const auto& alert : mac::alerts::shown()) {
-        lines.push_back(alert.messageText);
-        lines.push_back(alert.informativeText);
-        std::string buttons;
-        for (const auto& button : alert.buttons) buttons += (buttons.empty() ? "[" : " [") + button + "]";
-        lines.push_back(std::move(buttons));
-      }
-      return lines;
-    }
+    case Look::alerts:
+      return alertLines(mac::alerts::shown());
     case Look::log:
       return logMessages();
     case Look::logFile:
@@ -1118,12 +979,9 @@ Words MacWorld::look(Look look, const Words& arguments) {
     case Look::elapsed:
       return lineOf(
           static_cast<std::size_t>(std::chrono::duration_cast<milliseconds>(mac::time::now()).count()));
-    case Look::exitStatus:
-      return exitStatus_ ? Words{std::to_string(*exitStatus_)} : Words{};
-    case Look::output:
-      return linesOf(output_.str());
+    default:
+      throw ScriptMistake("this system has no such look");
   }
-  return {};
 }
 
 Words MacWorld::complaints() {

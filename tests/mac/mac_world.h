@@ -4,10 +4,8 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,23 +13,21 @@
 #include "platform/fake/fake_layouts.h"
 #include "platform/host.h"
 #include "tests/mac/doubles/control.h"
-#include "tests/scenarios/world.h"
+#include "tests/scenarios/model_world.h"
 
 namespace lexwend::scenarios {
 
 /// The macOS host on the doubles as the world of a scenario. The user's applications are models; they meet
 /// the host only through what the doubles answer. At the end every object of the system must have been given
 /// back.
-class MacWorld : public ScenarioWorld {
+class MacWorld : public ModelWorld {
  public:
   MacWorld();
   ~MacWorld() override;
   MacWorld(const MacWorld&) = delete;
   MacWorld& operator=(const MacWorld&) = delete;
 
-  void act(Act act, const Words& arguments) override;
   void start(const Words& arguments, const std::function<void()>& whileRunning) override;
-  Words look(Look look, const Words& arguments) override;
   Words complaints() override;
 
  private:
@@ -40,21 +36,21 @@ class MacWorld : public ScenarioWorld {
     std::optional<std::string> button;  ///< nothing: closed
   };
 
+  AppRef frontApp() override { return front_; }
+  AppRef appNamed(const std::string& name) override;
+  void focusChanged() override;
+  void actOnSystem(Act act, const Words& arguments) override;
+  Words lookAtSystem(Look look, const Words& arguments) override;
+
   void prepareSystem();
   void answerAccessibility();
 
-  platform::FakeLayout& layout(const std::string& name);
-  std::string layoutName(const std::string& id) const;
   std::string enabledName(std::optional<std::size_t> index) const;
   void setLayouts(const Words& names);
   void noteSelections();
   std::string typed(std::uint16_t keyCode, bool shifted) const;
 
-  platform::FakeApp& app();
-  platform::FakeField& field();
-  AppRef named(const std::string& name) const;
   void bringToFront(AppRef app);
-  void noticeFocus();
   void copyInFront();
   void pasteInFront();
 
@@ -71,7 +67,6 @@ class MacWorld : public ScenarioWorld {
   doubles::Session session_;
   std::filesystem::path home_;
   std::unique_ptr<platform::Host> host_;
-  std::map<std::string, platform::FakeLayout> layouts_;
   std::vector<platform::FakeLayout> enabled_;
   Words selections_;
   std::size_t selectionsNoted_ = 0;
@@ -84,8 +79,6 @@ class MacWorld : public ScenarioWorld {
   std::deque<AlertAnswer> alertAnswers_;
   std::vector<doubles::workspace::Running> running_;
   Words complaints_;
-  std::optional<int> exitStatus_;
-  std::ostringstream output_;
 };
 
 }  // namespace lexwend::scenarios

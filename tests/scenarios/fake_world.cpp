@@ -26,19 +26,6 @@ std::size_t keysDown(const std::vector<FakePostedKey>& posted, KeyCode keyCode) 
 
 }  // namespace
 
-FakeWorld::FakeWorld()
-    : layouts_{{"US", usLayout()},
-               {"ABC", abcLayout()},
-               {"British", britishLayout()},
-               {"Hebrew", hebrewLayout()},
-               {"Russian", russianLayout()}} {}
-
-FakeLayout& FakeWorld::layout(const std::string& name) {
-  const auto found = layouts_.find(name);
-  if (found == layouts_.end()) throw ScriptMistake("there is no layout \"" + name + "\"");
-  return found->second;
-}
-
 std::vector<FakeLayout> FakeWorld::layoutList(const Words& names) {
   std::vector<FakeLayout> list;
   if (names == Words{"none"}) return list;
@@ -46,74 +33,10 @@ std::vector<FakeLayout> FakeWorld::layoutList(const Words& names) {
   return list;
 }
 
-FakeApp& FakeWorld::app() {
-  if (!host_.apps().front()) throw ScriptMistake("no application is in front");
-  return *host_.apps().front();
-}
-
-FakeField& FakeWorld::field() {
-  const auto focus = app().focus();
-  if (!focus) throw ScriptMistake("no field has the focus");
-  return *focus;
-}
-
-std::string FakeWorld::layoutName(const std::string& id) const {
-  for (const auto& [name, data] : layouts_) {
-    const auto* known = std::get_if<std::string>(&data.id);
-    if (known != nullptr && *known == id) return name;
-  }
-  return id.empty() ? "none" : id;
-}
-
-void FakeWorld::act(Act act, const Words& arguments) {
+void FakeWorld::actOnSystem(Act act, const Words& arguments) {
   switch (act) {
     case Act::layouts:
       host_.inputSourceService().setLayouts(layoutList(arguments));
-      return;
-    case Act::newLayout: {
-      if (arguments[1] != "like") throw ScriptMistake("a new layout is like another one");
-      auto made = layout(arguments[2]);
-      made.id = "com.apple.keylayout." + arguments[0];
-      layouts_.insert_or_assign(arguments[0], std::move(made));
-      return;
-    }
-    case Act::languagesOf: {
-      const Words languages(arguments.begin() + 1, arguments.end());
-      if (languages == Words{"absent"}) {
-        layout(arguments[0]).languages = std::monostate();
-      } else if (languages == Words{"mistyped"}) {
-        layout(arguments[0]).languages = MistypedProperty();
-      } else {
-        layout(arguments[0]).languages = languages;
-      }
-      return;
-    }
-    case Act::idOf:
-      if (arguments[1] == "absent") {
-        layout(arguments[0]).id = std::monostate();
-      } else {
-        layout(arguments[0]).id = arguments[1];
-      }
-      return;
-    case Act::dataOf: {
-      using Data = FakeLayout::Data;
-      layout(arguments[0]).data = oneOf<Data, 4>(arguments[1], {{{"present", Data::present},
-                                                                 {"absent", Data::absent},
-                                                                 {"empty", Data::empty},
-                                                                 {"mistyped", Data::mistyped}}});
-      return;
-    }
-    case Act::keyOf:
-      layout(arguments[0]).keys[static_cast<int>(parseNumber(arguments[1]))] = {arguments[2], arguments[3]};
-      return;
-    case Act::deadKeyOf:
-      layout(arguments[0]).deadKeys.insert({static_cast<int>(parseNumber(arguments[1])), false});
-      return;
-    case Act::deadShiftedKeyOf:
-      layout(arguments[0]).deadKeys.insert({static_cast<int>(parseNumber(arguments[1])), true});
-      return;
-    case Act::brokenKeyOf:
-      layout(arguments[0]).brokenKeys.insert({static_cast<int>(parseNumber(arguments[1])), false});
       return;
     case Act::useLayout: {
       if (arguments[0] == "none") {
@@ -130,8 +53,7 @@ void FakeWorld::act(Act act, const Words& arguments) {
       host_.inputSourceService().changeLayouts(layoutList(arguments));
       return;
     case Act::app:
-      lastApp_ =
-          host_.apps().open(arguments[0], arguments.size() > 1 ? std::optional(arguments[1]) : std::nullopt);
+      host_.apps().open(arguments[0], arguments.size() > 1 ? std::optional(arguments[1]) : std::nullopt);
       return;
     case Act::front: {
       if (arguments[0] == "nobody") {
@@ -143,52 +65,8 @@ void FakeWorld::act(Act act, const Words& arguments) {
       host_.apps().bringToFront(found);
       return;
     }
-    case Act::text:
-      field().setText(arguments[0]);
-      return;
-    case Act::select:
-      if (!field().select(arguments[0])) throw ScriptMistake("the text to select is not in the field");
-      return;
-    case Act::selectAll:
-      field().selectAll();
-      return;
-    case Act::selectNothing:
-      field().selectNothing();
-      return;
-    case Act::role:
-      field().role = arguments[0];
-      return;
-    case Act::passwordField:
-      field().password = true;
-      return;
-    case Act::readOnlyField:
-      field().editable = false;
-      return;
-    case Act::noFocus:
-      app().windows.push_back({"without a field", nullptr});
-      app().focusedWindow = app().windows.size() - 1;
-      return;
-    case Act::answer:
-      field().answer(operationOf(arguments[0]), arguments[1], answerOf(arguments, 2));
-      return;
-    case Act::laterAnswer:
-      field().answer(operationOf(arguments[1]), arguments[2], answerOf(arguments, 3),
-                     static_cast<int>(parseNumber(arguments[0])));
-      return;
     case Act::focusAnswer:
       host_.accessibility().answerFocus(answerOf(arguments, 0));
-      return;
-    case Act::copies:
-      app().copies = copyOf(arguments);
-      return;
-    case Act::nextCopy:
-      app().nextCopies.push_back(copyOf(arguments));
-      return;
-    case Act::pastesAfter:
-      app().pastes.delay = durationOf(arguments[0]);
-      return;
-    case Act::ignoresPaste:
-      app().pastes.ignored = true;
       return;
     case Act::terminal:
       app().terminal = true;
@@ -215,18 +93,9 @@ void FakeWorld::act(Act act, const Words& arguments) {
     case Act::pasteboardReportsNothing:
       host_.pasteboard().reportNoItems(true);
       return;
-    case Act::hold: {
-      EventFlags flags = kNoEventFlags;
-      for (const auto& modifier : arguments) {
-        flags |= oneOf<EventFlags, 5>(modifier, {{{"Cmd", kEventFlagCommand},
-                                                  {"Shift", kEventFlagShift},
-                                                  {"Option", kEventFlagOption},
-                                                  {"Control", kEventFlagControl},
-                                                  {"Fn", kEventFlagSecondaryFn}}});
-      }
-      host_.keyEvents().holdModifiers(flags);
+    case Act::hold:
+      host_.keyEvents().holdModifiers(eventFlagsOf(arguments));
       return;
-    }
     case Act::releaseAfter:
       host_.keyEvents().releaseModifiersAfter(durationOf(arguments[0]));
       return;
@@ -300,8 +169,6 @@ void FakeWorld::act(Act act, const Words& arguments) {
     case Act::ownInstanceListed:
       host_.runningApplications().addOwnProcess("org.lexwend.Lexwend");
       return;
-    case Act::start:
-      throw ScriptMistake("start is the runner's own");
     case Act::press: {
       const auto combination = parseCombination(arguments[0]);
       host_.userPresses(KeyCode{combination.keyCode}, Modifiers{combination.carbonModifiers});
@@ -335,6 +202,8 @@ void FakeWorld::act(Act act, const Words& arguments) {
     case Act::dispatch:
       host_.hotKeyService().dispatch({0x544B5652, static_cast<std::uint32_t>(parseNumber(arguments[0]))});
       return;
+    default:
+      throw ScriptMistake("this system has no such act");
   }
 }
 
@@ -381,17 +250,8 @@ Words FakeWorld::menuLines() const {
   return lines;
 }
 
-Words FakeWorld::look(Look look, const Words& arguments) {
+Words FakeWorld::lookAtSystem(Look look, const Words& arguments) {
   switch (look) {
-    case Look::text:
-      return {field().text()};
-    case Look::textOf: {
-      const auto found = host_.apps().named(arguments[0]);
-      if (!found || !found->focus()) throw ScriptMistake("there is no text in \"" + arguments[0] + "\"");
-      return {found->focus()->text()};
-    }
-    case Look::selected:
-      return {field().selectedText()};
     case Look::pasteboardText:
       return lineOf(host_.pasteboard().plainText());
     case Look::pasteboardItems: {
@@ -441,17 +301,8 @@ Words FakeWorld::look(Look look, const Words& arguments) {
       }
       return {};
     }
-    case Look::alerts: {
-      Words lines;
-      for (const auto& alert : host_.alerts().shown()) {
-        lines.push_back(alert.messageText);
-        lines.push_back(alert.informativeText);
-        std::string buttons;
-        for (const auto& button : alert.buttons) buttons += (buttons.empty() ? "[" : " [") + button + "]";
-        lines.push_back(std::move(buttons));
-      }
-      return lines;
-    }
+    case Look::alerts:
+      return alertLines(host_.alerts().shown());
     case Look::log:
       return host_.logMessages();
     case Look::logFile:
@@ -535,12 +386,9 @@ Words FakeWorld::look(Look look, const Words& arguments) {
     case Look::elapsed:
       return lineOf(
           static_cast<std::size_t>(std::chrono::duration_cast<milliseconds>(host_.runLoop().now()).count()));
-    case Look::exitStatus:
-      return exitStatus_ ? Words{std::to_string(*exitStatus_)} : Words{};
-    case Look::output:
-      return linesOf(output_.str());
+    default:
+      throw ScriptMistake("this system has no such look");
   }
-  return {};
 }
 
 Words FakeWorld::complaints() {

@@ -93,6 +93,18 @@ FakeAnswer answerOf(const Words& arguments, std::size_t index) {
   throw ScriptMistake("\"" + kind + "\" is no answer (error, hangs, text, nothing, other, no, lies)");
 }
 
+EventFlags eventFlagsOf(const Words& names) {
+  EventFlags flags = kNoEventFlags;
+  for (const auto& modifier : names) {
+    flags |= oneOf<EventFlags, 5>(modifier, {{{"Cmd", kEventFlagCommand},
+                                              {"Shift", kEventFlagShift},
+                                              {"Option", kEventFlagOption},
+                                              {"Control", kEventFlagControl},
+                                              {"Fn", kEventFlagSecondaryFn}}});
+  }
+  return flags;
+}
+
 FakeOperation failureOf(const std::string& word) {
   for (int i = 0; i <= static_cast<int>(FakeOperation::takeSharedApplication); ++i) {
     const auto operation = static_cast<FakeOperation>(i);

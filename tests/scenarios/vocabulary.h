@@ -14,6 +14,7 @@
 
 #include "platform/fake/fake_apps.h"
 #include "platform/fake/fake_injections.h"
+#include "platform/key_events.h"
 #include "platform/login_item.h"
 #include "platform/recorder_window.h"
 #include "platform/user_defaults.h"
@@ -42,6 +43,8 @@ platform::FakeCopy copyOf(const Words& arguments);
 platform::AccessOperation operationOf(const std::string& word);
 /// "error CODE", "hangs MS", "text TEXT", "nothing", "other", "no", "lies", from that argument on.
 platform::FakeAnswer answerOf(const Words& arguments, std::size_t index);
+/// The keys that a user holds: modifiers and "Fn".
+platform::EventFlags eventFlagsOf(const Words& names);
 platform::FakeOperation failureOf(const std::string& word);
 platform::LoginItemStatus statusOf(const std::string& word);
 std::string nameOf(platform::LoginItemStatus status);
@@ -56,5 +59,19 @@ Words lineOf(std::size_t number);
 /// What is fixed about the recorder's window, one line for the window and one for each part.
 Words linesOf(const platform::RecorderWindowLook& look);
 Words linesOf(const std::string& text);
+
+/// For each alert its message, its text and its buttons.
+template <typename Alerts>
+Words alertLines(const Alerts& alerts) {
+  Words lines;
+  for (const auto& alert : alerts) {
+    lines.push_back(alert.messageText);
+    lines.push_back(alert.informativeText);
+    std::string buttons;
+    for (const auto& button : alert.buttons) buttons += (buttons.empty() ? "[" : " [") + button + "]";
+    lines.push_back(std::move(buttons));
+  }
+  return lines;
+}
 
 }  // namespace lexwend::scenarios

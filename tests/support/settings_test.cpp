@@ -22,14 +22,6 @@ struct SettingsTest : testing::Test {
 
 using SettingsDeathTest = SettingsTest;
 
-TEST_F(SettingsTest, emptyStoreGivesTheDefaults) {
-  EXPECT_EQ(Settings::hotKeyCode(), platform::KeyCode{120});
-  EXPECT_EQ(Settings::hotKeyModifiers(), platform::Modifiers{0});
-  EXPECT_TRUE(Settings::switchLayoutAfter());
-  EXPECT_FALSE(Settings::compatMode());
-  EXPECT_TRUE(host.standardUserDefaults().all().empty()) << "reading stored something";
-}
-
 TEST_F(SettingsTest, keysAreSpelledLikeThis) {
   put("hotKeyCode", std::int64_t{96});
   put("hotKeyModifiers", std::int64_t{0x1A00});
@@ -42,13 +34,6 @@ TEST_F(SettingsTest, keysAreSpelledLikeThis) {
   EXPECT_EQ(Settings::kDidRegisterLoginItemKey, "didRegisterLoginItem");
 }
 
-TEST_F(SettingsTest, textUnderABooleanKeyReadsAsItsDefault) {
-  put("switchLayoutAfterFix", std::string("false"));
-  put("compatMode", std::string("true"));
-  EXPECT_TRUE(Settings::switchLayoutAfter());
-  EXPECT_FALSE(Settings::compatMode());
-}
-
 TEST_F(SettingsTest, numberOrOtherObjectUnderABooleanKeyReadsAsItsDefault) {
   for (const DefaultsValue& value : {DefaultsValue(std::int64_t{0}), DefaultsValue(std::int64_t{1}),
                                      DefaultsValue(0.0), DefaultsValue(platform::OtherDefaultsValue{})}) {
@@ -57,13 +42,6 @@ TEST_F(SettingsTest, numberOrOtherObjectUnderABooleanKeyReadsAsItsDefault) {
     EXPECT_TRUE(Settings::switchLayoutAfter());
     EXPECT_FALSE(Settings::compatMode());
   }
-}
-
-TEST_F(SettingsTest, textUnderANumberKeyReadsAsItsDefault) {
-  put("hotKeyCode", std::string("96"));
-  put("hotKeyModifiers", std::string("256"));
-  EXPECT_EQ(Settings::hotKeyCode(), platform::KeyCode{120});
-  EXPECT_EQ(Settings::hotKeyModifiers(), platform::Modifiers{0});
 }
 
 TEST_F(SettingsTest, onlyWholeNumbersCountAsNumbers) {

@@ -10,7 +10,6 @@ namespace {
 
 using platform::AccessOperation;
 using platform::FakeAnswer;
-using TextAccess::Failure;
 
 struct AccessibilityPath : TextFixture {
   bool run() { return TextAccess::replaceViaAccessibility(capitals); }
@@ -19,12 +18,6 @@ struct AccessibilityPath : TextFixture {
     EXPECT_EQ(log(), Lines{line});
     EXPECT_TRUE(seen.empty()) << "the transform was called";
     EXPECT_EQ(field->text(), text);
-  }
-  void expectTransformedButGivenUp(const std::string& line) {
-    EXPECT_FALSE(run());
-    EXPECT_EQ(log(), Lines{line});
-    EXPECT_EQ(seen, Lines{"akuo"});
-    EXPECT_EQ(field->text(), "akuo");
   }
 };
 
@@ -46,36 +39,6 @@ TEST_F(AccessibilityPath, asksInThisOrder) {
              "accessibility.setAttributeValue AXSelectedText", "accessibility.copyAttributeValue AXValue"}));
 }
 
-TEST_F(AccessibilityPath, nobodyInFrontMeansNoFocusedElement) {
-  host.apps().bringToFront(nullptr);
-  EXPECT_FALSE(run());
-  EXPECT_EQ(log(), Lines{"AX: no focused element (err=-25212)"});
-}
-
-TEST_F(AccessibilityPath, failedQuestionForTheFocusShowsItsCode) {
-  host.accessibility().answerFocus(FakeAnswer::fails(-25204));
-  expectGivenUp("AX: no focused element (err=-25204)");
-}
-
-TEST_F(AccessibilityPath, focusWithoutAValueShowsCodeZero) {
-  host.accessibility().answerFocus(FakeAnswer::noValue());
-  expectGivenUp("AX: no focused element (err=0)");
-}
-
-TEST_F(AccessibilityPath, focusThatIsNoElementShowsCodeZero) {
-  host.accessibility().answerFocus(FakeAnswer::otherKind());
-  expectGivenUp("AX: no focused element (err=0)");
-  host.accessibility().answerFocus(FakeAnswer::text("a text"));
-  EXPECT_FALSE(run());
-  EXPECT_EQ(log().back(), "AX: no focused element (err=0)");
-}
-
-TEST_F(AccessibilityPath, roleIsOnlyReported) {
-  field->role = "AXWhatever";
-  EXPECT_TRUE(run());
-  EXPECT_EQ(log(), Lines{"AX: role=AXWhatever set ok, valueChanged=true (before=4 after=4)"});
-}
-
 TEST_F(AccessibilityPath, roleThatIsMissingMistypedOrFailedIsAQuestionMark) {
   for (const FakeAnswer& answer :
        {FakeAnswer::noValue(), FakeAnswer::otherKind(), FakeAnswer::fails(-25205)}) {
@@ -86,11 +49,6 @@ TEST_F(AccessibilityPath, roleThatIsMissingMistypedOrFailedIsAQuestionMark) {
   }
 }
 
-TEST_F(AccessibilityPath, emptySelectionShowsCodeZero) {
-  field->selectNothing();
-  expectGivenUp("AX: role=AXTextArea selectedText unavailable/empty (err=0)");
-}
-
 TEST_F(AccessibilityPath, selectedTextThatIsMissingOrMistypedShowsCodeZero) {
   field->answer(AccessOperation::read, "AXSelectedText", FakeAnswer::noValue());
   expectGivenUp("AX: role=AXTextArea selectedText unavailable/empty (err=0)");
@@ -98,21 +56,6 @@ TEST_F(AccessibilityPath, selectedTextThatIsMissingOrMistypedShowsCodeZero) {
   field->answer(AccessOperation::read, "AXSelectedText", FakeAnswer::otherKind());
   EXPECT_FALSE(run());
   EXPECT_EQ(log().back(), "AX: role=AXTextArea selectedText unavailable/empty (err=0)");
-}
-
-TEST_F(AccessibilityPath, selectedTextThatFailsShowsItsCode) {
-  field->answer(AccessOperation::read, "AXSelectedText", FakeAnswer::fails(-25205));
-  expectGivenUp("AX: role=AXTextArea selectedText unavailable/empty (err=-25205)");
-}
-
-TEST_F(AccessibilityPath, readOnlySelectionIsNotSettable) {
-  field->answer(AccessOperation::settable, "AXSelectedText", FakeAnswer::refuses());
-  expectGivenUp("AX: role=AXTextArea selected=4 chars, not settable (err=0)");
-}
-
-TEST_F(AccessibilityPath, failedQuestionForSettableShowsItsCode) {
-  field->answer(AccessOperation::settable, "AXSelectedText", FakeAnswer::fails(-25204));
-  expectGivenUp("AX: role=AXTextArea selected=4 chars, not settable (err=-25204)");
 }
 
 TEST_F(AccessibilityPath, countsAreOfPerceivedCharacters) {
@@ -127,40 +70,10 @@ TEST_F(AccessibilityPath, valueThatCannotBeReadBeforeIsNotUsed) {
   expectGivenUp("AX: role=AXTextArea selected=4 chars, value unreadable (err=-25212)");
 }
 
-TEST_F(AccessibilityPath, valueThatIsNoTextBeforeShowsCodeZero) {
-  field->answer(AccessOperation::read, "AXValue", FakeAnswer::otherKind());
-  expectGivenUp("AX: role=AXTextArea selected=4 chars, value unreadable (err=0)");
-}
-
-TEST_F(AccessibilityPath, nothingToChangeWritesNothing) {
-  EXPECT_EQ(
-      failureOf([] { TextAccess::replaceViaAccessibility([](std::string_view) { return std::nullopt; }); }),
-      Failure::nothingToChange);
-  EXPECT_EQ(log(), Lines{"AX: nothing to change"});
-  EXPECT_EQ(host.calls().count("accessibility.setAttributeValue"), 0u);
-}
-
-TEST_F(AccessibilityPath, failedWriteShowsItsCode) {
-  field->answer(AccessOperation::write, "AXSelectedText", FakeAnswer::fails(-25200));
-  expectTransformedButGivenUp("AX: role=AXTextArea set failed (err=-25200)");
-}
-
-TEST_F(AccessibilityPath, valueThatCannotBeReadAfterCountsAsDone) {
-  field->answer(AccessOperation::read, "AXValue", FakeAnswer::fails(-25204), /*after=*/1);
-  EXPECT_TRUE(run());
-  EXPECT_EQ(log(), Lines{"AX: role=AXTextArea set ok, value unreadable after"});
-  EXPECT_EQ(field->text(), "AKUO");
-}
-
 TEST_F(AccessibilityPath, valueThatIsNoTextAfterCountsAsDone) {
   field->answer(AccessOperation::read, "AXValue", FakeAnswer::noValue(), /*after=*/1);
   EXPECT_TRUE(run());
   EXPECT_EQ(log(), Lines{"AX: role=AXTextArea set ok, value unreadable after"});
-}
-
-TEST_F(AccessibilityPath, acceptedWriteThatChangesNothingIsNotApplicable) {
-  field->answer(AccessOperation::write, "AXSelectedText", FakeAnswer::lies());
-  expectTransformedButGivenUp("AX: role=AXTextArea set ok, valueChanged=false (before=4 after=4)");
 }
 
 TEST_F(AccessibilityPath, canonicallyEquivalentValuesAreEqual) {

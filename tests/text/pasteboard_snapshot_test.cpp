@@ -41,17 +41,6 @@ TEST_F(PasteboardSnapshotTest, emptyPasteboardIsClearedAndNothingIsWritten) {
   EXPECT_EQ(host.calls().count("pasteboard.writeItems"), 0u);
 }
 
-TEST_F(PasteboardSnapshotTest, pasteboardThatReportsNoItemsGivesAnEmptySnapshot) {
-  pasteboard.reportNoItems(true);
-  EXPECT_TRUE(PasteboardSnapshot(pasteboard).items.empty());
-}
-
-TEST_F(PasteboardSnapshotTest, typeWhoseDataCannotBeHadIsMissingFromItsEntry) {
-  EXPECT_EQ(afterRoundTrip(
-                {{FakePasteboardEntry::brokenPromise("public.tiff"), FakePasteboardEntry::text("kept")}}),
-            (Contents{{FakePasteboardEntry::text("kept")}}));
-}
-
 TEST_F(PasteboardSnapshotTest, entryWithoutAnyTypeIsKeptInTheSnapshotAndNotRestored) {
   pasteboard.otherAppWrites(
       {{FakePasteboardEntry::brokenPromise("public.tiff")}, {FakePasteboardEntry::text("kept")}});

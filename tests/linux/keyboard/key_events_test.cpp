@@ -131,7 +131,7 @@ TEST_F(SimulatedKeys, letGoModifiersOfAnotherKeyboardToo) {
 
 TEST_F(SimulatedKeys, leaveNoKeyDown) {
   type(kKeyC, kEventFlagCommand);
-  EXPECT_TRUE(pumpUntil([&] { return held() == 0; }));
+  EXPECT_TRUE(pumpUntil([&] { return held() == kNoEventFlags; }));
   EXPECT_FALSE(typist.isDown(KEY_INSERT));
   EXPECT_FALSE(typist.isDown(KEY_LEFTCTRL));
 }
@@ -255,7 +255,7 @@ TEST_F(SimulatedKeys, knowWhoGotThem) {
 }
 
 TEST_F(SimulatedKeys, areRefusedForKeysThatDoNotExist) {
-  EXPECT_EQ(keyEvents.createKeyboardEvent(nullptr, 52, true), nullptr);
+  EXPECT_EQ(keyEvents.createKeyboardEvent(nullptr, KeyCode{52}, true), nullptr);
 }
 
 TEST(KeyEventsWithoutDisplay, areRefused) {
