@@ -72,7 +72,9 @@ TEST_F(UserDefaultsFile, isWholeOrKeptAsideWhereverItIsCutOff) {
       EXPECT_TRUE(!read || *read == value) << key;
     }
     EXPECT_EQ(std::filesystem::exists(path), lostOnlyTheLastLineFeed) << length;
-    if (!lostOnlyTheLastLineFeed) EXPECT_EQ(test::contentsOf(path + ".damaged"), whole.substr(0, length));
+    if (!lostOnlyTheLastLineFeed) {
+      EXPECT_EQ(test::contentsOf(path + ".damaged"), whole.substr(0, length));
+    }
   }
 }
 
