@@ -37,6 +37,9 @@ class Pasteboard {
   /// The items in order; nothing when the pasteboard reports none. On Linux, while text of setString()
   /// stands, what was there before it.
   virtual std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() = 0;
+  /// True when the system may keep the contents from this program, as macOS 15.4 and later do when the user
+  /// says no: items of which nothing can be read were refused then.
+  virtual bool mayRefuseReading() { return false; }
   /// Grows with every change of the contents, whoever made it.
   virtual std::int64_t changeCount() = 0;
   virtual void clearContents() = 0;

@@ -7,6 +7,7 @@
 
 #include "platform/mac/callback.h"
 #include "platform/mac/mac_services.h"
+#include "platform/mac/own_menu.h"
 
 namespace lexwend::platform::mac {
 namespace {
@@ -47,6 +48,8 @@ std::shared_ptr<PressHandler>& installedHandler() {
 
 ::OSStatus hotKeyPressed(EventHandlerCallRef, EventRef event, void*) {
   ::OSStatus status = noErr;
+  // While a menu is open, presses wait. What the user wanted then is not what is selected when it has closed.
+  if (wasOwnMenuOpenAt(GetEventTime(event))) return status;
   guarded([&] {
     if (const auto handler = installedHandler()) status = (*handler)(MacHotKeyEvent(event));
   });

@@ -13,6 +13,29 @@
 #include "platform/mac/cf_text.h"
 #include "platform/mac/mac_services.h"
 
+/// Hears of a change of the enabled layouts also while the application is not active. The center of the
+/// notifications holds it weakly.
+@interface LXWLayoutsObserver : NSObject
+- (instancetype)initWithHandler:(std::shared_ptr<std::function<void()>>)handler;
+@end
+
+@implementation LXWLayoutsObserver {
+  std::shared_ptr<std::function<void()>> handler_;
+}
+
+- (instancetype)initWithHandler:(std::shared_ptr<std::function<void()>>)handler {
+  self = [super init];
+  if (self != nil) handler_ = std::move(handler);
+  return self;
+}
+
+- (void)layoutsChanged:(NSNotification*)notification {
+  const auto running = handler_;
+  lexwend::platform::mac::guarded(*running);
+}
+
+@end
+
 namespace lexwend::platform::mac {
 namespace {
 
@@ -105,6 +128,15 @@ InputSourceValue layoutDataValue(CFTypeRef value) {
 
 class MacInputSourceService : public InputSourceService {
  public:
+  MacInputSourceService() = default;
+  ~MacInputSourceService() override {
+    for (LXWLayoutsObserver* observer : observers_) {
+      [[NSDistributedNotificationCenter defaultCenter] removeObserver:observer];
+    }
+  }
+  MacInputSourceService(const MacInputSourceService&) = delete;
+  MacInputSourceService& operator=(const MacInputSourceService&) = delete;
+
   std::optional<std::vector<InputSourceRef>> createInputSourceList(const InputSourceFilter& filter,
                                                                    bool includeAllInstalled) override {
     const CFRef<CFDictionaryRef> properties = propertyFilter(filter);
@@ -164,11 +196,20 @@ class MacInputSourceService : public InputSourceService {
     void (^changed)(NSNotification*) = ^(NSNotification*) {
       guarded(*kept);
     };
-    [[NSDistributedNotificationCenter defaultCenter] addObserverForName:name
-                                                                 object:nil
-                                                                  queue:[NSOperationQueue mainQueue]
-                                                             usingBlock:changed];
+    NSDistributedNotificationCenter* center = [NSDistributedNotificationCenter defaultCenter];
+    [center addObserverForName:name object:nil queue:[NSOperationQueue mainQueue] usingBlock:changed];
+    // The system holds back what the one above observes as long as the application is not active, and this
+    // one hardly ever is. While it is active, both hear of the change.
+    observers_.push_back([[LXWLayoutsObserver alloc] initWithHandler:kept]);
+    [center addObserver:observers_.back()
+                  selector:@selector(layoutsChanged:)
+                      name:name
+                    object:nil
+        suspensionBehavior:NSNotificationSuspensionBehaviorDeliverImmediately];
   }
+
+ private:
+  std::vector<LXWLayoutsObserver*> observers_;
 };
 
 static_assert(static_cast<int>(KeyAction::down) == kUCKeyActionDown);

@@ -158,6 +158,11 @@ TEST_F(MacHotKeys, runsNoHandlerOnceTheServiceIsGone) {
 
 struct MacKeyMonitorService : InMacApplication {
   KeyMonitor& service = host->keyMonitor();
+
+  void SetUp() override {
+    InMacApplication::SetUp();
+    host->application().activate(true);
+  }
 };
 
 TEST_F(MacKeyMonitorService, seesKeyAndAllFlagsOfEveryPress) {

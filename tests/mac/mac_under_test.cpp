@@ -96,6 +96,8 @@ class MacUnderTest : public HostUnderTest {
 
   void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) override {
     if (doubles::hot_keys::press(keyCode, carbonModifiers).has_value()) return;
+    // Shown is not yet active: the user clicks into the window first.
+    if (const auto window = recorder(); window && window->isInFront) doubles::windows::clickInto();
     if (doubles::windows::pressKey(keyCode, eventFlags(carbonModifiers))) return;
     if (recorder()) {
       if (keyCode == kSpaceKey) clickRecorder(RecorderButton::save);

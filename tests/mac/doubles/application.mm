@@ -19,6 +19,7 @@ namespace {
 struct State {
   std::optional<long> policy;
   int activations = 0;
+  bool isActive = false, isHidden = false, isActivationRefused = false;
   int beeps = 0;
   bool isTerminated = false;
   bool isRunning = false;
@@ -43,11 +44,20 @@ const ResetHook kReset([] {
 });
 const ProcessEndHook kProcessEnd([] {
   dropApplication();
+  state().isActive = state().isHidden = false;
   state().policy.reset();
   state().isTerminated = false;
   state().eventLoop = nullptr;
 });
 }  // namespace
+
+bool lexwend::doubles::isApplicationActive() { return state().isActive; }
+void lexwend::doubles::activateApplication() {
+  if (NSApp == nil) die("there is no application to activate");
+  state().isActive = true;
+  state().isHidden = false;
+  deliverHeldNotifications();
+}
 
 @interface NSApplication () {
   id delegate_;
@@ -76,6 +86,21 @@ const ProcessEndHook kProcessEnd([] {
   requireMainThread("-[NSApplication activateIgnoringOtherApps:]");
   record("-[NSApplication activateIgnoringOtherApps:]", truth(ignoresOtherApps));
   ++state().activations;
+  // Only who ignores the others comes to the front while another application is active.
+  if (ignoresOtherApps && !state().isActivationRefused) activateApplication();
+}
+- (void)hide:(id)sender {
+  requireMainThread("-[NSApplication hide:]");
+  record("-[NSApplication hide:]");
+  state().isHidden = true;
+  state().isActive = false;
+}
+- (void)unhideWithoutActivation {
+  requireMainThread("-[NSApplication unhideWithoutActivation]");
+  state().isHidden = false;
+}
+- (BOOL)isHidden {
+  return state().isHidden;
 }
 - (NSApplicationActivationPolicy)activationPolicy {
   return static_cast<NSApplicationActivationPolicy>(state().policy.value_or(0));
@@ -87,7 +112,11 @@ const ProcessEndHook kProcessEnd([] {
   return YES;
 }
 - (void)finishLaunching {
-  const id delegate = self.delegate;
+  const id<NSApplicationDelegate> delegate = self.delegate;
+  if (![delegate respondsToSelector:@selector(applicationSupportsSecureRestorableState:)] ||
+      ![delegate applicationSupportsSecureRestorableState:self]) {
+    die("WARNING: Secure coding is not enabled for restorable state");
+  }
   NSNotification* notification =
       [NSNotification notificationWithName:@"NSApplicationDidFinishLaunchingNotification" object:self];
   if ([delegate respondsToSelector:@selector(applicationDidFinishLaunching:)]) {
@@ -112,6 +141,11 @@ const ProcessEndHook kProcessEnd([] {
 - (void)terminate:(id)sender {
   requireMainThread("-[NSApplication terminate:]");
   record("-[NSApplication terminate:]");
+  const id<NSApplicationDelegate> delegate = self.delegate;
+  if ([delegate respondsToSelector:@selector(applicationShouldTerminate:)] &&
+      [delegate applicationShouldTerminate:self] != NSTerminateNow) {
+    return;
+  }
   // The real one ends the process here; a test goes on and sees that it was asked for.
   state().isTerminated = true;
 }
@@ -126,7 +160,7 @@ const ProcessEndHook kProcessEnd([] {
   return state().isRunning;
 }
 - (BOOL)isActive {
-  return state().activations > 0;
+  return state().isActive;
 }
 - (NSWindow*)keyWindow {
   return nil;
@@ -192,6 +226,7 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
 }
 - (NSRunningApplication*)frontmostApplication {
   record("-[NSWorkspace frontmostApplication]");
+  if (state().isActive) return [NSRunningApplication currentApplication];
   return state().frontmost ? makeRunning(*state().frontmost) : nil;
 }
 - (NSArray*)runningApplications {
@@ -211,13 +246,19 @@ namespace lexwend::doubles::app {
 bool exists() { return NSApp != nil; }
 std::optional<long> activationPolicy() { return state().policy; }
 int activations() { return state().activations; }
+bool isActive() { return state().isActive; }
+void refuseActivation() { state().isActivationRefused = true; }
+void userSwitchesToOther() { state().isActive = false; }
 bool isTerminated() { return state().isTerminated; }
 int beeps() { return state().beeps; }
 void setEventLoop(std::function<void()> body) { state().eventLoop = std::move(body); }
 }  // namespace lexwend::doubles::app
 
 namespace lexwend::doubles::workspace {
-void setFrontmost(const std::optional<Running>& application) { state().frontmost = application; }
+void setFrontmost(const std::optional<Running>& application) {
+  state().frontmost = application;
+  state().isActive = false;
+}
 void setRunning(const std::vector<Running>& applications) { state().running = applications; }
 std::vector<std::string> openedUrls() { return state().openedUrls; }
 void postDidWake() {

@@ -22,6 +22,7 @@ struct OpaqueEventHotKeyRef {
 };
 struct OpaqueEventRef {
   EventHotKeyID hotKey;
+  EventTime time;
   bool isDelivered;  // the event lives only while its handlers run
 };
 
@@ -33,6 +34,7 @@ struct State {
   // Handles stay for the session, so that one that is used too late is recognised.
   std::vector<std::unique_ptr<OpaqueEventHotKeyRef>> hotKeys;
   std::vector<std::unique_ptr<OpaqueEventRef>> events;
+  std::vector<OpaqueEventRef*> queued;  // pressed while the agent's menu is open
   std::int32_t nextRegistrationStatus = noErr;
   bool isNextReferenceNull = false;
   std::int32_t nextParameterStatus = noErr;
@@ -48,12 +50,15 @@ const ResetHook kReset([] { state() = State{}; });
 const ProcessEndHook kProcessEnd([] {
   state().handlers.clear();
   state().hotKeys.clear();
+  state().queued.clear();
   state().events.clear();
 });
 
 void requireApplicationTarget(EventTargetRef target, const char* what) {
   if (target != &state().applicationTarget) die(std::string(what) + ": not the application's event target");
 }
+
+std::int32_t deliver(OpaqueEventRef* event);
 
 }  // namespace
 
@@ -85,8 +90,26 @@ std::optional<std::int32_t> press(std::uint32_t keyCode, std::uint32_t modifiers
 
 std::optional<std::int32_t> dispatch(std::uint32_t signature, std::uint32_t id) {
   if (state().handlers.empty()) return std::nullopt;
-  state().events.push_back(std::make_unique<OpaqueEventRef>(OpaqueEventRef{{signature, id}, true}));
+  state().events.push_back(
+      std::make_unique<OpaqueEventRef>(OpaqueEventRef{{signature, id}, secondsSinceStartup(), true}));
   OpaqueEventRef* event = state().events.back().get();
+  if (isMenuOpen()) {
+    state().queued.push_back(event);
+    return std::nullopt;
+  }
+  return deliver(event);
+}
+
+}  // namespace lexwend::doubles::hot_keys
+
+void lexwend::doubles::deliverQueuedPresses() {
+  for (OpaqueEventRef* event : std::exchange(state().queued, {})) deliver(event);
+}
+
+namespace {
+std::int32_t deliver(OpaqueEventRef* event) {
+  // It comes by the run loop, after what that had to do before.
+  runMainQueueAndTimersDue();
   std::int32_t status = eventNotHandledErr;
   @autoreleasepool {
     for (const auto& handler : state().handlers) {
@@ -100,6 +123,9 @@ std::optional<std::int32_t> dispatch(std::uint32_t signature, std::uint32_t id) 
   event->isDelivered = false;
   return status;
 }
+}  // namespace
+
+namespace lexwend::doubles::hot_keys {
 
 void takeByOther(std::uint32_t keyCode, std::uint32_t modifiers) {
   state().takenByOthers.emplace_back(keyCode, modifiers);
@@ -232,5 +258,11 @@ OSStatus GetEventParameter(EventRef event, EventParamName name, EventParamType d
   return noErr;
 }
 OSType GetEventClass(EventRef) { return kEventClassKeyboard; }
+EventTime GetEventTime(EventRef event) {
+  requireNonnull(event, "GetEventTime: the event");
+  if (!event->isDelivered) die("GetEventTime: the event is gone");
+  return event->time;
+}
+EventTime GetCurrentEventTime() { return secondsSinceStartup(); }
 UInt32 GetEventKind(EventRef) { return kEventHotKeyPressed; }
 }

@@ -45,6 +45,41 @@ const NSFontWeight NSFontWeightBold = 0.4;
 }
 @end
 
+namespace {
+struct AppearanceState {
+  bool isDark = false;
+  // What a colour is resolved for; outside of drawing the system gives no promise, the doubles the wrong one.
+  int drawing = 0;
+};
+AppearanceState& appearanceState() {
+  static auto* the = new AppearanceState;
+  return *the;
+}
+const ResetHook kResetAppearance([] { appearanceState() = AppearanceState{}; });
+}  // namespace
+namespace lexwend::doubles::app {
+void setDark(bool dark) {
+  appearanceState().isDark = dark;
+  appearanceChanged();
+}
+}  // namespace lexwend::doubles::app
+
+@implementation NSAppearance
+- (void)performAsCurrentDrawingAppearance:(__attribute__((noescape))void (^)(void))block {
+  ++appearanceState().drawing;
+  block();
+  --appearanceState().drawing;
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
++ (BOOL)supportsSecureCoding {
+  return YES;
+}
+@end
+
 @implementation LXWColorValue
 @end
 @interface NSColor () {
@@ -75,7 +110,8 @@ const NSFontWeight NSFontWeightBold = 0.4;
 }
 - (CGColorRef)CGColor {
   LXWColorValue* value = [[[LXWColorValue alloc] init] autorelease];
-  value->name = name_;
+  const bool isDark = appearanceState().drawing > 0 && appearanceState().isDark;
+  value->name = name_ + (isDark ? " (dark)" : "");
   return (CGColorRef)value;
 }
 - (id)copyWithZone:(struct _NSZone*)zone {
@@ -274,6 +310,12 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   [layer_ release];
   layer_ = layer;
 }
+- (NSAppearance*)effectiveAppearance {
+  return [[[NSAppearance alloc] init] autorelease];
+}
+- (void)viewDidChangeEffectiveAppearance {
+  for (NSView* view in subviews_) [view viewDidChangeEffectiveAppearance];
+}
 - (BOOL)needsDisplay {
   return NO;
 }
@@ -447,6 +489,9 @@ void objc_destroyWeak(id* location);
   made.bezelStyle = NSBezelStyleRounded;
   made.font = [NSFont systemFontOfSize:13];
   return made;
+}
+- (NSString*)keyEquivalent {
+  return keyEquivalent == nil ? @"" : keyEquivalent;
 }
 - (void)dealloc {
   [title_ release];

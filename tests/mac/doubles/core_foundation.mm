@@ -126,7 +126,12 @@ CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* text, CFString
                                              encoding:encodingOf(encoding)];
 }
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex count,
-                                    CFStringEncoding encoding, Boolean) {
+                                    CFStringEncoding encoding, Boolean isExternal) {
+  constexpr UInt8 kByteOrderMark[] = {0xEF, 0xBB, 0xBF};
+  if (isExternal && count >= 3 && std::memcmp(bytes, kByteOrderMark, 3) == 0) {
+    bytes += 3;
+    count -= 3;
+  }
   return (CFStringRef)[[NSString alloc] initWithBytes:bytes
                                                length:(NSUInteger)count
                                              encoding:encodingOf(encoding)];

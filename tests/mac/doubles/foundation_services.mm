@@ -29,6 +29,7 @@ using std::chrono::microseconds;
   BOOL isValid_;
   BOOL isScheduled_;
   BOOL isInCommonModes_;
+  microseconds tolerance_;
 }
 @end
 
@@ -40,6 +41,7 @@ struct OuterEvent {
 };
 struct QueuedWork {
   microseconds due;
+  microseconds delay;
   dispatch_block_t block;
 };
 struct PerformedBlock {
@@ -57,6 +59,7 @@ struct TimeState {
   bool isWoken = false;                   // its next turn comes at once, not with whatever happens next
   std::vector<NSTimer*> timers;           // retained while they are scheduled and valid
   bool isModal = false;                   // the run loop is in the mode of a modal panel
+  std::size_t activities = 0;
 };
 TimeState& timeState() {
   static auto* the = new TimeState;
@@ -86,6 +89,19 @@ microseconds fromSeconds(double seconds) { return microseconds(std::llround(seco
 
 constexpr microseconds kNever = microseconds::max();
 
+/// An application that nobody works with naps, unless it says that it is at something: what it waits for
+/// comes much later.
+microseconds nap() {
+  constexpr microseconds kNap = std::chrono::seconds(30);
+  const bool naps = NSApp != nil && !isApplicationActive() && timeState().activities == 0;
+  return naps ? kNap : microseconds(0);
+}
+microseconds dueOf(NSTimer* timer) { return timer->due_ + timer->tolerance_ + nap(); }
+microseconds dueOf(const QueuedWork& work) {
+  // What is due at once is no timer.
+  return work.delay == microseconds(0) ? work.due : work.due + nap();
+}
+
 microseconds earliestOuter() {
   microseconds due = kNever;
   for (const OuterEvent& event : timeState().outer) due = std::min(due, event.due);
@@ -97,7 +113,7 @@ NSTimer* nextTimer() {
   NSTimer* next = nil;
   for (NSTimer* each : timeState().timers) {
     if (timeState().isModal && !each->isInCommonModes_) continue;
-    if (next == nil || each->due_ < next->due_) next = each;
+    if (next == nil || dueOf(each) < dueOf(next)) next = each;
   }
   return next;
 }
@@ -106,12 +122,12 @@ std::vector<QueuedWork>::iterator nextQueued() {
   auto& queue = timeState().queue;
   if (timeState().isMainQueueBusy) return queue.end();
   return std::min_element(queue.begin(), queue.end(),
-                          [](const auto& a, const auto& b) { return a.due < b.due; });
+                          [](const auto& a, const auto& b) { return dueOf(a) < dueOf(b); });
 }
 microseconds earliestInRunLoop() {
   microseconds due = timeState().isWoken ? timeState().now : kNever;
-  if (const auto work = nextQueued(); work != timeState().queue.end()) due = std::min(due, work->due);
-  if (NSTimer* timer = nextTimer()) due = std::min(due, timer->due_);
+  if (const auto work = nextQueued(); work != timeState().queue.end()) due = std::min(due, dueOf(*work));
+  if (NSTimer* timer = nextTimer()) due = std::min(due, dueOf(timer));
   return due;
 }
 
@@ -137,7 +153,7 @@ void sleepFor(microseconds duration) {
 }
 
 void enqueue(microseconds due, dispatch_block_t block) {
-  timeState().queue.push_back({due, (dispatch_block_t)[(id)block copy]});
+  timeState().queue.push_back({due, due - timeState().now, (dispatch_block_t)[(id)block copy]});
 }
 
 /// Those that wait for a mode that the run loop is not in stay.
@@ -170,8 +186,8 @@ void runMainQueueAndTimersDue() {
       auto& queue = timeState().queue;
       const auto work = nextQueued();
       NSTimer* timer = nextTimer();
-      const microseconds workDue = work == queue.end() ? kNever : work->due;
-      const microseconds timerDue = timer == nil ? kNever : timer->due_;
+      const microseconds workDue = work == queue.end() ? kNever : dueOf(*work);
+      const microseconds timerDue = timer == nil ? kNever : dueOf(timer);
       if (std::min(workDue, timerDue) > timeState().now) {
         // The turn was for the blocks alone.
       } else if (workDue <= timerDue) {
@@ -285,10 +301,11 @@ int usleep(useconds_t duration) {
   return repeats_ ? static_cast<double>(interval_.count()) / 1e6 : 0;
 }
 - (NSTimeInterval)tolerance {
-  return 0;
+  return static_cast<double>(tolerance_.count()) / 1e6;
 }
+/// The system may use up all of it.
 - (void)setTolerance:(NSTimeInterval)tolerance {
-  record("-[NSTimer setTolerance:]", decimal(tolerance));
+  tolerance_ = fromSeconds(tolerance);
 }
 @end
 
@@ -451,6 +468,10 @@ void dispatch_once(dispatch_once_t* predicate, __attribute__((noescape)) dispatc
 /// The token of a block that observes; the centre keeps it until it is removed.
 @interface LXWObserver : NSObject {
  @public
+  __unsafe_unretained id target;  // of an observer with a selector; not kept
+  SEL selector;
+  BOOL isImmediate;
+  BOOL isHeld;  // a notification waits for the application to be active; several become one
   NSString* name;
   NSOperationQueue* queue;
   void (^block)(NSNotification*);
@@ -510,7 +531,9 @@ std::vector<NSNotificationCenter*>& centers() {
 }
 - (void)removeObserver:(id)observer {
   record("-[NSNotificationCenter removeObserver:]", kind_);
-  const auto place = std::find(observers_.begin(), observers_.end(), (LXWObserver*)observer);
+  const auto place = std::find_if(observers_.begin(), observers_.end(), [&](LXWObserver* each) {
+    return each == (LXWObserver*)observer || each->target == observer;
+  });
   if (place == observers_.end()) return;
   LXWObserver* removed = *place;
   observers_.erase(place);
@@ -524,6 +547,14 @@ std::vector<NSNotificationCenter*>& centers() {
     NSNotification* notification = [NSNotification notificationWithName:name object:object];
     for (LXWObserver* observer : std::vector<LXWObserver*>(observers_)) {
       if (observer->name != nil && ![observer->name isEqualToString:name]) continue;
+      if (kind_ == "distributed" && NSApp != nil && !isApplicationActive() && !observer->isImmediate) {
+        observer->isHeld = YES;
+        continue;
+      }
+      if (observer->target != nil) {
+        [observer->target performSelector:observer->selector withObject:notification];
+        continue;
+      }
       if (observer->queue == nil) die("an observer without a queue: it would run on the thread that posts");
       [[observer retain] autorelease];
       if (observer->queue == [NSOperationQueue mainQueue] && timeState().isMainQueueBusy) {
@@ -542,14 +573,46 @@ std::vector<NSNotificationCenter*>& centers() {
   static auto* the = (NSDistributedNotificationCenter*)[self makeOfKind:"distributed"];
   return the;
 }
+- (void)addObserver:(id)observer
+              selector:(SEL)selector
+                  name:(NSNotificationName)name
+                object:(NSString*)object
+    suspensionBehavior:(NSNotificationSuspensionBehavior)suspensionBehavior {
+  requireNonnull(observer, "-[NSDistributedNotificationCenter addObserver:...]: the observer");
+  if (![observer respondsToSelector:selector]) die("an observer that does not answer to its selector");
+  if (object != nil) return;  // nobody posts with an object here
+  LXWObserver* added = [[LXWObserver alloc] init];
+  added->target = observer;
+  added->selector = selector;
+  added->isImmediate = suspensionBehavior == NSNotificationSuspensionBehaviorDeliverImmediately;
+  added->name = [name copy];
+  observers_.push_back(added);
+}
 @end
 
 namespace lexwend::doubles {
+void deliverHeldNotifications() {
+  NSNotificationCenter* center = [NSDistributedNotificationCenter defaultCenter];
+  for (LXWObserver* observer : std::vector<LXWObserver*>(center->observers_)) {
+    if (!std::exchange(observer->isHeld, NO) || observer->target != nil) continue;
+    [[observer retain] autorelease];
+    const NSNotificationName name = observer->name;
+    enqueue(timeState().now, ^{
+      observer->block([NSNotification notificationWithName:name object:nil]);
+    });
+  }
+}
+double secondsSinceStartup() {
+  constexpr double kAtStart = 1000;
+  return kAtStart + static_cast<double>(timeState().now.count()) / 1e6;
+}
 void postTo(NSNotificationCenter* center, NSString* name) { [center postNotificationName:name object:nil]; }
 namespace workspace {
 std::size_t observers() {
   std::size_t count = 0;
-  for (NSNotificationCenter* center : centers()) count += center->observers_.size();
+  for (NSNotificationCenter* center : centers()) {
+    for (LXWObserver* observer : center->observers_) count += observer->target == nil ? 1 : 0;
+  }
   return count;
 }
 }  // namespace workspace
@@ -577,6 +640,8 @@ struct ProcessState {
   bool isInfoAbsent = false;
   std::string home = "/nonexistent";
   std::vector<std::string> readOnlyPaths;
+  std::optional<std::chrono::minutes> eastOfGreenwich;
+  int yearsAhead = 0;
   NSMutableDictionary* defaults = nil;
 };
 ProcessState& processState() {
@@ -601,6 +666,11 @@ void setBundleIdentifier(const std::optional<std::string>& identifier) {
 void setInfo(const std::string& key, const Value& value) { processState().info[key] = value; }
 void infoIsAbsent() { processState().isInfoAbsent = true; }
 void setHomeDirectory(const std::string& path) { processState().home = path; }
+void setLocalTime(std::chrono::minutes eastOfGreenwich, int yearsAhead) {
+  processState().eastOfGreenwich = eastOfGreenwich;
+  processState().yearsAhead = yearsAhead;
+}
+std::size_t activities() { return timeState().activities; }
 void setReadOnly(const std::string& path) { processState().readOnlyPaths.push_back(path); }
 }  // namespace lexwend::doubles::process
 
@@ -838,6 +908,7 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 
 @interface NSDateFormatter () {
   NSString* format_;
+  BOOL hasLocale_, hasTimeZone_;  // of its own, in place of the user's
 }
 @end
 @implementation NSDateFormatter
@@ -854,13 +925,13 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   return format_;
 }
 - (void)setLocale:(NSLocale*)locale {
-  record("-[NSDateFormatter setLocale:]");
+  hasLocale_ = locale != nil;
 }
 - (NSLocale*)locale {
   return nil;
 }
 - (void)setTimeZone:(NSTimeZone*)zone {
-  record("-[NSDateFormatter setTimeZone:]");
+  hasTimeZone_ = zone != nil;
 }
 - (NSTimeZone*)timeZone {
   return nil;
@@ -873,9 +944,15 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   const std::int64_t moment = std::llround(date.timeIntervalSince1970 * 1e6);
   const std::int64_t whole = moment / kMicrosecondsPerSecond - (moment % kMicrosecondsPerSecond < 0 ? 1 : 0);
   const double fraction = static_cast<double>(moment - whole * kMicrosecondsPerSecond) / 1e6;
-  const std::time_t seconds = whole;
   std::tm local{};
-  localtime_r(&seconds, &local);
+  if (processState().eastOfGreenwich || hasTimeZone_) {
+    const auto shift = hasTimeZone_ ? std::chrono::minutes(0) : *processState().eastOfGreenwich;
+    const std::time_t seconds = whole + std::chrono::seconds(shift).count();
+    gmtime_r(&seconds, &local);
+  } else {
+    const std::time_t seconds = whole;
+    localtime_r(&seconds, &local);
+  }
   const std::string pattern = utf8(format_);
   std::string text;
   for (std::size_t i = 0; i < pattern.size();) {
@@ -886,7 +963,7 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
     int number = -1;
     switch (letter) {
       case 'y':
-        number = local.tm_year + 1900;
+        number = local.tm_year + 1900 + (hasLocale_ ? 0 : processState().yearsAhead);
         break;
       case 'M':
         number = local.tm_mon + 1;
@@ -989,6 +1066,23 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 }
 @end
 
+/// One that nobody ends ends with its last reference.
+@interface LXWActivity : NSObject {
+ @public
+  BOOL holdsOffNaps;
+}
+- (void)end;
+@end
+@implementation LXWActivity
+- (void)end {
+  if (std::exchange(holdsOffNaps, NO) && timeState().activities > 0) --timeState().activities;
+}
+- (void)dealloc {
+  [self end];
+  [super dealloc];
+}
+@end
+
 @implementation NSProcessInfo
 + (NSProcessInfo*)processInfo {
   record("+[NSProcessInfo processInfo]");
@@ -1007,6 +1101,19 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 }
 - (NSString*)processName {
   return @"Lexwend";
+}
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason {
+  requireKind(reason, [NSString class], "-[NSProcessInfo beginActivityWithOptions:reason:]: the reason");
+  if ((options & NSActivityIdleSystemSleepDisabled) != 0) die("an activity that keeps the computer awake");
+  LXWActivity* activity = [[[LXWActivity alloc] init] autorelease];
+  activity->holdsOffNaps = (options & NSActivityUserInitiatedAllowingIdleSystemSleep) ==
+                           NSActivityUserInitiatedAllowingIdleSystemSleep;
+  if (activity->holdsOffNaps) ++timeState().activities;
+  return activity;
+}
+- (void)endActivity:(id<NSObject>)activity {
+  requireKind(activity, [LXWActivity class], "-[NSProcessInfo endActivity:]");
+  [(LXWActivity*)activity end];
 }
 - (void)setProcessName:(NSString*)name {
 }

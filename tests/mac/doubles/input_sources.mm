@@ -21,6 +21,7 @@ namespace {
 struct State {
   std::vector<input_sources::Source> sources;
   std::optional<std::size_t> current;
+  bool isMethodInFront = false;
   bool isListAbsent = false;
   bool isListMistyped = false;
   std::uint8_t keyboardType = 91;
@@ -104,6 +105,7 @@ void clear() {
   state().current.reset();
 }
 void setCurrentLayout(std::optional<std::size_t> index) { state().current = index; }
+void setInputMethodInFront() { state().isMethodInFront = true; }
 std::optional<std::size_t> currentLayout() { return state().current; }
 void listIsAbsent() { state().isListAbsent = true; }
 void listIsMistyped() { state().isListMistyped = true; }
@@ -195,6 +197,15 @@ TISInputSourceRef TISCopyCurrentKeyboardLayoutInputSource() {
 }
 TISInputSourceRef TISCopyCurrentKeyboardInputSource() {
   record("TISCopyCurrentKeyboardInputSource");
+  if (state().isMethodInFront) {
+    LXWInputSource* method = [[LXWInputSource alloc] init];
+    method->source = {.id = std::string("com.apple.inputmethod.Kotoeri"),
+                      .languages = std::vector<std::string>{"ja"},
+                      .unicodeKeyLayoutData = {},
+                      .type = "TISTypeKeyboardInputMethodWithoutModes"};
+    method->properties = [[NSMutableDictionary alloc] init];
+    return (TISInputSourceRef)method;
+  }
   return state().current ? (TISInputSourceRef)makeHandle(*state().current) : nullptr;
 }
 OSStatus TISSelectInputSource(TISInputSourceRef inputSource) {
@@ -204,6 +215,7 @@ OSStatus TISSelectInputSource(TISInputSourceRef inputSource) {
   record("TISSelectInputSource", std::to_string(index));
   if (const auto code = takeFailure("TISSelectInputSource")) return *code;
   state().current = index;
+  state().isMethodInFront = false;
   return noErr;
 }
 

@@ -108,7 +108,7 @@ void objc_destroyWeak(id* location);
 }
 @end
 @implementation NSMenu
-@synthesize title;
+@synthesize title, userInterfaceLayoutDirection;
 - (instancetype)init {
   return [self initWithTitle:@""];
 }
@@ -198,12 +198,14 @@ struct State {
   // Not retained: an item that nobody keeps leaves the bar.
   std::vector<NSStatusItem*> items;
   bool isNextWithoutButton = false;
+  bool isMenuOpen = false;
 };
 State& state() {
   static auto* the = new State;
   return *the;
 }
-const ResetHook kReset([] { state().isNextWithoutButton = false; });
+const ResetHook kReset([] { state().isNextWithoutButton = state().isMenuOpen = false; });
+const ProcessEndHook kProcessEnd([] { state().isMenuOpen = false; });
 }  // namespace
 
 @implementation NSStatusBarButton
@@ -281,6 +283,8 @@ std::vector<Item> items() {
       }
       if (NSMenu* menu = statusItem.menu) {
         item.menuAutoenables = menu.autoenablesItems;
+        item.menuReadsRightToLeft =
+            menu.userInterfaceLayoutDirection == NSUserInterfaceLayoutDirectionRightToLeft;
         item.menu.emplace();
         for (NSMenuItem* each in menu.itemArray) {
           item.menu->push_back({utf8(each.title), utf8(each.keyEquivalent),
@@ -295,8 +299,28 @@ std::vector<Item> items() {
   return seen;
 }
 
+void openMenu() {
+  if (state().items.empty() || state().items.front().menu == nil)
+    die("a test opens a menu that is not there");
+  state().isMenuOpen = true;
+  @autoreleasepool {
+    NSMenu* menu = state().items.front().menu;
+    if ([menu.delegate respondsToSelector:@selector(menuWillOpen:)]) [menu.delegate menuWillOpen:menu];
+  }
+}
+void closeMenu() {
+  if (!isMenuOpen()) die("a test closes a menu that is not open");
+  @autoreleasepool {
+    NSMenu* menu = state().items.front().menu;
+    if ([menu.delegate respondsToSelector:@selector(menuDidClose:)]) [menu.delegate menuDidClose:menu];
+  }
+  state().isMenuOpen = false;
+  deliverQueuedPresses();
+}
+
 void choose(const std::string& title) {
-  if (state().items.empty()) die("a test chooses from a status item that is not there");
+  openMenu();
+  closeMenu();
   @autoreleasepool {
     NSMenu* menu = state().items.front().menu;
     for (NSInteger i = 0; i < menu.numberOfItems; ++i) {
@@ -313,3 +337,5 @@ void choose(const std::string& title) {
 }
 
 }  // namespace lexwend::doubles::status_bar
+
+bool lexwend::doubles::isMenuOpen() { return state().isMenuOpen; }

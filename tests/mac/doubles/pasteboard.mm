@@ -18,6 +18,8 @@ struct State {
   std::int64_t changeCount = 1;
   bool isOwnedHere = false;  // cleared by this process and by nobody since
   bool areItemsAbsent = false;
+  std::optional<long> accessBehavior;
+  bool isReadingRefused = false;
   int promisesKept = 0;
 };
 State& state() {
@@ -35,6 +37,7 @@ pasteboard::Representation* representation(pasteboard::Item& item, const std::st
 
 NSData* dataIn(pasteboard::Item& item, const std::string& type) {
   const auto* found = representation(item, type);
+  if (state().isReadingRefused && !state().isOwnedHere) return nil;
   if (found == nullptr || !found->data) return nil;
   if (found->isPromised) ++state().promisesKept;
   return dataOf(*found->data);
@@ -114,6 +117,14 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   requireMainThread("+[NSPasteboard generalPasteboard]");
   static NSPasteboard* the = keptForever([[NSPasteboard alloc] init]);
   return the;
+}
+- (BOOL)respondsToSelector:(SEL)selector {
+  if (selector == NSSelectorFromString(@"accessBehavior")) return state().accessBehavior.has_value();
+  return [super respondsToSelector:selector];
+}
+- (NSInteger)accessBehavior {
+  if (!state().accessBehavior) die("-[NSPasteboard accessBehavior] before macOS 15.4");
+  return *state().accessBehavior;
 }
 - (NSInteger)changeCount {
   record("-[NSPasteboard changeCount]");
@@ -208,6 +219,8 @@ void otherAppCopiesText(const std::string& text) {
 void itemsAreAbsent(bool absent) { state().areItemsAbsent = absent; }
 std::vector<Item> contents() { return state().items; }
 std::int64_t changeCount() { return state().changeCount; }
+void setAccessBehavior(long behavior) { state().accessBehavior = behavior; }
+void refuseReading(bool refused) { state().isReadingRefused = refused; }
 int promisesKept() { return state().promisesKept; }
 
 }  // namespace lexwend::doubles::pasteboard

@@ -55,6 +55,17 @@ bool isReadOnly(const std::string& path);  ///< as a test said
 void runMainQueueAndTimersDue();
 void postTo(NSNotificationCenter* center, NSString* name);
 
+bool isApplicationActive();
+/// A click of the user into a window of the application, or its activation.
+void activateApplication();
+/// Distributed notifications that were held back while the application was not active.
+void deliverHeldNotifications();
+/// Presses that waited for the agent's own menu to close.
+void deliverQueuedPresses();
+bool isMenuOpen();
+bool isDark();
+double secondsSinceStartup();
+
 extern "C" {
 signed char lexwend_isMainThread(void);
 }

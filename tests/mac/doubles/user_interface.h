@@ -26,6 +26,7 @@
 
 namespace lexwend::doubles {
 windows::Control controlOf(NSView* view);
+void appearanceChanged();
 Rect rectOf(NSRect rect);
 /// What a weak reference refers to, without keeping it.
 id unowned(id* reference);

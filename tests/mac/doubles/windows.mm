@@ -29,11 +29,13 @@ void objc_destroyWeak(id* location);
 @end
 
 namespace {
+void lastWindowMayHaveClosed();
+constexpr long kEscape = -1;
 struct State {
   std::vector<NSWindow*> windows;  // not retained
   NSWindow* key = nil;
   std::vector<LXWKeyMonitor*> monitors;
-  std::vector<std::pair<long, std::chrono::microseconds>> alertAnswers;
+  std::vector<std::pair<long, std::chrono::microseconds>> alertAnswers;  // kEscape: by that key
   std::vector<alerts::Alert> alertsShown;
   std::function<long(const alerts::Alert&)> alertAnswer;
 };
@@ -58,12 +60,44 @@ const ResetHook kReset([] {
  @public
   NSRect contentRect_;
   NSBackingStoreType backing_;
-  BOOL isDeferred_, isCentered_, isVisible_, isClosing_;
+  BOOL isDeferred_, isCentered_, isVisible_, isInFront_, isClosing_;
   NSView* content_;
   id delegate_;
   id controller_;
 }
 @end
+namespace {
+/// The window that the user sees above all others and can click into.
+NSWindow* frontWindow() {
+  NSWindow* front = nil;
+  for (NSWindow* each : state().windows) {
+    if (each.isVisible && each->isInFront_) front = each;
+  }
+  if (front == nil) die("a test wants to click into a window, and the user sees none");
+  return front;
+}
+void clickInto(NSWindow* window) {
+  activateApplication();
+  state().key = window;
+}
+void lastWindowMayHaveClosed() {
+  for (NSWindow* each : state().windows) {
+    if (each->isVisible_) return;
+  }
+  const id<NSApplicationDelegate> delegate = NSApp.delegate;
+  if ([delegate respondsToSelector:@selector(applicationShouldTerminateAfterLastWindowClosed:)] &&
+      [delegate applicationShouldTerminateAfterLastWindowClosed:NSApp]) {
+    [NSApp terminate:nil];
+  }
+}
+}  // namespace
+
+void lexwend::doubles::appearanceChanged() {
+  for (NSWindow* each : state().windows) {
+    [each->content_ viewDidChangeEffectiveAppearance];
+  }
+}
+
 @implementation NSWindow
 @synthesize title, level, releasedWhenClosed, styleMask;
 - (instancetype)initWithContentRect:(NSRect)contentRect
@@ -136,7 +170,7 @@ const ResetHook kReset([] {
   objc_storeWeak(&controller_, controller);
 }
 - (BOOL)isVisible {
-  return isVisible_;
+  return isVisible_ && !NSApp.isHidden;
 }
 - (BOOL)isKeyWindow {
   return state().key == self;
@@ -162,10 +196,12 @@ const ResetHook kReset([] {
     if ([delegate respondsToSelector:@selector(windowWillClose:)]) [delegate windowWillClose:closing];
     [closing release];
   }
-  isVisible_ = NO;
+  const BOOL wasVisible = isVisible_;
+  isVisible_ = isInFront_ = NO;
   if (state().key == self) state().key = nil;
   if (isNested) return;
   isClosing_ = NO;
+  if (wasVisible) lastWindowMayHaveClosed();
   if (releasedWhenClosed) [self release];
 }
 - (void)performClose:(id)sender {
@@ -181,14 +217,18 @@ const ResetHook kReset([] {
   requireMainThread("-[NSWindow makeKeyAndOrderFront:]");
   record("-[NSWindow makeKeyAndOrderFront:]");
   isVisible_ = YES;
+  // Those of an application that is not active stay behind those of the active one.
+  if (isApplicationActive()) isInFront_ = YES;
   state().key = self;
 }
 - (void)orderFrontRegardless {
-  isVisible_ = YES;
+  requireMainThread("-[NSWindow orderFrontRegardless]");
+  if (contentRect_.size.width <= 0) die("-[NSWindow orderFrontRegardless] of a window without a size");
+  isVisible_ = isInFront_ = YES;
 }
 - (void)orderOut:(id)sender {
   record("-[NSWindow orderOut:]");
-  isVisible_ = NO;
+  isVisible_ = isInFront_ = NO;
   if (state().key == self) state().key = nil;
 }
 - (BOOL)makeFirstResponder:(NSResponder*)responder {
@@ -240,6 +280,7 @@ const ResetHook kReset([] {
 
 @interface NSAlert () {
   NSMutableArray* buttons_;
+  NSWindow* window_;
 }
 @end
 @implementation NSAlert
@@ -256,20 +297,37 @@ const ResetHook kReset([] {
   [messageText release];
   [informativeText release];
   [buttons_ release];
+  window_.releasedWhenClosed = NO;
+  [window_ release];
   [super dealloc];
 }
 - (NSButton*)addButtonWithTitle:(NSString*)title {
   requireKind(title, [NSString class], "-[NSAlert addButtonWithTitle:]");
   record("-[NSAlert addButtonWithTitle:]", utf8(title));
   NSButton* button = [NSButton buttonWithTitle:title target:nil action:nullptr];
+  if (buttons_.count == 0) {
+    button.keyEquivalent = @"\r";
+  } else if ([title isEqualToString:@"Cancel"]) {
+    button.keyEquivalent = @"\033";
+  }
   [buttons_ addObject:button];
   return button;
 }
 - (NSArray*)buttons {
   return buttons_;
 }
+/// Has a size only once it was laid out.
 - (NSWindow*)window {
-  die("-[NSAlert window] is not offered");
+  if (window_ == nil) {
+    window_ = [[NSWindow alloc] initWithContentRect:NSZeroRect
+                                          styleMask:NSWindowStyleMaskTitled
+                                            backing:NSBackingStoreBuffered
+                                              defer:YES];
+  }
+  return window_;
+}
+- (void)layout {
+  self.window->contentRect_ = NSMakeRect(0, 0, 260, 180);
 }
 - (NSModalResponse)runModal {
   requireApplication("-[NSAlert runModal]");
@@ -277,12 +335,27 @@ const ResetHook kReset([] {
   alerts::Alert shown{utf8(messageText), utf8(informativeText), {}};
   for (NSButton* button in buttons_) shown.buttons.push_back(utf8(button.title));
   state().alertsShown.push_back(shown);
+  [self layout];
+  [window_ makeKeyAndOrderFront:nil];
+  const long answer = [self answerTo:shown];
+  // Whoever answers has clicked into it, unless it had the keyboard already.
+  clickInto(window_);
+  [window_ orderOut:nil];
+  return answer;
+}
+- (long)answerTo:(const alerts::Alert&)shown {
+  if (!window_.isVisible || !window_->isInFront_)
+    die("an alert that the user does not see: " + shown.messageText);
   if (state().alertAnswers.empty() && state().alertAnswer) return state().alertAnswer(shown);
   if (state().alertAnswers.empty()) die("an alert that no test answers: " + shown.messageText);
   const auto [answer, after] = state().alertAnswers.front();
   state().alertAnswers.erase(state().alertAnswers.begin());
   time::advanceInModalPanel(after);
-  return answer;
+  if (answer != kEscape) return answer;
+  for (NSUInteger i = 0; i < buttons_.count; ++i) {
+    if ([[buttons_[i] keyEquivalent] isEqualToString:@"\033"]) return NSAlertFirstButtonReturn + (long)i;
+  }
+  die("the alert does not hear Escape: " + shown.messageText);
 }
 @end
 
@@ -391,7 +464,8 @@ std::vector<Window> all() {
       window.isDeferred = each->isDeferred_;
       window.isReleasedWhenClosed = each.isReleasedWhenClosed;
       window.isCentered = each->isCentered_;
-      window.isVisible = each->isVisible_;
+      window.isVisible = each.isVisible;
+      window.isInFront = each.isVisible && each->isInFront_;
       window.isKey = state().key == each;
       window.level = each.level;
       window.hasController = each.windowController != nil;
@@ -403,11 +477,12 @@ std::vector<Window> all() {
 }
 
 void click(const std::string& buttonTitle) {
-  if (state().key == nil) die("a test clicks while no window is key");
   @autoreleasepool {
+    NSWindow* window = frontWindow();
+    ::clickInto(window);
     NSButton* clicked = nil;
     @autoreleasepool {
-      for (NSView* view in state().key->content_.subviews) {
+      for (NSView* view in window->content_.subviews) {
         if ([view isKindOfClass:[NSButton class]] && utf8(((NSButton*)view).title) == buttonTitle) {
           clicked = (NSButton*)view;
         }
@@ -418,14 +493,16 @@ void click(const std::string& buttonTitle) {
   die("a test clicks a button that is not there: " + buttonTitle);
 }
 
+void clickInto() { ::clickInto(frontWindow()); }
+
 void closeByUser() {
-  if (state().key == nil) die("a test closes while no window is key");
   @autoreleasepool {
-    [state().key performClose:nil];
+    [frontWindow() performClose:nil];
   }
 }
 
 bool pressKey(std::uint16_t keyCode, std::uint64_t modifierFlags) {
+  if (!isApplicationActive()) return false;
   @autoreleasepool {
     NSEvent* event = [NSEvent keyEventWithType:NSEventTypeKeyDown
                                       location:NSZeroPoint
@@ -457,6 +534,7 @@ namespace lexwend::doubles::alerts {
 void answerNext(long response, std::chrono::microseconds after) {
   state().alertAnswers.push_back({response, after});
 }
+void answerNextWithEscape() { answerNext(kEscape); }
 void answerWith(std::function<long(const Alert&)> answer) { state().alertAnswer = std::move(answer); }
 std::vector<Alert> shown() { return state().alertsShown; }
 }  // namespace lexwend::doubles::alerts
