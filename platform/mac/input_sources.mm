@@ -56,7 +56,7 @@ TISInputSourceRef tisSource(const InputSourceRef& source) {
 class MacKeyLayoutData : public KeyLayoutData {
  public:
   explicit MacKeyLayoutData(CFRef<CFDataRef> bytes) : bytes_(std::move(bytes)) {}
-  bool empty() const override { return CFDataGetLength(bytes_.get()) == 0 || layout() == nullptr; }
+  bool empty() const override { return CFDataGetLength(bytes_.get()) == 0; }
   const UCKeyboardLayout* layout() const {
     return reinterpret_cast<const UCKeyboardLayout*>(CFDataGetBytePtr(bytes_.get()));
   }

@@ -17,7 +17,6 @@ OwnWindows& ownWindows() {
 
 void giveKeyboardBack() {
   if (ownWindows().shown > 0 || !ownWindows().isKeyboardDue) return;
-  ownWindows().isKeyboardDue = false;
   // An application that is not active has no keyboard to give back.
   if ([NSApp isActive]) [NSApp hide:nil];
 }

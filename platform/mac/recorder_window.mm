@@ -162,7 +162,7 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
 @end
 
 @implementation LXWRecorderWindowController {
-  std::shared_ptr<lexwend::platform::RecorderWindowEvents> events_;
+  lexwend::platform::RecorderWindowEvents events_;
   std::unique_ptr<lexwend::platform::mac::ShownWindow> shown_;
   BOOL closed_;
 }
@@ -173,7 +173,7 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
   self = [super initWithWindow:makeWindow(look)];
   if (self == nil) return nil;
   self.window.delegate = self;
-  events_ = shared(std::move(events));
+  events_ = std::move(events);
 
   NSView* content = self.window.contentView;
   [content addSubview:makeLabel(look.prompt)];
@@ -204,7 +204,6 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
 /// The owner is gone and must not be called again; what is still on the screen goes too.
 - (void)abandonWindow {
   self.window.delegate = nil;
-  shown_ = nullptr;
   [self closeWindow];
 }
 
@@ -216,22 +215,19 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
 
 - (void)save:(id)sender {
   [self outliveThisEvent];
-  const auto events = events_;
-  lexwend::platform::mac::guarded(events->save);
+  lexwend::platform::mac::guarded(events_.save);
 }
 
 - (void)cancel:(id)sender {
   [self outliveThisEvent];
-  const auto events = events_;
-  lexwend::platform::mac::guarded(events->cancel);
+  lexwend::platform::mac::guarded(events_.cancel);
 }
 
 - (void)windowWillClose:(NSNotification*)notification {
   closed_ = YES;
   shown_ = nullptr;
   [self outliveThisEvent];
-  const auto events = events_;
-  lexwend::platform::mac::guarded(events->willClose);
+  lexwend::platform::mac::guarded(events_.willClose);
 }
 
 @end

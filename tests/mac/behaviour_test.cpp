@@ -130,6 +130,20 @@ TEST_F(LayoutObservers, hearAtOnceAndAgainWhenTheApplicationBecomesActive) {
   EXPECT_EQ(changes, 3) << "those held back become one";
 }
 
+TEST_F(LayoutObservers, mayEndTheHostThatHoldsThem) {
+  const auto held = std::make_shared<int>(0);
+  host = makeHost();
+  takeApplication();
+  host->inputSourceService().observeEnabledLayoutsChanged([this, &held, own = held] {
+    const auto& outside = held;
+    const auto& ended = host;
+    if (ended != nullptr) host = nullptr;
+    EXPECT_GE(outside.use_count(), 2) << "the handler went while it runs";
+  });
+  doubles::input_sources::postEnabledSourcesChanged();
+  EXPECT_EQ(host, nullptr);
+}
+
 TEST_F(LayoutObservers, areGoneWithTheHostWhereTheyWouldBeCalledWithoutOne) {
   host = nullptr;
   doubles::input_sources::postEnabledSourcesChanged();
@@ -191,6 +205,33 @@ TEST_F(AgentOnARealMac, keepsTheKeyboardForTheAlertThatFollowsTheRecorder) {
     EXPECT_EQ(whileTheAlertStands, "org.lexwend.Lexwend");
     EXPECT_EQ(front(), "org.lexwend.Editor");
   });
+}
+
+TEST_F(AgentOnARealMac, keepsTheKeyboardForTheRecorderThatWasOpenedWhileAnAlertStood) {
+  doubles::accessibility::setTrusted(false);
+  run([&] {
+    doubles::time::later(500ms, [] { openRecorder(); });
+    doubles::alerts::answerNext(kSecond, 1s);
+    doubles::hot_keys::press(kF2, 0);
+    EXPECT_EQ(front(), "org.lexwend.Lexwend");
+    doubles::windows::pressKey(kEscape, 0);
+    EXPECT_EQ(front(), "org.lexwend.Editor");
+  });
+}
+
+struct ClosedRecorder : InMacApplication {};
+
+TEST_F(ClosedRecorder, givesTheKeyboardBackThoughItsOwnerKeepsIt) {
+  RecorderWindowLook look;
+  look.contentRect = {0, 0, 400, 210};
+  const auto nothing = [] {};
+  const auto window =
+      host->recorderWindows().create(look, {.save = nothing, .cancel = nothing, .willClose = nothing});
+  host->application().activate(true);
+  window->showAndMakeKey();
+  window->close();
+  doubles::time::advance(0ms);
+  EXPECT_FALSE(doubles::app::isActive());
 }
 
 TEST_F(AgentOnARealMac, leavesTheKeyboardWithTheSettingsThatItsAlertOpens) {
@@ -260,6 +301,7 @@ TEST_F(AgentOnARealMac, takesEscapeForTheSecondButtonOfItsAlert) {
 TEST_F(AgentOnARealMac, dropsThePressesThatWaitedForItsMenuToClose) {
   run([&] {
     doubles::status_bar::openMenu();
+    doubles::hot_keys::press(kF2, 0);
     doubles::time::advance(1s);
     doubles::hot_keys::press(kF2, 0);
     doubles::hot_keys::press(kF2, 0);

@@ -205,9 +205,11 @@ TEST_F(MacKeyMonitorService, isRemovedWithItsToken) {
 TEST_F(MacKeyMonitorService, mayBeRemovedByItsOwnHandler) {
   KeyMonitorTokenRef token;
   const auto state = std::make_shared<int>(0);
-  token = service.addLocalKeyDownMonitor([&token, state](const KeyDownEvent&) {
+  token = service.addLocalKeyDownMonitor([&token, &state, own = state](const KeyDownEvent&) {
+    const auto& outside = state;
     token = nullptr;
-    ++*state;  // still alive after its own registration has gone
+    EXPECT_EQ(outside.use_count(), 2) << "the handler went while it runs";
+    ++*outside;
     return KeyDisposition::consumed;
   });
   EXPECT_TRUE(doubles::windows::pressKey(53, 0));

@@ -62,9 +62,11 @@ TEST_F(MacRunLoopService, keepsATimerThatNobodyElseKeeps) {
 
 TEST_F(MacRunLoopService, letsATimersHandlerFinishAfterItInvalidatedItsTimer) {
   const auto held = std::make_shared<int>(0);
-  service.scheduledRepeatingTimer(2000ms, [held](Timer& timer) {
+  service.scheduledRepeatingTimer(2000ms, [&held, own = held](Timer& timer) {
+    const auto& outside = held;
     timer.invalidate();
-    ++*held;
+    EXPECT_EQ(outside.use_count(), 2) << "the handler went while it runs";
+    ++*outside;
   });
   doubles::time::advance(2s);
   EXPECT_EQ(*held, 1);

@@ -314,7 +314,12 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   return [[[NSAppearance alloc] init] autorelease];
 }
 - (void)viewDidChangeEffectiveAppearance {
-  for (NSView* view in subviews_) [view viewDidChangeEffectiveAppearance];
+  knowsAppearance_ = YES;
+  for (NSView* view in subviews_) {
+    view->knowsAppearance_ = NO;
+    [view viewDidChangeEffectiveAppearance];
+    if (!view->knowsAppearance_) die("-[NSView viewDidChangeEffectiveAppearance] without the call of super");
+  }
 }
 - (BOOL)needsDisplay {
   return NO;

@@ -226,7 +226,10 @@ CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
 }
 const UInt8* CFDataGetBytePtr(CFDataRef data) {
   requireKind(data, [NSData class], "CFDataGetBytePtr");
-  return (const UInt8*)((NSData*)data).bytes;
+  // Not null for data without bytes: a program has to ask for the length.
+  static const UInt8 kNoBytes[16] = {};
+  const void* bytes = ((NSData*)data).bytes;
+  return bytes == nullptr ? kNoBytes : (const UInt8*)bytes;
 }
 CFIndex CFDataGetLength(CFDataRef data) {
   requireKind(data, [NSData class], "CFDataGetLength");

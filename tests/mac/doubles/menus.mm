@@ -15,6 +15,7 @@ void objc_destroyWeak(id* location);
 }
 
 @interface NSMenuItem () {
+ @public
   id target_;
   BOOL isDisabled_;
   BOOL isHidden_;
@@ -188,8 +189,9 @@ void objc_destroyWeak(id* location);
 }
 - (void)performActionForItemAtIndex:(NSInteger)index {
   NSMenuItem* item = [self itemAtIndex:index];
-  // An item without a target looks for one from the application on.
-  sendAction(item.action, item.target != nil ? item.target : NSApp, item);
+  // An item without a target looks for one from the application on. Nothing keeps the target meanwhile.
+  const id target = unowned(&item->target_);
+  sendAction(item.action, target != nil ? target : NSApp, item);
 }
 @end
 

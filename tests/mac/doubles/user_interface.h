@@ -20,6 +20,7 @@
   NSWindow* window_;
   CALayer* layer_;
   BOOL wantsLayer_;
+  BOOL knowsAppearance_;
   BOOL isHidden_;
 }
 @end

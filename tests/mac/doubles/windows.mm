@@ -517,8 +517,7 @@ bool pressKey(std::uint16_t keyCode, std::uint64_t modifierFlags) {
     const auto monitors = state().monitors;
     for (LXWKeyMonitor* monitor : monitors) {
       if ((monitor->mask & NSEventMaskKeyDown) == 0) continue;
-      // The handler may remove its own monitor.
-      [[monitor retain] autorelease];
+      // The handler may remove its own monitor, and with it the block that runs.
       event = monitor->block(event);
       if (event == nil) return true;
     }
