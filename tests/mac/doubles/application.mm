@@ -65,8 +65,7 @@ void lexwend::doubles::activateApplication() {
 @end
 @implementation NSApplication
 + (NSApplication*)sharedApplication {
-  requireMainThread("+[NSApplication sharedApplication]");
-  record("+[NSApplication sharedApplication]");
+  called();
   if (NSApp == nil) NSApp = [[NSApplication alloc] init];
   return NSApp;
 }
@@ -74,8 +73,8 @@ void lexwend::doubles::activateApplication() {
   return objc_loadWeak(&delegate_);
 }
 - (void)setDelegate:(id<NSApplicationDelegate>)delegate {
-  requireMainThread("-[NSApplication setDelegate:]");
-  if (delegate != nil) record("-[NSApplication setDelegate:]");
+  requireMainThread();
+  if (delegate != nil) record();
   objc_storeWeak(&delegate_, delegate);
 }
 - (void)dealloc {
@@ -83,20 +82,18 @@ void lexwend::doubles::activateApplication() {
   [super dealloc];
 }
 - (void)activateIgnoringOtherApps:(BOOL)ignoresOtherApps {
-  requireMainThread("-[NSApplication activateIgnoringOtherApps:]");
-  record("-[NSApplication activateIgnoringOtherApps:]", truth(ignoresOtherApps));
+  called(truth(ignoresOtherApps));
   ++state().activations;
   // Only who ignores the others comes to the front while another application is active.
   if (ignoresOtherApps && !state().isActivationRefused) activateApplication();
 }
 - (void)hide:(id)sender {
-  requireMainThread("-[NSApplication hide:]");
-  record("-[NSApplication hide:]");
+  called();
   state().isHidden = true;
   state().isActive = false;
 }
 - (void)unhideWithoutActivation {
-  requireMainThread("-[NSApplication unhideWithoutActivation]");
+  requireMainThread();
   state().isHidden = false;
 }
 - (BOOL)isHidden {
@@ -106,8 +103,7 @@ void lexwend::doubles::activateApplication() {
   return static_cast<NSApplicationActivationPolicy>(state().policy.value_or(0));
 }
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
-  requireMainThread("-[NSApplication setActivationPolicy:]");
-  record("-[NSApplication setActivationPolicy:]", std::to_string(policy));
+  called(std::to_string(policy));
   state().policy = policy;
   return YES;
 }
@@ -124,8 +120,7 @@ void lexwend::doubles::activateApplication() {
   }
 }
 - (void)run {
-  requireMainThread("-[NSApplication run]");
-  record("-[NSApplication run]");
+  called();
   if (state().isRunning) die("-[NSApplication run] within itself");
   if (self.delegate == nil) die("-[NSApplication run] without a delegate that is still alive");
   state().isRunning = true;
@@ -136,11 +131,10 @@ void lexwend::doubles::activateApplication() {
   state().isRunning = false;
 }
 - (void)stop:(id)sender {
-  record("-[NSApplication stop:]");
+  record();
 }
 - (void)terminate:(id)sender {
-  requireMainThread("-[NSApplication terminate:]");
-  record("-[NSApplication terminate:]");
+  called();
   const id<NSApplicationDelegate> delegate = self.delegate;
   if ([delegate respondsToSelector:@selector(applicationShouldTerminate:)] &&
       [delegate applicationShouldTerminate:self] != NSTerminateNow) {
@@ -150,7 +144,7 @@ void lexwend::doubles::activateApplication() {
   state().isTerminated = true;
 }
 - (void)postEvent:(NSEvent*)event atStart:(BOOL)atStart {
-  record("-[NSApplication postEvent:atStart:]");
+  record();
 }
 - (BOOL)sendAction:(SEL)action to:(id)target from:(id)sender {
   sendAction(action, target, sender);
@@ -168,7 +162,7 @@ void lexwend::doubles::activateApplication() {
 @end
 
 void NSBeep() {
-  record("NSBeep");
+  record();
   ++state().beeps;
 }
 
@@ -184,9 +178,8 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
   return made;
 }
 + (NSArray*)runningApplicationsWithBundleIdentifier:(NSString*)identifier {
-  requireKind(identifier, [NSString class],
-              "+[NSRunningApplication runningApplicationsWithBundleIdentifier:]");
-  record("+[NSRunningApplication runningApplicationsWithBundleIdentifier:]", utf8(identifier));
+  requireKind(identifier, [NSString class]);
+  record(utf8(identifier));
   NSMutableArray* found = [NSMutableArray array];
   for (const auto& each : state().running) {
     if (each.bundleIdentifier == utf8(identifier)) [found addObject:makeRunning(each)];
@@ -216,7 +209,7 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
 @end
 @implementation NSWorkspace
 + (NSWorkspace*)sharedWorkspace {
-  record("+[NSWorkspace sharedWorkspace]");
+  record();
   static NSWorkspace* the = keptForever([[NSWorkspace alloc] init]);
   return the;
 }
@@ -225,7 +218,7 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
   return the;
 }
 - (NSRunningApplication*)frontmostApplication {
-  record("-[NSWorkspace frontmostApplication]");
+  record();
   if (state().isActive) return [NSRunningApplication currentApplication];
   return state().frontmost ? makeRunning(*state().frontmost) : nil;
 }
@@ -235,8 +228,8 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
   return found;
 }
 - (BOOL)openURL:(NSURL*)url {
-  requireKind(url, [NSURL class], "-[NSWorkspace openURL:]");
-  record("-[NSWorkspace openURL:]", utf8(url.absoluteString));
+  requireKind(url, [NSURL class]);
+  record(utf8(url.absoluteString));
   state().openedUrls.push_back(utf8(url.absoluteString));
   return YES;
 }

@@ -143,11 +143,10 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 
 @implementation NSImage
 + (instancetype)imageWithSystemSymbolName:(NSString*)name accessibilityDescription:(NSString*)description {
-  requireMainThread("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]");
-  requireKind(name, [NSString class], "+[NSImage imageWithSystemSymbolName:accessibilityDescription:]");
-  record("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]",
-         utf8(name) + ", " + utf8(description));
-  if (takeFailure("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]")) return nil;
+  requireMainThread();
+  requireKind(name, [NSString class]);
+  record(utf8(name) + ", " + utf8(description));
+  if (takeFailure()) return nil;
   for (const std::string& unknown : imageState().unknownSymbols) {
     if (unknown == utf8(name)) return nil;
   }
@@ -167,7 +166,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   return isTemplate_;
 }
 - (void)setTemplate:(BOOL)isTemplate {
-  record("-[NSImage setTemplate:]", truth(isTemplate));
+  record(truth(isTemplate));
   isTemplate_ = isTemplate;
 }
 - (NSString*)accessibilityDescription {
@@ -209,7 +208,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   return background_;
 }
 - (void)setBackgroundColor:(CGColorRef)color {
-  if (color != nullptr) requireKind(color, [LXWColorValue class], "-[CALayer setBackgroundColor:]");
+  if (color != nullptr) requireKind(color, [LXWColorValue class]);
   CGColorRetain(color);
   CGColorRelease(background_);
   background_ = color;
@@ -232,7 +231,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   return [self initWithFrame:NSZeroRect];
 }
 - (instancetype)initWithFrame:(NSRect)frame {
-  requireApplication("-[NSView initWithFrame:]");
+  requireApplication();
   self = [super init];
   frame_ = frame;
   subviews_ = [[NSMutableArray alloc] init];
@@ -251,7 +250,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   return frame_;
 }
 - (void)setFrame:(NSRect)frame {
-  requireMainThread("-[NSView setFrame:]");
+  requireMainThread();
   frame_ = frame;
 }
 - (NSRect)bounds {
@@ -261,8 +260,8 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   die("-[NSView setBounds:] is not offered");
 }
 - (void)addSubview:(NSView*)view {
-  requireMainThread("-[NSView addSubview:]");
-  requireKind(view, [NSView class], "-[NSView addSubview:]");
+  requireMainThread();
+  requireKind(view, [NSView class]);
   [view retain];
   [view removeFromSuperview];
   [subviews_ addObject:view];
@@ -330,7 +329,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   return NSUserInterfaceLayoutDirectionLeftToRight;
 }
 - (void)setUserInterfaceLayoutDirection:(NSUserInterfaceLayoutDirection)direction {
-  record("-[NSView setUserInterfaceLayoutDirection:]", std::to_string(direction));
+  record(std::to_string(direction));
 }
 @end
 
@@ -387,17 +386,16 @@ void objc_destroyWeak(id* location);
   return !isDisabled_;
 }
 - (void)setEnabled:(BOOL)enabled {
-  requireMainThread("-[NSControl setEnabled:]");
-  record("-[NSControl setEnabled:]", truth(enabled));
+  called(truth(enabled));
   isDisabled_ = !enabled;
 }
 - (NSString*)stringValue {
   return text_;
 }
 - (void)setStringValue:(NSString*)text {
-  requireMainThread("-[NSControl setStringValue:]");
-  requireKind(text, [NSString class], "-[NSControl setStringValue:]");
-  record("-[NSControl setStringValue:]", utf8(text));
+  requireMainThread();
+  requireKind(text, [NSString class]);
+  record(utf8(text));
   NSString* copy = [text copy];
   [text_ release];
   text_ = copy;
@@ -406,7 +404,7 @@ void objc_destroyWeak(id* location);
   return font_;
 }
 - (void)setFont:(NSFont*)font {
-  if (font != nil) requireKind(font, [NSFont class], "-[NSControl setFont:]");
+  if (font != nil) requireKind(font, [NSFont class]);
   NSFont* copy = [font copy];
   [font_ release];
   font_ = copy;
@@ -418,7 +416,7 @@ void objc_destroyWeak(id* location);
   alignment_ = alignment;
 }
 - (void)performClick:(id)sender {
-  requireMainThread("-[NSControl performClick:]");
+  requireMainThread();
   if (!self.isEnabled) return;
   isInAction_ = YES;
   sendAction(action_, unowned(&target_), self);
@@ -460,8 +458,8 @@ void objc_destroyWeak(id* location);
   return textColor_;
 }
 - (void)setTextColor:(NSColor*)color {
-  requireMainThread("-[NSTextField setTextColor:]");
-  if (color != nil) requireKind(color, [NSColor class], "-[NSTextField setTextColor:]");
+  requireMainThread();
+  if (color != nil) requireKind(color, [NSColor class]);
   NSColor* copy = [color copy];
   [textColor_ release];
   textColor_ = copy;
@@ -485,8 +483,8 @@ void objc_destroyWeak(id* location);
 @implementation NSButton
 @synthesize bezelStyle, state, keyEquivalent;
 + (instancetype)buttonWithTitle:(NSString*)title target:(id)target action:(SEL)action {
-  requireKind(title, [NSString class], "+[NSButton buttonWithTitle:target:action:]");
-  record("+[NSButton buttonWithTitle:target:action:]", utf8(title));
+  requireKind(title, [NSString class]);
+  record(utf8(title));
   NSButton* made = [[[self alloc] initWithFrame:NSZeroRect] autorelease];
   made.title = title;
   made.target = target;
@@ -516,9 +514,9 @@ void objc_destroyWeak(id* location);
   return image_;
 }
 - (void)setImage:(NSImage*)image {
-  requireMainThread("-[NSButton setImage:]");
-  if (image != nil) requireKind(image, [NSImage class], "-[NSButton setImage:]");
-  record("-[NSButton setImage:]", image == nil ? "nil" : image->symbol_);
+  requireMainThread();
+  if (image != nil) requireKind(image, [NSImage class]);
+  record(image == nil ? "nil" : image->symbol_);
   [image retain];
   [image_ release];
   image_ = image;

@@ -244,7 +244,7 @@ void setWallClock(double secondsSince1970) {
 
 // The C library's own function gives way to this one in the program that links it.
 int usleep(useconds_t duration) {
-  record("usleep", std::to_string(duration));
+  record(std::to_string(duration));
   timeState().slept += microseconds(duration);
   sleepFor(microseconds(duration));
   return 0;
@@ -254,7 +254,7 @@ int usleep(useconds_t duration) {
 + (NSTimer*)timerWithTimeInterval:(NSTimeInterval)interval
                           repeats:(BOOL)repeats
                             block:(void (^)(NSTimer*))block {
-  requireNonnull((void*)block, "+[NSTimer timerWithTimeInterval:repeats:block:]");
+  requireNonnull((void*)block);
   NSTimer* made = [[[self alloc] init] autorelease];
   made->block_ = (void (^)(NSTimer*))[(id)block copy];
   // The system replaces an interval that is not positive by a tenth of a millisecond.
@@ -266,9 +266,7 @@ int usleep(useconds_t duration) {
 + (NSTimer*)scheduledTimerWithTimeInterval:(NSTimeInterval)interval
                                    repeats:(BOOL)repeats
                                      block:(void (^)(NSTimer*))block {
-  requireMainThread("+[NSTimer scheduledTimerWithTimeInterval:repeats:block:]");
-  record("+[NSTimer scheduledTimerWithTimeInterval:repeats:block:]",
-         decimal(interval) + ", repeats=" + truth(repeats));
+  called(decimal(interval) + ", repeats=" + truth(repeats));
   NSTimer* made = [self timerWithTimeInterval:interval repeats:repeats block:block];
   // In the default mode alone: it stands still while a modal panel or a menu is open.
   [[NSRunLoop mainRunLoop] addTimer:made forMode:NSDefaultRunLoopMode];
@@ -286,7 +284,7 @@ int usleep(useconds_t duration) {
   if (!repeats_) [self invalidate];
 }
 - (void)invalidate {
-  record("-[NSTimer invalidate]");
+  record();
   if (!isValid_) return;
   isValid_ = NO;
   // The block goes at once, even when it is the one that is running.
@@ -317,13 +315,12 @@ NSRunLoopMode const NSRunLoopCommonModes = @"kCFRunLoopCommonModes";
   return the;
 }
 + (NSRunLoop*)currentRunLoop {
-  requireMainThread("+[NSRunLoop currentRunLoop]");
-  record("+[NSRunLoop currentRunLoop]");
+  called();
   return [self mainRunLoop];
 }
 - (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode {
   if (!timer->isValid_) die("-[NSRunLoop addTimer:forMode:] with a timer that is no longer valid");
-  record("-[NSRunLoop addTimer:forMode:]", utf8(mode));
+  record(utf8(mode));
   if ([mode isEqualToString:NSRunLoopCommonModes]) timer->isInCommonModes_ = YES;
   if (timer->isScheduled_) return;
   timer->isScheduled_ = YES;
@@ -355,17 +352,17 @@ void CFRunLoopPerformBlock(CFRunLoopRef runLoop, CFTypeRef mode, void (^block)(v
   requireNonnull(runLoop, "CFRunLoopPerformBlock: the run loop");
   requireKind(mode, [NSString class], "CFRunLoopPerformBlock: the mode");
   requireNonnull((void*)block, "CFRunLoopPerformBlock: the block");
-  record("CFRunLoopPerformBlock", utf8((NSString*)mode));
+  record(utf8((NSString*)mode));
   timeState().performed.push_back(
       {[(NSString*)mode isEqualToString:NSRunLoopCommonModes] != NO, (dispatch_block_t)[(id)block copy]});
 }
 void CFRunLoopWakeUp(CFRunLoopRef runLoop) {
   requireNonnull(runLoop, "CFRunLoopWakeUp: the run loop");
-  record("CFRunLoopWakeUp");
+  record();
   timeState().isWoken = true;
 }
 void CFRunLoopRun() { die("CFRunLoopRun never returns; use the application's event loop"); }
-void CFRunLoopStop(CFRunLoopRef) { record("CFRunLoopStop"); }
+void CFRunLoopStop(CFRunLoopRef) { record(); }
 CFAbsoluteTime CFAbsoluteTimeGetCurrent() {
   constexpr double kFrom1970To2001 = 978307200;
   return timeState().wallClockAtZero + static_cast<double>(timeState().now.count()) / 1e6 - kFrom1970To2001;
@@ -387,12 +384,12 @@ void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block
   requireMainQueue(queue, "dispatch_after");
   requireNonnull((void*)block, "dispatch_after: the block");
   const auto due = microseconds(static_cast<std::int64_t>((when - 1) / NSEC_PER_USEC));
-  record("dispatch_after", std::to_string((due - timeState().now).count()) + " us");
+  record(std::to_string((due - timeState().now).count()) + " us");
   enqueue(due, block);
 }
 void dispatch_async(dispatch_queue_t queue, dispatch_block_t block) {
   requireMainQueue(queue, "dispatch_async");
-  record("dispatch_async");
+  record();
   enqueue(timeState().now, block);
 }
 void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t work) {
@@ -513,12 +510,11 @@ std::vector<NSNotificationCenter*>& centers() {
                             object:(id)object
                              queue:(NSOperationQueue*)queue
                         usingBlock:(void (^)(NSNotification*))block {
-  requireNonnull((void*)block, "-[NSNotificationCenter addObserverForName:object:queue:usingBlock:]");
-  record("-[NSNotificationCenter addObserverForName:object:queue:usingBlock:]",
-         kind_ + ", " + utf8(name) + ", object=" + (object == nil ? "nil" : "set") + ", queue=" +
-             (queue == nil                            ? "nil"
-              : queue == [NSOperationQueue mainQueue] ? "main"
-                                                      : "other"));
+  requireNonnull((void*)block);
+  record(kind_ + ", " + utf8(name) + ", object=" + (object == nil ? "nil" : "set") + ", queue=" +
+         (queue == nil                            ? "nil"
+          : queue == [NSOperationQueue mainQueue] ? "main"
+                                                  : "other"));
   LXWObserver* observer = [[LXWObserver alloc] init];
   observer->name = [name copy];
   observer->queue = queue;
@@ -530,7 +526,7 @@ std::vector<NSNotificationCenter*>& centers() {
   die("-[NSNotificationCenter addObserver:selector:name:object:] is not offered; observe with a block");
 }
 - (void)removeObserver:(id)observer {
-  record("-[NSNotificationCenter removeObserver:]", kind_);
+  record(kind_);
   const auto place = std::find_if(observers_.begin(), observers_.end(), [&](LXWObserver* each) {
     return each == (LXWObserver*)observer || each->target == observer;
   });
@@ -696,22 +692,22 @@ std::optional<Value> get(const std::string& key) {
 
 @implementation NSUserDefaults
 + (NSUserDefaults*)standardUserDefaults {
-  record("+[NSUserDefaults standardUserDefaults]");
+  record();
   static NSUserDefaults* the = keptForever([[NSUserDefaults alloc] init]);
   return the;
 }
 - (id)objectForKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults objectForKey:]");
-  record("-[NSUserDefaults objectForKey:]", utf8(key));
+  requireKind(key, [NSString class]);
+  record(utf8(key));
   return [[[storedDefaults() objectForKey:key] retain] autorelease];
 }
 - (void)setObject:(id)value forKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults setObject:forKey:]");
-  record("-[NSUserDefaults setObject:forKey:]", describe(value) + ", " + utf8(key));
+  requireKind(key, [NSString class]);
+  record(describe(value) + ", " + utf8(key));
   [storedDefaults() setObject:value forKeyedSubscript:key];
 }
 - (void)removeObjectForKey:(NSString*)key {
-  record("-[NSUserDefaults removeObjectForKey:]", utf8(key));
+  record(utf8(key));
   [storedDefaults() removeObjectForKey:key];
 }
 - (NSString*)stringForKey:(NSString*)key {
@@ -726,8 +722,8 @@ std::optional<Value> get(const std::string& key) {
   return isConvertible ? [stored integerValue] : 0;
 }
 - (BOOL)boolForKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults boolForKey:]");
-  record("-[NSUserDefaults boolForKey:]", utf8(key));
+  requireKind(key, [NSString class]);
+  record(utf8(key));
   const id stored = [storedDefaults() objectForKey:key];
   if ([stored isKindOfClass:[NSNumber class]]) return [stored boolValue];
   if ([stored isKindOfClass:[NSString class]]) {
@@ -736,13 +732,13 @@ std::optional<Value> get(const std::string& key) {
   return NO;
 }
 - (void)setInteger:(NSInteger)value forKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults setInteger:forKey:]");
-  record("-[NSUserDefaults setInteger:forKey:]", std::to_string(value) + ", " + utf8(key));
+  requireKind(key, [NSString class]);
+  record(std::to_string(value) + ", " + utf8(key));
   [storedDefaults() setObject:[NSNumber numberWithInteger:value] forKey:key];
 }
 - (void)setBool:(BOOL)value forKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults setBool:forKey:]");
-  record("-[NSUserDefaults setBool:forKey:]", truth(value) + ", " + utf8(key));
+  requireKind(key, [NSString class]);
+  record(truth(value) + ", " + utf8(key));
   [storedDefaults() setObject:[NSNumber numberWithBool:value] forKey:key];
 }
 - (BOOL)synchronize {
@@ -752,12 +748,12 @@ std::optional<Value> get(const std::string& key) {
 
 @implementation NSFileManager
 + (NSFileManager*)defaultManager {
-  record("+[NSFileManager defaultManager]");
+  record();
   static NSFileManager* the = keptForever([[NSFileManager alloc] init]);
   return the;
 }
 - (NSURL*)homeDirectoryForCurrentUser {
-  record("-[NSFileManager homeDirectoryForCurrentUser]");
+  record();
   return [NSURL fileURLWithPath:string(processState().home)];
 }
 - (BOOL)fileExistsAtPath:(NSString*)path {
@@ -772,11 +768,10 @@ NSString* NSHomeDirectory() { return string(processState().home); }
 @end
 @implementation NSFileHandle
 + (instancetype)fileHandleForWritingToURL:(NSURL*)url error:(NSError**)error {
-  requireKind(url, [NSURL class], "+[NSFileHandle fileHandleForWritingToURL:error:]");
-  record("+[NSFileHandle fileHandleForWritingToURL:error:]", utf8(url.path));
+  requireKind(url, [NSURL class]);
+  record(utf8(url.path));
   // Neither creates the file nor cuts it; the position is its beginning.
-  const bool isRefused =
-      isReadOnly(utf8(url.path)) || takeFailure("+[NSFileHandle fileHandleForWritingToURL:error:]");
+  const bool isRefused = isReadOnly(utf8(url.path)) || takeFailure();
   std::FILE* file = isRefused ? nullptr : std::fopen(utf8(url.path).c_str(), "r+b");
   if (file == nullptr) {
     if (error != nullptr) *error = [NSError errorWithDomain:NSCocoaErrorDomain code:4 userInfo:nil];
@@ -809,16 +804,16 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   return handle->file_;
 }
 - (unsigned long long)seekToEndOfFile {
-  record("-[NSFileHandle seekToEndOfFile]");
+  record();
   std::fseek(openFile(self, "-[NSFileHandle seekToEndOfFile]"), 0, SEEK_END);
   return (unsigned long long)std::ftell(file_);
 }
 - (void)writeData:(NSData*)data {
-  requireKind(data, [NSData class], "-[NSFileHandle writeData:]");
-  record("-[NSFileHandle writeData:]", std::to_string(data.length) + " bytes");
+  requireKind(data, [NSData class]);
+  record(std::to_string(data.length) + " bytes");
   std::FILE* file = openFile(self, "-[NSFileHandle writeData:]");
   // The real one raises an exception here, which unwinds as one of C++.
-  if (takeFailure("-[NSFileHandle writeData:]")) {
+  if (takeFailure()) {
     throw std::runtime_error("-[NSFileHandle writeData:] raised");
   }
   if (std::fwrite(data.bytes, 1, data.length, file) != data.length) die("-[NSFileHandle writeData:] failed");
@@ -827,21 +822,21 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   [self closeAndReturnError:nullptr];
 }
 - (BOOL)seekToEndReturningOffset:(unsigned long long*)offset error:(NSError**)error {
-  record("-[NSFileHandle seekToEndReturningOffset:error:]");
+  record();
   std::fseek(openFile(self, "-[NSFileHandle seekToEndReturningOffset:error:]"), 0, SEEK_END);
   if (offset != nullptr) *offset = (unsigned long long)std::ftell(file_);
   return YES;
 }
 - (BOOL)writeData:(NSData*)data error:(NSError**)error {
-  requireKind(data, [NSData class], "-[NSFileHandle writeData:error:]");
-  record("-[NSFileHandle writeData:error:]", std::to_string(data.length) + " bytes");
+  requireKind(data, [NSData class]);
+  record(std::to_string(data.length) + " bytes");
   return std::fwrite(data.bytes, 1, data.length, openFile(self, "-[NSFileHandle writeData:error:]")) ==
          data.length;
 }
 - (BOOL)closeAndReturnError:(NSError**)error {
-  record("-[NSFileHandle closeAndReturnError:]");
-  const bool isClosed = std::fclose(openFile(self, "-[NSFileHandle closeAndReturnError:]")) == 0 &&
-                        !takeFailure("-[NSFileHandle closeAndReturnError:]");
+  record();
+  const bool isClosed =
+      std::fclose(openFile(self, "-[NSFileHandle closeAndReturnError:]")) == 0 && !takeFailure();
   file_ = nullptr;
   if (!isClosed && error != nullptr) {
     *error = [NSError errorWithDomain:NSPOSIXErrorDomain code:5 userInfo:nil];
@@ -917,7 +912,7 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   [super dealloc];
 }
 - (void)setDateFormat:(NSString*)format {
-  record("-[NSDateFormatter setDateFormat:]", utf8(format));
+  record(utf8(format));
   [format_ release];
   format_ = [format copy];
 }
@@ -938,7 +933,7 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 }
 /// Numbers in the fields of the pattern, each run of one letter a field of that many digits.
 - (NSString*)stringFromDate:(NSDate*)date {
-  requireKind(date, [NSDate class], "-[NSDateFormatter stringFromDate:]");
+  requireKind(date, [NSDate class]);
   // To the microsecond: a number of this size holds no more than that.
   constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
   const std::int64_t moment = std::llround(date.timeIntervalSince1970 * 1e6);
@@ -1041,16 +1036,16 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 
 @implementation NSBundle
 + (NSBundle*)mainBundle {
-  record("+[NSBundle mainBundle]");
+  record();
   static NSBundle* the = keptForever([[NSBundle alloc] init]);
   return the;
 }
 - (NSString*)bundleIdentifier {
-  record("-[NSBundle bundleIdentifier]");
+  record();
   return processState().bundleIdentifier ? string(*processState().bundleIdentifier) : nil;
 }
 - (NSDictionary*)infoDictionary {
-  record("-[NSBundle infoDictionary]");
+  record();
   if (processState().isInfoAbsent) return nil;
   NSMutableDictionary* info = [NSMutableDictionary dictionary];
   for (const auto& [key, value] : processState().info) {
@@ -1085,12 +1080,12 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 
 @implementation NSProcessInfo
 + (NSProcessInfo*)processInfo {
-  record("+[NSProcessInfo processInfo]");
+  record();
   static NSProcessInfo* the = keptForever([[NSProcessInfo alloc] init]);
   return the;
 }
 - (int)processIdentifier {
-  record("-[NSProcessInfo processIdentifier]");
+  record();
   return processState().pid;
 }
 - (NSArray*)arguments {
@@ -1112,7 +1107,7 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   return activity;
 }
 - (void)endActivity:(id<NSObject>)activity {
-  requireKind(activity, [LXWActivity class], "-[NSProcessInfo endActivity:]");
+  requireKind(activity, [LXWActivity class]);
   [(LXWActivity*)activity end];
 }
 - (void)setProcessName:(NSString*)name {

@@ -33,9 +33,9 @@ void objc_destroyWeak(id* location);
   return [self initWithTitle:@"" action:nullptr keyEquivalent:@""];
 }
 - (instancetype)initWithTitle:(NSString*)itemTitle action:(SEL)itemAction keyEquivalent:(NSString*)key {
-  requireApplication("-[NSMenuItem initWithTitle:action:keyEquivalent:]");
-  requireKind(itemTitle, [NSString class], "-[NSMenuItem initWithTitle:action:keyEquivalent:]");
-  requireKind(key, [NSString class], "-[NSMenuItem initWithTitle:action:keyEquivalent:]");
+  requireApplication();
+  requireKind(itemTitle, [NSString class]);
+  requireKind(key, [NSString class]);
   self = [super init];
   title = [itemTitle copy];
   action = itemAction;
@@ -59,24 +59,22 @@ void objc_destroyWeak(id* location);
   [super dealloc];
 }
 - (void)setTitle:(NSString*)text {
-  requireMainThread("-[NSMenuItem setTitle:]");
-  requireKind(text, [NSString class], "-[NSMenuItem setTitle:]");
-  record("-[NSMenuItem setTitle:]", utf8(text));
+  requireMainThread();
+  requireKind(text, [NSString class]);
+  record(utf8(text));
   NSString* copy = [text copy];
   [title release];
   title = copy;
 }
 - (void)setState:(NSControlStateValue)value {
-  requireMainThread("-[NSMenuItem setState:]");
+  requireMainThread();
   state = value;
 }
 - (id)target {
   return objc_loadWeak(&target_);
 }
 - (void)setTarget:(id)target {
-  record("-[NSMenuItem setTarget:]", target == nil     ? "nil"
-                                     : target == NSApp ? "the application"
-                                                       : "an object");
+  record(target == nil ? "nil" : target == NSApp ? "the application" : "an object");
   objc_storeWeak(&target_, target);
 }
 - (BOOL)isEnabled {
@@ -87,14 +85,14 @@ void objc_destroyWeak(id* location);
          (target != nil ? [target respondsToSelector:action] : [NSApp respondsToSelector:action]);
 }
 - (void)setEnabled:(BOOL)enabled {
-  requireMainThread("-[NSMenuItem setEnabled:]");
+  requireMainThread();
   isDisabled_ = !enabled;
 }
 - (BOOL)isHidden {
   return isHidden_;
 }
 - (void)setHidden:(BOOL)hidden {
-  requireMainThread("-[NSMenuItem setHidden:]");
+  requireMainThread();
   isHidden_ = hidden;
 }
 - (BOOL)isSeparatorItem {
@@ -114,7 +112,7 @@ void objc_destroyWeak(id* location);
   return [self initWithTitle:@""];
 }
 - (instancetype)initWithTitle:(NSString*)menuTitle {
-  requireApplication("-[NSMenu initWithTitle:]");
+  requireApplication();
   self = [super init];
   title = [menuTitle copy];
   items_ = [[NSMutableArray alloc] init];
@@ -136,10 +134,10 @@ void objc_destroyWeak(id* location);
   [super dealloc];
 }
 - (void)addItem:(NSMenuItem*)item {
-  requireMainThread("-[NSMenu addItem:]");
-  requireKind(item, [NSMenuItem class], "-[NSMenu addItem:]");
+  requireMainThread();
+  requireKind(item, [NSMenuItem class]);
   if (item.menu != nil) die("-[NSMenu addItem:]: the item is already in a menu");
-  record("-[NSMenu addItem:]", item.isSeparatorItem ? "separator" : utf8(item.title));
+  record(item.isSeparatorItem ? "separator" : utf8(item.title));
   [items_ addObject:item];
   item.menu = self;
 }
@@ -178,7 +176,7 @@ void objc_destroyWeak(id* location);
   return !keepsOwnEnabling_;
 }
 - (void)setAutoenablesItems:(BOOL)autoenables {
-  record("-[NSMenu setAutoenablesItems:]", truth(autoenables));
+  record(truth(autoenables));
   keepsOwnEnabling_ = !autoenables;
 }
 - (id<NSMenuDelegate>)delegate {
@@ -230,13 +228,13 @@ const ProcessEndHook kProcessEnd([] { state().isMenuOpen = false; });
   return [NSStatusBar systemStatusBar];
 }
 - (NSStatusBarButton*)button {
-  requireMainThread("-[NSStatusItem button]");
+  requireMainThread();
   return button_;
 }
 - (void)setMenu:(NSMenu*)value {
-  requireMainThread("-[NSStatusItem setMenu:]");
-  if (value != nil) requireKind(value, [NSMenu class], "-[NSStatusItem setMenu:]");
-  record("-[NSStatusItem setMenu:]");
+  requireMainThread();
+  if (value != nil) requireKind(value, [NSMenu class]);
+  record();
   [value retain];
   [menu release];
   menu = value;
@@ -250,13 +248,13 @@ const ProcessEndHook kProcessEnd([] { state().isMenuOpen = false; });
 
 @implementation NSStatusBar
 + (NSStatusBar*)systemStatusBar {
-  requireApplication("+[NSStatusBar systemStatusBar]");
-  record("+[NSStatusBar systemStatusBar]");
+  requireApplication();
+  record();
   static NSStatusBar* the = keptForever([[NSStatusBar alloc] init]);
   return the;
 }
 - (NSStatusItem*)statusItemWithLength:(CGFloat)length {
-  record("-[NSStatusBar statusItemWithLength:]", decimal(length));
+  record(decimal(length));
   NSStatusItem* made = [[NSStatusItem alloc] init];
   made.length = length;
   if (!std::exchange(state().isNextWithoutButton, false)) made->button_ = [[NSStatusBarButton alloc] init];
@@ -264,7 +262,7 @@ const ProcessEndHook kProcessEnd([] { state().isMenuOpen = false; });
   return [made autorelease];
 }
 - (void)removeStatusItem:(NSStatusItem*)item {
-  record("-[NSStatusBar removeStatusItem:]");
+  record();
   if (std::erase(state().items, item) == 0) die("-[NSStatusBar removeStatusItem:]: no such item");
 }
 @end

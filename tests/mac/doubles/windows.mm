@@ -104,10 +104,9 @@ void lexwend::doubles::appearanceChanged() {
                           styleMask:(NSWindowStyleMask)style
                             backing:(NSBackingStoreType)backing
                               defer:(BOOL)flag {
-  requireApplication("-[NSWindow initWithContentRect:styleMask:backing:defer:]");
-  record("-[NSWindow initWithContentRect:styleMask:backing:defer:]",
-         decimal(contentRect.size.width) + "x" + decimal(contentRect.size.height) + ", " +
-             std::to_string(style) + ", " + std::to_string(backing) + ", " + truth(flag));
+  requireApplication();
+  record(decimal(contentRect.size.width) + "x" + decimal(contentRect.size.height) + ", " +
+         std::to_string(style) + ", " + std::to_string(backing) + ", " + truth(flag));
   if (backing != NSBackingStoreBuffered) die("a window without a buffer");
   self = [super init];
   contentRect_ = contentRect;
@@ -150,7 +149,7 @@ void lexwend::doubles::appearanceChanged() {
   return content_;
 }
 - (void)setContentView:(NSView*)view {
-  requireMainThread("-[NSWindow setContentView:]");
+  requireMainThread();
   [view retain];
   content_->window_ = nil;
   [content_ release];
@@ -176,13 +175,11 @@ void lexwend::doubles::appearanceChanged() {
   return state().key == self;
 }
 - (void)center {
-  requireMainThread("-[NSWindow center]");
-  record("-[NSWindow center]");
+  called();
   isCentered_ = YES;
 }
 - (void)close {
-  requireMainThread("-[NSWindow close]");
-  record("-[NSWindow close]");
+  called();
   // A window may be closed again from its own notification.
   const BOOL isNested = isClosing_;
   isClosing_ = YES;
@@ -205,7 +202,7 @@ void lexwend::doubles::appearanceChanged() {
   if (releasedWhenClosed) [self release];
 }
 - (void)performClose:(id)sender {
-  requireMainThread("-[NSWindow performClose:]");
+  requireMainThread();
   if ((styleMask & NSWindowStyleMaskClosable) == 0) return;
   const id delegate = unowned(&delegate_);
   if ([delegate respondsToSelector:@selector(windowShouldClose:)] && ![delegate windowShouldClose:self]) {
@@ -214,20 +211,19 @@ void lexwend::doubles::appearanceChanged() {
   [self close];
 }
 - (void)makeKeyAndOrderFront:(id)sender {
-  requireMainThread("-[NSWindow makeKeyAndOrderFront:]");
-  record("-[NSWindow makeKeyAndOrderFront:]");
+  called();
   isVisible_ = YES;
   // Those of an application that is not active stay behind those of the active one.
   if (isApplicationActive()) isInFront_ = YES;
   state().key = self;
 }
 - (void)orderFrontRegardless {
-  requireMainThread("-[NSWindow orderFrontRegardless]");
+  requireMainThread();
   if (contentRect_.size.width <= 0) die("-[NSWindow orderFrontRegardless] of a window without a size");
   isVisible_ = isInFront_ = YES;
 }
 - (void)orderOut:(id)sender {
-  record("-[NSWindow orderOut:]");
+  record();
   isVisible_ = isInFront_ = NO;
   if (state().key == self) state().key = nil;
 }
@@ -245,7 +241,7 @@ void lexwend::doubles::appearanceChanged() {
   return [self initWithWindow:nil];
 }
 - (instancetype)initWithWindow:(NSWindow*)window {
-  requireApplication("-[NSWindowController initWithWindow:]");
+  requireApplication();
   self = [super init];
   window_ = [window retain];
   window.windowController = self;
@@ -269,11 +265,11 @@ void lexwend::doubles::appearanceChanged() {
   window.windowController = self;
 }
 - (void)showWindow:(id)sender {
-  record("-[NSWindowController showWindow:]");
+  record();
   [window_ makeKeyAndOrderFront:sender];
 }
 - (void)close {
-  record("-[NSWindowController close]");
+  record();
   [window_ close];
 }
 @end
@@ -286,7 +282,7 @@ void lexwend::doubles::appearanceChanged() {
 @implementation NSAlert
 @synthesize messageText, informativeText, alertStyle;
 - (instancetype)init {
-  requireApplication("-[NSAlert init]");
+  requireApplication();
   self = [super init];
   messageText = @"";
   informativeText = @"";
@@ -302,8 +298,8 @@ void lexwend::doubles::appearanceChanged() {
   [super dealloc];
 }
 - (NSButton*)addButtonWithTitle:(NSString*)title {
-  requireKind(title, [NSString class], "-[NSAlert addButtonWithTitle:]");
-  record("-[NSAlert addButtonWithTitle:]", utf8(title));
+  requireKind(title, [NSString class]);
+  record(utf8(title));
   NSButton* button = [NSButton buttonWithTitle:title target:nil action:nullptr];
   if (buttons_.count == 0) {
     button.keyEquivalent = @"\r";
@@ -330,8 +326,8 @@ void lexwend::doubles::appearanceChanged() {
   self.window->contentRect_ = NSMakeRect(0, 0, 260, 180);
 }
 - (NSModalResponse)runModal {
-  requireApplication("-[NSAlert runModal]");
-  record("-[NSAlert runModal]", utf8(messageText));
+  requireApplication();
+  record(utf8(messageText));
   alerts::Alert shown{utf8(messageText), utf8(informativeText), {}};
   for (NSButton* button in buttons_) shown.buttons.push_back(utf8(button.title));
   state().alertsShown.push_back(shown);
@@ -398,9 +394,9 @@ void lexwend::doubles::appearanceChanged() {
   return [made autorelease];
 }
 + (id)addLocalMonitorForEventsMatchingMask:(NSEventMask)mask handler:(NSEvent* (^)(NSEvent*))block {
-  requireApplication("+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]");
-  requireNonnull((void*)block, "+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]");
-  record("+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]", std::to_string(mask));
+  requireApplication();
+  requireNonnull((void*)block);
+  record(std::to_string(mask));
   LXWKeyMonitor* monitor = [[LXWKeyMonitor alloc] init];
   monitor->block = (NSEvent * (^)(NSEvent*))[(id)block copy];
   monitor->mask = mask;
@@ -411,9 +407,9 @@ void lexwend::doubles::appearanceChanged() {
   die("+[NSEvent addGlobalMonitorForEventsMatchingMask:handler:] would watch other applications' keys");
 }
 + (void)removeMonitor:(id)monitor {
-  requireMainThread("+[NSEvent removeMonitor:]");
-  requireKind(monitor, [LXWKeyMonitor class], "+[NSEvent removeMonitor:]");
-  record("+[NSEvent removeMonitor:]");
+  requireMainThread();
+  requireKind(monitor, [LXWKeyMonitor class]);
+  record();
   if (std::erase(state().monitors, (LXWKeyMonitor*)monitor) == 0) {
     die("+[NSEvent removeMonitor:]: removed once too often");
   }
