@@ -46,6 +46,7 @@ class HotKeyEvent {
 
 /// System-wide hot keys. Main thread only; the handler is called there, from the run loop, once per press (a
 /// held key does not repeat). A registered key does not reach the application in front.
+/// A press that a host cannot tell before the agent's own menu has closed is dropped.
 class HotKeyService {
  public:
   virtual ~HotKeyService() = default;

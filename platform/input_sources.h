@@ -77,7 +77,7 @@ class InputSourceService {
                                                   const KeyTranslation& translation,
                                                   std::uint32_t& deadKeyState) = 0;
   /// Calls the handler on the main thread whenever the set of enabled layouts changed, for the rest of the
-  /// run; the handler holds what it needs weakly.
+  /// run; a change may be told twice. The handler holds what it needs weakly.
   virtual void observeEnabledLayoutsChanged(std::function<void()> handler) = 0;
 };
 
