@@ -6,11 +6,6 @@
 using namespace lexwend;
 using namespace lexwend::doubles;
 
-extern "C" {
-id objc_storeWeak(id* location, id value);
-id objc_loadWeak(id* location);
-}
-
 __kindof NSApplication* NSApp = nil;
 NSNotificationName const NSWorkspaceDidWakeNotification = @"NSWorkspaceDidWakeNotification";
 NSNotificationName const NSWorkspaceWillSleepNotification = @"NSWorkspaceWillSleepNotification";
@@ -60,7 +55,7 @@ void lexwend::doubles::activateApplication() {
 }
 
 @interface NSApplication () {
-  id delegate_;
+  __weak id delegate_;
 }
 @end
 @implementation NSApplication
@@ -70,16 +65,12 @@ void lexwend::doubles::activateApplication() {
   return NSApp;
 }
 - (id<NSApplicationDelegate>)delegate {
-  return objc_loadWeak(&delegate_);
+  return delegate_;
 }
 - (void)setDelegate:(id<NSApplicationDelegate>)delegate {
   requireMainThread();
   if (delegate != nil) record();
-  objc_storeWeak(&delegate_, delegate);
-}
-- (void)dealloc {
-  objc_storeWeak(&delegate_, nil);
-  [super dealloc];
+  delegate_ = delegate;
 }
 - (void)activateIgnoringOtherApps:(BOOL)ignoresOtherApps {
   called(truth(ignoresOtherApps));

@@ -227,6 +227,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 @end
 
 @implementation NSView
+@synthesize hidden, needsDisplay;
 - (instancetype)init {
   return [self initWithFrame:NSZeroRect];
 }
@@ -287,12 +288,6 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 - (NSWindow*)window {
   return window_ != nil || superview_ == nil ? window_ : superview_.window;
 }
-- (BOOL)isHidden {
-  return isHidden_;
-}
-- (void)setHidden:(BOOL)hidden {
-  isHidden_ = hidden;
-}
 - (BOOL)wantsLayer {
   return wantsLayer_;
 }
@@ -320,11 +315,6 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
     if (!view->knowsAppearance_) die("-[NSView viewDidChangeEffectiveAppearance] without the call of super");
   }
 }
-- (BOOL)needsDisplay {
-  return NO;
-}
-- (void)setNeedsDisplay:(BOOL)needsDisplay {
-}
 - (NSUserInterfaceLayoutDirection)userInterfaceLayoutDirection {
   return NSUserInterfaceLayoutDirectionLeftToRight;
 }
@@ -333,29 +323,22 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 }
 @end
 
-extern "C" {
-id objc_storeWeak(id* location, id value);
-id objc_loadWeak(id* location);
-id objc_loadWeakRetained(id* location);
-void objc_destroyWeak(id* location);
-}
+extern "C" id objc_loadWeakRetained(id* location);
 
 @interface NSControl () {
  @public
-  id target_;
-  SEL action_;
+  __weak id target_;
   BOOL isDisabled_, isInAction_;
   NSString* text_;
   NSFont* font_;
-  NSTextAlignment alignment_;
 }
 @end
 @implementation NSControl
-@synthesize tag, baseWritingDirection, usesSingleLineMode;
+@synthesize tag, action, alignment, baseWritingDirection, usesSingleLineMode;
 - (instancetype)initWithFrame:(NSRect)frame {
   self = [super initWithFrame:frame];
   text_ = @"";
-  alignment_ = NSTextAlignmentNatural;
+  alignment = NSTextAlignmentNatural;
   return self;
 }
 - (instancetype)initWithCoder:(NSCoder*)coder {
@@ -365,22 +348,15 @@ void objc_destroyWeak(id* location);
   if (isInAction_) {
     die("a control went during its own action: whoever ends its owner must keep it until the next event");
   }
-  objc_destroyWeak(&target_);
   [text_ release];
   [font_ release];
   [super dealloc];
 }
 - (id)target {
-  return objc_loadWeak(&target_);
+  return target_;
 }
 - (void)setTarget:(id)target {
-  objc_storeWeak(&target_, target);
-}
-- (SEL)action {
-  return action_;
-}
-- (void)setAction:(SEL)action {
-  action_ = action;
+  target_ = target;
 }
 - (BOOL)isEnabled {
   return !isDisabled_;
@@ -409,17 +385,11 @@ void objc_destroyWeak(id* location);
   [font_ release];
   font_ = copy;
 }
-- (NSTextAlignment)alignment {
-  return alignment_;
-}
-- (void)setAlignment:(NSTextAlignment)alignment {
-  alignment_ = alignment;
-}
 - (void)performClick:(id)sender {
   requireMainThread();
   if (!self.isEnabled) return;
   isInAction_ = YES;
-  sendAction(action_, unowned(&target_), self);
+  sendAction(action, unowned(&target_), self);
   isInAction_ = NO;
 }
 @end
@@ -428,11 +398,10 @@ void objc_destroyWeak(id* location);
  @public
   BOOL wraps_;
   NSColor* textColor_;
-  NSColor* background_;
 }
 @end
 @implementation NSTextField
-@synthesize drawsBackground, bordered, bezeled, editable, selectable, maximumNumberOfLines;
+@synthesize backgroundColor, drawsBackground, bordered, bezeled, editable, selectable, maximumNumberOfLines;
 + (instancetype)makeWithString:(NSString*)text wraps:(BOOL)wraps {
   requireKind(text, [NSString class], "+[NSTextField labelWithString:]");
   NSTextField* made = [[[self alloc] initWithFrame:NSZeroRect] autorelease];
@@ -451,7 +420,7 @@ void objc_destroyWeak(id* location);
 }
 - (void)dealloc {
   [textColor_ release];
-  [background_ release];
+  [backgroundColor release];
   [super dealloc];
 }
 - (NSColor*)textColor {
@@ -463,14 +432,6 @@ void objc_destroyWeak(id* location);
   NSColor* copy = [color copy];
   [textColor_ release];
   textColor_ = copy;
-}
-- (NSColor*)backgroundColor {
-  return background_;
-}
-- (void)setBackgroundColor:(NSColor*)color {
-  NSColor* copy = [color copy];
-  [background_ release];
-  background_ = copy;
 }
 @end
 
@@ -527,8 +488,8 @@ namespace lexwend::doubles {
 
 Rect rectOf(NSRect rect) { return {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height}; }
 
-id unowned(id* reference) {
-  const id object = objc_loadWeakRetained(reference);
+id unowned(__weak id* reference) {
+  const id object = objc_loadWeakRetained((id*)(void*)reference);
   [object release];
   return object;
 }

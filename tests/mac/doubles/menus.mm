@@ -8,15 +8,9 @@
 using namespace lexwend;
 using namespace lexwend::doubles;
 
-extern "C" {
-id objc_storeWeak(id* location, id value);
-id objc_loadWeak(id* location);
-void objc_destroyWeak(id* location);
-}
-
 @interface NSMenuItem () {
  @public
-  id target_;
+  __weak id target_;
   BOOL isDisabled_;
   BOOL isHidden_;
   BOOL isSeparator_;
@@ -51,7 +45,6 @@ void objc_destroyWeak(id* location);
   die("-[NSMenuItem copy] is not offered");
 }
 - (void)dealloc {
-  objc_destroyWeak(&target_);
   [title release];
   [keyEquivalent release];
   [image release];
@@ -71,11 +64,11 @@ void objc_destroyWeak(id* location);
   state = value;
 }
 - (id)target {
-  return objc_loadWeak(&target_);
+  return target_;
 }
 - (void)setTarget:(id)target {
   record(target == nil ? "nil" : target == NSApp ? "the application" : "an object");
-  objc_storeWeak(&target_, target);
+  target_ = target;
 }
 - (BOOL)isEnabled {
   // With automatic enabling, the menu decides by whether somebody answers to the action.
@@ -103,11 +96,10 @@ void objc_destroyWeak(id* location);
 @interface NSMenu () {
   NSMutableArray* items_;
   BOOL keepsOwnEnabling_;
-  id delegate_;
 }
 @end
 @implementation NSMenu
-@synthesize title, userInterfaceLayoutDirection;
+@synthesize title, userInterfaceLayoutDirection, delegate;
 - (instancetype)init {
   return [self initWithTitle:@""];
 }
@@ -127,7 +119,6 @@ void objc_destroyWeak(id* location);
   die("-[NSMenu copy] is not offered");
 }
 - (void)dealloc {
-  objc_destroyWeak(&delegate_);
   for (NSMenuItem* item in items_) item.menu = nil;
   [items_ release];
   [title release];
@@ -178,12 +169,6 @@ void objc_destroyWeak(id* location);
 - (void)setAutoenablesItems:(BOOL)autoenables {
   record(truth(autoenables));
   keepsOwnEnabling_ = !autoenables;
-}
-- (id<NSMenuDelegate>)delegate {
-  return objc_loadWeak(&delegate_);
-}
-- (void)setDelegate:(id<NSMenuDelegate>)delegate {
-  objc_storeWeak(&delegate_, delegate);
 }
 - (void)performActionForItemAtIndex:(NSInteger)index {
   NSMenuItem* item = [self itemAtIndex:index];

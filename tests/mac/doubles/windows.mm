@@ -8,12 +8,6 @@
 using namespace lexwend;
 using namespace lexwend::doubles;
 
-extern "C" {
-id objc_storeWeak(id* location, id value);
-id objc_loadWeak(id* location);
-void objc_destroyWeak(id* location);
-}
-
 /// The token of a local monitor.
 @interface LXWKeyMonitor : NSObject {
  @public
@@ -62,8 +56,7 @@ const ResetHook kReset([] {
   NSBackingStoreType backing_;
   BOOL isDeferred_, isCentered_, isVisible_, isInFront_, isClosing_;
   NSView* content_;
-  id delegate_;
-  id controller_;
+  __weak id delegate_;
 }
 @end
 namespace {
@@ -99,7 +92,7 @@ void lexwend::doubles::appearanceChanged() {
 }
 
 @implementation NSWindow
-@synthesize title, level, releasedWhenClosed, styleMask;
+@synthesize title, level, releasedWhenClosed, styleMask, windowController;
 - (instancetype)initWithContentRect:(NSRect)contentRect
                           styleMask:(NSWindowStyleMask)style
                             backing:(NSBackingStoreType)backing
@@ -135,8 +128,6 @@ void lexwend::doubles::appearanceChanged() {
   }
   std::erase(state().windows, self);
   if (state().key == self) state().key = nil;
-  objc_destroyWeak(&delegate_);
-  objc_destroyWeak(&controller_);
   content_->window_ = nil;
   [content_ release];
   [title release];
@@ -157,16 +148,10 @@ void lexwend::doubles::appearanceChanged() {
   if (content_ != nil) content_->window_ = self;
 }
 - (id<NSWindowDelegate>)delegate {
-  return objc_loadWeak(&delegate_);
+  return delegate_;
 }
 - (void)setDelegate:(id<NSWindowDelegate>)delegate {
-  objc_storeWeak(&delegate_, delegate);
-}
-- (NSWindowController*)windowController {
-  return objc_loadWeak(&controller_);
-}
-- (void)setWindowController:(NSWindowController*)controller {
-  objc_storeWeak(&controller_, controller);
+  delegate_ = delegate;
 }
 - (BOOL)isVisible {
   return isVisible_ && !NSApp.isHidden;
