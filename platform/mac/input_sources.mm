@@ -30,8 +30,7 @@
 }
 
 - (void)layoutsChanged:(NSNotification*)notification {
-  const auto running = handler_;
-  lexwend::platform::mac::guarded(*running);
+  lexwend::platform::mac::guarded(*handler_);
 }
 
 @end

@@ -398,6 +398,9 @@ void lexwend::doubles::appearanceChanged() {
   if (std::erase(state().monitors, (LXWKeyMonitor*)monitor) == 0) {
     die("+[NSEvent removeMonitor:]: removed once too often");
   }
+  // The block goes at once, even when it is the one that is running.
+  [(id)((LXWKeyMonitor*)monitor)->block release];
+  ((LXWKeyMonitor*)monitor)->block = nil;
   [monitor release];
 }
 - (NSEventType)type {
