@@ -35,7 +35,8 @@ class HotKeyEvent {
 
 /// System-wide hot keys. Main thread only; the handler is called there, from the run loop, once per press: a
 /// held key does not repeat. A registered key does not reach the application in front. No call waits for
-/// another application.
+/// another application. A press that the system
+/// holds back until the agent's own menu has closed is dropped.
 class HotKeyService {
  public:
   virtual ~HotKeyService() = default;
@@ -47,8 +48,8 @@ class HotKeyService {
   /// The end of the registration unregisters the key; whether the system could do so is not told.
   virtual HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) = 0;
   /// A press that is made while the result lives is never reported, however late the system delivers it.
-  /// Pauses may overlap. Empty from a host that cannot tell when a press was made. Does not block.
-  virtual Registration ignorePresses() { return {}; }
+  /// Pauses may overlap. Does not block.
+  virtual Registration ignorePresses() = 0;
 };
 
 /// The service of the installed host.

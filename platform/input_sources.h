@@ -81,7 +81,8 @@ class InputSourceService {
   virtual std::optional<std::u16string> translate(const KeyLayoutData& data,
                                                   const KeyTranslation& translation,
                                                   std::uint32_t& deadKeyState) = 0;
-  /// Calls the handler on the main thread whenever the set of enabled layouts changed.
+  /// Calls the handler on the main thread whenever the set of enabled layouts changed. A change may be told
+  /// twice.
   [[nodiscard]] virtual Registration observeEnabledLayoutsChanged(std::function<void()> handler) = 0;
 };
 

@@ -66,6 +66,9 @@ class Pasteboard {
   /// Types that the last items() left out because there was no time for them and they can be done without:
   /// further encodings of a picture. For the log: printable ASCII, each at most 200 bytes.
   virtual std::vector<std::string> typesLeftOut() { return {}; }
+  /// True when the system may keep the contents from this program, as macOS 15.4 and later do when the user
+  /// says no: items of which nothing can be read were refused then.
+  virtual bool mayRefuseReading() { return false; }
   /// Grows with every change of the contents, whoever made it.
   virtual std::int64_t changeCount() = 0;
   /// Empties the pasteboard and makes this process its owner.

@@ -137,6 +137,11 @@ bool pasteReplacement(Pasteboard& pasteboard, std::string_view replacement) {
 void replaceViaClipboard(const Transform& transform) {
   const platform::PasteboardRef pasteboard = platform::generalPasteboard();
   const auto snapshot = std::make_shared<const PasteboardSnapshot>(*pasteboard);
+  // A copy would wipe what cannot be put back.
+  if (snapshot->isUnreadable() && pasteboard->mayRefuseReading()) {
+    Log::write("clipboard: the system refuses to let the clipboard be read");
+    throw Error(Failure::noSelection);
+  }
   const std::int64_t startingCount = pasteboard->changeCount();
   logTypesLeftOut(pasteboard->typesLeftOut());
 

@@ -32,6 +32,11 @@ PasteboardSnapshot::PasteboardSnapshot(platform::Pasteboard& pasteboard) {
   }
 }
 
+bool PasteboardSnapshot::isUnreadable() const {
+  return !items.empty() &&
+         std::all_of(items.begin(), items.end(), [](const auto& entry) { return entry.empty(); });
+}
+
 void PasteboardSnapshot::restoreTo(platform::Pasteboard& pasteboard) const {
   pasteboard.clearContents();
   std::vector<platform::PasteboardItemData> filled;

@@ -16,6 +16,9 @@ struct PasteboardSnapshot {
 
   explicit PasteboardSnapshot(platform::Pasteboard& pasteboard);
 
+  /// There was something, and nothing of it could be read.
+  bool isUnreadable() const;
+
   /// Clears the pasteboard and writes the items back in one write; entries without types are left out.
   void restoreTo(platform::Pasteboard& pasteboard) const;
 };

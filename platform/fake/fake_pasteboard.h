@@ -43,6 +43,7 @@ class FakePasteboard : public Pasteboard {
   explicit FakePasteboard(FakeSystem& system) : system_(system) {}
 
   std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() override;
+  bool mayRefuseReading() override { return mayRefuse_; }
   std::int64_t changeCount() override { return changeCount_; }
   void clearContents() override;
   std::optional<std::string> string() override;
@@ -57,6 +58,8 @@ class FakePasteboard : public Pasteboard {
   void otherAppClears() { otherAppWrites({}); }
   /// From now on the pasteboard reports no items at all instead of an empty list.
   void reportNoItems(bool none) { reportsNone_ = none; }
+  /// The system is one that may keep the contents from the program.
+  void mayRefuseReading(bool may) { mayRefuse_ = may; }
   const std::vector<FakePasteboardItemContents>& contents() const { return contents_; }
   /// Who wrote last: "the program" or the name of an application; empty at the start.
   const std::string& owner() const { return owner_; }
@@ -69,6 +72,7 @@ class FakePasteboard : public Pasteboard {
   std::string owner_;
   std::int64_t changeCount_ = 1;
   bool reportsNone_ = false;
+  bool mayRefuse_ = false;
   bool cleared_ = false;
 };
 

@@ -27,6 +27,11 @@
   lexwend::platform::mac::guarded(didFinishLaunching_);
 }
 
+/// Nothing is restored; who does not say so is warned about in the system's log at every start.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)application {
+  return YES;
+}
+
 @end
 
 namespace lexwend::platform::mac {

@@ -7,6 +7,7 @@
 
 #include "platform/mac/callback.h"
 #include "platform/mac/mac_services.h"
+#include "platform/mac/own_menu.h"
 
 namespace lexwend::platform::mac {
 namespace {
@@ -36,8 +37,24 @@ std::shared_ptr<PressHandler>& installedHandler() {
   return handler;
 }
 
+/// When presses are not wanted: while a pause runs, and until the last one ended.
+struct Pauses {
+  int running = 0;
+  EventTime lastEnd = 0;
+};
+
+Pauses& pauses() {
+  static Pauses pauses;
+  return pauses;
+}
+
+bool wasPausedAt(EventTime time) { return pauses().running > 0 || time < pauses().lastEnd; }
+
 ::OSStatus hotKeyPressed(EventHandlerCallRef, EventRef event, void*) {
   ::OSStatus status = noErr;
+  // While a menu is open, presses wait. What the user wanted then is not what is selected when it has closed.
+  const EventTime time = GetEventTime(event);
+  if (wasOwnMenuOpenAt(time) || wasPausedAt(time)) return status;
   guarded([&] {
     if (const auto handler = installedHandler()) status = (*handler)(MacHotKeyEvent(event));
   });
@@ -62,6 +79,14 @@ class MacHotKeyService : public HotKeyService {
     if (status != noErr || registration == nullptr) return {.status = status, .hotKey = {}};
     return {.status = status,
             .hotKey = Registration([registration] { UnregisterEventHotKey(registration); })};
+  }
+
+  Registration ignorePresses() override {
+    ++pauses().running;
+    return Registration([] {
+      --pauses().running;
+      pauses().lastEnd = GetCurrentEventTime();
+    });
   }
 };
 

@@ -13,6 +13,29 @@
 #include "platform/mac/cf_text.h"
 #include "platform/mac/mac_services.h"
 
+/// Hears of a change of the enabled layouts also while the application is not active. The center of the
+/// notifications holds it weakly.
+@interface LXWLayoutsObserver : NSObject
+/// The handler is held weakly.
+- (instancetype)initWithHandler:(std::weak_ptr<std::function<void()>>)handler;
+@end
+
+@implementation LXWLayoutsObserver {
+  std::weak_ptr<std::function<void()>> handler_;
+}
+
+- (instancetype)initWithHandler:(std::weak_ptr<std::function<void()>>)handler {
+  self = [super init];
+  if (self != nil) handler_ = std::move(handler);
+  return self;
+}
+
+- (void)layoutsChanged:(NSNotification*)notification {
+  if (const auto handler = handler_.lock()) lexwend::platform::mac::guarded(*handler);
+}
+
+@end
+
 namespace lexwend::platform::mac {
 namespace {
 
@@ -33,7 +56,7 @@ TISInputSourceRef tisSource(const InputSourceRef& source) {
 class MacKeyLayoutData : public KeyLayoutData {
  public:
   explicit MacKeyLayoutData(CFRef<CFDataRef> bytes) : bytes_(std::move(bytes)) {}
-  bool empty() const override { return CFDataGetLength(bytes_.get()) == 0 || layout() == nullptr; }
+  bool empty() const override { return CFDataGetLength(bytes_.get()) == 0; }
   const UCKeyboardLayout* layout() const {
     return reinterpret_cast<const UCKeyboardLayout*>(CFDataGetBytePtr(bytes_.get()));
   }
@@ -108,6 +131,15 @@ constexpr unsigned kModifierShift = 8;
 
 class MacInputSourceService : public InputSourceService {
  public:
+  MacInputSourceService() = default;
+  ~MacInputSourceService() override {
+    for (LXWLayoutsObserver* observer : observers_) {
+      [[NSDistributedNotificationCenter defaultCenter] removeObserver:observer];
+    }
+  }
+  MacInputSourceService(const MacInputSourceService&) = delete;
+  MacInputSourceService& operator=(const MacInputSourceService&) = delete;
+
   std::optional<std::vector<InputSourceRef>> createInputSourceList(const InputSourceFilter& filter,
                                                                    bool includeAllInstalled) override {
     const CFRef<CFDictionaryRef> properties = propertyFilter(filter);
@@ -170,13 +202,22 @@ class MacInputSourceService : public InputSourceService {
     void (^changed)(NSNotification*) = ^(NSNotification*) {
       if (const auto running = observer.lock()) guarded(*running);
     };
-    [[NSDistributedNotificationCenter defaultCenter] addObserverForName:name
-                                                                 object:nil
-                                                                  queue:[NSOperationQueue mainQueue]
-                                                             usingBlock:changed];
-    // The system keeps its observer, which does nothing once the handler has gone.
+    NSDistributedNotificationCenter* center = [NSDistributedNotificationCenter defaultCenter];
+    [center addObserverForName:name object:nil queue:[NSOperationQueue mainQueue] usingBlock:changed];
+    // The system holds back what the one above observes as long as the application is not active, and this
+    // one hardly ever is. While it is active, both hear of the change.
+    observers_.push_back([[LXWLayoutsObserver alloc] initWithHandler:kept]);
+    [center addObserver:observers_.back()
+                  selector:@selector(layoutsChanged:)
+                      name:name
+                    object:nil
+        suspensionBehavior:NSNotificationSuspensionBehaviorDeliverImmediately];
+    // The system keeps its observers, which do nothing once the handler has gone.
     return Registration([kept = std::move(kept)] {});
   }
+
+ private:
+  std::vector<LXWLayoutsObserver*> observers_;
 };
 
 static_assert(static_cast<int>(KeyAction::down) == kUCKeyActionDown);

@@ -6,8 +6,16 @@
 #include "platform/mac/cf_text.h"
 #include "platform/mac/mac_services.h"
 
+/// What NSPasteboard has on macOS 15.4 and later; declared here, so that an older SDK does as well.
+@protocol LXWPasteboardAccess
+@property(readonly) NSInteger accessBehavior;
+@end
+
 namespace lexwend::platform::mac {
 namespace {
+
+/// NSPasteboardAccessBehaviorAlwaysAllow
+constexpr NSInteger kAlwaysAllow = 2;
 
 NSPasteboardType nsType(const std::string& type) { return (__bridge NSString*)cfTextOrEmpty(type).get(); }
 
@@ -47,6 +55,11 @@ class MacPasteboard : public Pasteboard {
     std::vector<std::unique_ptr<PasteboardItem>> items;
     for (NSPasteboardItem* item in reported) items.push_back(std::make_unique<MacPasteboardItem>(item));
     return items;
+  }
+
+  bool mayRefuseReading() override {
+    if (![pasteboard_ respondsToSelector:@selector(accessBehavior)]) return false;
+    return [(id<LXWPasteboardAccess>)pasteboard_ accessBehavior] != kAlwaysAllow;
   }
 
   std::int64_t changeCount() override { return pasteboard_.changeCount; }

@@ -4,11 +4,13 @@
 #import <AppKit/AppKit.h>
 #import <QuartzCore/QuartzCore.h>
 
+#include <memory>
 #include <utility>
 
 #include "platform/mac/callback.h"
 #include "platform/mac/cf_text.h"
 #include "platform/mac/mac_services.h"
+#include "platform/mac/own_windows.h"
 
 namespace lexwend::platform::mac {
 namespace {
@@ -84,17 +86,52 @@ NSWindow* makeWindow(const RecorderWindowLook& look) {
   return window;
 }
 
+}  // namespace
+}  // namespace lexwend::platform::mac
+
+/// A label on a layer. A layer's colour is that of the moment when it was set, so it is set anew when the
+/// appearance changes between light and dark.
+@interface LXWLayerLabel : NSTextField
+- (void)setLayerColor:(NSColor*)color cornerRadius:(CGFloat)cornerRadius;
+@end
+
+@implementation LXWLayerLabel {
+  NSColor* layerColor_;
+}
+
+- (void)setLayerColor:(NSColor*)color cornerRadius:(CGFloat)cornerRadius {
+  layerColor_ = color;
+  self.wantsLayer = YES;
+  self.layer.cornerRadius = cornerRadius;
+  [self resolveLayerColor];
+}
+
+- (void)resolveLayerColor {
+  [self.effectiveAppearance performAsCurrentDrawingAppearance:^{
+    self.layer.backgroundColor = self->layerColor_.CGColor;
+  }];
+}
+
+- (void)viewDidChangeEffectiveAppearance {
+  [super viewDidChangeEffectiveAppearance];
+  [self resolveLayerColor];
+}
+
+@end
+
+namespace lexwend::platform::mac {
+namespace {
+
 NSTextField* makeLabel(const LabelLook& look) {
-  NSTextField* label = look.wraps ? [NSTextField wrappingLabelWithString:nsText(look.text)]
-                                  : [NSTextField labelWithString:nsText(look.text)];
+  Class kind = look.background ? [LXWLayerLabel class] : [NSTextField class];
+  NSTextField* label = look.wraps ? [kind wrappingLabelWithString:nsText(look.text)]
+                                  : [kind labelWithString:nsText(look.text)];
   label.frame = nsRect(look.frame);
   label.alignment = nsAlignment(look.alignment);
   label.font = [NSFont systemFontOfSize:look.fontSize weight:nsWeight(look.fontWeight)];
   label.textColor = nsColor(look.color);
   if (look.background) {
-    label.wantsLayer = YES;
-    label.layer.backgroundColor = nsColor(*look.background).CGColor;
-    label.layer.cornerRadius = look.cornerRadius;
+    [(LXWLayerLabel*)label setLayerColor:nsColor(*look.background) cornerRadius:look.cornerRadius];
   }
   return label;
 }
@@ -117,6 +154,7 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
 @property(nonatomic, readonly) NSButton* saveButton;
 - (instancetype)initWithLook:(const lexwend::platform::RecorderWindowLook&)look
                       events:(lexwend::platform::RecorderWindowEvents)events;
+- (void)showAndMakeKey;
 - (void)closeWindow;
 - (void)abandonWindow;
 - (void)save:(id)sender;
@@ -124,7 +162,8 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
 @end
 
 @implementation LXWRecorderWindowController {
-  std::shared_ptr<lexwend::platform::RecorderWindowEvents> events_;
+  lexwend::platform::RecorderWindowEvents events_;
+  std::unique_ptr<lexwend::platform::mac::ShownWindow> shown_;
   BOOL closed_;
 }
 
@@ -134,7 +173,7 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
   self = [super initWithWindow:makeWindow(look)];
   if (self == nil) return nil;
   self.window.delegate = self;
-  events_ = shared(std::move(events));
+  events_ = std::move(events);
 
   NSView* content = self.window.contentView;
   [content addSubview:makeLabel(look.prompt)];
@@ -146,6 +185,15 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
   [content addSubview:_saveButton];
   [content addSubview:makeButton(look.cancel, self, @selector(cancel:))];
   return self;
+}
+
+- (void)showAndMakeKey {
+  if (shown_ == nullptr) shown_ = std::make_unique<lexwend::platform::mac::ShownWindow>();
+  [self showWindow:nil];
+  [self.window makeKeyAndOrderFront:nil];
+  // The system may refuse to bring the agent to the front (macOS 14 and later). The window is seen all the
+  // same, and a click into it makes the agent active.
+  [self.window orderFrontRegardless];
 }
 
 /// Closing tells the delegate, which may close again: that second time there is nothing left to close.
@@ -167,21 +215,19 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
 
 - (void)save:(id)sender {
   [self outliveThisEvent];
-  const auto events = events_;
-  lexwend::platform::mac::guarded(events->save);
+  lexwend::platform::mac::guarded(events_.save);
 }
 
 - (void)cancel:(id)sender {
   [self outliveThisEvent];
-  const auto events = events_;
-  lexwend::platform::mac::guarded(events->cancel);
+  lexwend::platform::mac::guarded(events_.cancel);
 }
 
 - (void)windowWillClose:(NSNotification*)notification {
   closed_ = YES;
+  shown_ = nullptr;
   [self outliveThisEvent];
-  const auto events = events_;
-  lexwend::platform::mac::guarded(events->willClose);
+  lexwend::platform::mac::guarded(events_.willClose);
 }
 
 @end
@@ -203,10 +249,7 @@ class MacRecorderWindow : public RecorderWindow {
     controller_.message.textColor = nsColor(color);
   }
   void setSaveEnabled(bool enabled) override { controller_.saveButton.enabled = enabled; }
-  void showAndMakeKey() override {
-    [controller_ showWindow:nil];
-    [controller_.window makeKeyAndOrderFront:nil];
-  }
+  void showAndMakeKey() override { [controller_ showAndMakeKey]; }
   void close() override {
     // The last thing that happens may be this object's own destruction.
     LXWRecorderWindowController* controller = controller_;

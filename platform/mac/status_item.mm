@@ -2,13 +2,16 @@
 #include "platform/status_item.h"
 
 #import <AppKit/AppKit.h>
+#import <Carbon/Carbon.h>
 
+#include <limits>
 #include <utility>
 #include <vector>
 
 #include "platform/mac/callback.h"
 #include "platform/mac/cf_text.h"
 #include "platform/mac/mac_services.h"
+#include "platform/mac/own_menu.h"
 
 /// What a chosen menu item sends its action to. The item holds it weakly.
 @interface LXWMenuItemTarget : NSObject
@@ -30,6 +33,45 @@
   // The action may replace this very target.
   const auto action = action_;
   lexwend::platform::mac::guarded(*action);
+}
+
+@end
+
+namespace lexwend::platform::mac {
+namespace {
+
+/// When the agent's menu was last opened and closed, in seconds since the system started. An open one closes
+/// at the end of time.
+struct MenuTimes {
+  double opened = 0;
+  double closed = 0;
+};
+MenuTimes& menuTimes() {
+  static MenuTimes times;
+  return times;
+}
+
+}  // namespace
+
+bool wasOwnMenuOpenAt(double secondsSinceStartup) {
+  return menuTimes().opened <= secondsSinceStartup && secondsSinceStartup < menuTimes().closed;
+}
+
+}  // namespace lexwend::platform::mac
+
+/// Notes when the menu is open. The menu holds it weakly.
+@interface LXWMenuWatcher : NSObject <NSMenuDelegate>
+@end
+
+@implementation LXWMenuWatcher
+
+- (void)menuWillOpen:(NSMenu*)menu {
+  lexwend::platform::mac::menuTimes() = {.opened = GetCurrentEventTime(),
+                                         .closed = std::numeric_limits<double>::infinity()};
+}
+
+- (void)menuDidClose:(NSMenu*)menu {
+  lexwend::platform::mac::menuTimes().closed = GetCurrentEventTime();
 }
 
 @end
@@ -79,6 +121,11 @@ class MacMenuItem : public MenuItem {
 
 class MacMenu : public Menu {
  public:
+  MacMenu() {
+    // Its entries are Hebrew, whatever the language of the system is.
+    menu_.userInterfaceLayoutDirection = NSUserInterfaceLayoutDirectionRightToLeft;
+    menu_.delegate = watcher_;
+  }
   void setAutoenablesItems(bool autoenables) override { menu_.autoenablesItems = autoenables; }
   void addItem(const MenuItemRef& item) override {
     [menu_ addItem:static_cast<const MacMenuItem&>(*item).get()];
@@ -89,6 +136,7 @@ class MacMenu : public Menu {
 
  private:
   NSMenu* menu_ = [[NSMenu alloc] initWithTitle:@""];
+  LXWMenuWatcher* watcher_ = [[LXWMenuWatcher alloc] init];
   std::vector<MenuItemRef> items_;  ///< they own the targets that the system's items hold weakly
 };
 

@@ -8,6 +8,7 @@
 #include "platform/mac/callback.h"
 #include "platform/mac/cf_text.h"
 #include "platform/mac/mac_services.h"
+#include "platform/mac/own_windows.h"
 
 namespace lexwend::platform::mac {
 namespace {
@@ -40,6 +41,7 @@ class MacWorkspace : public Workspace {
   }
 
   void open(const UrlRef& url) override {
+    leaveKeyboardToOthers();
     [[NSWorkspace sharedWorkspace] openURL:static_cast<const MacUrl&>(*url).get()];
   }
 

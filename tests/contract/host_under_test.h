@@ -62,8 +62,6 @@ class HostUnderTest {
   virtual void otherProgramTakesHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers) = 0;
   /// Whether a press then reaches both programs, instead of the later one being refused.
   virtual bool sharesHotKeys() const { return false; }
-  /// Whether the host can tell when a press was made.
-  virtual bool tellsWhenAKeyWasPressed() const { return true; }
 
   /// The set of enabled layouts changes: only the Latin one stays.
   virtual void disableHebrew() = 0;

@@ -280,6 +280,10 @@ void unregisterTwice() {
   UnregisterEventHotKey(ref);
 }
 void showAnAlertNobodyAnswers() {
+  [[NSApplication sharedApplication] activateIgnoringOtherApps:YES];
+  [[[NSAlert alloc] init] runModal];
+}
+void showAnAlertBehindOtherWindows() {
   [NSApplication sharedApplication];
   [[[NSAlert alloc] init] runModal];
 }
@@ -304,6 +308,7 @@ TEST(DoublesDeath, endTheProcessOnWhatTheSystemPunishes) {
   EXPECT_DEATH(putNilIntoAnArray(), "macOS: -\\[NSMutableArray addObject:\\]: nil");
   EXPECT_DEATH(unregisterTwice(), "macOS: UnregisterEventHotKey");
   EXPECT_DEATH(showAnAlertNobodyAnswers(), "macOS: an alert that no test answers");
+  EXPECT_DEATH(showAnAlertBehindOtherWindows(), "macOS: an alert that the user does not see");
   EXPECT_DEATH(removeAMonitorTwice(), "macOS: \\+\\[NSEvent removeMonitor:\\]: removed once too often");
 }
 

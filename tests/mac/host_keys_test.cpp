@@ -153,6 +153,11 @@ TEST_F(MacHotKeys, runsNoHandlerOnceTheServiceIsGone) {
 
 struct MacKeyMonitorService : InMacApplication {
   KeyMonitor& service = host->keyMonitor();
+
+  void SetUp() override {
+    InMacApplication::SetUp();
+    host->application().activate(true);
+  }
 };
 
 TEST_F(MacKeyMonitorService, seesKeyAndAllFlagsOfEveryPress) {
@@ -195,9 +200,11 @@ TEST_F(MacKeyMonitorService, isRemovedWithItsToken) {
 TEST_F(MacKeyMonitorService, mayBeRemovedByItsOwnHandler) {
   Registration token;
   const auto state = std::make_shared<int>(0);
-  token = service.addLocalKeyDownMonitor([&token, state](const KeyDownEvent&) {
+  token = service.addLocalKeyDownMonitor([&token, &state, own = state](const KeyDownEvent&) {
+    const auto& outside = state;
     token.cancel();
-    ++*state;  // still alive after its own registration has gone
+    EXPECT_EQ(outside.use_count(), 2) << "the handler went while it runs";
+    ++*outside;
     return KeyDisposition::consumed;
   });
   EXPECT_TRUE(doubles::windows::pressKey(53, 0));

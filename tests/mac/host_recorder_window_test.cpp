@@ -89,12 +89,17 @@ TEST_F(MacRecorderWindows, followsEveryFieldOfTheLook) {
   look.deferred = true;
   look.level = 0;
   look.centered = false;
+  look.prompt.alignment = TextAlignment::natural;
   open(look);
+  EXPECT_EQ(control(0).alignment, 4);
   const doubles::windows::Window made = seen();
   EXPECT_EQ(made.styleMask, 12u);  // resizable and miniaturizable
   EXPECT_TRUE(made.isDeferred);
   EXPECT_EQ(made.level, 0);
   EXPECT_FALSE(made.isCentered);
+  look.titled = look.closable = true;
+  open(look);
+  EXPECT_EQ(doubles::windows::all().back().styleMask, 15u);
 }
 
 TEST_F(MacRecorderWindows, drawsThePromptTheCombinationAndTheMessage) {

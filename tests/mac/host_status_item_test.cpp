@@ -143,13 +143,24 @@ TEST_F(MacStatusBarService, keepsTheActionsOfEntriesThatNobodyElseKeeps) {
 TEST_F(MacStatusBarService, letsAnActionReplaceItself) {
   const auto held = std::make_shared<int>(0);
   const MenuItemRef changing = entry("changing");
-  changing->setAction([held, entry = std::weak_ptr<MenuItem>(changing)] {
+  changing->setAction([&held, own = held, entry = std::weak_ptr<MenuItem>(changing)] {
+    const auto& outside = held;
     entry.lock()->setAction([] {});
-    ++*held;
+    EXPECT_EQ(outside.use_count(), 2) << "the action went while it runs";
+    ++*outside;
   });
   showMenu({changing});
   dbl::choose("changing");
   EXPECT_EQ(*held, 1);
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(MacStatusBarService, letsGoOfTheActionOfAnEntryThatEndsTheApplication) {
+  const auto held = std::make_shared<int>(0);
+  const MenuItemRef changing = entry("changing");
+  changing->setAction([held] {});
+  EXPECT_EQ(held.use_count(), 2);
+  changing->setTerminatesApplication();
   EXPECT_EQ(held.use_count(), 1);
 }
 

@@ -64,9 +64,11 @@ TEST_F(MacRunLoopService, firesATimerUntilItsHandlerEndsIt) {
 TEST_F(MacRunLoopService, letsATimersHandlerFinishAfterItInvalidatedItsTimer) {
   const auto held = std::make_shared<int>(0);
   Registration timer;
-  timer = service.scheduledRepeatingTimer(2000ms, [held, &timer] {
+  timer = service.scheduledRepeatingTimer(2000ms, [&held, &timer, own = held] {
+    const auto& outside = held;
     timer.cancel();
-    ++*held;
+    EXPECT_EQ(outside.use_count(), 2) << "the handler went while it runs";
+    ++*outside;
   });
   doubles::time::advance(2s);
   EXPECT_EQ(*held, 1);

@@ -82,6 +82,8 @@ class MacUnderTest : public HostUnderTest {
 
   void userPresses(platform::KeyCode keyCode, platform::Modifiers modifiers) override {
     if (doubles::hot_keys::press(number(keyCode), number(modifiers)).has_value()) return;
+    // Shown is not yet active: the user clicks into the window first.
+    if (const auto window = recorder(); window && window->isInFront) doubles::windows::clickInto();
     const auto code = static_cast<std::uint16_t>(keyCode);
     if (doubles::windows::pressKey(code, number(eventFlagsOf(modifiers)))) return;
     if (recorder()) {
@@ -96,7 +98,6 @@ class MacUnderTest : public HostUnderTest {
   // Each program has its own registrations; only an exclusive one is in the way of others.
   void otherProgramTakesHotKey(platform::KeyCode, platform::Modifiers) override {}
   bool sharesHotKeys() const override { return true; }
-  bool tellsWhenAKeyWasPressed() const override { return false; }
 
   void disableHebrew() override {
     doubles::MacDesktop::installLayouts({platform::usLayout()});

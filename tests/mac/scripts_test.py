@@ -31,6 +31,7 @@ class Scripts(unittest.TestCase):
         for name in ("run", "test", "Brewfile"):
             shutil.copy(ROOT / name, self.tree)
         shutil.copytree(ROOT / "scripts", self.tree / "scripts")
+        shutil.copytree(ROOT / "packaging/mac", self.tree / "packaging/mac")
         # Nothing of this system but what macOS has under the same name.
         for name in ("bash", "env", "dirname", "mkdir", "rm", "cp", "chmod", "sort", "cat"):
             (self.programs / name).symlink_to(shutil.which(name))
@@ -97,6 +98,75 @@ class Scripts(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(len(self.called("brew bundle install")), 1)
         self.assertEqual(len(self.called("python3 -u scripts/test_run.py --quick")), 1)
+
+    def prepare_packing(self, architectures="arm64", libraries="/usr/lib/libSystem.B.dylib", runtime="flags=0x10002(adhoc,runtime)",
+                        said="ALL PASSED"):
+        """The programs that packing asks, with the answers of a good build; returns the archive."""
+        for name in ("sed", "tr", "paste", "grep", "mktemp"):
+            if not (self.programs / name).exists():
+                (self.programs / name).symlink_to(shutil.which(name))
+        self.stub("uname", '[ "$1" = -m ] && echo arm64 || echo Darwin')
+        program = "build/package-mac/app/Lexwend.app/Contents/MacOS/Lexwend"
+        self.stub("cmake", f'[ "$1" != --build ] || {{ mkdir -p {os.path.dirname(program)}; '
+                           f"printf '#!/bin/bash\\necho {said}\\n' >{program}; chmod +x {program}; }}")
+        self.stub("plutil", 'case "$2" in CFBundleIdentifier) echo org.lexwend.Lexwend ;; LSUIElement) echo true ;; '
+                            'CFBundleShortVersionString) echo 1.2.3 ;; esac')
+        self.stub("lipo", f"echo {architectures}")
+        self.stub("otool", f"echo Lexwend:; echo '\t{libraries} (compatibility version 1.0.0, current version 1.0.0)'")
+        self.stub("codesign", f'[ "$1" != --display ] || echo "{runtime}"')
+        self.stub("ditto", 'case "$1" in -c) cp -R "$4" "$5" ;; -x) cp -R "$3" "$4/Lexwend.app" ;; esac')
+        self.stub("shasum", f"echo {'ab' * 32} archive")
+        self.stub("xcrun")
+        self.stub("spctl")
+        return self.tree / "build/packages/Lexwend-1.2.3-macos-arm64.zip"
+
+    def pack(self, *options):
+        return self.script("packaging/mac/package.sh", "--no-install", *options)
+
+    def test_packing_signs_checks_and_runs_the_self_test_out_of_the_archive(self):
+        archive = self.prepare_packing()
+        done = self.pack()
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertTrue(archive.exists())
+        signed, = self.called("codesign --force")
+        for word in ("--options runtime", "--timestamp=none", "--entitlements packaging/mac/Lexwend.entitlements", "--sign - "):
+            self.assertIn(word, signed)
+        self.assertEqual(len(self.called("codesign --verify --strict")), 2, "before and after it was packed")
+        self.assertEqual(self.called("xcrun"), [])
+        self.assertFalse((self.tree / "build/packages/lexwend.rb").exists())
+
+    def test_packing_refuses_what_other_macs_could_not_start(self):
+        for wrong, sentence in (({"libraries": "/opt/homebrew/lib/libicuuc.74.dylib"}, "which other Macs do not have"),
+                                ({"architectures": "x86_64"}, "the program is for 'x86_64'"),
+                                ({"runtime": "flags=0x2(adhoc)"}, "lacks the hardened runtime"),
+                                ({"said": "FAILED"}, "the self-test")):
+            self.prepare_packing(**wrong)
+            done = self.pack()
+            self.assertEqual(done.returncode, 1, done.stdout)
+            self.assertIn(sentence, done.stderr)
+        self.stub("codesign", '[ "$1" != --verify ]')
+        self.assertIn("does not hold", self.pack().stderr)
+        self.stub("uname", "echo Linux")
+        self.assertIn("packed on a Mac", self.pack().stderr)
+
+    def test_packing_for_both_processors_notarises_and_writes_the_cask(self):
+        self.prepare_packing(architectures="x86_64 arm64")
+        icu = self.home / "icu"
+        (icu / "lib").mkdir(parents=True)
+        self.assertIn("there is no static ICU", self.pack("--universal", str(icu)).stderr)
+        (icu / "lib/libicuuc.a").touch()
+        self.assertIn("no ad-hoc signature", self.pack("--notarise", "store").stderr)
+        done = self.pack("--universal", str(icu), "--identity", "Developer ID Application: X", "--notarise", "store",
+                         "--url", "https://example.org/Lexwend.zip")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("-DCMAKE_OSX_ARCHITECTURES=arm64;x86_64", self.called("cmake --preset")[-1])
+        self.assertIn(f"-DICU_ROOT={icu}", self.called("cmake --preset")[-1])
+        self.assertIn("--timestamp ", self.called("codesign --force")[-1])
+        self.assertEqual([call.split()[1] for call in self.called("xcrun")], ["notarytool", "stapler"])
+        cask = (self.tree / "build/packages/lexwend.rb").read_text()
+        for line in ('version "1.2.3"', f'sha256 "{"ab" * 32}"', 'url "https://example.org/Lexwend.zip"'):
+            self.assertIn(line, cask)
+        self.assertNotIn("@", cask)
 
     def commands_of_the_test_run(self, system, machine):
         commands = []

@@ -50,6 +50,26 @@ TEST_F(ClipboardPath, waitedMillisecondsFollowTheSumOfTheSteps) {
   }
 }
 
+TEST_F(ClipboardPath, contentsThatTheSystemRefusesToShowStayAsTheyAre) {
+  const Contents refused = {{FakePasteboardEntry::brokenPromise("public.png")}};
+  host.pasteboard().otherAppWrites(refused);
+  host.pasteboard().mayRefuseReading(true);
+  EXPECT_EQ(run(), Failure::noSelection);
+  EXPECT_EQ(log(), (Lines{"clipboard: the system refuses to let the clipboard be read"}));
+  EXPECT_EQ(host.pasteboard().contents(), refused);
+  EXPECT_TRUE(host.keyEvents().posted().empty());
+}
+
+TEST_F(ClipboardPath, goesOnWhereTheSystemMightHaveRefusedAndDidNot) {
+  host.pasteboard().mayRefuseReading(true);
+  EXPECT_EQ(run(), std::nullopt);
+  host.advance(500ms);
+  EXPECT_EQ(host.pasteboard().contents(), users);
+  host.pasteboard().otherAppClears();
+  openFreshField();
+  EXPECT_EQ(run(), std::nullopt) << "an empty one gives nothing to refuse";
+}
+
 TEST_F(ClipboardPath, changeWhileTheModifiersAreWaitedForIsTakenBackAfterTwoEmptyCopies) {
   host.keyEvents().holdModifiers(platform::kEventFlagControl);
   host.keyEvents().releaseModifiersAfter(100ms);

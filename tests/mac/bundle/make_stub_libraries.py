@@ -81,6 +81,7 @@ FRAMEWORKS = {
         _AXUIElementCopyAttributeValue _AXUIElementIsAttributeSettable _AXUIElementSetAttributeValue""", ""),
     "Carbon": ("""_GetApplicationEventTarget _GetEventDispatcherTarget _InstallEventHandler
         _RemoveEventHandler _RegisterEventHotKey _UnregisterEventHotKey _GetEventParameter _GetEventClass _GetEventKind
+        _GetEventTime _GetCurrentEventTime
         _IsSecureEventInputEnabled _UCKeyTranslate _LMGetKbdType
         _TISInputSourceGetTypeID _TISGetInputSourceProperty _TISCreateInputSourceList
         _TISCopyCurrentKeyboardInputSource _TISCopyCurrentKeyboardLayoutInputSource _TISSelectInputSource

@@ -76,13 +76,13 @@ extern "C" {
 CFStringRef kAXTrustedCheckOptionPrompt = CFSTR("AXTrustedCheckOptionPrompt");
 
 Boolean AXIsProcessTrusted() {
-  record("AXIsProcessTrusted");
+  record();
   return state().isTrusted;
 }
 Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options) {
-  record("AXIsProcessTrustedWithOptions", options == nullptr ? "null" : utf8([(id)options description]));
+  record(options == nullptr ? "null" : utf8([(id)options description]));
   if (options != nullptr) {
-    requireKind(options, [NSDictionary class], "AXIsProcessTrustedWithOptions");
+    requireKind(options, [NSDictionary class]);
     const id prompt = [(NSDictionary*)options objectForKey:(id)kAXTrustedCheckOptionPrompt];
     if (prompt != nil && CFGetTypeID(prompt) != CFBooleanGetTypeID()) {
       die("AXIsProcessTrustedWithOptions: the prompt option is no truth value");
@@ -93,7 +93,7 @@ Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options) {
 }
 
 AXUIElementRef AXUIElementCreateSystemWide() {
-  record("AXUIElementCreateSystemWide");
+  record();
   return (AXUIElementRef)makeElement(true);
 }
 AXUIElementRef AXUIElementCreateApplication(pid_t) { die("AXUIElementCreateApplication is not offered"); }
@@ -101,7 +101,7 @@ AXUIElementRef AXUIElementCreateApplication(pid_t) { die("AXUIElementCreateAppli
 AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef* value) {
   auto* target = checked(element, attribute, "AXUIElementCopyAttributeValue");
   requireNonnull(value, "AXUIElementCopyAttributeValue: the value");
-  record("AXUIElementCopyAttributeValue", callText(target, attribute));
+  record(callText(target, attribute));
   if (state().answers.read) {
     return answer(state().answers.read(target->identity, utf8((NSString*)attribute)), value);
   }
@@ -118,7 +118,7 @@ AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attrib
 AXError AXUIElementIsAttributeSettable(AXUIElementRef element, CFStringRef attribute, Boolean* settable) {
   auto* target = checked(element, attribute, "AXUIElementIsAttributeSettable");
   requireNonnull(settable, "AXUIElementIsAttributeSettable: the answer");
-  record("AXUIElementIsAttributeSettable", callText(target, attribute));
+  record(callText(target, attribute));
   if (state().answers.settable) {
     const auto answered = state().answers.settable(target->identity, utf8((NSString*)attribute));
     if (answered.error == kAXErrorSuccess) *settable = answered.isSettable;
@@ -133,7 +133,7 @@ AXError AXUIElementIsAttributeSettable(AXUIElementRef element, CFStringRef attri
 AXError AXUIElementSetAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef value) {
   auto* target = checked(element, attribute, "AXUIElementSetAttributeValue");
   requireKind(value, [NSString class], "AXUIElementSetAttributeValue: the value");
-  record("AXUIElementSetAttributeValue", callText(target, attribute) + ", " + describe((id)value));
+  record(callText(target, attribute) + ", " + describe((id)value));
   if (state().answers.write) {
     return static_cast<AXError>(
         state().answers.write(target->identity, utf8((NSString*)attribute), utf8((NSString*)value)));

@@ -6,11 +6,6 @@
 using namespace lexwend;
 using namespace lexwend::doubles;
 
-extern "C" {
-id objc_storeWeak(id* location, id value);
-id objc_loadWeak(id* location);
-}
-
 __kindof NSApplication* NSApp = nil;
 NSNotificationName const NSWorkspaceDidWakeNotification = @"NSWorkspaceDidWakeNotification";
 NSNotificationName const NSWorkspaceWillSleepNotification = @"NSWorkspaceWillSleepNotification";
@@ -19,6 +14,7 @@ namespace {
 struct State {
   std::optional<long> policy;
   int activations = 0;
+  bool isActive = false, isHidden = false, isActivationRefused = false;
   int beeps = 0;
   bool isTerminated = false;
   bool isRunning = false;
@@ -43,51 +39,71 @@ const ResetHook kReset([] {
 });
 const ProcessEndHook kProcessEnd([] {
   dropApplication();
+  state().isActive = state().isHidden = false;
   state().policy.reset();
   state().isTerminated = false;
   state().eventLoop = nullptr;
 });
 }  // namespace
 
+bool lexwend::doubles::isApplicationActive() { return state().isActive; }
+void lexwend::doubles::activateApplication() {
+  if (NSApp == nil) die("there is no application to activate");
+  state().isActive = true;
+  state().isHidden = false;
+  deliverHeldNotifications();
+}
+
 @interface NSApplication () {
-  id delegate_;
+  __weak id delegate_;
 }
 @end
 @implementation NSApplication
 + (NSApplication*)sharedApplication {
-  requireMainThread("+[NSApplication sharedApplication]");
-  record("+[NSApplication sharedApplication]");
+  called();
   if (NSApp == nil) NSApp = [[NSApplication alloc] init];
   return NSApp;
 }
 - (id<NSApplicationDelegate>)delegate {
-  return objc_loadWeak(&delegate_);
+  return delegate_;
 }
 - (void)setDelegate:(id<NSApplicationDelegate>)delegate {
-  requireMainThread("-[NSApplication setDelegate:]");
-  if (delegate != nil) record("-[NSApplication setDelegate:]");
-  objc_storeWeak(&delegate_, delegate);
-}
-- (void)dealloc {
-  objc_storeWeak(&delegate_, nil);
-  [super dealloc];
+  requireMainThread();
+  if (delegate != nil) record();
+  delegate_ = delegate;
 }
 - (void)activateIgnoringOtherApps:(BOOL)ignoresOtherApps {
-  requireMainThread("-[NSApplication activateIgnoringOtherApps:]");
-  record("-[NSApplication activateIgnoringOtherApps:]", truth(ignoresOtherApps));
+  called(truth(ignoresOtherApps));
   ++state().activations;
+  // Only who ignores the others comes to the front while another application is active.
+  if (ignoresOtherApps && !state().isActivationRefused) activateApplication();
+}
+- (void)hide:(id)sender {
+  called();
+  state().isHidden = true;
+  state().isActive = false;
+}
+- (void)unhideWithoutActivation {
+  requireMainThread();
+  state().isHidden = false;
+}
+- (BOOL)isHidden {
+  return state().isHidden;
 }
 - (NSApplicationActivationPolicy)activationPolicy {
   return static_cast<NSApplicationActivationPolicy>(state().policy.value_or(0));
 }
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
-  requireMainThread("-[NSApplication setActivationPolicy:]");
-  record("-[NSApplication setActivationPolicy:]", std::to_string(policy));
+  called(std::to_string(policy));
   state().policy = policy;
   return YES;
 }
 - (void)finishLaunching {
-  const id delegate = self.delegate;
+  const id<NSApplicationDelegate> delegate = self.delegate;
+  if (![delegate respondsToSelector:@selector(applicationSupportsSecureRestorableState:)] ||
+      ![delegate applicationSupportsSecureRestorableState:self]) {
+    die("WARNING: Secure coding is not enabled for restorable state");
+  }
   NSNotification* notification =
       [NSNotification notificationWithName:@"NSApplicationDidFinishLaunchingNotification" object:self];
   if ([delegate respondsToSelector:@selector(applicationDidFinishLaunching:)]) {
@@ -95,8 +111,7 @@ const ProcessEndHook kProcessEnd([] {
   }
 }
 - (void)run {
-  requireMainThread("-[NSApplication run]");
-  record("-[NSApplication run]");
+  called();
   if (state().isRunning) die("-[NSApplication run] within itself");
   if (self.delegate == nil) die("-[NSApplication run] without a delegate that is still alive");
   state().isRunning = true;
@@ -107,16 +122,20 @@ const ProcessEndHook kProcessEnd([] {
   state().isRunning = false;
 }
 - (void)stop:(id)sender {
-  record("-[NSApplication stop:]");
+  record();
 }
 - (void)terminate:(id)sender {
-  requireMainThread("-[NSApplication terminate:]");
-  record("-[NSApplication terminate:]");
+  called();
+  const id<NSApplicationDelegate> delegate = self.delegate;
+  if ([delegate respondsToSelector:@selector(applicationShouldTerminate:)] &&
+      [delegate applicationShouldTerminate:self] != NSTerminateNow) {
+    return;
+  }
   // The real one ends the process here; a test goes on and sees that it was asked for.
   state().isTerminated = true;
 }
 - (void)postEvent:(NSEvent*)event atStart:(BOOL)atStart {
-  record("-[NSApplication postEvent:atStart:]");
+  record();
 }
 - (BOOL)sendAction:(SEL)action to:(id)target from:(id)sender {
   sendAction(action, target, sender);
@@ -126,7 +145,7 @@ const ProcessEndHook kProcessEnd([] {
   return state().isRunning;
 }
 - (BOOL)isActive {
-  return state().activations > 0;
+  return state().isActive;
 }
 - (NSWindow*)keyWindow {
   return nil;
@@ -134,7 +153,7 @@ const ProcessEndHook kProcessEnd([] {
 @end
 
 void NSBeep() {
-  record("NSBeep");
+  record();
   ++state().beeps;
 }
 
@@ -150,9 +169,8 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
   return made;
 }
 + (NSArray*)runningApplicationsWithBundleIdentifier:(NSString*)identifier {
-  requireKind(identifier, [NSString class],
-              "+[NSRunningApplication runningApplicationsWithBundleIdentifier:]");
-  record("+[NSRunningApplication runningApplicationsWithBundleIdentifier:]", utf8(identifier));
+  requireKind(identifier, [NSString class]);
+  record(utf8(identifier));
   NSMutableArray* found = [NSMutableArray array];
   for (const auto& each : state().running) {
     if (each.bundleIdentifier == utf8(identifier)) [found addObject:makeRunning(each)];
@@ -182,7 +200,7 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
 @end
 @implementation NSWorkspace
 + (NSWorkspace*)sharedWorkspace {
-  record("+[NSWorkspace sharedWorkspace]");
+  record();
   static NSWorkspace* the = keptForever([[NSWorkspace alloc] init]);
   return the;
 }
@@ -191,7 +209,8 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
   return the;
 }
 - (NSRunningApplication*)frontmostApplication {
-  record("-[NSWorkspace frontmostApplication]");
+  record();
+  if (state().isActive) return [NSRunningApplication currentApplication];
   return state().frontmost ? makeRunning(*state().frontmost) : nil;
 }
 - (NSArray*)runningApplications {
@@ -200,8 +219,8 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
   return found;
 }
 - (BOOL)openURL:(NSURL*)url {
-  requireKind(url, [NSURL class], "-[NSWorkspace openURL:]");
-  record("-[NSWorkspace openURL:]", utf8(url.absoluteString));
+  requireKind(url, [NSURL class]);
+  record(utf8(url.absoluteString));
   state().openedUrls.push_back(utf8(url.absoluteString));
   return YES;
 }
@@ -211,13 +230,19 @@ namespace lexwend::doubles::app {
 bool exists() { return NSApp != nil; }
 std::optional<long> activationPolicy() { return state().policy; }
 int activations() { return state().activations; }
+bool isActive() { return state().isActive; }
+void refuseActivation() { state().isActivationRefused = true; }
+void userSwitchesToOther() { state().isActive = false; }
 bool isTerminated() { return state().isTerminated; }
 int beeps() { return state().beeps; }
 void setEventLoop(std::function<void()> body) { state().eventLoop = std::move(body); }
 }  // namespace lexwend::doubles::app
 
 namespace lexwend::doubles::workspace {
-void setFrontmost(const std::optional<Running>& application) { state().frontmost = application; }
+void setFrontmost(const std::optional<Running>& application) {
+  state().frontmost = application;
+  state().isActive = false;
+}
 void setRunning(const std::vector<Running>& applications) { state().running = applications; }
 std::vector<std::string> openedUrls() { return state().openedUrls; }
 void postDidWake() {

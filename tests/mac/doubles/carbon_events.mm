@@ -22,6 +22,7 @@ struct OpaqueEventHotKeyRef {
 };
 struct OpaqueEventRef {
   EventHotKeyID hotKey;
+  EventTime time;
   bool isDelivered;  // the event lives only while its handlers run
 };
 
@@ -33,6 +34,7 @@ struct State {
   // Handles stay for the session, so that one that is used too late is recognised.
   std::vector<std::unique_ptr<OpaqueEventHotKeyRef>> hotKeys;
   std::vector<std::unique_ptr<OpaqueEventRef>> events;
+  std::vector<OpaqueEventRef*> queued;  // pressed while the agent's menu is open
   std::int32_t nextRegistrationStatus = noErr;
   bool isNextReferenceNull = false;
   std::int32_t nextParameterStatus = noErr;
@@ -48,12 +50,15 @@ const ResetHook kReset([] { state() = State{}; });
 const ProcessEndHook kProcessEnd([] {
   state().handlers.clear();
   state().hotKeys.clear();
+  state().queued.clear();
   state().events.clear();
 });
 
 void requireApplicationTarget(EventTargetRef target, const char* what) {
   if (target != &state().applicationTarget) die(std::string(what) + ": not the application's event target");
 }
+
+std::int32_t deliver(OpaqueEventRef* event);
 
 }  // namespace
 
@@ -85,8 +90,26 @@ std::optional<std::int32_t> press(std::uint32_t keyCode, std::uint32_t modifiers
 
 std::optional<std::int32_t> dispatch(std::uint32_t signature, std::uint32_t id) {
   if (state().handlers.empty()) return std::nullopt;
-  state().events.push_back(std::make_unique<OpaqueEventRef>(OpaqueEventRef{{signature, id}, true}));
+  state().events.push_back(
+      std::make_unique<OpaqueEventRef>(OpaqueEventRef{{signature, id}, secondsSinceStartup(), true}));
   OpaqueEventRef* event = state().events.back().get();
+  if (isMenuOpen()) {
+    state().queued.push_back(event);
+    return std::nullopt;
+  }
+  return deliver(event);
+}
+
+}  // namespace lexwend::doubles::hot_keys
+
+void lexwend::doubles::deliverQueuedPresses() {
+  for (OpaqueEventRef* event : std::exchange(state().queued, {})) deliver(event);
+}
+
+namespace {
+std::int32_t deliver(OpaqueEventRef* event) {
+  // It comes by the run loop, after what that had to do before.
+  runMainQueueAndTimersDue();
   std::int32_t status = eventNotHandledErr;
   @autoreleasepool {
     for (const auto& handler : state().handlers) {
@@ -100,6 +123,9 @@ std::optional<std::int32_t> dispatch(std::uint32_t signature, std::uint32_t id) 
   event->isDelivered = false;
   return status;
 }
+}  // namespace
+
+namespace lexwend::doubles::hot_keys {
 
 void takeByOther(std::uint32_t keyCode, std::uint32_t modifiers) {
   state().takenByOthers.emplace_back(keyCode, modifiers);
@@ -124,20 +150,19 @@ void setEnabled(bool enabled) { state().isSecureInput = enabled; }
 extern "C" {
 
 Boolean IsSecureEventInputEnabled() {
-  record("IsSecureEventInputEnabled");
+  record();
   return state().isSecureInput;
 }
 
 EventTargetRef GetApplicationEventTarget() {
-  requireMainThread("GetApplicationEventTarget");
-  record("GetApplicationEventTarget");
+  called();
   return &state().applicationTarget;
 }
 EventTargetRef GetEventDispatcherTarget() { die("GetEventDispatcherTarget is not the application's target"); }
 
 OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, ItemCount typeCount,
                              const EventTypeSpec* types, void* userData, EventHandlerRef* handlerRef) {
-  requireMainThread("InstallEventHandler");
+  requireMainThread();
   requireApplicationTarget(target, "InstallEventHandler");
   requireNonnull((const void*)handler, "InstallEventHandler: the handler");
   requireNonnull(types, "InstallEventHandler: the event types");
@@ -145,9 +170,9 @@ OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, Ite
   for (ItemCount i = 0; i < typeCount; ++i) {
     text += "{" + std::to_string(types[i].eventClass) + ", " + std::to_string(types[i].eventKind) + "} ";
   }
-  record("InstallEventHandler", text + "userData=" + (userData == nullptr ? "null" : "set") +
-                                    ", reference=" + (handlerRef == nullptr ? "null" : "kept"));
-  if (const auto code = takeFailure("InstallEventHandler")) return *code;
+  record(text + "userData=" + (userData == nullptr ? "null" : "set") +
+         ", reference=" + (handlerRef == nullptr ? "null" : "kept"));
+  if (const auto code = takeFailure()) return *code;
   for (const auto& installed : state().handlers) {
     if (installed->handler == handler && installed->userData == userData) {
       return eventHandlerAlreadyInstalledErr;
@@ -159,7 +184,7 @@ OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, Ite
   return noErr;
 }
 OSStatus RemoveEventHandler(EventHandlerRef handlerRef) {
-  record("RemoveEventHandler");
+  record();
   const auto removed =
       std::erase_if(state().handlers, [&](const auto& each) { return each.get() == handlerRef; });
   if (removed == 0) die("RemoveEventHandler: no such handler");
@@ -168,14 +193,14 @@ OSStatus RemoveEventHandler(EventHandlerRef handlerRef) {
 
 OSStatus RegisterEventHotKey(UInt32 hotKeyCode, UInt32 hotKeyModifiers, EventHotKeyID hotKeyId,
                              EventTargetRef target, OptionBits options, EventHotKeyRef* hotKeyRef) {
-  requireMainThread("RegisterEventHotKey");
+  requireMainThread();
   requireApplicationTarget(target, "RegisterEventHotKey");
   requireNonnull(hotKeyRef, "RegisterEventHotKey: the reference");
-  record("RegisterEventHotKey", std::to_string(hotKeyCode) + ", " + std::to_string(hotKeyModifiers) + ", {" +
-                                    std::to_string(hotKeyId.signature) + ", " + std::to_string(hotKeyId.id) +
-                                    "}, options=" + std::to_string(options));
+  record(std::to_string(hotKeyCode) + ", " + std::to_string(hotKeyModifiers) + ", {" +
+         std::to_string(hotKeyId.signature) + ", " + std::to_string(hotKeyId.id) +
+         "}, options=" + std::to_string(options));
   if (state().nextRegistrationStatus != noErr) return std::exchange(state().nextRegistrationStatus, noErr);
-  if (const auto code = takeFailure("RegisterEventHotKey")) return *code;
+  if (const auto code = takeFailure()) return *code;
   if (hot_keys::isTakenByOther(hotKeyCode, hotKeyModifiers)) return eventHotKeyExistsErr;
   if (takeFailure("RegisterEventHotKey reference")) state().isNextReferenceNull = true;
   const hot_keys::Registered wanted{hotKeyCode, hotKeyModifiers, hotKeyId.signature, hotKeyId.id};
@@ -196,18 +221,18 @@ OSStatus RegisterEventHotKey(UInt32 hotKeyCode, UInt32 hotKeyModifiers, EventHot
   return code.value_or(noErr);
 }
 OSStatus UnregisterEventHotKey(EventHotKeyRef hotKeyRef) {
-  requireMainThread("UnregisterEventHotKey");
-  requireNonnull(hotKeyRef, "UnregisterEventHotKey");
+  requireMainThread();
+  requireNonnull(hotKeyRef);
   const bool isKnown = std::any_of(state().hotKeys.begin(), state().hotKeys.end(),
                                    [&](const auto& each) { return each.get() == hotKeyRef; });
   if (isKnown && hotKeyRef->isLost) {
-    record("UnregisterEventHotKey", std::to_string(hotKeyRef->registered.id));
+    record(std::to_string(hotKeyRef->registered.id));
     hotKeyRef->isLost = false;
     return eventHotKeyInvalidErr;
   }
   if (!isKnown || !hotKeyRef->isRegistered) die("UnregisterEventHotKey: a hot key that is not registered");
-  record("UnregisterEventHotKey", std::to_string(hotKeyRef->registered.id));
-  if (const auto code = takeFailure("UnregisterEventHotKey")) return *code;
+  record(std::to_string(hotKeyRef->registered.id));
+  if (const auto code = takeFailure()) return *code;
   hotKeyRef->isRegistered = false;
   return noErr;
 }
@@ -218,12 +243,11 @@ OSStatus GetEventParameter(EventRef event, EventParamName name, EventParamType d
   requireNonnull(event, "GetEventParameter: the event");
   requireNonnull(data, "GetEventParameter: the data");
   if (!event->isDelivered) die("GetEventParameter: the event is gone");
-  record("GetEventParameter", std::to_string(name) + ", " + std::to_string(desiredType) + ", " +
-                                  std::to_string(bufferSize) +
-                                  " bytes, actualType=" + (actualType == nullptr ? "null" : "asked") +
-                                  ", actualSize=" + (actualSize == nullptr ? "null" : "asked"));
+  record(std::to_string(name) + ", " + std::to_string(desiredType) + ", " + std::to_string(bufferSize) +
+         " bytes, actualType=" + (actualType == nullptr ? "null" : "asked") +
+         ", actualSize=" + (actualSize == nullptr ? "null" : "asked"));
   if (state().nextParameterStatus != noErr) return std::exchange(state().nextParameterStatus, noErr);
-  if (const auto code = takeFailure("GetEventParameter")) return *code;
+  if (const auto code = takeFailure()) return *code;
   if (name != kEventParamDirectObject || desiredType != typeEventHotKeyID) return eventParameterNotFoundErr;
   if (bufferSize < sizeof(EventHotKeyID)) die("GetEventParameter: no room for the parameter");
   *(EventHotKeyID*)data = event->hotKey;
@@ -232,5 +256,11 @@ OSStatus GetEventParameter(EventRef event, EventParamName name, EventParamType d
   return noErr;
 }
 OSType GetEventClass(EventRef) { return kEventClassKeyboard; }
+EventTime GetEventTime(EventRef event) {
+  requireNonnull(event, "GetEventTime: the event");
+  if (!event->isDelivered) die("GetEventTime: the event is gone");
+  return event->time;
+}
+EventTime GetCurrentEventTime() { return secondsSinceStartup(); }
 UInt32 GetEventKind(EventRef) { return kEventHotKeyPressed; }
 }

@@ -111,6 +111,8 @@ struct Source {
 void install(const Source& source);  ///< at the end of the list
 void clear();
 void setCurrentLayout(std::optional<std::size_t> index);
+/// An input method is in front of the current layout, until a layout is selected.
+void setInputMethodInFront();
 std::optional<std::size_t> currentLayout();
 void listIsAbsent();    ///< the list of sources comes back null
 void listIsMistyped();  ///< it comes back as something that is no list
@@ -174,6 +176,11 @@ void otherAppCopiesText(const std::string& text);
 void itemsAreAbsent(bool absent);  ///< the list of items comes back nil
 std::vector<Item> contents();
 std::int64_t changeCount();
+/// The answer of macOS 15.4 and later to who may read: 1 asks, 2 allows, 3 denies. Without a call of this the
+/// system is older and has no such thing.
+void setAccessBehavior(long behavior);
+/// The user says no from now on: items come with their types and without data.
+void refuseReading(bool refused);
 int promisesKept();  ///< how often promised data was asked for
 }  // namespace pasteboard
 
@@ -220,7 +227,11 @@ void failEventCreation(int firstFailing, int count = 1);  ///< counted from 1 at
 namespace app {
 bool exists();                           ///< whether there is a shared application
 std::optional<long> activationPolicy();  ///< as set; nothing before
-int activations();                       ///< how often it was brought to the front
+int activations();                       ///< how often it asked to be brought to the front
+bool isActive();                         ///< it has the keyboard
+void refuseActivation();                 ///< as macOS 14 and later may; only a click makes it active then
+void userSwitchesToOther();              ///< another application has the keyboard
+void setDark(bool dark);                 ///< the appearance changes while the application runs
 bool isTerminated();
 int beeps();
 /// What the event loop does once the application has launched; the loop ends after it.
@@ -244,11 +255,15 @@ struct Item {
   std::optional<Image> image;
   std::optional<std::vector<MenuItem>> menu;
   bool menuAutoenables = true;
+  bool menuReadsRightToLeft = false;
 };
 std::vector<Item> items();
 void nextItemHasNoButton();
 void symbolIsUnknown(const std::string& name);
-/// The user chooses the item of that title in the menu of the first status item.
+/// The user opens the menu of the first status item. Until it closes, presses of hot keys wait.
+void openMenu();
+void closeMenu();
+/// The user chooses the item of that title there, opening and closing the menu.
 void choose(const std::string& title);
 }  // namespace status_bar
 
@@ -269,14 +284,17 @@ struct Window {
   Rect contentRect;
   unsigned long styleMask = 0, backing = 0;
   bool isDeferred = false, isReleasedWhenClosed = true, isCentered = false, isVisible = false, isKey = false;
+  bool isInFront = false;  ///< not behind the windows of the active application
   long level = 0;
   bool hasController = false;
   std::vector<Control> controls;
 };
-std::vector<Window> all();                   ///< living windows in order of creation
-void click(const std::string& buttonTitle);  ///< in the key window
-void closeByUser();                          ///< the close box of the key window
-/// Whether a local monitor consumed the key press.
+std::vector<Window> all();  ///< living windows in order of creation
+/// A click into a window makes the application active and the window key.
+void click(const std::string& buttonTitle);  ///< in the window that is in front
+void clickInto();                            ///< the same window, beside its buttons
+void closeByUser();                          ///< its close box
+/// Whether a local monitor consumed the key press; those of an inactive application see none.
 bool pressKey(std::uint16_t keyCode, std::uint64_t modifierFlags);
 std::size_t localMonitors();
 }  // namespace windows
@@ -288,6 +306,7 @@ struct Alert {
 };
 /// The user answers the next alert after that time. An alert without a prepared answer ends the process.
 void answerNext(long response, std::chrono::microseconds after = {});
+void answerNextWithEscape();  ///< presses the button that has Escape, of which there must be one
 /// Answers every alert for which nothing else is prepared.
 void answerWith(std::function<long(const Alert&)> answer);
 std::vector<Alert> shown();
@@ -319,6 +338,9 @@ void setBundleIdentifier(const std::optional<std::string>& identifier);
 void setInfo(const std::string& key, const Value& value);  ///< of the main bundle's dictionary
 void infoIsAbsent();
 void setHomeDirectory(const std::string& path);
+/// The user's own time zone, and how many years the user's calendar is ahead of the Gregorian one.
+void setLocalTime(std::chrono::minutes eastOfGreenwich, int yearsAhead);
+std::size_t activities();  ///< that keep the system from putting off what the process waits for
 void setReadOnly(const std::string& path);  ///< opening that file for writing is refused
 /// The process is gone: its timers, work, observers, hot keys and application with it. The system and its
 /// other programs go on.

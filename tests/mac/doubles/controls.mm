@@ -45,6 +45,41 @@ const NSFontWeight NSFontWeightBold = 0.4;
 }
 @end
 
+namespace {
+struct AppearanceState {
+  bool isDark = false;
+  // What a colour is resolved for; outside of drawing the system gives no promise, the doubles the wrong one.
+  int drawing = 0;
+};
+AppearanceState& appearanceState() {
+  static auto* the = new AppearanceState;
+  return *the;
+}
+const ResetHook kResetAppearance([] { appearanceState() = AppearanceState{}; });
+}  // namespace
+namespace lexwend::doubles::app {
+void setDark(bool dark) {
+  appearanceState().isDark = dark;
+  appearanceChanged();
+}
+}  // namespace lexwend::doubles::app
+
+@implementation NSAppearance
+- (void)performAsCurrentDrawingAppearance:(__attribute__((noescape))void (^)(void))block {
+  ++appearanceState().drawing;
+  block();
+  --appearanceState().drawing;
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+}
+- (instancetype)initWithCoder:(NSCoder*)coder {
+  return [super init];
+}
++ (BOOL)supportsSecureCoding {
+  return YES;
+}
+@end
+
 @implementation LXWColorValue
 @end
 @interface NSColor () {
@@ -75,7 +110,8 @@ const NSFontWeight NSFontWeightBold = 0.4;
 }
 - (CGColorRef)CGColor {
   LXWColorValue* value = [[[LXWColorValue alloc] init] autorelease];
-  value->name = name_;
+  const bool isDark = appearanceState().drawing > 0 && appearanceState().isDark;
+  value->name = name_ + (isDark ? " (dark)" : "");
   return (CGColorRef)value;
 }
 - (id)copyWithZone:(struct _NSZone*)zone {
@@ -107,11 +143,10 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 
 @implementation NSImage
 + (instancetype)imageWithSystemSymbolName:(NSString*)name accessibilityDescription:(NSString*)description {
-  requireMainThread("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]");
-  requireKind(name, [NSString class], "+[NSImage imageWithSystemSymbolName:accessibilityDescription:]");
-  record("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]",
-         utf8(name) + ", " + utf8(description));
-  if (takeFailure("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]")) return nil;
+  requireMainThread();
+  requireKind(name, [NSString class]);
+  record(utf8(name) + ", " + utf8(description));
+  if (takeFailure()) return nil;
   for (const std::string& unknown : imageState().unknownSymbols) {
     if (unknown == utf8(name)) return nil;
   }
@@ -131,7 +166,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   return isTemplate_;
 }
 - (void)setTemplate:(BOOL)isTemplate {
-  record("-[NSImage setTemplate:]", truth(isTemplate));
+  record(truth(isTemplate));
   isTemplate_ = isTemplate;
 }
 - (NSString*)accessibilityDescription {
@@ -173,7 +208,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   return background_;
 }
 - (void)setBackgroundColor:(CGColorRef)color {
-  if (color != nullptr) requireKind(color, [LXWColorValue class], "-[CALayer setBackgroundColor:]");
+  if (color != nullptr) requireKind(color, [LXWColorValue class]);
   CGColorRetain(color);
   CGColorRelease(background_);
   background_ = color;
@@ -192,11 +227,12 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 @end
 
 @implementation NSView
+@synthesize hidden, needsDisplay;
 - (instancetype)init {
   return [self initWithFrame:NSZeroRect];
 }
 - (instancetype)initWithFrame:(NSRect)frame {
-  requireApplication("-[NSView initWithFrame:]");
+  requireApplication();
   self = [super init];
   frame_ = frame;
   subviews_ = [[NSMutableArray alloc] init];
@@ -215,7 +251,7 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   return frame_;
 }
 - (void)setFrame:(NSRect)frame {
-  requireMainThread("-[NSView setFrame:]");
+  requireMainThread();
   frame_ = frame;
 }
 - (NSRect)bounds {
@@ -225,8 +261,8 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   die("-[NSView setBounds:] is not offered");
 }
 - (void)addSubview:(NSView*)view {
-  requireMainThread("-[NSView addSubview:]");
-  requireKind(view, [NSView class], "-[NSView addSubview:]");
+  requireMainThread();
+  requireKind(view, [NSView class]);
   [view retain];
   [view removeFromSuperview];
   [subviews_ addObject:view];
@@ -252,12 +288,6 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 - (NSWindow*)window {
   return window_ != nil || superview_ == nil ? window_ : superview_.window;
 }
-- (BOOL)isHidden {
-  return isHidden_;
-}
-- (void)setHidden:(BOOL)hidden {
-  isHidden_ = hidden;
-}
 - (BOOL)wantsLayer {
   return wantsLayer_;
 }
@@ -274,42 +304,41 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   [layer_ release];
   layer_ = layer;
 }
-- (BOOL)needsDisplay {
-  return NO;
+- (NSAppearance*)effectiveAppearance {
+  return [[[NSAppearance alloc] init] autorelease];
 }
-- (void)setNeedsDisplay:(BOOL)needsDisplay {
+- (void)viewDidChangeEffectiveAppearance {
+  knowsAppearance_ = YES;
+  for (NSView* view in subviews_) {
+    view->knowsAppearance_ = NO;
+    [view viewDidChangeEffectiveAppearance];
+    if (!view->knowsAppearance_) die("-[NSView viewDidChangeEffectiveAppearance] without the call of super");
+  }
 }
 - (NSUserInterfaceLayoutDirection)userInterfaceLayoutDirection {
   return NSUserInterfaceLayoutDirectionLeftToRight;
 }
 - (void)setUserInterfaceLayoutDirection:(NSUserInterfaceLayoutDirection)direction {
-  record("-[NSView setUserInterfaceLayoutDirection:]", std::to_string(direction));
+  record(std::to_string(direction));
 }
 @end
 
-extern "C" {
-id objc_storeWeak(id* location, id value);
-id objc_loadWeak(id* location);
-id objc_loadWeakRetained(id* location);
-void objc_destroyWeak(id* location);
-}
+extern "C" id objc_loadWeakRetained(id* location);
 
 @interface NSControl () {
  @public
-  id target_;
-  SEL action_;
+  __weak id target_;
   BOOL isDisabled_, isInAction_;
   NSString* text_;
   NSFont* font_;
-  NSTextAlignment alignment_;
 }
 @end
 @implementation NSControl
-@synthesize tag, baseWritingDirection, usesSingleLineMode;
+@synthesize tag, action, alignment, baseWritingDirection, usesSingleLineMode;
 - (instancetype)initWithFrame:(NSRect)frame {
   self = [super initWithFrame:frame];
   text_ = @"";
-  alignment_ = NSTextAlignmentNatural;
+  alignment = NSTextAlignmentNatural;
   return self;
 }
 - (instancetype)initWithCoder:(NSCoder*)coder {
@@ -319,38 +348,30 @@ void objc_destroyWeak(id* location);
   if (isInAction_) {
     die("a control went during its own action: whoever ends its owner must keep it until the next event");
   }
-  objc_destroyWeak(&target_);
   [text_ release];
   [font_ release];
   [super dealloc];
 }
 - (id)target {
-  return objc_loadWeak(&target_);
+  return target_;
 }
 - (void)setTarget:(id)target {
-  objc_storeWeak(&target_, target);
-}
-- (SEL)action {
-  return action_;
-}
-- (void)setAction:(SEL)action {
-  action_ = action;
+  target_ = target;
 }
 - (BOOL)isEnabled {
   return !isDisabled_;
 }
 - (void)setEnabled:(BOOL)enabled {
-  requireMainThread("-[NSControl setEnabled:]");
-  record("-[NSControl setEnabled:]", truth(enabled));
+  called(truth(enabled));
   isDisabled_ = !enabled;
 }
 - (NSString*)stringValue {
   return text_;
 }
 - (void)setStringValue:(NSString*)text {
-  requireMainThread("-[NSControl setStringValue:]");
-  requireKind(text, [NSString class], "-[NSControl setStringValue:]");
-  record("-[NSControl setStringValue:]", utf8(text));
+  requireMainThread();
+  requireKind(text, [NSString class]);
+  record(utf8(text));
   NSString* copy = [text copy];
   [text_ release];
   text_ = copy;
@@ -359,22 +380,16 @@ void objc_destroyWeak(id* location);
   return font_;
 }
 - (void)setFont:(NSFont*)font {
-  if (font != nil) requireKind(font, [NSFont class], "-[NSControl setFont:]");
+  if (font != nil) requireKind(font, [NSFont class]);
   NSFont* copy = [font copy];
   [font_ release];
   font_ = copy;
 }
-- (NSTextAlignment)alignment {
-  return alignment_;
-}
-- (void)setAlignment:(NSTextAlignment)alignment {
-  alignment_ = alignment;
-}
 - (void)performClick:(id)sender {
-  requireMainThread("-[NSControl performClick:]");
+  requireMainThread();
   if (!self.isEnabled) return;
   isInAction_ = YES;
-  sendAction(action_, unowned(&target_), self);
+  sendAction(action, unowned(&target_), self);
   isInAction_ = NO;
 }
 @end
@@ -383,11 +398,10 @@ void objc_destroyWeak(id* location);
  @public
   BOOL wraps_;
   NSColor* textColor_;
-  NSColor* background_;
 }
 @end
 @implementation NSTextField
-@synthesize drawsBackground, bordered, bezeled, editable, selectable, maximumNumberOfLines;
+@synthesize backgroundColor, drawsBackground, bordered, bezeled, editable, selectable, maximumNumberOfLines;
 + (instancetype)makeWithString:(NSString*)text wraps:(BOOL)wraps {
   requireKind(text, [NSString class], "+[NSTextField labelWithString:]");
   NSTextField* made = [[[self alloc] initWithFrame:NSZeroRect] autorelease];
@@ -406,26 +420,18 @@ void objc_destroyWeak(id* location);
 }
 - (void)dealloc {
   [textColor_ release];
-  [background_ release];
+  [backgroundColor release];
   [super dealloc];
 }
 - (NSColor*)textColor {
   return textColor_;
 }
 - (void)setTextColor:(NSColor*)color {
-  requireMainThread("-[NSTextField setTextColor:]");
-  if (color != nil) requireKind(color, [NSColor class], "-[NSTextField setTextColor:]");
+  requireMainThread();
+  if (color != nil) requireKind(color, [NSColor class]);
   NSColor* copy = [color copy];
   [textColor_ release];
   textColor_ = copy;
-}
-- (NSColor*)backgroundColor {
-  return background_;
-}
-- (void)setBackgroundColor:(NSColor*)color {
-  NSColor* copy = [color copy];
-  [background_ release];
-  background_ = copy;
 }
 @end
 
@@ -438,8 +444,8 @@ void objc_destroyWeak(id* location);
 @implementation NSButton
 @synthesize bezelStyle, state, keyEquivalent;
 + (instancetype)buttonWithTitle:(NSString*)title target:(id)target action:(SEL)action {
-  requireKind(title, [NSString class], "+[NSButton buttonWithTitle:target:action:]");
-  record("+[NSButton buttonWithTitle:target:action:]", utf8(title));
+  requireKind(title, [NSString class]);
+  record(utf8(title));
   NSButton* made = [[[self alloc] initWithFrame:NSZeroRect] autorelease];
   made.title = title;
   made.target = target;
@@ -447,6 +453,9 @@ void objc_destroyWeak(id* location);
   made.bezelStyle = NSBezelStyleRounded;
   made.font = [NSFont systemFontOfSize:13];
   return made;
+}
+- (NSString*)keyEquivalent {
+  return keyEquivalent == nil ? @"" : keyEquivalent;
 }
 - (void)dealloc {
   [title_ release];
@@ -466,9 +475,9 @@ void objc_destroyWeak(id* location);
   return image_;
 }
 - (void)setImage:(NSImage*)image {
-  requireMainThread("-[NSButton setImage:]");
-  if (image != nil) requireKind(image, [NSImage class], "-[NSButton setImage:]");
-  record("-[NSButton setImage:]", image == nil ? "nil" : image->symbol_);
+  requireMainThread();
+  if (image != nil) requireKind(image, [NSImage class]);
+  record(image == nil ? "nil" : image->symbol_);
   [image retain];
   [image_ release];
   image_ = image;
@@ -479,8 +488,8 @@ namespace lexwend::doubles {
 
 Rect rectOf(NSRect rect) { return {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height}; }
 
-id unowned(id* reference) {
-  const id object = objc_loadWeakRetained(reference);
+id unowned(__weak id* reference) {
+  const id object = objc_loadWeakRetained((id*)(void*)reference);
   [object release];
   return object;
 }

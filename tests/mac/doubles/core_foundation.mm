@@ -55,26 +55,26 @@ const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {0};
 const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0};
 
 CFTypeRef CFRetain(CFTypeRef object) {
-  requireNonnull(object, "CFRetain");
+  requireNonnull(object);
   return [(id)object retain];
 }
 void CFRelease(CFTypeRef object) {
-  requireNonnull(object, "CFRelease");
+  requireNonnull(object);
   [(id)object release];
 }
 CFTypeRef CFAutorelease(CFTypeRef object) {
-  requireNonnull(object, "CFAutorelease");
+  requireNonnull(object);
   return [(id)object autorelease];
 }
 CFIndex CFGetRetainCount(CFTypeRef object) { return (CFIndex)[(id)object retainCount]; }
 Boolean CFEqual(CFTypeRef first, CFTypeRef second) {
-  requireNonnull(first, "CFEqual");
-  requireNonnull(second, "CFEqual");
+  requireNonnull(first);
+  requireNonnull(second);
   return [(id)first isEqual:(id)second];
 }
 
 CFTypeID CFGetTypeID(CFTypeRef object) {
-  requireNonnull(object, "CFGetTypeID");
+  requireNonnull(object);
   const id candidate = (id)object;
   if (object == kCFBooleanTrue || object == kCFBooleanFalse) return kBooleanType;
   if ([candidate isKindOfClass:[NSString class]]) return kStringType;
@@ -120,13 +120,18 @@ static NSStringEncoding encodingOf(CFStringEncoding encoding) {
   }
 }
 CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* text, CFStringEncoding encoding) {
-  requireNonnull(text, "CFStringCreateWithCString");
+  requireNonnull(text);
   return (CFStringRef)[[NSString alloc] initWithBytes:text
                                                length:std::strlen(text)
                                              encoding:encodingOf(encoding)];
 }
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex count,
-                                    CFStringEncoding encoding, Boolean) {
+                                    CFStringEncoding encoding, Boolean isExternal) {
+  constexpr UInt8 kByteOrderMark[] = {0xEF, 0xBB, 0xBF};
+  if (isExternal && count >= 3 && std::memcmp(bytes, kByteOrderMark, 3) == 0) {
+    bytes += 3;
+    count -= 3;
+  }
   return (CFStringRef)[[NSString alloc] initWithBytes:bytes
                                                length:(NSUInteger)count
                                              encoding:encodingOf(encoding)];
@@ -188,11 +193,11 @@ CFArrayRef CFArrayCreate(CFAllocatorRef, const void** values, CFIndex count,
   return (CFArrayRef)[[NSArray alloc] initWithObjects:(const id*)values count:(NSUInteger)count];
 }
 CFIndex CFArrayGetCount(CFArrayRef array) {
-  requireKind(array, [NSArray class], "CFArrayGetCount");
+  requireKind(array, [NSArray class]);
   return (CFIndex)((NSArray*)array).count;
 }
 const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
-  requireKind(array, [NSArray class], "CFArrayGetValueAtIndex");
+  requireKind(array, [NSArray class]);
   return (const void*)[(NSArray*)array objectAtIndex:(NSUInteger)index];
 }
 CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void** values, CFIndex count,
@@ -206,11 +211,11 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void
                                                          count:(NSUInteger)count] retain];
 }
 CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
-  requireKind(dictionary, [NSDictionary class], "CFDictionaryGetCount");
+  requireKind(dictionary, [NSDictionary class]);
   return (CFIndex)((NSDictionary*)dictionary).count;
 }
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
-  requireKind(dictionary, [NSDictionary class], "CFDictionaryGetValue");
+  requireKind(dictionary, [NSDictionary class]);
   return (const void*)[(NSDictionary*)dictionary objectForKey:(id)key];
 }
 
@@ -220,25 +225,28 @@ CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
   return (CFDataRef)[[NSData alloc] initWithBytes:bytes length:(NSUInteger)length];
 }
 const UInt8* CFDataGetBytePtr(CFDataRef data) {
-  requireKind(data, [NSData class], "CFDataGetBytePtr");
-  return (const UInt8*)((NSData*)data).bytes;
+  requireKind(data, [NSData class]);
+  // Not null for data without bytes: a program has to ask for the length.
+  static const UInt8 kNoBytes[16] = {};
+  const void* bytes = ((NSData*)data).bytes;
+  return bytes == nullptr ? kNoBytes : (const UInt8*)bytes;
 }
 CFIndex CFDataGetLength(CFDataRef data) {
-  requireKind(data, [NSData class], "CFDataGetLength");
+  requireKind(data, [NSData class]);
   return (CFIndex)((NSData*)data).length;
 }
 Boolean CFBooleanGetValue(CFBooleanRef boolean) {
-  requireNonnull(boolean, "CFBooleanGetValue");
+  requireNonnull(boolean);
   if (boolean != kCFBooleanTrue && boolean != kCFBooleanFalse) die("CFBooleanGetValue: wrong type");
   return boolean == kCFBooleanTrue;
 }
 Boolean CFNumberIsFloatType(CFNumberRef number) {
-  requireKind(number, [NSNumber class], "CFNumberIsFloatType");
+  requireKind(number, [NSNumber class]);
   const char type = *((NSNumber*)number).objCType;
   return type == 'f' || type == 'd';
 }
 CFNumberType CFNumberGetType(CFNumberRef number) {
-  requireKind(number, [NSNumber class], "CFNumberGetType");
+  requireKind(number, [NSNumber class]);
   switch (*((NSNumber*)number).objCType) {
     case 'f':
       return kCFNumberFloat32Type;
@@ -253,7 +261,7 @@ CFNumberType CFNumberGetType(CFNumberRef number) {
   }
 }
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
-  requireKind(number, [NSNumber class], "CFNumberGetValue");
+  requireKind(number, [NSNumber class]);
   NSNumber* source = (NSNumber*)number;
   // As loosely as by a comparison of doubles: 2 to the power of 63 passes for the largest integer.
   const bool isWhole = source.doubleValue == (double)source.longLongValue;

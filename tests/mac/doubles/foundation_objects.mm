@@ -313,7 +313,7 @@ std::string describe(id object) {
   return [makeString(self, {}) autorelease];
 }
 + (instancetype)stringWithString:(NSString*)string {
-  requireNonnull((void*)string, "+[NSString stringWithString:]");
+  requireNonnull((void*)string);
   return [makeString(self, unitsOf(string)) autorelease];
 }
 + (instancetype)stringWithFormat:(NSString*)format, ... {
@@ -324,7 +324,7 @@ std::string describe(id object) {
   return made;
 }
 + (instancetype)stringWithUTF8String:(const char*)text {
-  requireNonnull(text, "+[NSString stringWithUTF8String:]");
+  requireNonnull(text);
   return [[[self alloc] initWithUTF8String:text] autorelease];
 }
 + (instancetype)stringWithCharacters:(const unichar*)characters length:(NSUInteger)length {
@@ -459,7 +459,7 @@ std::string describe(id object) {
   return stringOfUnits(unitsOf(self).substr(0, to));
 }
 - (NSString*)stringByAppendingString:(NSString*)other {
-  requireNonnull((void*)other, "-[NSString stringByAppendingString:]");
+  requireNonnull((void*)other);
   return stringOfUnits(unitsOf(self) + unitsOf(other));
 }
 - (NSString*)stringByAppendingFormat:(NSString*)format, ... {
@@ -498,7 +498,7 @@ std::string describe(id object) {
   return makeString([NSString class], units_);
 }
 - (void)appendString:(NSString*)string {
-  requireNonnull((void*)string, "-[NSMutableString appendString:]");
+  requireNonnull((void*)string);
   units_ += unitsOf(string);
 }
 @end
@@ -540,7 +540,7 @@ __asm__(".globl __CFConstantStringClassReference\n"
 - (instancetype)initWithObjects:(const id _Nonnull[])objects count:(NSUInteger)count {
   self = [super init];
   for (NSUInteger i = 0; i < count; ++i) {
-    requireNonnull((void*)objects[i], "-[NSArray initWithObjects:count:]");
+    requireNonnull((void*)objects[i]);
     items_.push_back([objects[i] retain]);
   }
   return self;
@@ -626,7 +626,7 @@ __asm__(".globl __CFConstantStringClassReference\n"
   return [super init];
 }
 - (void)addObject:(id)object {
-  requireNonnull((void*)object, "-[NSMutableArray addObject:]");
+  requireNonnull((void*)object);
   items_.push_back([object retain]);
 }
 - (void)removeObject:(id)object {
@@ -661,8 +661,8 @@ __asm__(".globl __CFConstantStringClassReference\n"
                                 count:(NSUInteger)count {
   NSDictionary* made = [[self alloc] init];
   for (NSUInteger i = 0; i < count; ++i) {
-    requireNonnull((void*)keys[i], "+[NSDictionary dictionaryWithObjects:forKeys:count:]");
-    requireNonnull((void*)objects[i], "+[NSDictionary dictionaryWithObjects:forKeys:count:]");
+    requireNonnull((void*)keys[i]);
+    requireNonnull((void*)objects[i]);
     made->entries_.emplace_back([(id)keys[i] copy], [objects[i] retain]);
   }
   return [made autorelease];
@@ -735,8 +735,8 @@ __asm__(".globl __CFConstantStringClassReference\n"
 @end
 @implementation NSMutableDictionary
 - (void)setObject:(id)object forKey:(id)key {
-  requireNonnull((void*)key, "-[NSMutableDictionary setObject:forKey:]");
-  requireNonnull((void*)object, "-[NSMutableDictionary setObject:forKey:]");
+  requireNonnull((void*)key);
+  requireNonnull((void*)object);
   [object retain];
   [self removeObjectForKey:key];
   entries_.emplace_back([key copy], object);
@@ -838,10 +838,10 @@ __asm__(".globl __CFConstantStringClassReference\n"
   return [other isKindOfClass:[NSData class]] && [self isEqualToData:other];
 }
 - (BOOL)writeToURL:(NSURL*)url options:(NSDataWritingOptions)options error:(NSError**)error {
-  requireNonnull((void*)url, "-[NSData writeToURL:options:error:]");
-  record("-[NSData writeToURL:options:error:]", utf8(url.path) + ", " + std::to_string(bytes_.size()) +
-                                                    " bytes, options=" + std::to_string(options));
-  const bool isRefused = isReadOnly(utf8(url.path)) || takeFailure("-[NSData writeToURL:options:error:]");
+  requireNonnull((void*)url);
+  record(utf8(url.path) + ", " + std::to_string(bytes_.size()) +
+         " bytes, options=" + std::to_string(options));
+  const bool isRefused = isReadOnly(utf8(url.path)) || takeFailure();
   std::FILE* file = isRefused ? nullptr : std::fopen(utf8(url.path).c_str(), "wb");
   const bool isOpen = file != nullptr;
   bool isWritten = isOpen && std::fwrite(bytes_.data(), 1, bytes_.size(), file) == bytes_.size();
@@ -1108,10 +1108,10 @@ bool hasPortOfLetters(const std::string& url) {
 @end
 @implementation NSURL
 + (instancetype)URLWithString:(NSString*)text {
-  requireNonnull((void*)text, "+[NSURL URLWithString:]");
+  requireNonnull((void*)text);
   const std::string spelt = utf8(text);
-  record("+[NSURL URLWithString:]", spelt);
-  if (takeFailure("+[NSURL URLWithString:]")) return nil;
+  record(spelt);
+  if (takeFailure()) return nil;
   // Nearly everything is one: what must not stand in a URL is percent-encoded, and no scheme makes a relative
   // one.
   if (spelt.empty() || hasPortOfLetters(spelt)) return nil;
@@ -1120,13 +1120,13 @@ bool hasPortOfLetters(const std::string& url) {
   return [made autorelease];
 }
 + (NSURL*)fileURLWithPath:(NSString*)path {
-  requireNonnull((void*)path, "+[NSURL fileURLWithPath:]");
+  requireNonnull((void*)path);
   NSURL* made = [[self alloc] init];
   made->text_ = "file://" + utf8(path);
   return [made autorelease];
 }
 + (NSURL*)fileURLWithPath:(NSString*)path isDirectory:(BOOL)isDirectory {
-  record("+[NSURL fileURLWithPath:isDirectory:]", utf8(path) + ", " + truth(isDirectory));
+  record(utf8(path) + ", " + truth(isDirectory));
   return [self fileURLWithPath:path];
 }
 - (NSURL*)URLByAppendingPathComponent:(NSString*)component {

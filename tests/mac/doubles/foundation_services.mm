@@ -29,6 +29,7 @@ using std::chrono::microseconds;
   BOOL isValid_;
   BOOL isScheduled_;
   BOOL isInCommonModes_;
+  microseconds tolerance_;
 }
 @end
 
@@ -40,6 +41,7 @@ struct OuterEvent {
 };
 struct QueuedWork {
   microseconds due;
+  microseconds delay;
   dispatch_block_t block;
 };
 struct PerformedBlock {
@@ -57,6 +59,7 @@ struct TimeState {
   bool isWoken = false;                   // its next turn comes at once, not with whatever happens next
   std::vector<NSTimer*> timers;           // retained while they are scheduled and valid
   bool isModal = false;                   // the run loop is in the mode of a modal panel
+  std::size_t activities = 0;
 };
 TimeState& timeState() {
   static auto* the = new TimeState;
@@ -86,6 +89,19 @@ microseconds fromSeconds(double seconds) { return microseconds(std::llround(seco
 
 constexpr microseconds kNever = microseconds::max();
 
+/// An application that nobody works with naps, unless it says that it is at something: what it waits for
+/// comes much later.
+microseconds nap() {
+  constexpr microseconds kNap = std::chrono::seconds(30);
+  const bool naps = NSApp != nil && !isApplicationActive() && timeState().activities == 0;
+  return naps ? kNap : microseconds(0);
+}
+microseconds dueOf(NSTimer* timer) { return timer->due_ + timer->tolerance_ + nap(); }
+microseconds dueOf(const QueuedWork& work) {
+  // What is due at once is no timer.
+  return work.delay == microseconds(0) ? work.due : work.due + nap();
+}
+
 microseconds earliestOuter() {
   microseconds due = kNever;
   for (const OuterEvent& event : timeState().outer) due = std::min(due, event.due);
@@ -97,7 +113,7 @@ NSTimer* nextTimer() {
   NSTimer* next = nil;
   for (NSTimer* each : timeState().timers) {
     if (timeState().isModal && !each->isInCommonModes_) continue;
-    if (next == nil || each->due_ < next->due_) next = each;
+    if (next == nil || dueOf(each) < dueOf(next)) next = each;
   }
   return next;
 }
@@ -106,12 +122,12 @@ std::vector<QueuedWork>::iterator nextQueued() {
   auto& queue = timeState().queue;
   if (timeState().isMainQueueBusy) return queue.end();
   return std::min_element(queue.begin(), queue.end(),
-                          [](const auto& a, const auto& b) { return a.due < b.due; });
+                          [](const auto& a, const auto& b) { return dueOf(a) < dueOf(b); });
 }
 microseconds earliestInRunLoop() {
   microseconds due = timeState().isWoken ? timeState().now : kNever;
-  if (const auto work = nextQueued(); work != timeState().queue.end()) due = std::min(due, work->due);
-  if (NSTimer* timer = nextTimer()) due = std::min(due, timer->due_);
+  if (const auto work = nextQueued(); work != timeState().queue.end()) due = std::min(due, dueOf(*work));
+  if (NSTimer* timer = nextTimer()) due = std::min(due, dueOf(timer));
   return due;
 }
 
@@ -137,7 +153,7 @@ void sleepFor(microseconds duration) {
 }
 
 void enqueue(microseconds due, dispatch_block_t block) {
-  timeState().queue.push_back({due, (dispatch_block_t)[(id)block copy]});
+  timeState().queue.push_back({due, due - timeState().now, (dispatch_block_t)[(id)block copy]});
 }
 
 /// Those that wait for a mode that the run loop is not in stay.
@@ -170,8 +186,8 @@ void runMainQueueAndTimersDue() {
       auto& queue = timeState().queue;
       const auto work = nextQueued();
       NSTimer* timer = nextTimer();
-      const microseconds workDue = work == queue.end() ? kNever : work->due;
-      const microseconds timerDue = timer == nil ? kNever : timer->due_;
+      const microseconds workDue = work == queue.end() ? kNever : dueOf(*work);
+      const microseconds timerDue = timer == nil ? kNever : dueOf(timer);
       if (std::min(workDue, timerDue) > timeState().now) {
         // The turn was for the blocks alone.
       } else if (workDue <= timerDue) {
@@ -228,7 +244,7 @@ void setWallClock(double secondsSince1970) {
 
 // The C library's own function gives way to this one in the program that links it.
 int usleep(useconds_t duration) {
-  record("usleep", std::to_string(duration));
+  record(std::to_string(duration));
   timeState().slept += microseconds(duration);
   sleepFor(microseconds(duration));
   return 0;
@@ -238,7 +254,7 @@ int usleep(useconds_t duration) {
 + (NSTimer*)timerWithTimeInterval:(NSTimeInterval)interval
                           repeats:(BOOL)repeats
                             block:(void (^)(NSTimer*))block {
-  requireNonnull((void*)block, "+[NSTimer timerWithTimeInterval:repeats:block:]");
+  requireNonnull((void*)block);
   NSTimer* made = [[[self alloc] init] autorelease];
   made->block_ = (void (^)(NSTimer*))[(id)block copy];
   // The system replaces an interval that is not positive by a tenth of a millisecond.
@@ -250,9 +266,7 @@ int usleep(useconds_t duration) {
 + (NSTimer*)scheduledTimerWithTimeInterval:(NSTimeInterval)interval
                                    repeats:(BOOL)repeats
                                      block:(void (^)(NSTimer*))block {
-  requireMainThread("+[NSTimer scheduledTimerWithTimeInterval:repeats:block:]");
-  record("+[NSTimer scheduledTimerWithTimeInterval:repeats:block:]",
-         decimal(interval) + ", repeats=" + truth(repeats));
+  called(decimal(interval) + ", repeats=" + truth(repeats));
   NSTimer* made = [self timerWithTimeInterval:interval repeats:repeats block:block];
   // In the default mode alone: it stands still while a modal panel or a menu is open.
   [[NSRunLoop mainRunLoop] addTimer:made forMode:NSDefaultRunLoopMode];
@@ -270,7 +284,7 @@ int usleep(useconds_t duration) {
   if (!repeats_) [self invalidate];
 }
 - (void)invalidate {
-  record("-[NSTimer invalidate]");
+  record();
   if (!isValid_) return;
   isValid_ = NO;
   // The block goes at once, even when it is the one that is running.
@@ -285,10 +299,11 @@ int usleep(useconds_t duration) {
   return repeats_ ? static_cast<double>(interval_.count()) / 1e6 : 0;
 }
 - (NSTimeInterval)tolerance {
-  return 0;
+  return static_cast<double>(tolerance_.count()) / 1e6;
 }
+/// The system may use up all of it.
 - (void)setTolerance:(NSTimeInterval)tolerance {
-  record("-[NSTimer setTolerance:]", decimal(tolerance));
+  tolerance_ = fromSeconds(tolerance);
 }
 @end
 
@@ -300,13 +315,12 @@ NSRunLoopMode const NSRunLoopCommonModes = @"kCFRunLoopCommonModes";
   return the;
 }
 + (NSRunLoop*)currentRunLoop {
-  requireMainThread("+[NSRunLoop currentRunLoop]");
-  record("+[NSRunLoop currentRunLoop]");
+  called();
   return [self mainRunLoop];
 }
 - (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode {
   if (!timer->isValid_) die("-[NSRunLoop addTimer:forMode:] with a timer that is no longer valid");
-  record("-[NSRunLoop addTimer:forMode:]", utf8(mode));
+  record(utf8(mode));
   if ([mode isEqualToString:NSRunLoopCommonModes]) timer->isInCommonModes_ = YES;
   if (timer->isScheduled_) return;
   timer->isScheduled_ = YES;
@@ -338,17 +352,17 @@ void CFRunLoopPerformBlock(CFRunLoopRef runLoop, CFTypeRef mode, void (^block)(v
   requireNonnull(runLoop, "CFRunLoopPerformBlock: the run loop");
   requireKind(mode, [NSString class], "CFRunLoopPerformBlock: the mode");
   requireNonnull((void*)block, "CFRunLoopPerformBlock: the block");
-  record("CFRunLoopPerformBlock", utf8((NSString*)mode));
+  record(utf8((NSString*)mode));
   timeState().performed.push_back(
       {[(NSString*)mode isEqualToString:NSRunLoopCommonModes] != NO, (dispatch_block_t)[(id)block copy]});
 }
 void CFRunLoopWakeUp(CFRunLoopRef runLoop) {
   requireNonnull(runLoop, "CFRunLoopWakeUp: the run loop");
-  record("CFRunLoopWakeUp");
+  record();
   timeState().isWoken = true;
 }
 void CFRunLoopRun() { die("CFRunLoopRun never returns; use the application's event loop"); }
-void CFRunLoopStop(CFRunLoopRef) { record("CFRunLoopStop"); }
+void CFRunLoopStop(CFRunLoopRef) { record(); }
 CFAbsoluteTime CFAbsoluteTimeGetCurrent() {
   constexpr double kFrom1970To2001 = 978307200;
   return timeState().wallClockAtZero + static_cast<double>(timeState().now.count()) / 1e6 - kFrom1970To2001;
@@ -370,12 +384,12 @@ void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block
   requireMainQueue(queue, "dispatch_after");
   requireNonnull((void*)block, "dispatch_after: the block");
   const auto due = microseconds(static_cast<std::int64_t>((when - 1) / NSEC_PER_USEC));
-  record("dispatch_after", std::to_string((due - timeState().now).count()) + " us");
+  record(std::to_string((due - timeState().now).count()) + " us");
   enqueue(due, block);
 }
 void dispatch_async(dispatch_queue_t queue, dispatch_block_t block) {
   requireMainQueue(queue, "dispatch_async");
-  record("dispatch_async");
+  record();
   enqueue(timeState().now, block);
 }
 void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t work) {
@@ -451,6 +465,10 @@ void dispatch_once(dispatch_once_t* predicate, __attribute__((noescape)) dispatc
 /// The token of a block that observes; the centre keeps it until it is removed.
 @interface LXWObserver : NSObject {
  @public
+  __unsafe_unretained id target;  // of an observer with a selector; not kept
+  SEL selector;
+  BOOL isImmediate;
+  BOOL isHeld;  // a notification waits for the application to be active; several become one
   NSString* name;
   NSOperationQueue* queue;
   void (^block)(NSNotification*);
@@ -492,12 +510,11 @@ std::vector<NSNotificationCenter*>& centers() {
                             object:(id)object
                              queue:(NSOperationQueue*)queue
                         usingBlock:(void (^)(NSNotification*))block {
-  requireNonnull((void*)block, "-[NSNotificationCenter addObserverForName:object:queue:usingBlock:]");
-  record("-[NSNotificationCenter addObserverForName:object:queue:usingBlock:]",
-         kind_ + ", " + utf8(name) + ", object=" + (object == nil ? "nil" : "set") + ", queue=" +
-             (queue == nil                            ? "nil"
-              : queue == [NSOperationQueue mainQueue] ? "main"
-                                                      : "other"));
+  requireNonnull((void*)block);
+  record(kind_ + ", " + utf8(name) + ", object=" + (object == nil ? "nil" : "set") + ", queue=" +
+         (queue == nil                            ? "nil"
+          : queue == [NSOperationQueue mainQueue] ? "main"
+                                                  : "other"));
   LXWObserver* observer = [[LXWObserver alloc] init];
   observer->name = [name copy];
   observer->queue = queue;
@@ -509,8 +526,10 @@ std::vector<NSNotificationCenter*>& centers() {
   die("-[NSNotificationCenter addObserver:selector:name:object:] is not offered; observe with a block");
 }
 - (void)removeObserver:(id)observer {
-  record("-[NSNotificationCenter removeObserver:]", kind_);
-  const auto place = std::find(observers_.begin(), observers_.end(), (LXWObserver*)observer);
+  record(kind_);
+  const auto place = std::find_if(observers_.begin(), observers_.end(), [&](LXWObserver* each) {
+    return each == (LXWObserver*)observer || each->target == observer;
+  });
   if (place == observers_.end()) return;
   LXWObserver* removed = *place;
   observers_.erase(place);
@@ -524,6 +543,14 @@ std::vector<NSNotificationCenter*>& centers() {
     NSNotification* notification = [NSNotification notificationWithName:name object:object];
     for (LXWObserver* observer : std::vector<LXWObserver*>(observers_)) {
       if (observer->name != nil && ![observer->name isEqualToString:name]) continue;
+      if (kind_ == "distributed" && NSApp != nil && !isApplicationActive() && !observer->isImmediate) {
+        observer->isHeld = YES;
+        continue;
+      }
+      if (observer->target != nil) {
+        [observer->target performSelector:observer->selector withObject:notification];
+        continue;
+      }
       if (observer->queue == nil) die("an observer without a queue: it would run on the thread that posts");
       [[observer retain] autorelease];
       if (observer->queue == [NSOperationQueue mainQueue] && timeState().isMainQueueBusy) {
@@ -542,14 +569,46 @@ std::vector<NSNotificationCenter*>& centers() {
   static auto* the = (NSDistributedNotificationCenter*)[self makeOfKind:"distributed"];
   return the;
 }
+- (void)addObserver:(id)observer
+              selector:(SEL)selector
+                  name:(NSNotificationName)name
+                object:(NSString*)object
+    suspensionBehavior:(NSNotificationSuspensionBehavior)suspensionBehavior {
+  requireNonnull(observer, "-[NSDistributedNotificationCenter addObserver:...]: the observer");
+  if (![observer respondsToSelector:selector]) die("an observer that does not answer to its selector");
+  if (object != nil) return;  // nobody posts with an object here
+  LXWObserver* added = [[LXWObserver alloc] init];
+  added->target = observer;
+  added->selector = selector;
+  added->isImmediate = suspensionBehavior == NSNotificationSuspensionBehaviorDeliverImmediately;
+  added->name = [name copy];
+  observers_.push_back(added);
+}
 @end
 
 namespace lexwend::doubles {
+void deliverHeldNotifications() {
+  NSNotificationCenter* center = [NSDistributedNotificationCenter defaultCenter];
+  for (LXWObserver* observer : std::vector<LXWObserver*>(center->observers_)) {
+    if (!std::exchange(observer->isHeld, NO) || observer->target != nil) continue;
+    [[observer retain] autorelease];
+    const NSNotificationName name = observer->name;
+    enqueue(timeState().now, ^{
+      observer->block([NSNotification notificationWithName:name object:nil]);
+    });
+  }
+}
+double secondsSinceStartup() {
+  constexpr double kAtStart = 1000;
+  return kAtStart + static_cast<double>(timeState().now.count()) / 1e6;
+}
 void postTo(NSNotificationCenter* center, NSString* name) { [center postNotificationName:name object:nil]; }
 namespace workspace {
 std::size_t observers() {
   std::size_t count = 0;
-  for (NSNotificationCenter* center : centers()) count += center->observers_.size();
+  for (NSNotificationCenter* center : centers()) {
+    for (LXWObserver* observer : center->observers_) count += observer->target == nil ? 1 : 0;
+  }
   return count;
 }
 }  // namespace workspace
@@ -577,6 +636,8 @@ struct ProcessState {
   bool isInfoAbsent = false;
   std::string home = "/nonexistent";
   std::vector<std::string> readOnlyPaths;
+  std::optional<std::chrono::minutes> eastOfGreenwich;
+  int yearsAhead = 0;
   NSMutableDictionary* defaults = nil;
 };
 ProcessState& processState() {
@@ -601,6 +662,11 @@ void setBundleIdentifier(const std::optional<std::string>& identifier) {
 void setInfo(const std::string& key, const Value& value) { processState().info[key] = value; }
 void infoIsAbsent() { processState().isInfoAbsent = true; }
 void setHomeDirectory(const std::string& path) { processState().home = path; }
+void setLocalTime(std::chrono::minutes eastOfGreenwich, int yearsAhead) {
+  processState().eastOfGreenwich = eastOfGreenwich;
+  processState().yearsAhead = yearsAhead;
+}
+std::size_t activities() { return timeState().activities; }
 void setReadOnly(const std::string& path) { processState().readOnlyPaths.push_back(path); }
 }  // namespace lexwend::doubles::process
 
@@ -626,22 +692,22 @@ std::optional<Value> get(const std::string& key) {
 
 @implementation NSUserDefaults
 + (NSUserDefaults*)standardUserDefaults {
-  record("+[NSUserDefaults standardUserDefaults]");
+  record();
   static NSUserDefaults* the = keptForever([[NSUserDefaults alloc] init]);
   return the;
 }
 - (id)objectForKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults objectForKey:]");
-  record("-[NSUserDefaults objectForKey:]", utf8(key));
+  requireKind(key, [NSString class]);
+  record(utf8(key));
   return [[[storedDefaults() objectForKey:key] retain] autorelease];
 }
 - (void)setObject:(id)value forKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults setObject:forKey:]");
-  record("-[NSUserDefaults setObject:forKey:]", describe(value) + ", " + utf8(key));
+  requireKind(key, [NSString class]);
+  record(describe(value) + ", " + utf8(key));
   [storedDefaults() setObject:value forKeyedSubscript:key];
 }
 - (void)removeObjectForKey:(NSString*)key {
-  record("-[NSUserDefaults removeObjectForKey:]", utf8(key));
+  record(utf8(key));
   [storedDefaults() removeObjectForKey:key];
 }
 - (NSString*)stringForKey:(NSString*)key {
@@ -656,8 +722,8 @@ std::optional<Value> get(const std::string& key) {
   return isConvertible ? [stored integerValue] : 0;
 }
 - (BOOL)boolForKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults boolForKey:]");
-  record("-[NSUserDefaults boolForKey:]", utf8(key));
+  requireKind(key, [NSString class]);
+  record(utf8(key));
   const id stored = [storedDefaults() objectForKey:key];
   if ([stored isKindOfClass:[NSNumber class]]) return [stored boolValue];
   if ([stored isKindOfClass:[NSString class]]) {
@@ -666,13 +732,13 @@ std::optional<Value> get(const std::string& key) {
   return NO;
 }
 - (void)setInteger:(NSInteger)value forKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults setInteger:forKey:]");
-  record("-[NSUserDefaults setInteger:forKey:]", std::to_string(value) + ", " + utf8(key));
+  requireKind(key, [NSString class]);
+  record(std::to_string(value) + ", " + utf8(key));
   [storedDefaults() setObject:[NSNumber numberWithInteger:value] forKey:key];
 }
 - (void)setBool:(BOOL)value forKey:(NSString*)key {
-  requireKind(key, [NSString class], "-[NSUserDefaults setBool:forKey:]");
-  record("-[NSUserDefaults setBool:forKey:]", truth(value) + ", " + utf8(key));
+  requireKind(key, [NSString class]);
+  record(truth(value) + ", " + utf8(key));
   [storedDefaults() setObject:[NSNumber numberWithBool:value] forKey:key];
 }
 - (BOOL)synchronize {
@@ -682,12 +748,12 @@ std::optional<Value> get(const std::string& key) {
 
 @implementation NSFileManager
 + (NSFileManager*)defaultManager {
-  record("+[NSFileManager defaultManager]");
+  record();
   static NSFileManager* the = keptForever([[NSFileManager alloc] init]);
   return the;
 }
 - (NSURL*)homeDirectoryForCurrentUser {
-  record("-[NSFileManager homeDirectoryForCurrentUser]");
+  record();
   return [NSURL fileURLWithPath:string(processState().home)];
 }
 - (BOOL)fileExistsAtPath:(NSString*)path {
@@ -702,11 +768,10 @@ NSString* NSHomeDirectory() { return string(processState().home); }
 @end
 @implementation NSFileHandle
 + (instancetype)fileHandleForWritingToURL:(NSURL*)url error:(NSError**)error {
-  requireKind(url, [NSURL class], "+[NSFileHandle fileHandleForWritingToURL:error:]");
-  record("+[NSFileHandle fileHandleForWritingToURL:error:]", utf8(url.path));
+  requireKind(url, [NSURL class]);
+  record(utf8(url.path));
   // Neither creates the file nor cuts it; the position is its beginning.
-  const bool isRefused =
-      isReadOnly(utf8(url.path)) || takeFailure("+[NSFileHandle fileHandleForWritingToURL:error:]");
+  const bool isRefused = isReadOnly(utf8(url.path)) || takeFailure();
   std::FILE* file = isRefused ? nullptr : std::fopen(utf8(url.path).c_str(), "r+b");
   if (file == nullptr) {
     if (error != nullptr) *error = [NSError errorWithDomain:NSCocoaErrorDomain code:4 userInfo:nil];
@@ -739,16 +804,16 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   return handle->file_;
 }
 - (unsigned long long)seekToEndOfFile {
-  record("-[NSFileHandle seekToEndOfFile]");
+  record();
   std::fseek(openFile(self, "-[NSFileHandle seekToEndOfFile]"), 0, SEEK_END);
   return (unsigned long long)std::ftell(file_);
 }
 - (void)writeData:(NSData*)data {
-  requireKind(data, [NSData class], "-[NSFileHandle writeData:]");
-  record("-[NSFileHandle writeData:]", std::to_string(data.length) + " bytes");
+  requireKind(data, [NSData class]);
+  record(std::to_string(data.length) + " bytes");
   std::FILE* file = openFile(self, "-[NSFileHandle writeData:]");
   // The real one raises an exception here, which unwinds as one of C++.
-  if (takeFailure("-[NSFileHandle writeData:]")) {
+  if (takeFailure()) {
     throw std::runtime_error("-[NSFileHandle writeData:] raised");
   }
   if (std::fwrite(data.bytes, 1, data.length, file) != data.length) die("-[NSFileHandle writeData:] failed");
@@ -757,21 +822,21 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   [self closeAndReturnError:nullptr];
 }
 - (BOOL)seekToEndReturningOffset:(unsigned long long*)offset error:(NSError**)error {
-  record("-[NSFileHandle seekToEndReturningOffset:error:]");
+  record();
   std::fseek(openFile(self, "-[NSFileHandle seekToEndReturningOffset:error:]"), 0, SEEK_END);
   if (offset != nullptr) *offset = (unsigned long long)std::ftell(file_);
   return YES;
 }
 - (BOOL)writeData:(NSData*)data error:(NSError**)error {
-  requireKind(data, [NSData class], "-[NSFileHandle writeData:error:]");
-  record("-[NSFileHandle writeData:error:]", std::to_string(data.length) + " bytes");
+  requireKind(data, [NSData class]);
+  record(std::to_string(data.length) + " bytes");
   return std::fwrite(data.bytes, 1, data.length, openFile(self, "-[NSFileHandle writeData:error:]")) ==
          data.length;
 }
 - (BOOL)closeAndReturnError:(NSError**)error {
-  record("-[NSFileHandle closeAndReturnError:]");
-  const bool isClosed = std::fclose(openFile(self, "-[NSFileHandle closeAndReturnError:]")) == 0 &&
-                        !takeFailure("-[NSFileHandle closeAndReturnError:]");
+  record();
+  const bool isClosed =
+      std::fclose(openFile(self, "-[NSFileHandle closeAndReturnError:]")) == 0 && !takeFailure();
   file_ = nullptr;
   if (!isClosed && error != nullptr) {
     *error = [NSError errorWithDomain:NSPOSIXErrorDomain code:5 userInfo:nil];
@@ -838,6 +903,7 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 
 @interface NSDateFormatter () {
   NSString* format_;
+  BOOL hasLocale_, hasTimeZone_;  // of its own, in place of the user's
 }
 @end
 @implementation NSDateFormatter
@@ -846,7 +912,7 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   [super dealloc];
 }
 - (void)setDateFormat:(NSString*)format {
-  record("-[NSDateFormatter setDateFormat:]", utf8(format));
+  record(utf8(format));
   [format_ release];
   format_ = [format copy];
 }
@@ -854,28 +920,34 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   return format_;
 }
 - (void)setLocale:(NSLocale*)locale {
-  record("-[NSDateFormatter setLocale:]");
+  hasLocale_ = locale != nil;
 }
 - (NSLocale*)locale {
   return nil;
 }
 - (void)setTimeZone:(NSTimeZone*)zone {
-  record("-[NSDateFormatter setTimeZone:]");
+  hasTimeZone_ = zone != nil;
 }
 - (NSTimeZone*)timeZone {
   return nil;
 }
 /// Numbers in the fields of the pattern, each run of one letter a field of that many digits.
 - (NSString*)stringFromDate:(NSDate*)date {
-  requireKind(date, [NSDate class], "-[NSDateFormatter stringFromDate:]");
+  requireKind(date, [NSDate class]);
   // To the microsecond: a number of this size holds no more than that.
   constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
   const std::int64_t moment = std::llround(date.timeIntervalSince1970 * 1e6);
   const std::int64_t whole = moment / kMicrosecondsPerSecond - (moment % kMicrosecondsPerSecond < 0 ? 1 : 0);
   const double fraction = static_cast<double>(moment - whole * kMicrosecondsPerSecond) / 1e6;
-  const std::time_t seconds = whole;
   std::tm local{};
-  localtime_r(&seconds, &local);
+  if (processState().eastOfGreenwich || hasTimeZone_) {
+    const auto shift = hasTimeZone_ ? std::chrono::minutes(0) : *processState().eastOfGreenwich;
+    const std::time_t seconds = whole + std::chrono::seconds(shift).count();
+    gmtime_r(&seconds, &local);
+  } else {
+    const std::time_t seconds = whole;
+    localtime_r(&seconds, &local);
+  }
   const std::string pattern = utf8(format_);
   std::string text;
   for (std::size_t i = 0; i < pattern.size();) {
@@ -886,7 +958,7 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
     int number = -1;
     switch (letter) {
       case 'y':
-        number = local.tm_year + 1900;
+        number = local.tm_year + 1900 + (hasLocale_ ? 0 : processState().yearsAhead);
         break;
       case 'M':
         number = local.tm_mon + 1;
@@ -964,16 +1036,16 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 
 @implementation NSBundle
 + (NSBundle*)mainBundle {
-  record("+[NSBundle mainBundle]");
+  record();
   static NSBundle* the = keptForever([[NSBundle alloc] init]);
   return the;
 }
 - (NSString*)bundleIdentifier {
-  record("-[NSBundle bundleIdentifier]");
+  record();
   return processState().bundleIdentifier ? string(*processState().bundleIdentifier) : nil;
 }
 - (NSDictionary*)infoDictionary {
-  record("-[NSBundle infoDictionary]");
+  record();
   if (processState().isInfoAbsent) return nil;
   NSMutableDictionary* info = [NSMutableDictionary dictionary];
   for (const auto& [key, value] : processState().info) {
@@ -989,14 +1061,31 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 }
 @end
 
+/// One that nobody ends ends with its last reference.
+@interface LXWActivity : NSObject {
+ @public
+  BOOL holdsOffNaps;
+}
+- (void)end;
+@end
+@implementation LXWActivity
+- (void)end {
+  if (std::exchange(holdsOffNaps, NO) && timeState().activities > 0) --timeState().activities;
+}
+- (void)dealloc {
+  [self end];
+  [super dealloc];
+}
+@end
+
 @implementation NSProcessInfo
 + (NSProcessInfo*)processInfo {
-  record("+[NSProcessInfo processInfo]");
+  record();
   static NSProcessInfo* the = keptForever([[NSProcessInfo alloc] init]);
   return the;
 }
 - (int)processIdentifier {
-  record("-[NSProcessInfo processIdentifier]");
+  record();
   return processState().pid;
 }
 - (NSArray*)arguments {
@@ -1007,6 +1096,19 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 }
 - (NSString*)processName {
   return @"Lexwend";
+}
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason {
+  requireKind(reason, [NSString class], "-[NSProcessInfo beginActivityWithOptions:reason:]: the reason");
+  if ((options & NSActivityIdleSystemSleepDisabled) != 0) die("an activity that keeps the computer awake");
+  LXWActivity* activity = [[[LXWActivity alloc] init] autorelease];
+  activity->holdsOffNaps = (options & NSActivityUserInitiatedAllowingIdleSystemSleep) ==
+                           NSActivityUserInitiatedAllowingIdleSystemSleep;
+  if (activity->holdsOffNaps) ++timeState().activities;
+  return activity;
+}
+- (void)endActivity:(id<NSObject>)activity {
+  requireKind(activity, [LXWActivity class]);
+  [(LXWActivity*)activity end];
 }
 - (void)setProcessName:(NSString*)name {
 }

@@ -21,6 +21,7 @@ namespace {
 struct State {
   std::vector<input_sources::Source> sources;
   std::optional<std::size_t> current;
+  bool isMethodInFront = false;
   bool isListAbsent = false;
   bool isListMistyped = false;
   std::uint8_t keyboardType = 91;
@@ -104,6 +105,7 @@ void clear() {
   state().current.reset();
 }
 void setCurrentLayout(std::optional<std::size_t> index) { state().current = index; }
+void setInputMethodInFront() { state().isMethodInFront = true; }
 std::optional<std::size_t> currentLayout() { return state().current; }
 void listIsAbsent() { state().isListAbsent = true; }
 void listIsMistyped() { state().isListMistyped = true; }
@@ -135,10 +137,9 @@ const CFStringRef kTISNotifyEnabledKeyboardInputSourcesChanged =
     CFSTR("com.apple.Carbon.TISNotifyEnabledKeyboardInputSourcesChanged");
 
 CFArrayRef TISCreateInputSourceList(CFDictionaryRef properties, Boolean includeAllInstalled) {
-  requireMainThread("TISCreateInputSourceList");
-  record("TISCreateInputSourceList", utf8([(id)properties description]) + ", " + truth(includeAllInstalled));
+  called(utf8([(id)properties description]) + ", " + truth(includeAllInstalled));
   if (state().isListMistyped) return (CFArrayRef)(id)[@"no array" retain];
-  if (state().isListAbsent || takeFailure("TISCreateInputSourceList")) return nullptr;
+  if (state().isListAbsent || takeFailure()) return nullptr;
   NSMutableArray* found = [[NSMutableArray alloc] init];
   for (std::size_t i = 0; i < state().sources.size(); ++i) {
     const input_sources::Source& source = state().sources[i];
@@ -167,11 +168,11 @@ CFArrayRef TISCreateInputSourceList(CFDictionaryRef properties, Boolean includeA
 }
 
 void* TISGetInputSourceProperty(TISInputSourceRef inputSource, CFStringRef key) {
-  requireMainThread("TISGetInputSourceProperty");
-  requireKind(inputSource, [LXWInputSource class], "TISGetInputSourceProperty");
-  requireKind(key, [NSString class], "TISGetInputSourceProperty");
+  requireMainThread();
+  requireKind(inputSource, [LXWInputSource class]);
+  requireKind(key, [NSString class]);
   auto* handle = (LXWInputSource*)inputSource;
-  record("TISGetInputSourceProperty", std::to_string(handle->index) + ", " + utf8((NSString*)key));
+  record(std::to_string(handle->index) + ", " + utf8((NSString*)key));
   if (id known = [handle->properties objectForKey:(id)key]) return (void*)known;
   id answer = nil;
   if ([(id)key isEqual:(id)kTISPropertyInputSourceID]) {
@@ -188,27 +189,36 @@ void* TISGetInputSourceProperty(TISInputSourceRef inputSource, CFStringRef key) 
 }
 
 TISInputSourceRef TISCopyCurrentKeyboardLayoutInputSource() {
-  requireMainThread("TISCopyCurrentKeyboardLayoutInputSource");
-  record("TISCopyCurrentKeyboardLayoutInputSource");
-  if (takeFailure("TISCopyCurrentKeyboardLayoutInputSource")) return nullptr;
+  called();
+  if (takeFailure()) return nullptr;
   return state().current ? (TISInputSourceRef)makeHandle(*state().current) : nullptr;
 }
 TISInputSourceRef TISCopyCurrentKeyboardInputSource() {
-  record("TISCopyCurrentKeyboardInputSource");
+  record();
+  if (state().isMethodInFront) {
+    LXWInputSource* method = [[LXWInputSource alloc] init];
+    method->source = {.id = std::string("com.apple.inputmethod.Kotoeri"),
+                      .languages = std::vector<std::string>{"ja"},
+                      .unicodeKeyLayoutData = {},
+                      .type = "TISTypeKeyboardInputMethodWithoutModes"};
+    method->properties = [[NSMutableDictionary alloc] init];
+    return (TISInputSourceRef)method;
+  }
   return state().current ? (TISInputSourceRef)makeHandle(*state().current) : nullptr;
 }
 OSStatus TISSelectInputSource(TISInputSourceRef inputSource) {
-  requireMainThread("TISSelectInputSource");
-  requireKind(inputSource, [LXWInputSource class], "TISSelectInputSource");
+  requireMainThread();
+  requireKind(inputSource, [LXWInputSource class]);
   const std::size_t index = ((LXWInputSource*)inputSource)->index;
-  record("TISSelectInputSource", std::to_string(index));
-  if (const auto code = takeFailure("TISSelectInputSource")) return *code;
+  record(std::to_string(index));
+  if (const auto code = takeFailure()) return *code;
   state().current = index;
+  state().isMethodInFront = false;
   return noErr;
 }
 
 UInt8 LMGetKbdType() {
-  record("LMGetKbdType");
+  record();
   return state().keyboardType;
 }
 
@@ -220,11 +230,10 @@ OSStatus UCKeyTranslate(const UCKeyboardLayout* keyLayout, UInt16 virtualKeyCode
   requireNonnull(deadKeyState, "UCKeyTranslate: the dead-key state");
   requireNonnull(actualStringLength, "UCKeyTranslate: the length");
   requireNonnull(unicodeString, "UCKeyTranslate: the string");
-  record("UCKeyTranslate",
-         std::to_string(virtualKeyCode) + ", action=" + std::to_string(keyAction) +
-             ", modifiers=" + std::to_string(modifierKeyState) +
-             ", keyboard=" + std::to_string(keyboardType) + ", options=" + std::to_string(options) +
-             ", dead=" + std::to_string(*deadKeyState) + ", room=" + std::to_string(maxStringLength));
+  record(std::to_string(virtualKeyCode) + ", action=" + std::to_string(keyAction) +
+         ", modifiers=" + std::to_string(modifierKeyState) + ", keyboard=" + std::to_string(keyboardType) +
+         ", options=" + std::to_string(options) + ", dead=" + std::to_string(*deadKeyState) +
+         ", room=" + std::to_string(maxStringLength));
   const auto found = recordFor(keyLayout, virtualKeyCode, modifierKeyState);
   // What the caller finds in its variables after an error is not to be used.
   *actualStringLength = 0;

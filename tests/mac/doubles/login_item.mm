@@ -37,27 +37,27 @@ void setStatusAfterRegistration(long status) { state().statusAfterRegistration =
 
 @implementation SMAppService
 + (SMAppService*)mainAppService {
-  record("+[SMAppService mainAppService]");
+  record();
   static SMAppService* the = keptForever([[SMAppService alloc] init]);
   return the;
 }
 - (SMAppServiceStatus)status {
-  record("-[SMAppService status]");
+  record();
   return static_cast<SMAppServiceStatus>(state().status);
 }
 - (BOOL)registerAndReturnError:(NSError**)error {
-  record("-[SMAppService registerAndReturnError:]");
+  record();
   if (failed("-[SMAppService registerAndReturnError:]", error)) return NO;
   state().status = state().statusAfterRegistration;
   return YES;
 }
 - (BOOL)unregisterAndReturnError:(NSError**)error {
-  record("-[SMAppService unregisterAndReturnError:]");
+  record();
   if (failed("-[SMAppService unregisterAndReturnError:]", error)) return NO;
   state().status = SMAppServiceStatusNotRegistered;
   return YES;
 }
 + (void)openSystemSettingsLoginItems {
-  record("+[SMAppService openSystemSettingsLoginItems]");
+  record();
 }
 @end

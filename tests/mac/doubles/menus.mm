@@ -8,14 +8,9 @@
 using namespace lexwend;
 using namespace lexwend::doubles;
 
-extern "C" {
-id objc_storeWeak(id* location, id value);
-id objc_loadWeak(id* location);
-void objc_destroyWeak(id* location);
-}
-
 @interface NSMenuItem () {
-  id target_;
+ @public
+  __weak id target_;
   BOOL isDisabled_;
   BOOL isHidden_;
   BOOL isSeparator_;
@@ -32,9 +27,9 @@ void objc_destroyWeak(id* location);
   return [self initWithTitle:@"" action:nullptr keyEquivalent:@""];
 }
 - (instancetype)initWithTitle:(NSString*)itemTitle action:(SEL)itemAction keyEquivalent:(NSString*)key {
-  requireApplication("-[NSMenuItem initWithTitle:action:keyEquivalent:]");
-  requireKind(itemTitle, [NSString class], "-[NSMenuItem initWithTitle:action:keyEquivalent:]");
-  requireKind(key, [NSString class], "-[NSMenuItem initWithTitle:action:keyEquivalent:]");
+  requireApplication();
+  requireKind(itemTitle, [NSString class]);
+  requireKind(key, [NSString class]);
   self = [super init];
   title = [itemTitle copy];
   action = itemAction;
@@ -50,7 +45,6 @@ void objc_destroyWeak(id* location);
   die("-[NSMenuItem copy] is not offered");
 }
 - (void)dealloc {
-  objc_destroyWeak(&target_);
   [title release];
   [keyEquivalent release];
   [image release];
@@ -58,25 +52,23 @@ void objc_destroyWeak(id* location);
   [super dealloc];
 }
 - (void)setTitle:(NSString*)text {
-  requireMainThread("-[NSMenuItem setTitle:]");
-  requireKind(text, [NSString class], "-[NSMenuItem setTitle:]");
-  record("-[NSMenuItem setTitle:]", utf8(text));
+  requireMainThread();
+  requireKind(text, [NSString class]);
+  record(utf8(text));
   NSString* copy = [text copy];
   [title release];
   title = copy;
 }
 - (void)setState:(NSControlStateValue)value {
-  requireMainThread("-[NSMenuItem setState:]");
+  requireMainThread();
   state = value;
 }
 - (id)target {
-  return objc_loadWeak(&target_);
+  return target_;
 }
 - (void)setTarget:(id)target {
-  record("-[NSMenuItem setTarget:]", target == nil     ? "nil"
-                                     : target == NSApp ? "the application"
-                                                       : "an object");
-  objc_storeWeak(&target_, target);
+  record(target == nil ? "nil" : target == NSApp ? "the application" : "an object");
+  target_ = target;
 }
 - (BOOL)isEnabled {
   // With automatic enabling, the menu decides by whether somebody answers to the action.
@@ -86,14 +78,14 @@ void objc_destroyWeak(id* location);
          (target != nil ? [target respondsToSelector:action] : [NSApp respondsToSelector:action]);
 }
 - (void)setEnabled:(BOOL)enabled {
-  requireMainThread("-[NSMenuItem setEnabled:]");
+  requireMainThread();
   isDisabled_ = !enabled;
 }
 - (BOOL)isHidden {
   return isHidden_;
 }
 - (void)setHidden:(BOOL)hidden {
-  requireMainThread("-[NSMenuItem setHidden:]");
+  requireMainThread();
   isHidden_ = hidden;
 }
 - (BOOL)isSeparatorItem {
@@ -104,16 +96,15 @@ void objc_destroyWeak(id* location);
 @interface NSMenu () {
   NSMutableArray* items_;
   BOOL keepsOwnEnabling_;
-  id delegate_;
 }
 @end
 @implementation NSMenu
-@synthesize title;
+@synthesize title, userInterfaceLayoutDirection, delegate;
 - (instancetype)init {
   return [self initWithTitle:@""];
 }
 - (instancetype)initWithTitle:(NSString*)menuTitle {
-  requireApplication("-[NSMenu initWithTitle:]");
+  requireApplication();
   self = [super init];
   title = [menuTitle copy];
   items_ = [[NSMutableArray alloc] init];
@@ -128,17 +119,16 @@ void objc_destroyWeak(id* location);
   die("-[NSMenu copy] is not offered");
 }
 - (void)dealloc {
-  objc_destroyWeak(&delegate_);
   for (NSMenuItem* item in items_) item.menu = nil;
   [items_ release];
   [title release];
   [super dealloc];
 }
 - (void)addItem:(NSMenuItem*)item {
-  requireMainThread("-[NSMenu addItem:]");
-  requireKind(item, [NSMenuItem class], "-[NSMenu addItem:]");
+  requireMainThread();
+  requireKind(item, [NSMenuItem class]);
   if (item.menu != nil) die("-[NSMenu addItem:]: the item is already in a menu");
-  record("-[NSMenu addItem:]", item.isSeparatorItem ? "separator" : utf8(item.title));
+  record(item.isSeparatorItem ? "separator" : utf8(item.title));
   [items_ addObject:item];
   item.menu = self;
 }
@@ -177,19 +167,14 @@ void objc_destroyWeak(id* location);
   return !keepsOwnEnabling_;
 }
 - (void)setAutoenablesItems:(BOOL)autoenables {
-  record("-[NSMenu setAutoenablesItems:]", truth(autoenables));
+  record(truth(autoenables));
   keepsOwnEnabling_ = !autoenables;
-}
-- (id<NSMenuDelegate>)delegate {
-  return objc_loadWeak(&delegate_);
-}
-- (void)setDelegate:(id<NSMenuDelegate>)delegate {
-  objc_storeWeak(&delegate_, delegate);
 }
 - (void)performActionForItemAtIndex:(NSInteger)index {
   NSMenuItem* item = [self itemAtIndex:index];
-  // An item without a target looks for one from the application on.
-  sendAction(item.action, item.target != nil ? item.target : NSApp, item);
+  // An item without a target looks for one from the application on. Nothing keeps the target meanwhile.
+  const id target = unowned(&item->target_);
+  sendAction(item.action, target != nil ? target : NSApp, item);
 }
 @end
 
@@ -198,12 +183,14 @@ struct State {
   // Not retained: an item that nobody keeps leaves the bar.
   std::vector<NSStatusItem*> items;
   bool isNextWithoutButton = false;
+  bool isMenuOpen = false;
 };
 State& state() {
   static auto* the = new State;
   return *the;
 }
-const ResetHook kReset([] { state().isNextWithoutButton = false; });
+const ResetHook kReset([] { state().isNextWithoutButton = state().isMenuOpen = false; });
+const ProcessEndHook kProcessEnd([] { state().isMenuOpen = false; });
 }  // namespace
 
 @implementation NSStatusBarButton
@@ -226,13 +213,13 @@ const ResetHook kReset([] { state().isNextWithoutButton = false; });
   return [NSStatusBar systemStatusBar];
 }
 - (NSStatusBarButton*)button {
-  requireMainThread("-[NSStatusItem button]");
+  requireMainThread();
   return button_;
 }
 - (void)setMenu:(NSMenu*)value {
-  requireMainThread("-[NSStatusItem setMenu:]");
-  if (value != nil) requireKind(value, [NSMenu class], "-[NSStatusItem setMenu:]");
-  record("-[NSStatusItem setMenu:]");
+  requireMainThread();
+  if (value != nil) requireKind(value, [NSMenu class]);
+  record();
   [value retain];
   [menu release];
   menu = value;
@@ -246,13 +233,13 @@ const ResetHook kReset([] { state().isNextWithoutButton = false; });
 
 @implementation NSStatusBar
 + (NSStatusBar*)systemStatusBar {
-  requireApplication("+[NSStatusBar systemStatusBar]");
-  record("+[NSStatusBar systemStatusBar]");
+  requireApplication();
+  record();
   static NSStatusBar* the = keptForever([[NSStatusBar alloc] init]);
   return the;
 }
 - (NSStatusItem*)statusItemWithLength:(CGFloat)length {
-  record("-[NSStatusBar statusItemWithLength:]", decimal(length));
+  record(decimal(length));
   NSStatusItem* made = [[NSStatusItem alloc] init];
   made.length = length;
   if (!std::exchange(state().isNextWithoutButton, false)) made->button_ = [[NSStatusBarButton alloc] init];
@@ -260,7 +247,7 @@ const ResetHook kReset([] { state().isNextWithoutButton = false; });
   return [made autorelease];
 }
 - (void)removeStatusItem:(NSStatusItem*)item {
-  record("-[NSStatusBar removeStatusItem:]");
+  record();
   if (std::erase(state().items, item) == 0) die("-[NSStatusBar removeStatusItem:]: no such item");
 }
 @end
@@ -281,6 +268,8 @@ std::vector<Item> items() {
       }
       if (NSMenu* menu = statusItem.menu) {
         item.menuAutoenables = menu.autoenablesItems;
+        item.menuReadsRightToLeft =
+            menu.userInterfaceLayoutDirection == NSUserInterfaceLayoutDirectionRightToLeft;
         item.menu.emplace();
         for (NSMenuItem* each in menu.itemArray) {
           item.menu->push_back({utf8(each.title), utf8(each.keyEquivalent),
@@ -295,8 +284,28 @@ std::vector<Item> items() {
   return seen;
 }
 
+void openMenu() {
+  if (state().items.empty() || state().items.front().menu == nil)
+    die("a test opens a menu that is not there");
+  state().isMenuOpen = true;
+  @autoreleasepool {
+    NSMenu* menu = state().items.front().menu;
+    if ([menu.delegate respondsToSelector:@selector(menuWillOpen:)]) [menu.delegate menuWillOpen:menu];
+  }
+}
+void closeMenu() {
+  if (!isMenuOpen()) die("a test closes a menu that is not open");
+  @autoreleasepool {
+    NSMenu* menu = state().items.front().menu;
+    if ([menu.delegate respondsToSelector:@selector(menuDidClose:)]) [menu.delegate menuDidClose:menu];
+  }
+  state().isMenuOpen = false;
+  deliverQueuedPresses();
+}
+
 void choose(const std::string& title) {
-  if (state().items.empty()) die("a test chooses from a status item that is not there");
+  openMenu();
+  closeMenu();
   @autoreleasepool {
     NSMenu* menu = state().items.front().menu;
     for (NSInteger i = 0; i < menu.numberOfItems; ++i) {
@@ -313,3 +322,5 @@ void choose(const std::string& title) {
 }
 
 }  // namespace lexwend::doubles::status_bar
+
+bool lexwend::doubles::isMenuOpen() { return state().isMenuOpen; }

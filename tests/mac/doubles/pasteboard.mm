@@ -18,6 +18,8 @@ struct State {
   std::int64_t changeCount = 1;
   bool isOwnedHere = false;  // cleared by this process and by nobody since
   bool areItemsAbsent = false;
+  std::optional<long> accessBehavior;
+  bool isReadingRefused = false;
   int promisesKept = 0;
 };
 State& state() {
@@ -35,6 +37,7 @@ pasteboard::Representation* representation(pasteboard::Item& item, const std::st
 
 NSData* dataIn(pasteboard::Item& item, const std::string& type) {
   const auto* found = representation(item, type);
+  if (state().isReadingRefused && !state().isOwnedHere) return nil;
   if (found == nullptr || !found->data) return nil;
   if (found->isPromised) ++state().promisesKept;
   return dataOf(*found->data);
@@ -78,8 +81,8 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   return item == nullptr ? [NSArray array] : typesIn(*item);
 }
 - (NSData*)dataForType:(NSPasteboardType)type {
-  requireNonnull((void*)type, "-[NSPasteboardItem dataForType:]");
-  record("-[NSPasteboardItem dataForType:]", utf8(type));
+  requireNonnull((void*)type);
+  record(utf8(type));
   pasteboard::Item* item = contentsOf(self);
   return item == nullptr ? nil : dataIn(*item, utf8(type));
 }
@@ -88,9 +91,9 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   return data == nil ? nil : [[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease];
 }
 - (BOOL)setData:(NSData*)data forType:(NSPasteboardType)type {
-  requireKind(data, [NSData class], "-[NSPasteboardItem setData:forType:]");
-  requireKind(type, [NSString class], "-[NSPasteboardItem setData:forType:]");
-  record("-[NSPasteboardItem setData:forType:]", std::to_string(data.length) + " bytes, " + utf8(type));
+  requireKind(data, [NSData class]);
+  requireKind(type, [NSString class]);
+  record(std::to_string(data.length) + " bytes, " + utf8(type));
   if (place_ || wasWritten_) die("-[NSPasteboardItem setData:forType:] on an item that a pasteboard holds");
   setDataIn(own_, utf8(type), data);
   return YES;
@@ -111,16 +114,24 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
 
 @implementation NSPasteboard
 + (NSPasteboard*)generalPasteboard {
-  requireMainThread("+[NSPasteboard generalPasteboard]");
+  requireMainThread();
   static NSPasteboard* the = keptForever([[NSPasteboard alloc] init]);
   return the;
 }
+- (BOOL)respondsToSelector:(SEL)selector {
+  if (selector == NSSelectorFromString(@"accessBehavior")) return state().accessBehavior.has_value();
+  return [super respondsToSelector:selector];
+}
+- (NSInteger)accessBehavior {
+  if (!state().accessBehavior) die("-[NSPasteboard accessBehavior] before macOS 15.4");
+  return *state().accessBehavior;
+}
 - (NSInteger)changeCount {
-  record("-[NSPasteboard changeCount]");
+  record();
   return state().changeCount;
 }
 - (NSArray*)pasteboardItems {
-  record("-[NSPasteboard pasteboardItems]");
+  record();
   if (state().areItemsAbsent) return nil;
   NSMutableArray* items = [NSMutableArray array];
   for (std::size_t i = 0; i < state().items.size(); ++i) {
@@ -142,19 +153,18 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   return types;
 }
 - (NSInteger)clearContents {
-  requireMainThread("-[NSPasteboard clearContents]");
-  record("-[NSPasteboard clearContents]");
+  called();
   state().items.clear();
   state().isOwnedHere = true;
   return ++state().changeCount;
 }
 - (BOOL)writeObjects:(NSArray*)objects {
-  requireMainThread("-[NSPasteboard writeObjects:]");
-  requireKind(objects, [NSArray class], "-[NSPasteboard writeObjects:]");
-  record("-[NSPasteboard writeObjects:]", std::to_string(objects.count));
+  requireMainThread();
+  requireKind(objects, [NSArray class]);
+  record(std::to_string(objects.count));
   if (objects.count == 0) die("-[NSPasteboard writeObjects:] with nothing to write");
   for (NSPasteboardItem* item in objects) {
-    requireKind(item, [NSPasteboardItem class], "-[NSPasteboard writeObjects:]");
+    requireKind(item, [NSPasteboardItem class]);
     if (item->place_ || item->wasWritten_) {
       die("-[NSPasteboard writeObjects:]: an item that already belongs to a pasteboard");
     }
@@ -165,8 +175,8 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   return state().isOwnedHere;
 }
 - (NSString*)stringForType:(NSPasteboardType)type {
-  requireNonnull((void*)type, "-[NSPasteboard stringForType:]");
-  record("-[NSPasteboard stringForType:]", utf8(type));
+  requireNonnull((void*)type);
+  record(utf8(type));
   for (auto& item : state().items) {
     if (NSData* data = dataIn(item, utf8(type))) {
       return [[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease];
@@ -175,10 +185,10 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   return nil;
 }
 - (BOOL)setString:(NSString*)text forType:(NSPasteboardType)type {
-  requireMainThread("-[NSPasteboard setString:forType:]");
-  requireKind(text, [NSString class], "-[NSPasteboard setString:forType:]");
-  requireKind(type, [NSString class], "-[NSPasteboard setString:forType:]");
-  record("-[NSPasteboard setString:forType:]", utf8(type));
+  requireMainThread();
+  requireKind(text, [NSString class]);
+  requireKind(type, [NSString class]);
+  record(utf8(type));
   return [self setData:[text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES] forType:type];
 }
 - (NSData*)dataForType:(NSPasteboardType)type {
@@ -208,6 +218,8 @@ void otherAppCopiesText(const std::string& text) {
 void itemsAreAbsent(bool absent) { state().areItemsAbsent = absent; }
 std::vector<Item> contents() { return state().items; }
 std::int64_t changeCount() { return state().changeCount; }
+void setAccessBehavior(long behavior) { state().accessBehavior = behavior; }
+void refuseReading(bool refused) { state().isReadingRefused = refused; }
 int promisesKept() { return state().promisesKept; }
 
 }  // namespace lexwend::doubles::pasteboard

@@ -47,23 +47,23 @@ void failEventCreation(int firstFailing, int count) {
 extern "C" {
 
 CGEventFlags CGEventSourceFlagsState(CGEventSourceStateID stateId) {
-  record("CGEventSourceFlagsState", std::to_string(stateId));
+  record(std::to_string(stateId));
   if (stateId != kCGEventSourceStateCombinedSessionState && stateId != kCGEventSourceStateHIDSystemState) {
     die("CGEventSourceFlagsState: no such state");
   }
   return state().heldModifiers;
 }
 CGEventSourceRef CGEventSourceCreate(CGEventSourceStateID stateId) {
-  record("CGEventSourceCreate", std::to_string(stateId));
-  if (std::exchange(state().doesNextSourceFail, false) || takeFailure("CGEventSourceCreate")) return nullptr;
+  record(std::to_string(stateId));
+  if (std::exchange(state().doesNextSourceFail, false) || takeFailure()) return nullptr;
   LXWEventSource* source = [[LXWEventSource alloc] init];
   source->state = stateId;
   return (CGEventSourceRef)source;
 }
 CGEventRef CGEventCreateKeyboardEvent(CGEventSourceRef source, CGKeyCode virtualKey, bool keyDown) {
-  record("CGEventCreateKeyboardEvent", std::string(source == nullptr ? "no source" : "source") + ", " +
-                                           std::to_string(virtualKey) + ", " + (keyDown ? "down" : "up"));
-  if (source != nullptr) requireKind(source, [LXWEventSource class], "CGEventCreateKeyboardEvent");
+  record(std::string(source == nullptr ? "no source" : "source") + ", " + std::to_string(virtualKey) + ", " +
+         (keyDown ? "down" : "up"));
+  if (source != nullptr) requireKind(source, [LXWEventSource class]);
   if (state().failuresLeft > 0 && --state().creationsUntilFailure <= 0) {
     --state().failuresLeft;
     return nullptr;
@@ -81,7 +81,7 @@ CGEventRef CGEventCreateKeyboardEvent(CGEventSourceRef source, CGKeyCode virtual
 }
 void CGEventSetFlags(CGEventRef event, CGEventFlags flags) {
   checked(event, "CGEventSetFlags")->event.flags = flags;
-  record("CGEventSetFlags", std::to_string(flags));
+  record(std::to_string(flags));
 }
 CGEventFlags CGEventGetFlags(CGEventRef event) { return checked(event, "CGEventGetFlags")->event.flags; }
 CGEventType CGEventGetType(CGEventRef event) {
@@ -91,8 +91,8 @@ void CGEventPost(CGEventTapLocation tap, CGEventRef event) {
   key_events::Posted posted = checked(event, "CGEventPost")->event;
   posted.tap = tap;
   posted.time = std::chrono::duration_cast<std::chrono::milliseconds>(time::now());
-  record("CGEventPost", std::to_string(tap) + ", " + std::to_string(posted.keyCode) + ", " +
-                            (posted.isDown ? "down" : "up"));
+  record(std::to_string(tap) + ", " + std::to_string(posted.keyCode) + ", " +
+         (posted.isDown ? "down" : "up"));
   state().posted.push_back(posted);
   if (state().observer) state().observer(posted);
 }

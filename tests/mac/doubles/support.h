@@ -13,14 +13,17 @@ namespace lexwend::doubles {
 
 /// "macOS: " and the message on standard error, then the end of the process.
 [[noreturn]] void die(const std::string& message);
-void record(const std::string& name, const std::string& arguments = {});
 
-void requireMainThread(const char* what);
+// What each double begins with. The name is that of the double itself, "-[Class selector:]" or the function.
+void record(const std::string& arguments = {}, const char* name = __builtin_FUNCTION());
+void requireMainThread(const char* what = __builtin_FUNCTION());
+/// Both.
+void called(const std::string& arguments = {}, const char* name = __builtin_FUNCTION());
 /// User interface exists only on the main thread and after the shared application was made.
-void requireApplication(const char* what);
-void requireNonnull(const void* value, const char* what);
+void requireApplication(const char* what = __builtin_FUNCTION());
+void requireNonnull(const void* value, const char* what = __builtin_FUNCTION());
 /// The object must be of that class.
-void requireKind(CFTypeRef object, Class cls, const char* what);
+void requireKind(CFTypeRef object, Class cls, const char* what = __builtin_FUNCTION());
 
 std::string utf8(NSString* string);       ///< "" for nil; ill-formed units become U+FFFD
 NSString* string(std::string_view text);  ///< autoreleased
@@ -46,7 +49,7 @@ struct ProcessEndHook {
 };
 
 /// Uses up a failure that a test prepared for this call: its code, or nothing when the call goes well.
-std::optional<std::int32_t> takeFailure(const std::string& call);
+std::optional<std::int32_t> takeFailure(const std::string& call = __builtin_FUNCTION());
 
 /// Makes the object a part of the process that is never released and not counted.
 id keptForever(id object);
@@ -54,6 +57,17 @@ id keptForever(id object);
 bool isReadOnly(const std::string& path);  ///< as a test said
 void runMainQueueAndTimersDue();
 void postTo(NSNotificationCenter* center, NSString* name);
+
+bool isApplicationActive();
+/// A click of the user into a window of the application, or its activation.
+void activateApplication();
+/// Distributed notifications that were held back while the application was not active.
+void deliverHeldNotifications();
+/// Presses that waited for the agent's own menu to close.
+void deliverQueuedPresses();
+bool isMenuOpen();
+bool isDark();
+double secondsSinceStartup();
 
 extern "C" {
 signed char lexwend_isMainThread(void);

@@ -54,7 +54,11 @@ void die(const std::string& message) {
   std::abort();
 }
 
-void record(const std::string& name, const std::string& arguments) { callLog().push_back({name, arguments}); }
+void record(const std::string& arguments, const char* name) { callLog().push_back({name, arguments}); }
+void called(const std::string& arguments, const char* name) {
+  requireMainThread(name);
+  record(arguments, name);
+}
 std::vector<Call> calls() { return callLog(); }
 std::vector<Call> callsNamed(const std::string& name) {
   std::vector<Call> found;

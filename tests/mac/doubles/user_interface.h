@@ -20,15 +20,16 @@
   NSWindow* window_;
   CALayer* layer_;
   BOOL wantsLayer_;
-  BOOL isHidden_;
+  BOOL knowsAppearance_;
 }
 @end
 
 namespace lexwend::doubles {
 windows::Control controlOf(NSView* view);
+void appearanceChanged();
 Rect rectOf(NSRect rect);
 /// What a weak reference refers to, without keeping it.
-id unowned(id* reference);
+id unowned(__weak id* reference);
 /// Sends a control's or an item's action as a click of the user does; a missing target ends in nothing.
 void sendAction(SEL action, id target, id sender);
 }  // namespace lexwend::doubles

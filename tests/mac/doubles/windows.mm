@@ -8,12 +8,6 @@
 using namespace lexwend;
 using namespace lexwend::doubles;
 
-extern "C" {
-id objc_storeWeak(id* location, id value);
-id objc_loadWeak(id* location);
-void objc_destroyWeak(id* location);
-}
-
 /// The token of a local monitor.
 @interface LXWKeyMonitor : NSObject {
  @public
@@ -29,11 +23,13 @@ void objc_destroyWeak(id* location);
 @end
 
 namespace {
+void lastWindowMayHaveClosed();
+constexpr long kEscape = -1;
 struct State {
   std::vector<NSWindow*> windows;  // not retained
   NSWindow* key = nil;
   std::vector<LXWKeyMonitor*> monitors;
-  std::vector<std::pair<long, std::chrono::microseconds>> alertAnswers;
+  std::vector<std::pair<long, std::chrono::microseconds>> alertAnswers;  // kEscape: by that key
   std::vector<alerts::Alert> alertsShown;
   std::function<long(const alerts::Alert&)> alertAnswer;
 };
@@ -58,22 +54,52 @@ const ResetHook kReset([] {
  @public
   NSRect contentRect_;
   NSBackingStoreType backing_;
-  BOOL isDeferred_, isCentered_, isVisible_, isClosing_;
+  BOOL isDeferred_, isCentered_, isVisible_, isInFront_, isClosing_;
   NSView* content_;
-  id delegate_;
-  id controller_;
+  __weak id delegate_;
 }
 @end
+namespace {
+/// The window that the user sees above all others and can click into.
+NSWindow* frontWindow() {
+  NSWindow* front = nil;
+  for (NSWindow* each : state().windows) {
+    if (each.isVisible && each->isInFront_) front = each;
+  }
+  if (front == nil) die("a test wants to click into a window, and the user sees none");
+  return front;
+}
+void clickInto(NSWindow* window) {
+  activateApplication();
+  state().key = window;
+}
+void lastWindowMayHaveClosed() {
+  for (NSWindow* each : state().windows) {
+    if (each->isVisible_) return;
+  }
+  const id<NSApplicationDelegate> delegate = NSApp.delegate;
+  if ([delegate respondsToSelector:@selector(applicationShouldTerminateAfterLastWindowClosed:)] &&
+      [delegate applicationShouldTerminateAfterLastWindowClosed:NSApp]) {
+    [NSApp terminate:nil];
+  }
+}
+}  // namespace
+
+void lexwend::doubles::appearanceChanged() {
+  for (NSWindow* each : state().windows) {
+    [each->content_ viewDidChangeEffectiveAppearance];
+  }
+}
+
 @implementation NSWindow
-@synthesize title, level, releasedWhenClosed, styleMask;
+@synthesize title, level, releasedWhenClosed, styleMask, windowController;
 - (instancetype)initWithContentRect:(NSRect)contentRect
                           styleMask:(NSWindowStyleMask)style
                             backing:(NSBackingStoreType)backing
                               defer:(BOOL)flag {
-  requireApplication("-[NSWindow initWithContentRect:styleMask:backing:defer:]");
-  record("-[NSWindow initWithContentRect:styleMask:backing:defer:]",
-         decimal(contentRect.size.width) + "x" + decimal(contentRect.size.height) + ", " +
-             std::to_string(style) + ", " + std::to_string(backing) + ", " + truth(flag));
+  requireApplication();
+  record(decimal(contentRect.size.width) + "x" + decimal(contentRect.size.height) + ", " +
+         std::to_string(style) + ", " + std::to_string(backing) + ", " + truth(flag));
   if (backing != NSBackingStoreBuffered) die("a window without a buffer");
   self = [super init];
   contentRect_ = contentRect;
@@ -102,8 +128,6 @@ const ResetHook kReset([] {
   }
   std::erase(state().windows, self);
   if (state().key == self) state().key = nil;
-  objc_destroyWeak(&delegate_);
-  objc_destroyWeak(&controller_);
   content_->window_ = nil;
   [content_ release];
   [title release];
@@ -116,7 +140,7 @@ const ResetHook kReset([] {
   return content_;
 }
 - (void)setContentView:(NSView*)view {
-  requireMainThread("-[NSWindow setContentView:]");
+  requireMainThread();
   [view retain];
   content_->window_ = nil;
   [content_ release];
@@ -124,31 +148,23 @@ const ResetHook kReset([] {
   if (content_ != nil) content_->window_ = self;
 }
 - (id<NSWindowDelegate>)delegate {
-  return objc_loadWeak(&delegate_);
+  return delegate_;
 }
 - (void)setDelegate:(id<NSWindowDelegate>)delegate {
-  objc_storeWeak(&delegate_, delegate);
-}
-- (NSWindowController*)windowController {
-  return objc_loadWeak(&controller_);
-}
-- (void)setWindowController:(NSWindowController*)controller {
-  objc_storeWeak(&controller_, controller);
+  delegate_ = delegate;
 }
 - (BOOL)isVisible {
-  return isVisible_;
+  return isVisible_ && !NSApp.isHidden;
 }
 - (BOOL)isKeyWindow {
   return state().key == self;
 }
 - (void)center {
-  requireMainThread("-[NSWindow center]");
-  record("-[NSWindow center]");
+  called();
   isCentered_ = YES;
 }
 - (void)close {
-  requireMainThread("-[NSWindow close]");
-  record("-[NSWindow close]");
+  called();
   // A window may be closed again from its own notification.
   const BOOL isNested = isClosing_;
   isClosing_ = YES;
@@ -162,14 +178,16 @@ const ResetHook kReset([] {
     if ([delegate respondsToSelector:@selector(windowWillClose:)]) [delegate windowWillClose:closing];
     [closing release];
   }
-  isVisible_ = NO;
+  const BOOL wasVisible = isVisible_;
+  isVisible_ = isInFront_ = NO;
   if (state().key == self) state().key = nil;
   if (isNested) return;
   isClosing_ = NO;
+  if (wasVisible) lastWindowMayHaveClosed();
   if (releasedWhenClosed) [self release];
 }
 - (void)performClose:(id)sender {
-  requireMainThread("-[NSWindow performClose:]");
+  requireMainThread();
   if ((styleMask & NSWindowStyleMaskClosable) == 0) return;
   const id delegate = unowned(&delegate_);
   if ([delegate respondsToSelector:@selector(windowShouldClose:)] && ![delegate windowShouldClose:self]) {
@@ -178,17 +196,20 @@ const ResetHook kReset([] {
   [self close];
 }
 - (void)makeKeyAndOrderFront:(id)sender {
-  requireMainThread("-[NSWindow makeKeyAndOrderFront:]");
-  record("-[NSWindow makeKeyAndOrderFront:]");
+  called();
   isVisible_ = YES;
+  // Those of an application that is not active stay behind those of the active one.
+  if (isApplicationActive()) isInFront_ = YES;
   state().key = self;
 }
 - (void)orderFrontRegardless {
-  isVisible_ = YES;
+  requireMainThread();
+  if (contentRect_.size.width <= 0) die("-[NSWindow orderFrontRegardless] of a window without a size");
+  isVisible_ = isInFront_ = YES;
 }
 - (void)orderOut:(id)sender {
-  record("-[NSWindow orderOut:]");
-  isVisible_ = NO;
+  record();
+  isVisible_ = isInFront_ = NO;
   if (state().key == self) state().key = nil;
 }
 - (BOOL)makeFirstResponder:(NSResponder*)responder {
@@ -205,7 +226,7 @@ const ResetHook kReset([] {
   return [self initWithWindow:nil];
 }
 - (instancetype)initWithWindow:(NSWindow*)window {
-  requireApplication("-[NSWindowController initWithWindow:]");
+  requireApplication();
   self = [super init];
   window_ = [window retain];
   window.windowController = self;
@@ -229,23 +250,24 @@ const ResetHook kReset([] {
   window.windowController = self;
 }
 - (void)showWindow:(id)sender {
-  record("-[NSWindowController showWindow:]");
+  record();
   [window_ makeKeyAndOrderFront:sender];
 }
 - (void)close {
-  record("-[NSWindowController close]");
+  record();
   [window_ close];
 }
 @end
 
 @interface NSAlert () {
   NSMutableArray* buttons_;
+  NSWindow* window_;
 }
 @end
 @implementation NSAlert
 @synthesize messageText, informativeText, alertStyle;
 - (instancetype)init {
-  requireApplication("-[NSAlert init]");
+  requireApplication();
   self = [super init];
   messageText = @"";
   informativeText = @"";
@@ -256,33 +278,65 @@ const ResetHook kReset([] {
   [messageText release];
   [informativeText release];
   [buttons_ release];
+  window_.releasedWhenClosed = NO;
+  [window_ release];
   [super dealloc];
 }
 - (NSButton*)addButtonWithTitle:(NSString*)title {
-  requireKind(title, [NSString class], "-[NSAlert addButtonWithTitle:]");
-  record("-[NSAlert addButtonWithTitle:]", utf8(title));
+  requireKind(title, [NSString class]);
+  record(utf8(title));
   NSButton* button = [NSButton buttonWithTitle:title target:nil action:nullptr];
+  if (buttons_.count == 0) {
+    button.keyEquivalent = @"\r";
+  } else if ([title isEqualToString:@"Cancel"]) {
+    button.keyEquivalent = @"\033";
+  }
   [buttons_ addObject:button];
   return button;
 }
 - (NSArray*)buttons {
   return buttons_;
 }
+/// Has a size only once it was laid out.
 - (NSWindow*)window {
-  die("-[NSAlert window] is not offered");
+  if (window_ == nil) {
+    window_ = [[NSWindow alloc] initWithContentRect:NSZeroRect
+                                          styleMask:NSWindowStyleMaskTitled
+                                            backing:NSBackingStoreBuffered
+                                              defer:YES];
+  }
+  return window_;
+}
+- (void)layout {
+  self.window->contentRect_ = NSMakeRect(0, 0, 260, 180);
 }
 - (NSModalResponse)runModal {
-  requireApplication("-[NSAlert runModal]");
-  record("-[NSAlert runModal]", utf8(messageText));
+  requireApplication();
+  record(utf8(messageText));
   alerts::Alert shown{utf8(messageText), utf8(informativeText), {}};
   for (NSButton* button in buttons_) shown.buttons.push_back(utf8(button.title));
   state().alertsShown.push_back(shown);
+  [self layout];
+  [window_ makeKeyAndOrderFront:nil];
+  const long answer = [self answerTo:shown];
+  // Whoever answers has clicked into it, unless it had the keyboard already.
+  clickInto(window_);
+  [window_ orderOut:nil];
+  return answer;
+}
+- (long)answerTo:(const alerts::Alert&)shown {
+  if (!window_.isVisible || !window_->isInFront_)
+    die("an alert that the user does not see: " + shown.messageText);
   if (state().alertAnswers.empty() && state().alertAnswer) return state().alertAnswer(shown);
   if (state().alertAnswers.empty()) die("an alert that no test answers: " + shown.messageText);
   const auto [answer, after] = state().alertAnswers.front();
   state().alertAnswers.erase(state().alertAnswers.begin());
   time::advanceInModalPanel(after);
-  return answer;
+  if (answer != kEscape) return answer;
+  for (NSUInteger i = 0; i < buttons_.count; ++i) {
+    if ([[buttons_[i] keyEquivalent] isEqualToString:@"\033"]) return NSAlertFirstButtonReturn + (long)i;
+  }
+  die("the alert does not hear Escape: " + shown.messageText);
 }
 @end
 
@@ -325,9 +379,9 @@ const ResetHook kReset([] {
   return [made autorelease];
 }
 + (id)addLocalMonitorForEventsMatchingMask:(NSEventMask)mask handler:(NSEvent* (^)(NSEvent*))block {
-  requireApplication("+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]");
-  requireNonnull((void*)block, "+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]");
-  record("+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]", std::to_string(mask));
+  requireApplication();
+  requireNonnull((void*)block);
+  record(std::to_string(mask));
   LXWKeyMonitor* monitor = [[LXWKeyMonitor alloc] init];
   monitor->block = (NSEvent * (^)(NSEvent*))[(id)block copy];
   monitor->mask = mask;
@@ -338,12 +392,15 @@ const ResetHook kReset([] {
   die("+[NSEvent addGlobalMonitorForEventsMatchingMask:handler:] would watch other applications' keys");
 }
 + (void)removeMonitor:(id)monitor {
-  requireMainThread("+[NSEvent removeMonitor:]");
-  requireKind(monitor, [LXWKeyMonitor class], "+[NSEvent removeMonitor:]");
-  record("+[NSEvent removeMonitor:]");
+  requireMainThread();
+  requireKind(monitor, [LXWKeyMonitor class]);
+  record();
   if (std::erase(state().monitors, (LXWKeyMonitor*)monitor) == 0) {
     die("+[NSEvent removeMonitor:]: removed once too often");
   }
+  // The block goes at once, even when it is the one that is running.
+  [(id)((LXWKeyMonitor*)monitor)->block release];
+  ((LXWKeyMonitor*)monitor)->block = nil;
   [monitor release];
 }
 - (NSEventType)type {
@@ -391,7 +448,8 @@ std::vector<Window> all() {
       window.isDeferred = each->isDeferred_;
       window.isReleasedWhenClosed = each.isReleasedWhenClosed;
       window.isCentered = each->isCentered_;
-      window.isVisible = each->isVisible_;
+      window.isVisible = each.isVisible;
+      window.isInFront = each.isVisible && each->isInFront_;
       window.isKey = state().key == each;
       window.level = each.level;
       window.hasController = each.windowController != nil;
@@ -403,11 +461,12 @@ std::vector<Window> all() {
 }
 
 void click(const std::string& buttonTitle) {
-  if (state().key == nil) die("a test clicks while no window is key");
   @autoreleasepool {
+    NSWindow* window = frontWindow();
+    ::clickInto(window);
     NSButton* clicked = nil;
     @autoreleasepool {
-      for (NSView* view in state().key->content_.subviews) {
+      for (NSView* view in window->content_.subviews) {
         if ([view isKindOfClass:[NSButton class]] && utf8(((NSButton*)view).title) == buttonTitle) {
           clicked = (NSButton*)view;
         }
@@ -418,14 +477,16 @@ void click(const std::string& buttonTitle) {
   die("a test clicks a button that is not there: " + buttonTitle);
 }
 
+void clickInto() { ::clickInto(frontWindow()); }
+
 void closeByUser() {
-  if (state().key == nil) die("a test closes while no window is key");
   @autoreleasepool {
-    [state().key performClose:nil];
+    [frontWindow() performClose:nil];
   }
 }
 
 bool pressKey(std::uint16_t keyCode, std::uint64_t modifierFlags) {
+  if (!isApplicationActive()) return false;
   @autoreleasepool {
     NSEvent* event = [NSEvent keyEventWithType:NSEventTypeKeyDown
                                       location:NSZeroPoint
@@ -440,8 +501,7 @@ bool pressKey(std::uint16_t keyCode, std::uint64_t modifierFlags) {
     const auto monitors = state().monitors;
     for (LXWKeyMonitor* monitor : monitors) {
       if ((monitor->mask & NSEventMaskKeyDown) == 0) continue;
-      // The handler may remove its own monitor.
-      [[monitor retain] autorelease];
+      // The handler may remove its own monitor, and with it the block that runs.
       event = monitor->block(event);
       if (event == nil) return true;
     }
@@ -457,6 +517,7 @@ namespace lexwend::doubles::alerts {
 void answerNext(long response, std::chrono::microseconds after) {
   state().alertAnswers.push_back({response, after});
 }
+void answerNextWithEscape() { answerNext(kEscape); }
 void answerWith(std::function<long(const Alert&)> answer) { state().alertAnswer = std::move(answer); }
 std::vector<Alert> shown() { return state().alertsShown; }
 }  // namespace lexwend::doubles::alerts

@@ -40,6 +40,8 @@ typedef NS_ENUM(NSUInteger, NSApplicationTerminateReply) {
 - (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps API_DEPRECATED_MACOS(10.0, 14.0);
 - (NSApplicationActivationPolicy)activationPolicy;
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
+- (void)hide:(nullable id)sender;
+- (void)unhideWithoutActivation;
 - (void)finishLaunching;
 - (void)run;
 - (void)stop:(nullable id)sender;
@@ -48,6 +50,7 @@ typedef NS_ENUM(NSUInteger, NSApplicationTerminateReply) {
 - (BOOL)sendAction:(SEL)action to:(nullable id)target from:(nullable id)sender;
 @property(readonly, getter=isRunning) BOOL running;
 @property(readonly, getter=isActive) BOOL active;
+@property(readonly, getter=isHidden) BOOL hidden;
 @property(nullable, readonly, weak) NSWindow* keyWindow;
 @end
 LXW_SDK_EXTERN __kindof NSApplication* _Null_unspecified NSApp;

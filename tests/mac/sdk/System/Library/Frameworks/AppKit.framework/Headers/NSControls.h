@@ -20,6 +20,11 @@ LXW_SDK_EXTERN const NSFontWeight NSFontWeightBold;
 @property(readonly) CGFloat pointSize;
 @end
 
+@interface NSAppearance : NSObject <NSSecureCoding>
+- (void)performAsCurrentDrawingAppearance:(__attribute__((noescape))void (^)(void))block
+    API_AVAILABLE_MACOS(11.0);
+@end
+
 @interface NSColor : NSObject <NSCopying, NSSecureCoding>
 @property(class, strong, readonly) NSColor* labelColor;
 @property(class, strong, readonly) NSColor* secondaryLabelColor;
@@ -64,6 +69,8 @@ typedef NS_ENUM(NSInteger, NSUserInterfaceLayoutDirection) {
 @property BOOL wantsLayer;
 @property(nullable, strong) CALayer* layer;
 @property BOOL needsDisplay;
+@property(readonly, strong) NSAppearance* effectiveAppearance API_AVAILABLE_MACOS(10.14);
+- (void)viewDidChangeEffectiveAppearance API_AVAILABLE_MACOS(10.14);
 @property NSUserInterfaceLayoutDirection userInterfaceLayoutDirection;
 @end
 

@@ -49,6 +49,7 @@ NS_ASSUME_NONNULL_BEGIN
 @property(readonly) NSInteger numberOfItems;
 @property(copy) NSArray<NSMenuItem*>* itemArray;
 @property BOOL autoenablesItems;
+@property NSUserInterfaceLayoutDirection userInterfaceLayoutDirection API_AVAILABLE_MACOS(10.11);
 @property(nullable, weak) id<NSMenuDelegate> delegate;
 @end
 

@@ -32,6 +32,7 @@ LXW_SDK_EXTERN NSPasteboardType const NSPasteboardTypePNG;
 - (nullable NSString*)stringForType:(NSPasteboardType)type;
 @end
 
+// accessBehavior, of macOS 15.4, is left out on purpose: an older SDK does not have it either.
 @interface NSPasteboard : NSObject
 @property(class, readonly, strong) NSPasteboard* generalPasteboard;
 @property(readonly) NSInteger changeCount;

@@ -75,6 +75,7 @@ typedef NS_ENUM(NSUInteger, NSAlertStyle) {
 - (NSButton*)addButtonWithTitle:(NSString*)title;
 @property(readonly, copy) NSArray<NSButton*>* buttons;
 @property(readonly, strong) NSWindow* window;
+- (void)layout;
 - (NSModalResponse)runModal;
 @end
 

@@ -68,4 +68,7 @@ CF_EXPORT OSStatus GetEventParameter(EventRef _Null_unspecified event, EventPara
                                      void* _Null_unspecified data);
 CF_EXPORT OSType GetEventClass(EventRef _Null_unspecified event);
 CF_EXPORT UInt32 GetEventKind(EventRef _Null_unspecified event);
+typedef double EventTime;  // seconds since the system started
+CF_EXPORT EventTime GetEventTime(EventRef _Null_unspecified event);
+CF_EXPORT EventTime GetCurrentEventTime(void);
 CF_EXPORT Boolean IsSecureEventInputEnabled(void);

@@ -108,6 +108,18 @@ FOUNDATION_EXPORT NSString* NSHomeDirectory(void);
 @property(readonly) int processIdentifier;
 @property(copy) NSString* processName;
 @end
+typedef NS_OPTIONS(uint64_t, NSActivityOptions) {
+  NSActivityIdleSystemSleepDisabled = 1ULL << 20,
+  NSActivityUserInitiated = 0x00FFFFFFULL | NSActivityIdleSystemSleepDisabled,
+  NSActivityUserInitiatedAllowingIdleSystemSleep = NSActivityUserInitiated &
+                                                   ~(uint64_t)NSActivityIdleSystemSleepDisabled,
+  NSActivityBackground = 0x000000FFULL,
+};
+@interface NSProcessInfo (NSProcessInfoActivity)
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options
+                                  reason:(NSString*)reason API_AVAILABLE_MACOS(10.9);
+- (void)endActivity:(id<NSObject>)activity API_AVAILABLE_MACOS(10.9);
+@end
 
 @interface NSThread : NSObject
 @property(class, readonly) BOOL isMainThread;
@@ -140,8 +152,19 @@ typedef NSString* NSNotificationName;
                              queue:(nullable NSOperationQueue*)queue
                         usingBlock:(void (^)(NSNotification* notification))block;
 @end
+typedef NS_ENUM(NSUInteger, NSNotificationSuspensionBehavior) {
+  NSNotificationSuspensionBehaviorDrop = 1,
+  NSNotificationSuspensionBehaviorCoalesce = 2,
+  NSNotificationSuspensionBehaviorHold = 3,
+  NSNotificationSuspensionBehaviorDeliverImmediately = 4,
+};
 @interface NSDistributedNotificationCenter : NSNotificationCenter
 + (NSDistributedNotificationCenter*)defaultCenter;
+- (void)addObserver:(id)observer
+              selector:(SEL)selector
+                  name:(nullable NSNotificationName)name
+                object:(nullable NSString*)object
+    suspensionBehavior:(NSNotificationSuspensionBehavior)suspensionBehavior;
 @end
 
 typedef NSString* NSRunLoopMode;
