@@ -111,9 +111,8 @@ std::vector<AtspiCall> askInsertion(const Replacement& wanted) {
 }
 
 struct Insertion {
-  bool isComplete = false;  // the whole text is there, and nothing else {
-  std::int32_t length = 0;
-}  // of what went in, as far as it can be told
+  bool isComplete = false;  // the whole text is there, and nothing else
+  std::int32_t length = 0;  // of what went in, as far as it can be told
 };
 
 Insertion insertionIn(const GVariantRef& text, const GVariantRef& lengthOfField, const Replacement& wanted) {
