@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "core/converter.h"
-#include "platform/posix/byte_stream.h"
+#include "tools/byte_stream.h"
 #include "tools/convert_options.h"
 #include "tools/record_splitter.h"
 #include "tools/system_layout_map.h"
