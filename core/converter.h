@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "core/layout_map.h"
 
@@ -21,7 +20,7 @@ namespace lexwend {
 /// An immutable value: copies share their map, and any thread may use its own copy.
 class Converter {
  public:
-  explicit Converter(LayoutMap map);
+  explicit Converter(const LayoutMap& map);
 
   struct Result {
     std::string text;
@@ -48,8 +47,13 @@ class Converter {
 
   struct Tables;
 
-  static std::vector<Token> tokenize(std::string_view text);
+  /// Calls `onToken(Token)` for each token of the text in order.
+  template <typename OnToken>
+  static void tokenize(std::string_view text, OnToken onToken);
+
   static LetterCounts letterCounts(std::string_view text);
+
+  Result convertCharacters(std::string_view text, bool currentLayoutIsHebrew) const;
 
   /// Appends what the token becomes to `output`. With `onlySourceLetters` only letters of the source script
   /// are looked up, else every character is.

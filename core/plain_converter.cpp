@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: MIT
+#include "core/plain_converter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "core/scalar_facts.h"
+
+namespace lexwend {
+namespace {
+
+constexpr std::size_t kLongestUnit = 4;  // bytes
+
+bool joinsWhatFollows(std::string_view text, std::size_t end) {
+  // Only a whole scalar can be a Prepend, and its first byte starts a unit wherever it stands.
+  for (std::size_t length = 2; length <= kLongestUnit && length <= end; ++length) {
+    const ScalarUnit unit = scalarUnitAt(text, end - length);
+    if (unit.length == length) return (unit.facts & kJoinsAfter) != 0;
+  }
+  return false;
+}
+
+bool joinsWhatPrecedes(std::string_view text, std::size_t begin) {
+  return (scalarUnitAt(text, begin).facts & kJoinsBefore) != 0;
+}
+
+// A space, unless a Prepend takes it into its own character.
+bool partsWords(ScalarFacts facts, bool joined) {
+  return (facts & kSpace) != 0 && (!joined || (facts & kControl) != 0);
+}
+
+// The last place at which the units on both sides do not need each other, with all of the unit behind it in
+// sight. Of three neighbouring places one is such; 0 when the text is shorter.
+std::size_t cutBetweenUnits(std::string_view begin) {
+  constexpr std::size_t kEnough = 8 * kLongestUnit;
+  if (begin.size() < kEnough) return 0;
+  std::size_t position = begin.size() - kEnough;
+  // A unit starts at every byte that is not a trail byte, and at the fourth of any row of bytes.
+  for (std::size_t skipped = 0; skipped < kLongestUnit - 1 && (begin[position] & '\xC0') == '\x80'; ++skipped) ++position;
+  std::size_t cut = 0;
+  ScalarFacts before = scalarUnitAt(begin, position).facts;
+  position += scalarUnitAt(begin, position).length;
+  while (position + kLongestUnit <= begin.size()) {
+    const ScalarUnit unit = scalarUnitAt(begin, position);
+    const bool beforeNeedsIt = (unit.facts & kJoinsBefore) != 0 && (before & (kJoinsBefore | kJoinsAfter)) == 0;
+    const bool itNeedsBefore = (before & kJoinsAfter) != 0 && (unit.facts & (kJoinsBefore | kJoinsAfter)) == 0;
+    if (!beforeNeedsIt && !itNeedsBefore) cut = position;
+    before = unit.facts;
+    position += unit.length;
+  }
+  return cut;
+}
+
+// The last place behind an ASCII space that follows ASCII or a Hebrew letter, so that it surely parts words.
+std::size_t cutBetweenWords(std::string_view begin) {
+  for (std::size_t end = begin.size(); end > 1; --end) {
+    const char space = begin[end - 1];
+    if (space != ' ' && (space < '\t' || space > '\r')) continue;
+    if (space != ' ' || (begin[end - 2] & '\x80') == 0 || !joinsWhatFollows(begin, end - 1)) return end;
+  }
+  return 0;
+}
+
+bool hasHebrewLetter(std::string_view text, std::size_t begin, std::size_t end) {
+  while (begin < end) {
+    const void* const found = std::memchr(text.data() + begin, 0xD7, end - begin);
+    if (found == nullptr) return false;
+    begin = static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+    if ((scalarUnitAt(text, begin).facts & kHebrewLetter) != 0 && !joinsWhatFollows(text, begin)) return true;
+    ++begin;
+  }
+  return false;
+}
+
+bool hasLatinLetter(std::string_view text, std::size_t begin, std::size_t end) {
+  const auto isLatin = [](char byte) { return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z'); };
+  for (; begin < end; ++begin) {
+    begin = simd::skipToLatin(text.substr(0, end), begin);
+    while (begin < end && !isLatin(text[begin])) ++begin;
+    if (begin < end && !joinsWhatFollows(text, begin) && !joinsWhatPrecedes(text, begin + 1)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+Direction directionOf(Letters letters, bool currentLayoutIsHebrew) {
+  if (letters.hebrew == letters.latin) return {currentLayoutIsHebrew, !letters.both()};
+  return {letters.hebrew, true};
+}
+
+void findLetters(std::string_view text, Letters& letters) {
+  constexpr std::size_t kStretch = 4096;  // mixed text shows both soon
+  for (std::size_t begin = 0; begin < text.size() && !letters.both(); begin += kStretch) {
+    const std::size_t end = std::min(begin + kStretch, text.size());
+    letters.hebrew = letters.hebrew || hasHebrewLetter(text, begin, end);
+    letters.latin = letters.latin || hasLatinLetter(text, begin, end);
+  }
+}
+
+std::size_t cutFor(Direction direction, std::string_view begin) {
+  return direction.isUniform ? cutBetweenUnits(begin) : cutBetweenWords(begin);
+}
+
+bool PlainConverter::convert(std::string_view text, TextOutput& output) {
+  constexpr std::size_t kStretch = 32;  // bytes that are converted before blocks are tried again
+  output_ = &output;
+  changed_ = false;
+  for (std::size_t position = 0; position < text.size();) {
+    position = convertBlocks(text, position);
+    if (direction_.isUniform) {
+      position = convertStretch(text, position, std::min(position + kStretch, text.size()), Lookup::all);
+      continue;
+    }
+    const Word word = readWord(text, position);
+    convertStretch(text, position, word.end, lookupFor(word.letters));
+    const std::size_t length = scalarUnitAt(text, word.end).length;
+    keep(text.substr(word.end, length));
+    position = word.end + length;
+  }
+  output.take({piece_.data(), used_});
+  used_ = 0;
+  return changed_;
+}
+
+// Reads up to the white space that ends the word, or the end of the text.
+PlainConverter::Word PlainConverter::readWord(std::string_view text, std::size_t begin) {
+  Word word{begin, {}};
+  bool joined = false;
+  ScalarUnit unit = scalarUnitAt(text, begin);
+  while (unit.length != 0 && !partsWords(unit.facts, joined)) {
+    const ScalarUnit next = scalarUnitAt(text, word.end + unit.length);
+    if (!joined) {
+      word.letters.hebrew = word.letters.hebrew || (unit.facts & kHebrewLetter) != 0;
+      word.letters.latin =
+          word.letters.latin || ((unit.facts & kLatinLetter) != 0 && (next.facts & kJoinsBefore) == 0);
+    }
+    joined = (unit.facts & kJoinsAfter) != 0;
+    word.end += unit.length;
+    unit = next;
+  }
+  return word;
+}
+
+PlainConverter::Lookup PlainConverter::lookupFor(Letters letters) const {
+  if (letters.both()) return Lookup::letters;
+  return (direction_.sourceIsHebrew ? letters.hebrew : letters.latin) ? Lookup::all : Lookup::none;
+}
+
+// Converts from `begin` to `end`; in a uniform text up to where a character starts. Returns how far it came.
+std::size_t PlainConverter::convertStretch(std::string_view text, std::size_t begin, std::size_t end, Lookup lookup) {
+  if (lookup == Lookup::none) {
+    keep(text.substr(begin, end - begin));
+    return end;
+  }
+  const ScalarFacts sourceLetter = direction_.sourceIsHebrew ? kHebrewLetter : kLatinLetter;
+  bool joined = false;
+  ScalarUnit unit = scalarUnitAt(text, begin);
+  while (begin < end || (joined && direction_.isUniform && begin < text.size())) {
+    const ScalarUnit next = scalarUnitAt(text, begin + unit.length);
+    const bool isCharacter = !joined && (next.facts & kJoinsBefore) == 0;
+    const bool isLookedUp = lookup == Lookup::all || (unit.facts & sourceLetter) != 0;
+    makeRoom(kLongestUnit);
+    const PlainTable::Entry* const entry =
+        isCharacter && isLookedUp && (unit.facts & kIllFormed) == 0 ? table_.find(unit.scalar) : nullptr;
+    if (entry != nullptr) {
+      std::memcpy(piece_.data() + used_, entry->bytes.data(), kLongestUnit);
+      used_ += entry->length;
+      changed_ = changed_ || entry->differs;
+    } else {
+      for (std::size_t place = 0; place < unit.length; ++place) piece_[used_++] = text[begin + place];
+    }
+    joined = (unit.facts & kJoinsAfter) != 0;
+    begin += unit.length;
+    unit = next;
+  }
+  return begin;
+}
+
+std::size_t PlainConverter::convertBlocks(std::string_view text, std::size_t begin) {
+  const auto words = direction_.isUniform ? simd::Words::every : simd::Words::ofSource;
+  while (text.size() - begin >= simd::kBlock) {
+    makeRoom(simd::kRoomOfBlock);
+    const simd::BlockProgress progress = simd::convertBlocks(table_.byteTable(), words, text.substr(begin),
+                                                             piece_.data() + used_, piece_.size() - used_);
+    used_ += progress.written;
+    begin += progress.read;
+    changed_ = changed_ || progress.changed;
+    if (progress.read == 0) break;
+  }
+  return begin;
+}
+
+void PlainConverter::keep(std::string_view piece) {
+  if (piece.size() > piece_.size() - used_) makeRoom(piece_.size());
+  if (piece.size() > piece_.size()) {
+    output_->take(piece);
+    return;
+  }
+  std::copy(piece.begin(), piece.end(), piece_.begin() + static_cast<std::ptrdiff_t>(used_));
+  used_ += piece.size();
+}
+
+// Hands on what is there when less than so many bytes are free.
+void PlainConverter::makeRoom(std::size_t bytes) {
+  if (piece_.size() - used_ >= bytes) return;
+  output_->take({piece_.data(), used_});
+  used_ = 0;
+}
+
+}  // namespace lexwend

@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: MIT
+#include "core/simd/block_converter.h"
+
+#include <bit>
+
+// This file is compiled once for every kind of vectors; the best that the processor has is called.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "core/simd/block_converter.cpp"
+#include <hwy/foreach_target.h>
+//
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace lexwend::simd::HWY_NAMESPACE {
+#if HWY_TARGET == HWY_SCALAR  // a processor without vectors
+
+BlockProgress convertBlocks(const ByteTable& /*table*/, Words /*words*/, std::string_view /*text*/,
+                            char* /*output*/, std::size_t /*room*/) {
+  return {};
+}
+
+std::size_t skipToLatin(std::string_view /*text*/, std::size_t from) {
+  return from;
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Tag = hn::CappedTag<std::uint8_t, kBlock>;
+using Vector = hn::Vec<Tag>;
+using Bits = std::uint64_t;  // one for each byte of a block; the first byte has the lowest
+
+constexpr std::uint8_t kLetterLead = 0xD7;  // of U+05C0 to U+05FF: letters, and points 81, 82, 84, 85, 87
+constexpr std::uint8_t kPointLead = 0xD6;   // of U+0580 to U+05BF: points and accents 91 to BF, except BE
+constexpr std::uint8_t kDropped = 0xFF;     // stands for no byte at all
+
+constexpr Bits bitsBelow(std::size_t place) {
+  return place >= kBlock ? ~Bits{0} : (Bits{1} << place) - 1;
+}
+
+struct Block {
+  alignas(kBlock) std::array<std::uint8_t, kBlock> bytes;
+  alignas(kBlock) std::array<std::uint8_t, kBlock> mapped;  // with every entry of the table applied
+};
+
+/// What is to be done with a block.
+struct Decision {
+  std::size_t settled = 0;  // how many bytes from the start can be put out now
+  Bits converted = 0;       // of them, those that give way to their entries
+  Bits dropped = 0;         // of them, the first bytes of pairs that become one byte
+};
+
+/// The truth of a question about each byte of a block.
+template <typename Question, typename... Bytes>
+Bits bitsWhere(Question question, const Bytes&... bytes) {
+  const Tag d;
+  Bits bits = 0;
+  for (std::size_t place = 0; place < kBlock; place += hn::Lanes(d)) {
+    Bits part = 0;
+    hn::StoreMaskBits(d, question(hn::Load(d, bytes.data() + place)...), reinterpret_cast<std::uint8_t*>(&part));
+    bits |= part << place;
+  }
+  return bits;
+}
+
+auto is(Vector bytes, std::uint8_t byte) {
+  return hn::Eq(bytes, hn::Set(Tag(), byte));
+}
+
+auto isBetween(Vector bytes, std::uint8_t lowest, std::uint8_t highest) {
+  const Tag d;
+  const Vector above = hn::Sub(bytes, hn::Set(d, lowest));
+  return hn::Eq(above, hn::Min(above, hn::Set(d, static_cast<std::uint8_t>(highest - lowest))));
+}
+
+auto isLatin(Vector bytes) {
+  return isBetween(hn::Or(bytes, hn::Set(Tag(), std::uint8_t{0x20})), 'a', 'z');
+}
+
+Vector applied(const ByteTable& table, Vector bytes) {
+  const Tag d;
+  const Vector high = hn::ShiftRight<4>(bytes);
+  const Vector low = hn::And(bytes, hn::Set(d, std::uint8_t{15}));
+  Vector difference = hn::Zero(d);
+  for (const ByteTable::Row& row : table) {
+    const Vector entries = hn::TableLookupBytes(hn::LoadDup128(d, row.differences.data()), low);
+    difference = hn::Or(difference, hn::IfThenElseZero(is(high, row.high), entries));
+  }
+  return hn::Xor(bytes, difference);
+}
+
+/// The words, runs of `inWords`, that hold a marked byte. Each must end within the block.
+Bits wordsWith(Bits marked, Bits inWords) {
+  // The sum carries from the first mark to behind the end of its word; from there the marks spread back.
+  Bits found = marked | (inWords & ~(inWords + marked));
+  for (unsigned step = 1; step < kBlock; step *= 2) {
+    found |= inWords & (found >> step);
+    inWords &= inWords >> step;
+  }
+  return found;
+}
+
+/// Which bytes of a block are what, where it holds more than ASCII.
+struct Pairs {
+  Bits letterTrails = 0;   // the second bytes of U+05C0 to U+05FF
+  Bits trails = 0;         // these, and the second bytes of points and accents
+  Bits joiningLeads = 0;   // the first bytes of points and accents
+  Bits unknown = 0;        // all that is neither ASCII nor one of these
+};
+
+Pairs pairsOf(const Block& block, Bits notAscii) {
+  Pairs pairs;
+  const Bits letterLeads = bitsWhere([](Vector v) { return is(v, kLetterLead); }, block.bytes);
+  const Bits pointLeads = bitsWhere([](Vector v) { return is(v, kPointLead); }, block.bytes);
+  const Bits trails = bitsWhere([](Vector v) { return isBetween(v, 0x80, 0xBF); }, block.bytes);
+  pairs.letterTrails = letterLeads << 1 & trails;
+  pairs.trails = pairs.letterTrails;
+  const Bits lowTrails =
+      pairs.letterTrails & bitsWhere([](Vector v) { return isBetween(v, 0x81, 0x87); }, block.bytes);
+  if ((pointLeads | lowTrails) != 0) {
+    const auto isPoint = [](Vector v) { return hn::AndNot(is(v, 0xBE), isBetween(v, 0x91, 0xBF)); };
+    const auto isSign = [](Vector v) { return hn::Or(is(v, 0x83), is(v, 0x86)); };
+    const Bits points = pointLeads << 1 & bitsWhere(isPoint, block.bytes);
+    pairs.trails |= points;
+    pairs.joiningLeads = (points | (lowTrails & ~bitsWhere(isSign, block.bytes))) >> 1;
+  }
+  pairs.unknown = notAscii & ~(pairs.trails | pairs.trails >> 1);
+  return pairs;
+}
+
+Decision decide(const ByteTable& table, Words words, const Block& block) {
+  const Bits notAscii = bitsWhere([](Vector v) { return hn::Gt(v, hn::Set(Tag(), 0x7F)); }, block.bytes);
+  const Pairs pairs = notAscii != 0 ? pairsOf(block, notAscii) : Pairs();
+  const Bits characters = ~notAscii | pairs.letterTrails;  // the last bytes of what may be converted
+  const Bits alone = ~(pairs.joiningLeads >> 1);
+  const Bits excepted =
+      characters & bitsWhere([](Vector v) { return is(v, ByteTable::kNotInBlocks); }, block.mapped);
+  const Bits strange = pairs.unknown | excepted | (excepted & pairs.letterTrails) >> 1;
+  const auto known = static_cast<std::size_t>(std::countr_zero(strange));
+
+  Decision decision;
+  Bits selected = ~Bits{0};
+  if (words == Words::every) {
+    // The last known character may go with what follows it.
+    decision.settled = known == 0 ? 0 : known - 1;
+    if (decision.settled != 0 && (pairs.trails >> decision.settled & 1) != 0) --decision.settled;
+  } else {
+    const auto isSpace = [](Vector v) { return hn::Or(is(v, ' '), isBetween(v, '\t', '\r')); };
+    const auto isAlefToTav = [](Vector v) { return isBetween(v, 0x90, 0xAA); };
+    const Bits spaces = bitsWhere(isSpace, block.bytes) & bitsBelow(known);
+    decision.settled = kBlock - static_cast<std::size_t>(std::countl_zero(spaces));
+    const Bits inWords = ~spaces & bitsBelow(decision.settled);
+    const Bits latin = bitsWhere([](Vector v) { return isLatin(v); }, block.bytes) & alone & inWords;
+    const Bits hebrew = bitsWhere(isAlefToTav, block.bytes) & pairs.letterTrails & inWords;
+    const Bits source = table.sourceIsHebrew() ? hebrew : latin;
+    const Bits other = table.sourceIsHebrew() ? latin : hebrew;
+    selected = wordsWith(source, inWords) & (source | ~wordsWith(other, inWords));
+  }
+  const Bits different =
+      bitsWhere([](Vector v, Vector mapped) { return hn::Ne(v, mapped); }, block.bytes, block.mapped);
+  decision.converted = different & characters & alone & selected & bitsBelow(decision.settled);
+  decision.dropped = (decision.converted & pairs.letterTrails) >> 1;
+  return decision;
+}
+
+const std::uint8_t* bytesOf(const Bits& bits) {
+  return reinterpret_cast<const std::uint8_t*>(&bits);
+}
+
+/// What a part of the block becomes, byte for byte.
+template <typename D>
+hn::Vec<D> converted(D d, const Block& block, Bits converted, std::size_t place) {
+  const Bits part = converted >> place;
+  return hn::IfThenElse(hn::LoadMaskBits(d, bytesOf(part)), hn::Load(d, block.mapped.data() + place),
+                        hn::Load(d, block.bytes.data() + place));
+}
+
+/// Puts out a block none of whose bytes becomes two.
+std::size_t writeShrunk(const Block& block, const Decision& decision, std::uint8_t* output) {
+  const Tag d;
+  const Bits kept = bitsBelow(decision.settled) & ~decision.dropped;
+  std::size_t written = 0;
+  for (std::size_t place = 0; place < kBlock; place += hn::Lanes(d)) {
+    const Bits part = kept >> place;
+    const Vector bytes = converted(d, block, decision.converted, place);
+    written += hn::CompressBitsStore(bytes, bytesOf(part), d, output + written);
+  }
+  return written;
+}
+
+/// Puts out a block of which the bytes of `grown` become the last ones of Hebrew characters: before each of
+/// them comes the first one.
+std::size_t writeGrown(const Block& block, const Decision& decision, Bits grown, std::uint8_t* output) {
+  const hn::FixedTag<std::uint8_t, 16> d;
+  const auto nothing = hn::Set(d, kDropped);
+  std::size_t written = 0;
+  for (std::size_t place = 0; place < decision.settled; place += hn::Lanes(d)) {
+    const Bits grownHere = grown >> place;
+    const Bits settledHere = bitsBelow(decision.settled) >> place;
+    const auto bytes = hn::IfThenElse(hn::LoadMaskBits(d, bytesOf(settledHere)),
+                                      converted(d, block, decision.converted, place), nothing);
+    const auto leads =
+        hn::IfThenElse(hn::LoadMaskBits(d, bytesOf(grownHere)), hn::Set(d, kLetterLead), nothing);
+    for (const auto half : {hn::InterleaveLower(d, leads, bytes), hn::InterleaveUpper(d, leads, bytes)}) {
+      written += hn::CompressStore(half, hn::Ne(half, nothing), d, output + written);
+    }
+  }
+  return written;
+}
+
+BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_view text, char* output,
+                            std::size_t room) {
+  BlockProgress progress;
+  const Tag d;
+  auto* const out = reinterpret_cast<std::uint8_t*>(output);
+  while (text.size() - progress.read >= kBlock && room - progress.written >= kRoomOfBlock) {
+    Block block;
+    for (std::size_t place = 0; place < kBlock; place += hn::Lanes(d)) {
+      const Vector bytes =
+          hn::LoadU(d, reinterpret_cast<const std::uint8_t*>(text.data()) + progress.read + place);
+      hn::Store(bytes, d, block.bytes.data() + place);
+      hn::Store(applied(table, bytes), d, block.mapped.data() + place);
+    }
+    const Decision decision = decide(table, words, block);
+    if (decision.settled == 0) break;
+    const Bits grown =
+        decision.converted & bitsWhere([](Vector v) { return hn::Gt(v, hn::Set(Tag(), 0x7F)); }, block.mapped);
+    progress.written += grown == 0 ? writeShrunk(block, decision, out + progress.written)
+                                   : writeGrown(block, decision, grown, out + progress.written);
+    progress.read += decision.settled;
+    progress.changed = progress.changed || decision.converted != 0;
+  }
+  return progress;
+}
+
+std::size_t skipToLatin(std::string_view text, std::size_t from) {
+  const Tag d;
+  for (; from + hn::Lanes(d) <= text.size(); from += hn::Lanes(d)) {
+    const auto found = isLatin(hn::LoadU(d, reinterpret_cast<const std::uint8_t*>(text.data()) + from));
+    const std::intptr_t place = hn::FindFirstTrue(d, found);
+    if (place >= 0) return from + static_cast<std::size_t>(place);
+  }
+  return from;
+}
+
+#endif
+
+}  // namespace lexwend::simd::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace lexwend::simd {
+
+HWY_EXPORT(convertBlocks);
+HWY_EXPORT(skipToLatin);
+
+BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_view text, char* output,
+                            std::size_t room) {
+  return HWY_DYNAMIC_DISPATCH(convertBlocks)(table, words, text, output, room);
+}
+
+std::size_t skipToLatin(std::string_view text, std::size_t from) {
+  return HWY_DYNAMIC_DISPATCH(skipToLatin)(text, from);
+}
+
+}  // namespace lexwend::simd
+#endif
