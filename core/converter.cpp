@@ -118,7 +118,7 @@ void Converter::convertToken(std::string_view token, bool sourceIsHebrew, bool o
     const std::string_view character = reader.next();
     const bool isLookedUp =
         !onlySourceLetters || (sourceIsHebrew ? isHebrewLetter(character) : isLatinLetter(character));
-    const bool isWellFormed = utf8UnitAt(character, 0).scalar.has_value();
+    const bool isWellFormed = utf8UnitAt(character, 0).isWellFormed();
     const auto entry = isLookedUp && isWellFormed ? source.find(character) : source.end();
     output += entry == source.end() ? character : std::string_view(entry->second);
   }

@@ -24,6 +24,16 @@ bool joinsWhatPrecedes(std::string_view text, std::size_t begin) {
   return (scalarUnitAt(text, begin).facts & kJoinsBefore) != 0;
 }
 
+// The bytes of the ASCII character or the Hebrew letter at `position`, else 0.
+std::size_t lengthOfLone(std::string_view text, std::size_t position) {
+  if (position + 1 >= text.size()) return 0;
+  const auto first = static_cast<unsigned char>(text[position]);
+  const auto second = static_cast<unsigned char>(text[position + 1]);
+  const bool isPair = first == 0xD7;
+  if (first >= 0x80 && (!isPair || second < 0x90 || second > 0xAA)) return 0;
+  return isPair ? 2 : 1;
+}
+
 // A space, unless a Prepend takes it into its own character.
 bool partsWords(ScalarFacts facts, bool joined) {
   return (facts & kSpace) != 0 && (!joined || (facts & kControl) != 0);
@@ -36,14 +46,17 @@ std::size_t cutBetweenUnits(std::string_view begin) {
   if (begin.size() < kEnough) return 0;
   std::size_t position = begin.size() - kEnough;
   // A unit starts at every byte that is not a trail byte, and at the fourth of any row of bytes.
-  for (std::size_t skipped = 0; skipped < kLongestUnit - 1 && (begin[position] & '\xC0') == '\x80'; ++skipped) ++position;
+  for (std::size_t skipped = 0; skipped < kLongestUnit - 1 && (begin[position] & '\xC0') == '\x80'; ++skipped)
+    ++position;
   std::size_t cut = 0;
   ScalarFacts before = scalarUnitAt(begin, position).facts;
   position += scalarUnitAt(begin, position).length;
   while (position + kLongestUnit <= begin.size()) {
     const ScalarUnit unit = scalarUnitAt(begin, position);
-    const bool beforeNeedsIt = (unit.facts & kJoinsBefore) != 0 && (before & (kJoinsBefore | kJoinsAfter)) == 0;
-    const bool itNeedsBefore = (before & kJoinsAfter) != 0 && (unit.facts & (kJoinsBefore | kJoinsAfter)) == 0;
+    const bool beforeNeedsIt =
+        (unit.facts & kJoinsBefore) != 0 && (before & (kJoinsBefore | kJoinsAfter)) == 0;
+    const bool itNeedsBefore =
+        (before & kJoinsAfter) != 0 && (unit.facts & (kJoinsBefore | kJoinsAfter)) == 0;
     if (!beforeNeedsIt && !itNeedsBefore) cut = position;
     before = unit.facts;
     position += unit.length;
@@ -74,10 +87,9 @@ bool hasHebrewLetter(std::string_view text, std::size_t begin, std::size_t end) 
 
 bool hasLatinLetter(std::string_view text, std::size_t begin, std::size_t end) {
   const auto isLatin = [](char byte) { return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z'); };
-  for (; begin < end; ++begin) {
-    begin = simd::skipToLatin(text.substr(0, end), begin);
-    while (begin < end && !isLatin(text[begin])) ++begin;
-    if (begin < end && !joinsWhatFollows(text, begin) && !joinsWhatPrecedes(text, begin + 1)) return true;
+  for (std::size_t place = simd::skipToLatin(text.substr(0, end), begin); place < end; ++place) {
+    if (isLatin(text[place]) && !joinsWhatFollows(text, place) && !joinsWhatPrecedes(text, place + 1))
+      return true;
   }
   return false;
 }
@@ -103,24 +115,36 @@ std::size_t cutFor(Direction direction, std::string_view begin) {
 }
 
 bool PlainConverter::convert(std::string_view text, TextOutput& output) {
-  constexpr std::size_t kStretch = 32;  // bytes that are converted before blocks are tried again
+  // Blocks are tried again behind what they could not convert; the longer they fail, the later.
+  constexpr std::size_t kShortestPause = 32;
+  constexpr std::size_t kLongestPause = 4096;
+  std::size_t pause = kShortestPause;
+  std::size_t nextBlock = 0;
   output_ = &output;
   changed_ = false;
   for (std::size_t position = 0; position < text.size();) {
-    position = convertBlocks(text, position);
-    if (direction_.isUniform) {
-      position = convertStretch(text, position, std::min(position + kStretch, text.size()), Lookup::all);
-      continue;
+    if (position >= nextBlock) {
+      const std::size_t done = convertBlocks(text, position);
+      pause = done > position ? kShortestPause : std::min(2 * pause, kLongestPause);
+      nextBlock = done + pause;
+      position = done;
     }
-    const Word word = readWord(text, position);
-    convertStretch(text, position, word.end, lookupFor(word.letters));
-    const std::size_t length = scalarUnitAt(text, word.end).length;
-    keep(text.substr(word.end, length));
-    position = word.end + length;
+    position = direction_.isUniform
+                   ? convertStretch(text, position, std::min(nextBlock, text.size()), Lookup::all)
+                   : convertWord(text, position);
   }
   output.take({piece_.data(), used_});
   used_ = 0;
   return changed_;
+}
+
+// Converts a word, and puts out the white space that ends it. Returns how far it came.
+std::size_t PlainConverter::convertWord(std::string_view text, std::size_t begin) {
+  const Word word = readWord(text, begin);
+  convertStretch(text, begin, word.end, lookupFor(word.letters));
+  const std::size_t length = scalarUnitAt(text, word.end).length;
+  keep(text.substr(word.end, length));
+  return word.end + length;
 }
 
 // Reads up to the white space that ends the word, or the end of the text.
@@ -148,32 +172,60 @@ PlainConverter::Lookup PlainConverter::lookupFor(Letters letters) const {
 }
 
 // Converts from `begin` to `end`; in a uniform text up to where a character starts. Returns how far it came.
-std::size_t PlainConverter::convertStretch(std::string_view text, std::size_t begin, std::size_t end, Lookup lookup) {
+std::size_t PlainConverter::convertStretch(std::string_view text, std::size_t begin, std::size_t end,
+                                           Lookup lookup) {
   if (lookup == Lookup::none) {
     keep(text.substr(begin, end - begin));
     return end;
   }
   const ScalarFacts sourceLetter = direction_.sourceIsHebrew ? kHebrewLetter : kLatinLetter;
   bool joined = false;
-  ScalarUnit unit = scalarUnitAt(text, begin);
+  bool changed = false;
+  char* output = piece_.data() + used_;
+  const char* const full = piece_.data() + piece_.size() - kLongestUnit;
   while (begin < end || (joined && direction_.isUniform && begin < text.size())) {
-    const ScalarUnit next = scalarUnitAt(text, begin + unit.length);
-    const bool isCharacter = !joined && (next.facts & kJoinsBefore) == 0;
-    const bool isLookedUp = lookup == Lookup::all || (unit.facts & sourceLetter) != 0;
-    makeRoom(kLongestUnit);
-    const PlainTable::Entry* const entry =
-        isCharacter && isLookedUp && (unit.facts & kIllFormed) == 0 ? table_.find(unit.scalar) : nullptr;
-    if (entry != nullptr) {
-      std::memcpy(piece_.data() + used_, entry->bytes.data(), kLongestUnit);
-      used_ += entry->length;
-      changed_ = changed_ || entry->differs;
-    } else {
-      for (std::size_t place = 0; place < unit.length; ++place) piece_[used_++] = text[begin + place];
+    if (output > full) {
+      output_->take({piece_.data(), static_cast<std::size_t>(output - piece_.data())});
+      output = piece_.data();
     }
-    joined = (unit.facts & kJoinsAfter) != 0;
-    begin += unit.length;
-    unit = next;
+    if (lookup == Lookup::all && !joined) {
+      // Two neighbours that are both ASCII or Hebrew letters leave each other alone. Nearly all text is that.
+      std::size_t length = lengthOfLone(text, begin);
+      while (length != 0 && begin < end && output <= full) {
+        const std::size_t nextLength = lengthOfLone(text, begin + length);
+        if (nextLength == 0) break;
+        const PlainTable::Entry& entry =
+            table_.ofLastByte(static_cast<unsigned char>(text[begin + length - 1]));
+        std::memcpy(output, entry.bytes.data(), kLongestUnit);
+        output += entry.length;
+        changed = changed || entry.differs;
+        begin += length;
+        length = nextLength;
+      }
+      if (begin >= end || output > full) continue;
+    }
+    ScalarUnit unit = scalarUnitAt(text, begin);
+    do {
+      const ScalarUnit next = scalarUnitAt(text, begin + unit.length);
+      const bool isCharacter = !joined && (next.facts & kJoinsBefore) == 0 && (unit.facts & kIllFormed) == 0;
+      const bool isLookedUp = isCharacter && (lookup == Lookup::all || (unit.facts & sourceLetter) != 0);
+      if (const PlainTable::Entry* const entry = isLookedUp ? table_.find(unit.scalar) : nullptr) {
+        std::memcpy(output, entry->bytes.data(), kLongestUnit);
+        output += entry->length;
+        changed = changed || entry->differs;
+      } else if (text.size() - begin >= kLongestUnit) {
+        std::memcpy(output, text.data() + begin, kLongestUnit);  // faster than only the bytes of the unit
+        output += unit.length;
+      } else {
+        output = std::copy_n(text.data() + begin, unit.length, output);
+      }
+      joined = (unit.facts & kJoinsAfter) != 0;
+      begin += unit.length;
+      unit = next;
+    } while (begin < end && output <= full && (unit.facts & (kHebrewLetter | kLatinLetter)) == 0);
   }
+  used_ = static_cast<std::size_t>(output - piece_.data());
+  changed_ = changed_ || changed;
   return begin;
 }
 

@@ -61,6 +61,7 @@ class PlainConverter {
     Letters letters;
   };
 
+  std::size_t convertWord(std::string_view text, std::size_t begin);
   static Word readWord(std::string_view text, std::size_t begin);
   Lookup lookupFor(Letters letters) const;
   std::size_t convertStretch(std::string_view text, std::size_t begin, std::size_t end, Lookup lookup);

@@ -22,6 +22,10 @@ std::optional<std::uint8_t> byteOf(char32_t scalar) {
 
 PlainTable::PlainTable(const CharacterMap& map, bool sourceIsHebrew) : byteTable_(sourceIsHebrew) {
   entries_.reserve(map.size());
+  for (unsigned char byte = 0; byte < lastBytes_.size(); ++byte) {
+    const auto last = static_cast<char>(byte);
+    lastBytes_[byte] = byte < 0x80 ? Entry{{last}, 1, false} : Entry{{'\xD7', last}, 2, false};
+  }
   for (const auto& [key, value] : map) {
     const auto keyScalar = singleScalar(key);
     const auto valueScalar = singleScalar(value);
@@ -50,7 +54,9 @@ void PlainTable::add(char32_t key, char32_t value, std::string_view bytes) {
     longScalars_.emplace_back(key, place);  // a map is in scalar order
   }
   const auto source = byteOf(key);
-  if (!source || key == value) return;
+  if (!source) return;
+  lastBytes_[*source] = entry;
+  if (!entry.differs) return;
   // In a block towards Hebrew only ASCII changes, and may become two bytes; in one towards English two bytes
   // may become ASCII.
   const auto target = byteOf(value);
@@ -59,8 +65,9 @@ void PlainTable::add(char32_t key, char32_t value, std::string_view bytes) {
 }
 
 const PlainTable::Entry* PlainTable::findLong(char32_t scalar) const {
-  const auto entry = std::lower_bound(longScalars_.begin(), longScalars_.end(), scalar,
-                                      [](const auto& known, char32_t sought) { return known.first < sought; });
+  const auto entry =
+      std::lower_bound(longScalars_.begin(), longScalars_.end(), scalar,
+                       [](const auto& known, char32_t sought) { return known.first < sought; });
   return entry == longScalars_.end() || entry->first != scalar ? nullptr : &entries_[entry->second - 1U];
 }
 

@@ -16,8 +16,8 @@ namespace lexwend {
 ///
 /// A map is plain when each key and each value is one scalar, and neither joins its neighbours under
 /// conditions of its own nor is canonically equivalent to anything else. The maps of keyboards are. Then no
-/// text has to be cut into characters: a scalar is one exactly when the scalar before it is no Prepend and the
-/// one after it no Extend, ZWJ or SpacingMark. And a text is changed exactly when its bytes are.
+/// text has to be cut into characters: a scalar is one exactly when the scalar before it is no Prepend and
+/// the one after it no Extend, ZWJ or SpacingMark. And a text is changed exactly when its bytes are.
 class PlainTable {
  public:
   /// What a scalar becomes, in UTF-8.
@@ -34,9 +34,13 @@ class PlainTable {
 
   /// The entry of a scalar that is a character of its own; null when it has none.
   const Entry* find(char32_t scalar) const {
-    if (scalar < kShortScalars) return shortScalars_[scalar] == 0 ? nullptr : &entries_[shortScalars_[scalar] - 1U];
+    if (scalar < kShortScalars)
+      return shortScalars_[scalar] == 0 ? nullptr : &entries_[shortScalars_[scalar] - 1U];
     return findLong(scalar);
   }
+
+  /// What an ASCII character or a Hebrew letter becomes, by its last byte, when it is a character of its own.
+  const Entry& ofLastByte(unsigned char byte) const { return lastBytes_[byte]; }
 
   /// The same entries for whole blocks of bytes.
   const simd::ByteTable& byteTable() const { return byteTable_; }
@@ -50,6 +54,7 @@ class PlainTable {
   std::array<std::uint8_t, kShortScalars> shortScalars_{};  // 1 + the place in entries_, 0 for none
   std::vector<Entry> entries_;
   std::vector<std::pair<char32_t, std::uint8_t>> longScalars_;  // with the same places, ascending
+  std::array<Entry, 0xC0> lastBytes_{};
   simd::ByteTable byteTable_;
   bool isPlain_ = true;
 };

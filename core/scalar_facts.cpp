@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "core/scalar_facts.h"
 
-#include <array>
+#include <mutex>
 
 #include <unicode/uchar.h>
 #include <unicode/unorm2.h>
 
-#include "core/utf8.h"
-
 namespace lexwend {
 namespace {
-
-constexpr std::size_t kShortScalars = 0x800;  // those of one and two bytes: Latin to Arabic with their marks
 
 // A letter that may stand in an Indic conjunct; only later versions of Unicode join those.
 bool mayFormConjunct(UChar32 point) {
@@ -42,7 +38,8 @@ ScalarFacts lookUpFacts(char32_t scalar) {
       facts |= kControl;
       break;
     case U_GCB_OTHER:
-      if (!u_hasBinaryProperty(point, UCHAR_EXTENDED_PICTOGRAPHIC) && !mayFormConjunct(point)) facts |= kPlain;
+      if (!u_hasBinaryProperty(point, UCHAR_EXTENDED_PICTOGRAPHIC) && !mayFormConjunct(point))
+        facts |= kPlain;
       break;
     default:
       break;
@@ -54,42 +51,21 @@ ScalarFacts lookUpFacts(char32_t scalar) {
   return facts;
 }
 
-const std::array<ScalarFacts, kShortScalars>& shortFacts() {
-  static const auto kFacts = [] {
-    std::array<ScalarFacts, kShortScalars> facts{};
-    for (std::size_t scalar = 0; scalar < facts.size(); ++scalar) {
-      facts[scalar] = lookUpFacts(static_cast<char32_t>(scalar));
-    }
-    return facts;
-  }();
-  return kFacts;
-}
-
-ScalarUnit longUnitAt(std::string_view text, std::size_t position) {
-  const Utf8Unit unit = utf8UnitAt(text, position);
-  const auto length = static_cast<std::uint8_t>(unit.length);
-  if (!unit.scalar) return {0, length, kIllFormed};
-  return {*unit.scalar, length, scalarFacts(*unit.scalar)};
-}
-
 }  // namespace
 
-ScalarFacts scalarFacts(char32_t scalar) {
-  return scalar < kShortScalars ? shortFacts()[scalar] : lookUpFacts(scalar);
-}
+namespace scalar_facts {
 
-ScalarUnit scalarUnitAt(std::string_view text, std::size_t position) {
-  if (position >= text.size()) return {};
-  const auto first = static_cast<unsigned char>(text[position]);
-  if (first < 0x80) return {first, 1, shortFacts()[first]};
-  if (first >= 0xC2 && first <= 0xDF && position + 1 < text.size()) {
-    const auto second = static_cast<unsigned char>(text[position + 1]);
-    if ((second & 0xC0) == 0x80) {
-      const auto scalar = static_cast<char32_t>((first & 0x1F) << 6 | (second & 0x3F));
-      return {scalar, 2, shortFacts()[scalar]};
-    }
+constinit Pages pages{};
+
+void fill(std::size_t page) {
+  static std::mutex filling;
+  const std::lock_guard lock(filling);
+  if (pages.isFilled[page].load(std::memory_order_relaxed)) return;
+  for (std::size_t place = 0; place < Pages::kScalarsOfPage; ++place) {
+    pages.facts[page][place] = lookUpFacts(static_cast<char32_t>(page * Pages::kScalarsOfPage + place));
   }
-  return longUnitAt(text, position);
+  pages.isFilled[page].store(true, std::memory_order_release);
 }
 
+}  // namespace scalar_facts
 }  // namespace lexwend

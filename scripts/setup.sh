@@ -8,7 +8,7 @@
 # Written for the bash 3.2 of macOS too: no associative arrays, no mapfile.
 
 # To compile the agent and the command-line tools.
-packages_build="g++ cmake ninja-build pkg-config libicu-dev qt6-base-dev qt6-svg-dev libglib2.0-dev
+packages_build="g++ cmake ninja-build pkg-config libicu-dev libhwy-dev qt6-base-dev qt6-svg-dev libglib2.0-dev
   libxcb1-dev libxcb-xfixes0-dev libxcb-xinput-dev libxcb-xkb-dev libxcb-xtest0-dev
   libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev"
 

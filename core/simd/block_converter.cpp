@@ -33,7 +33,34 @@ using Bits = std::uint64_t;  // one for each byte of a block; the first byte has
 
 constexpr std::uint8_t kLetterLead = 0xD7;  // of U+05C0 to U+05FF: letters, and points 81, 82, 84, 85, 87
 constexpr std::uint8_t kPointLead = 0xD6;   // of U+0580 to U+05BF: points and accents 91 to BF, except BE
-constexpr std::uint8_t kDropped = 0xFF;     // stands for no byte at all
+
+/// For eight bytes, the places of those whose bit is set.
+using Shrink = std::array<std::uint8_t, 8>;
+alignas(64) constexpr auto kShrinks = [] {
+  std::array<Shrink, 256> shrinks{};
+  for (std::size_t kept = 0; kept < shrinks.size(); ++kept) {
+    std::size_t place = 0;
+    for (std::size_t byte = 0; byte < 8; ++byte) {
+      if ((kept >> byte & 1) != 0) shrinks[kept][place++] = static_cast<std::uint8_t>(byte);
+    }
+  }
+  return shrinks;
+}();
+
+/// For eight bytes, each with the lead of Hebrew letters before it, the places of those that are put out: all
+/// bytes, and the leads before those whose bit is set.
+using Growth = std::array<std::uint8_t, 16>;
+alignas(64) constexpr auto kGrowths = [] {
+  std::array<Growth, 256> growths{};
+  for (std::size_t grown = 0; grown < growths.size(); ++grown) {
+    std::size_t place = 0;
+    for (std::size_t byte = 0; byte < 8; ++byte) {
+      if ((grown >> byte & 1) != 0) growths[grown][place++] = static_cast<std::uint8_t>(2 * byte);
+      growths[grown][place++] = static_cast<std::uint8_t>(2 * byte + 1);
+    }
+  }
+  return growths;
+}();
 
 constexpr Bits bitsBelow(std::size_t place) {
   return place >= kBlock ? ~Bits{0} : (Bits{1} << place) - 1;
@@ -53,12 +80,13 @@ struct Decision {
 
 /// The truth of a question about each byte of a block.
 template <typename Question, typename... Bytes>
-Bits bitsWhere(Question question, const Bytes&... bytes) {
+HWY_INLINE Bits bitsWhere(Question question, const Bytes&... bytes) {
   const Tag d;
   Bits bits = 0;
   for (std::size_t place = 0; place < kBlock; place += hn::Lanes(d)) {
     Bits part = 0;
-    hn::StoreMaskBits(d, question(hn::Load(d, bytes.data() + place)...), reinterpret_cast<std::uint8_t*>(&part));
+    hn::StoreMaskBits(d, question(hn::Load(d, bytes.data() + place)...),
+                      reinterpret_cast<std::uint8_t*>(&part));
     bits |= part << place;
   }
   return bits;
@@ -66,6 +94,20 @@ Bits bitsWhere(Question question, const Bytes&... bytes) {
 
 auto is(Vector bytes, std::uint8_t byte) {
   return hn::Eq(bytes, hn::Set(Tag(), byte));
+}
+
+// Bytes of 80 and more are negative as signed ones, which every processor compares.
+auto isLess(Vector bytes, std::int8_t bound) {
+  const hn::RebindToSigned<Tag> d;
+  return hn::RebindMask(Tag(), hn::Lt(hn::BitCast(d, bytes), hn::Set(d, bound)));
+}
+
+auto isNotAscii(Vector bytes) {
+  return isLess(bytes, 0);
+}
+
+auto isTrail(Vector bytes) {
+  return isLess(bytes, -64);  // 80 to BF
 }
 
 auto isBetween(Vector bytes, std::uint8_t lowest, std::uint8_t highest) {
@@ -78,7 +120,7 @@ auto isLatin(Vector bytes) {
   return isBetween(hn::Or(bytes, hn::Set(Tag(), std::uint8_t{0x20})), 'a', 'z');
 }
 
-Vector applied(const ByteTable& table, Vector bytes) {
+HWY_INLINE Vector applied(const ByteTable& table, Vector bytes) {
   const Tag d;
   const Vector high = hn::ShiftRight<4>(bytes);
   const Vector low = hn::And(bytes, hn::Set(d, std::uint8_t{15}));
@@ -91,7 +133,7 @@ Vector applied(const ByteTable& table, Vector bytes) {
 }
 
 /// The words, runs of `inWords`, that hold a marked byte. Each must end within the block.
-Bits wordsWith(Bits marked, Bits inWords) {
+HWY_INLINE Bits wordsWith(Bits marked, Bits inWords) {
   // The sum carries from the first mark to behind the end of its word; from there the marks spread back.
   Bits found = marked | (inWords & ~(inWords + marked));
   for (unsigned step = 1; step < kBlock; step *= 2) {
@@ -103,24 +145,24 @@ Bits wordsWith(Bits marked, Bits inWords) {
 
 /// Which bytes of a block are what, where it holds more than ASCII.
 struct Pairs {
-  Bits letterTrails = 0;   // the second bytes of U+05C0 to U+05FF
-  Bits trails = 0;         // these, and the second bytes of points and accents
-  Bits joiningLeads = 0;   // the first bytes of points and accents
-  Bits unknown = 0;        // all that is neither ASCII nor one of these
+  Bits letterTrails = 0;  // the second bytes of U+05C0 to U+05FF
+  Bits trails = 0;        // these, and the second bytes of points and accents
+  Bits joiningLeads = 0;  // the first bytes of points and accents
+  Bits unknown = 0;       // all that is neither ASCII nor one of these
 };
 
-Pairs pairsOf(const Block& block, Bits notAscii) {
+HWY_INLINE Pairs pairsOf(const Block& block, Bits notAscii) {
   Pairs pairs;
   const Bits letterLeads = bitsWhere([](Vector v) { return is(v, kLetterLead); }, block.bytes);
   const Bits pointLeads = bitsWhere([](Vector v) { return is(v, kPointLead); }, block.bytes);
-  const Bits trails = bitsWhere([](Vector v) { return isBetween(v, 0x80, 0xBF); }, block.bytes);
+  const Bits trails = bitsWhere([](Vector v) { return isTrail(v); }, block.bytes);
   pairs.letterTrails = letterLeads << 1 & trails;
   pairs.trails = pairs.letterTrails;
   const Bits lowTrails =
-      pairs.letterTrails & bitsWhere([](Vector v) { return isBetween(v, 0x81, 0x87); }, block.bytes);
+      pairs.letterTrails & bitsWhere([](Vector v) { return isLess(v, -128 + 8); }, block.bytes);
   if ((pointLeads | lowTrails) != 0) {
     const auto isPoint = [](Vector v) { return hn::AndNot(is(v, 0xBE), isBetween(v, 0x91, 0xBF)); };
-    const auto isSign = [](Vector v) { return hn::Or(is(v, 0x83), is(v, 0x86)); };
+    const auto isSign = [](Vector v) { return hn::Or(hn::Or(is(v, 0x80), is(v, 0x83)), is(v, 0x86)); };
     const Bits points = pointLeads << 1 & bitsWhere(isPoint, block.bytes);
     pairs.trails |= points;
     pairs.joiningLeads = (points | (lowTrails & ~bitsWhere(isSign, block.bytes))) >> 1;
@@ -129,8 +171,8 @@ Pairs pairsOf(const Block& block, Bits notAscii) {
   return pairs;
 }
 
-Decision decide(const ByteTable& table, Words words, const Block& block) {
-  const Bits notAscii = bitsWhere([](Vector v) { return hn::Gt(v, hn::Set(Tag(), 0x7F)); }, block.bytes);
+HWY_INLINE Decision decide(const ByteTable& table, Words words, const Block& block) {
+  const Bits notAscii = bitsWhere([](Vector v) { return isNotAscii(v); }, block.bytes);
   const Pairs pairs = notAscii != 0 ? pairsOf(block, notAscii) : Pairs();
   const Bits characters = ~notAscii | pairs.letterTrails;  // the last bytes of what may be converted
   const Bits alone = ~(pairs.joiningLeads >> 1);
@@ -158,7 +200,7 @@ Decision decide(const ByteTable& table, Words words, const Block& block) {
     selected = wordsWith(source, inWords) & (source | ~wordsWith(other, inWords));
   }
   const Bits different =
-      bitsWhere([](Vector v, Vector mapped) { return hn::Ne(v, mapped); }, block.bytes, block.mapped);
+      ~bitsWhere([](Vector v, Vector mapped) { return hn::Eq(v, mapped); }, block.bytes, block.mapped);
   decision.converted = different & characters & alone & selected & bitsBelow(decision.settled);
   decision.dropped = (decision.converted & pairs.letterTrails) >> 1;
   return decision;
@@ -170,43 +212,53 @@ const std::uint8_t* bytesOf(const Bits& bits) {
 
 /// What a part of the block becomes, byte for byte.
 template <typename D>
-hn::Vec<D> converted(D d, const Block& block, Bits converted, std::size_t place) {
+HWY_INLINE hn::Vec<D> converted(D d, const Block& block, Bits converted, std::size_t place) {
   const Bits part = converted >> place;
   return hn::IfThenElse(hn::LoadMaskBits(d, bytesOf(part)), hn::Load(d, block.mapped.data() + place),
                         hn::Load(d, block.bytes.data() + place));
 }
 
-/// Puts out a block none of whose bytes becomes two.
-std::size_t writeShrunk(const Block& block, const Decision& decision, std::uint8_t* output) {
+/// Puts out a block none of whose bytes becomes two. Writes up to a block more than it answers.
+HWY_INLINE std::size_t writeShrunk(const Block& block, const Decision& decision, std::uint8_t* output) {
   const Tag d;
-  const Bits kept = bitsBelow(decision.settled) & ~decision.dropped;
-  std::size_t written = 0;
+  alignas(kBlock) std::array<std::uint8_t, kBlock> bytes;
+  std::uint8_t* const whole = decision.dropped == 0 ? output : bytes.data();
   for (std::size_t place = 0; place < kBlock; place += hn::Lanes(d)) {
-    const Bits part = kept >> place;
-    const Vector bytes = converted(d, block, decision.converted, place);
-    written += hn::CompressBitsStore(bytes, bytesOf(part), d, output + written);
+    hn::StoreU(converted(d, block, decision.converted, place), d, whole + place);
+  }
+  if (decision.dropped == 0) return decision.settled;
+  const Bits kept = bitsBelow(decision.settled) & ~decision.dropped;
+  const hn::FixedTag<std::uint8_t, 8> eight;
+  std::size_t written = 0;
+  for (std::size_t place = 0; place < kBlock; place += 8) {
+    const auto keptHere = static_cast<std::uint8_t>(kept >> place);
+    const auto places = hn::Load(eight, kShrinks[keptHere].data());
+    hn::StoreU(hn::TableLookupBytes(hn::Load(eight, bytes.data() + place), places), eight, output + written);
+    written += static_cast<std::size_t>(std::popcount(keptHere));
   }
   return written;
 }
 
 /// Puts out a block of which the bytes of `grown` become the last ones of Hebrew characters: before each of
-/// them comes the first one.
-std::size_t writeGrown(const Block& block, const Decision& decision, Bits grown, std::uint8_t* output) {
+/// them comes the first one. Writes up to sixteen bytes more than it answers.
+HWY_INLINE std::size_t writeGrown(const Block& block, const Decision& decision, Bits grown,
+                                  std::uint8_t* output) {
   const hn::FixedTag<std::uint8_t, 16> d;
-  const auto nothing = hn::Set(d, kDropped);
+  const auto leads = hn::Set(d, kLetterLead);
   std::size_t written = 0;
-  for (std::size_t place = 0; place < decision.settled; place += hn::Lanes(d)) {
-    const Bits grownHere = grown >> place;
-    const Bits settledHere = bitsBelow(decision.settled) >> place;
-    const auto bytes = hn::IfThenElse(hn::LoadMaskBits(d, bytesOf(settledHere)),
-                                      converted(d, block, decision.converted, place), nothing);
-    const auto leads =
-        hn::IfThenElse(hn::LoadMaskBits(d, bytesOf(grownHere)), hn::Set(d, kLetterLead), nothing);
-    for (const auto half : {hn::InterleaveLower(d, leads, bytes), hn::InterleaveUpper(d, leads, bytes)}) {
-      written += hn::CompressStore(half, hn::Ne(half, nothing), d, output + written);
+  for (std::size_t place = 0; place < decision.settled; place += 16) {
+    const auto bytes = converted(d, block, decision.converted, place);
+    auto pairs = hn::InterleaveLower(d, leads, bytes);
+    for (const std::size_t half : {place, place + 8}) {
+      const auto grownHere = static_cast<std::uint8_t>(grown >> half);
+      hn::StoreU(hn::TableLookupBytes(pairs, hn::Load(d, kGrowths[grownHere].data())), d, output + written);
+      written += 8U + static_cast<std::size_t>(std::popcount(grownHere));
+      pairs = hn::InterleaveUpper(d, leads, bytes);
     }
   }
-  return written;
+  // What stands behind the settled bytes was put out too.
+  const std::size_t put = (decision.settled + 15) / 16 * 16;
+  return written - (put - decision.settled);
 }
 
 BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_view text, char* output,
@@ -224,8 +276,7 @@ BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_vie
     }
     const Decision decision = decide(table, words, block);
     if (decision.settled == 0) break;
-    const Bits grown =
-        decision.converted & bitsWhere([](Vector v) { return hn::Gt(v, hn::Set(Tag(), 0x7F)); }, block.mapped);
+    const Bits grown = decision.converted & bitsWhere([](Vector v) { return isNotAscii(v); }, block.mapped);
     progress.written += grown == 0 ? writeShrunk(block, decision, out + progress.written)
                                    : writeGrown(block, decision, grown, out + progress.written);
     progress.read += decision.settled;
@@ -236,10 +287,13 @@ BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_vie
 
 std::size_t skipToLatin(std::string_view text, std::size_t from) {
   const Tag d;
-  for (; from + hn::Lanes(d) <= text.size(); from += hn::Lanes(d)) {
-    const auto found = isLatin(hn::LoadU(d, reinterpret_cast<const std::uint8_t*>(text.data()) + from));
-    const std::intptr_t place = hn::FindFirstTrue(d, found);
-    if (place >= 0) return from + static_cast<std::size_t>(place);
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  for (; from + kBlock <= text.size(); from += kBlock) {
+    auto found = isLatin(hn::LoadU(d, bytes + from));
+    for (std::size_t place = hn::Lanes(d); place < kBlock; place += hn::Lanes(d)) {
+      found = hn::Or(found, isLatin(hn::LoadU(d, bytes + from + place)));
+    }
+    if (!hn::AllFalse(d, found)) break;
   }
   return from;
 }

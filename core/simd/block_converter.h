@@ -8,13 +8,15 @@
 
 namespace lexwend::simd {
 
-/// One direction of a map in the form that vectors look up: the bytes 00 to 7F stand for the ASCII characters,
-/// 80 to BF, the last bytes of U+05C0 to U+05FF, for those.
+/// One direction of a map in the form that vectors look up: the bytes 00 to 7F stand for the ASCII
+/// characters, 80 to BF, the last bytes of U+05C0 to U+05FF, for those.
 class ByteTable {
  public:
-  static constexpr std::uint8_t kNotInBlocks = 0xFF;  ///< What a byte becomes that only the plain way converts.
+  static constexpr std::uint8_t kNotInBlocks =
+      0xFF;  ///< What a byte becomes that only the plain way converts.
 
-  /// The sixteen bytes whose upper half is `high`: what each differs by from what it becomes, 0 when it stays.
+  /// The sixteen bytes whose upper half is `high`: what each differs by from what it becomes, 0 when it
+  /// stays.
   struct Row {
     alignas(16) std::array<std::uint8_t, 16> differences{};
     std::uint8_t high = 0;
@@ -47,8 +49,9 @@ struct BlockProgress {
   bool changed = false;     ///< Whether the two differ.
 };
 
-constexpr std::size_t kBlock = 64;                   ///< What is read at once, in bytes.
-constexpr std::size_t kRoomOfBlock = 2 * kBlock + 64;  ///< What a block may need: its bytes, and room to scribble.
+constexpr std::size_t kBlock = 64;  ///< What is read at once, in bytes.
+constexpr std::size_t kRoomOfBlock =
+    2 * kBlock + 64;  ///< What a block may need: its bytes, and room to scribble.
 
 /// Converts from the start of a text as far as it is made of ASCII, Hebrew letters, points and accents, whole
 /// blocks of it, and while `room` holds what a block may need. It stops early at everything else; the caller
@@ -59,8 +62,8 @@ constexpr std::size_t kRoomOfBlock = 2 * kBlock + 64;  ///< What a block may nee
 BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_view text, char* output,
                             std::size_t room);
 
-/// A place at `from` or behind it that no byte A to Z or a to z stands before: at the first of them, or less
-/// than a vector's length before the end, where the caller looks for itself. Without vectors it is `from`.
+/// A place at `from` or behind it that no byte A to Z or a to z stands before, and a block behind which one
+/// does, or the text ends. Without vectors it is `from`.
 std::size_t skipToLatin(std::string_view text, std::size_t from);
 
 }  // namespace lexwend::simd
