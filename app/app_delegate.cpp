@@ -40,7 +40,7 @@ std::shared_ptr<AppDelegate> AppDelegate::create(HotKeyCenter& hotKeyCenter) {
 
 AppDelegate::AppDelegate(HotKeyCenter& hotKeyCenter)
     : hotKeyCenter_(hotKeyCenter),
-      layoutMap_(LayoutMap::build(InputSources::layoutQueries())),
+      layoutMap_(LayoutMap::build(InputSources::keyTables())),
       fixItem_(platform::statusBar().makeMenuItem()),
       changeKeyItem_(platform::statusBar().makeMenuItem()),
       switchItem_(platform::statusBar().makeMenuItem()),
@@ -111,8 +111,8 @@ void AppDelegate::refreshMenuState() {
 
 bool AppDelegate::registerHotKey() {
   hotKeyCenter_.unregisterAll();
-  const std::uint32_t code = Settings::hotKeyCode();
-  const std::uint32_t modifiers = Settings::hotKeyModifiers();
+  const platform::KeyCode code = Settings::hotKeyCode();
+  const platform::Modifiers modifiers = Settings::hotKeyModifiers();
   const bool ok = hotKeyCenter_.registerHotKey(code, modifiers, [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->performFix();
   });
@@ -121,8 +121,8 @@ bool AppDelegate::registerHotKey() {
 }
 
 void AppDelegate::changeHotKey() {
-  const std::uint32_t previousCode = Settings::hotKeyCode();
-  const std::uint32_t previousModifiers = Settings::hotKeyModifiers();
+  const platform::KeyCode previousCode = Settings::hotKeyCode();
+  const platform::Modifiers previousModifiers = Settings::hotKeyModifiers();
   // So that pressing the current combination inside the recorder does not start a fix.
   hotKeyCenter_.unregisterAll();
   recorder_ = HotKeyRecorderWindowController::create(
@@ -132,7 +132,8 @@ void AppDelegate::changeHotKey() {
   recorder_->present();
 }
 
-void AppDelegate::recorderDone(bool saved, std::uint32_t previousCode, std::uint32_t previousModifiers) {
+void AppDelegate::recorderDone(bool saved, platform::KeyCode previousCode,
+                               platform::Modifiers previousModifiers) {
   const auto doneRecorder = recorder_;
   const bool ok = registerHotKey();
   if (saved && !ok) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include "core/layout_map.h"
 #include "hotkey/hot_key_center.h"
 #include "hotkey/hot_key_recorder.h"
+#include "platform/keys.h"
 #include "platform/run_loop.h"
 #include "platform/status_item.h"
 
@@ -45,7 +45,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   void refreshMenuState();
   bool registerHotKey();
   void changeHotKey();
-  void recorderDone(bool saved, std::uint32_t previousCode, std::uint32_t previousModifiers);
+  void recorderDone(bool saved, platform::KeyCode previousCode, platform::Modifiers previousModifiers);
   void toggleSwitchLayout();
   void toggleCompat();
   /// The status item; fatal before setupStatusItem() and where the system gave none.

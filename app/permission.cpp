@@ -51,7 +51,7 @@ void AppDelegate::didWake() {
 }
 
 void AppDelegate::enabledLayoutsChanged() {
-  layoutMap_ = LayoutMap::build(InputSources::layoutQueries());
+  layoutMap_ = LayoutMap::build(InputSources::keyTables());
   refreshMenuState();
 }
 

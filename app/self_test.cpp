@@ -83,7 +83,7 @@ void printConversions(std::ostream& out, const LayoutMap& map) {
 }  // namespace
 
 void run(std::ostream& out) {
-  report(out, LayoutMap::build(InputSources::layoutQueries()));
+  report(out, LayoutMap::build(InputSources::keyTables()));
 }
 
 void report(std::ostream& out, const LayoutMap& map) {

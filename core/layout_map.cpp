@@ -89,64 +89,59 @@ bool isMappable(const std::string& text) {
   return (category & kUnmappable) == 0;
 }
 
-// What a key types in both layouts; null for a layout whose table has no entry for it.
+// What a key types in both layouts.
 struct Key {
-  const KeyChars* latin;
-  const KeyChars* hebrew;
+  KeyChars latin;
+  KeyChars hebrew;
 };
 
-Key keyIn(const KeyTable& latin, const KeyTable& hebrew, int keyCode) {
-  const auto latinEntry = latin.find(keyCode);
-  const auto hebrewEntry = hebrew.find(keyCode);
-  return {latinEntry == latin.end() ? nullptr : &latinEntry->second,
-          hebrewEntry == hebrew.end() ? nullptr : &hebrewEntry->second};
+// The character keys that stand in both tables, ascending.
+std::vector<Key> keysOf(const KeyTables& tables) {
+  std::vector<Key> keys;
+  for (const int keyCode : LayoutMap::keyCodes()) {
+    const auto latin = tables.latin->find(keyCode);
+    const auto hebrew = tables.hebrew->find(keyCode);
+    if (latin != tables.latin->end() && hebrew != tables.hebrew->end()) {
+      keys.push_back({latin->second, hebrew->second});
+    }
+  }
+  return keys;
 }
 
 // Every insertion leaves an existing entry alone, so that the unshifted pairings win over the shifted ones
 // and the lower key code wins within each.
-void pairPlainCharacters(const KeyTable& latin, const KeyTable& hebrew, LayoutMap& map) {
-  for (const int keyCode : LayoutMap::keyCodes()) {
-    const Key key = keyIn(latin, hebrew, keyCode);
-    if (key.latin == nullptr || key.hebrew == nullptr || !isMappable(key.latin->plain) ||
-        !isMappable(key.hebrew->plain)) {
-      continue;
-    }
-    map.toHebrew.try_emplace(key.latin->plain, key.hebrew->plain);
-    map.toEnglish.try_emplace(key.hebrew->plain, key.latin->plain);
+void pairPlainCharacters(const std::vector<Key>& keys, LayoutMap& map) {
+  for (const Key& key : keys) {
+    if (!isMappable(key.latin.plain) || !isMappable(key.hebrew.plain)) continue;
+    map.toHebrew.try_emplace(key.latin.plain, key.hebrew.plain);
+    map.toEnglish.try_emplace(key.hebrew.plain, key.latin.plain);
   }
 }
 
-void pairShiftedCharacters(const KeyTable& latin, const KeyTable& hebrew, LayoutMap& map) {
-  for (const int keyCode : LayoutMap::keyCodes()) {
-    const Key key = keyIn(latin, hebrew, keyCode);
-    if (key.latin == nullptr || key.hebrew == nullptr || !isMappable(key.latin->shifted)) continue;
-    const std::string& typed = key.latin->shifted;
+void pairShiftedCharacters(const std::vector<Key>& keys, LayoutMap& map) {
+  for (const Key& key : keys) {
+    const std::string& typed = key.latin.shifted;
+    if (!isMappable(typed)) continue;
     if (isLetterCharacter(typed)) {
       // A capital means the letter of its key, whatever the Hebrew layout types there with Shift; no Hebrew
       // character leads back to a capital.
-      if (isMappable(key.hebrew->plain)) map.toHebrew.try_emplace(typed, key.hebrew->plain);
-    } else if (isMappable(key.hebrew->shifted)) {
-      map.toHebrew.try_emplace(typed, key.hebrew->shifted);
-      map.toEnglish.try_emplace(key.hebrew->shifted, typed);
+      if (isMappable(key.hebrew.plain)) map.toHebrew.try_emplace(typed, key.hebrew.plain);
+    } else if (isMappable(key.hebrew.shifted)) {
+      map.toHebrew.try_emplace(typed, key.hebrew.shifted);
+      map.toEnglish.try_emplace(key.hebrew.shifted, typed);
     }
   }
 }
 
 }  // namespace
 
-LayoutMap LayoutMap::build(const LayoutQueries& queries) {
-  const LayoutQueries::Layout latinLayout = queries.keyboardLayout("en");
-  if (!latinLayout) return fallback();
-  const LayoutQueries::Layout hebrewLayout = queries.keyboardLayout("he");
-  if (!hebrewLayout) return fallback();
-  const auto latin = queries.keyTable(latinLayout);
-  if (!latin) return fallback();
-  const auto hebrew = queries.keyTable(hebrewLayout);
-  if (!hebrew) return fallback();
+LayoutMap LayoutMap::build(const KeyTables& tables) {
+  if (!tables.latin || !tables.hebrew) return fallback();
   LayoutMap map;
   map.builtFromSystem = true;
-  pairPlainCharacters(*latin, *hebrew, map);
-  pairShiftedCharacters(*latin, *hebrew, map);
+  const std::vector<Key> keys = keysOf(tables);
+  pairPlainCharacters(keys, map);
+  pairShiftedCharacters(keys, map);
   return map;
 }
 

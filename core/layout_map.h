@@ -4,10 +4,8 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace lexwend {
@@ -24,20 +22,11 @@ struct KeyChars {
 /// Virtual key code (of a Macintosh keyboard, as in Carbon's Events.h) to what the key types.
 using KeyTable = std::map<int, KeyChars>;
 
-/// The two questions that building a map asks about the keyboard layouts that the user has enabled.
-class LayoutQueries {
- public:
-  /// One enabled layout, known only to the implementation; null stands for none.
-  using Layout = std::shared_ptr<const void>;
-
-  virtual ~LayoutQueries() = default;
-
-  /// The enabled layout for a language code ("en", "he"), null when there is none.
-  virtual Layout keyboardLayout(std::string_view language) const = 0;
-
-  /// What every key of a layout types, at least for `LayoutMap::keyCodes`. None when the layout carries no
-  /// such data; an empty table is an answer of its own.
-  virtual std::optional<KeyTable> keyTable(const Layout& layout) const = 0;
+/// What the keys of the enabled layouts type, at least those of `LayoutMap::keyCodes`. None for a language
+/// without an enabled layout and for a layout without such data; an empty table is an answer of its own.
+struct KeyTables {
+  std::optional<KeyTable> latin;   ///< Of the layout for "en".
+  std::optional<KeyTable> hebrew;  ///< Of the layout for "he".
 };
 
 /// Character to string, both UTF-8. Iteration is in scalar order, which is the byte order of UTF-8.
@@ -55,9 +44,9 @@ class LayoutMap {
   CharacterMap toEnglish;  ///< A character of the Hebrew layout to what the Latin layout types on its key.
   bool builtFromSystem = false;  ///< From the enabled layouts; false means from the built-in table.
 
-  /// The maps of the enabled layouts, or `fallback()` when a layout for "en" or "he" or its key table is
-  /// missing. Maps that come out empty are no reason for the fallback.
-  static LayoutMap build(const LayoutQueries& queries);
+  /// The maps of two layouts, or `fallback()` when a key table is missing. Maps that come out empty are no
+  /// reason for the fallback.
+  static LayoutMap build(const KeyTables& tables);
 
   /// The maps of the built-in table: the US layout and the Hebrew one of SI-1452 as macOS has it.
   static LayoutMap fallback();

@@ -15,19 +15,14 @@ namespace {
 /// The agent's own four-character code, "TKVR".
 constexpr std::uint32_t kSignature = 0x544B5652;
 
-constexpr std::uint32_t kReturnKeyCode = 36;
-constexpr std::uint32_t kTabKeyCode = 48;
-constexpr std::uint32_t kSpaceKeyCode = 49;
-constexpr std::uint32_t kDeleteKeyCode = 51;
-
-std::string keyName(std::uint32_t keyCode) {
+std::string keyName(platform::KeyCode keyCode) {
   if (const auto name = functionKeyName(keyCode)) return std::string(*name);
-  if (keyCode == kReturnKeyCode) return "↩";
-  if (keyCode == kTabKeyCode) return "⇥";
-  if (keyCode == kSpaceKeyCode) return " ";
-  if (keyCode == kDeleteKeyCode) return "⌫";
-  if (const auto character = LayoutMap::usCharacter(keyCode)) return uppercased(*character);
-  return "מקש " + std::to_string(keyCode);
+  if (keyCode == platform::kKeyReturn) return "↩";
+  if (keyCode == platform::kKeyTab) return "⇥";
+  if (keyCode == platform::kKeySpace) return " ";
+  if (keyCode == platform::kKeyDelete) return "⌫";
+  if (const auto character = LayoutMap::usCharacter(number(keyCode))) return uppercased(*character);
+  return "מקש " + std::to_string(number(keyCode));
 }
 
 }  // namespace
@@ -38,7 +33,7 @@ HotKeyCenter& HotKeyCenter::shared() {
   return *kShared;
 }
 
-bool HotKeyCenter::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, Action action) {
+bool HotKeyCenter::registerHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers, Action action) {
   installIfNeeded();
 
   const std::uint32_t id = nextId_;
@@ -60,12 +55,12 @@ void HotKeyCenter::unregisterAll() {
   actions_->clear();
 }
 
-std::string HotKeyCenter::displayName(std::uint32_t keyCode, std::uint32_t modifiers) {
+std::string HotKeyCenter::displayName(platform::KeyCode keyCode, platform::Modifiers modifiers) {
   std::string name;
-  if ((modifiers & platform::kControlKey) != 0) name += "⌃";
-  if ((modifiers & platform::kOptionKey) != 0) name += "⌥";
-  if ((modifiers & platform::kShiftKey) != 0) name += "⇧";
-  if ((modifiers & platform::kCmdKey) != 0) name += "⌘";
+  if (overlap(modifiers, platform::kControlKey)) name += "⌃";
+  if (overlap(modifiers, platform::kOptionKey)) name += "⌥";
+  if (overlap(modifiers, platform::kShiftKey)) name += "⇧";
+  if (overlap(modifiers, platform::kCmdKey)) name += "⌘";
   return name + keyName(keyCode);
 }
 

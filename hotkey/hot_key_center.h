@@ -12,8 +12,8 @@
 namespace lexwend {
 
 /// The system-wide hot keys of this process: registers combinations, runs the action of the one that is
-/// pressed, and names combinations for the user. A combination is a macOS virtual key code and a Carbon
-/// modifier mask. Main thread only; an action runs there, inside the system's event dispatch, and may call
+/// pressed, and names combinations for the user. Main
+/// thread only; an action runs there, inside the system's event dispatch, and may call
 /// back.
 class HotKeyCenter {
  public:
@@ -29,14 +29,14 @@ class HotKeyCenter {
   /// False when the system refuses, because some program holds the combination or it is none at all. Every
   /// call takes a fresh id, refused ones included; running out of ids is fatal. Nothing is reported here:
   /// the caller does.
-  bool registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, Action action);
+  bool registerHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers, Action action);
 
   /// Gives back every registration and forgets all actions. Ids go on counting.
   void unregisterAll();
 
   /// The symbols of Control, Option, Shift and Command in this order, then the name of the key; nothing in
   /// between. Other bits of the mask add nothing.
-  static std::string displayName(std::uint32_t keyCode, std::uint32_t modifiers);
+  static std::string displayName(platform::KeyCode keyCode, platform::Modifiers modifiers);
 
  private:
   using Actions = std::map<std::uint32_t, Action>;

@@ -8,7 +8,6 @@
 #include "hotkey/function_keys.h"
 #include "hotkey/hot_key_center.h"
 #include "platform/application.h"
-#include "platform/hot_key_service.h"
 #include "support/settings.h"
 
 namespace lexwend {
@@ -16,16 +15,8 @@ namespace {
 
 using platform::ColorRole;
 
-constexpr std::uint32_t kReturnKeyCode = 36;
-constexpr std::uint32_t kEscapeKeyCode = 53;
-
-/// The modifiers that make up a combination. Caps lock, function and the other flags of an event do not
-/// count.
-constexpr platform::EventFlags kCombinationFlags = platform::kEventFlagShift | platform::kEventFlagControl |
-                                                   platform::kEventFlagOption | platform::kEventFlagCommand;
-
 /// With one of these a key types nothing, so taking it away from all applications does little harm.
-constexpr std::uint32_t kNonTypingModifiers =
+constexpr platform::Modifiers kNonTypingModifiers =
     platform::kCmdKey | platform::kOptionKey | platform::kControlKey;
 
 /// The shortcuts that every application uses, by display name: so only the exact combination is meant.
@@ -85,15 +76,6 @@ platform::RecorderWindowLook look() {
   return look;
 }
 
-std::uint32_t carbonModifiers(platform::EventFlags flags) {
-  std::uint32_t mask = 0;
-  if ((flags & platform::kEventFlagCommand) != 0) mask |= platform::kCmdKey;
-  if ((flags & platform::kEventFlagShift) != 0) mask |= platform::kShiftKey;
-  if ((flags & platform::kEventFlagOption) != 0) mask |= platform::kOptionKey;
-  if ((flags & platform::kEventFlagControl) != 0) mask |= platform::kControlKey;
-  return mask;
-}
-
 }  // namespace
 
 std::shared_ptr<HotKeyRecorderWindowController> HotKeyRecorderWindowController::create(Completion onDone) {
@@ -136,10 +118,11 @@ void HotKeyRecorderWindowController::present() {
 }
 
 platform::KeyDisposition HotKeyRecorderWindowController::keyDown(const platform::KeyDownEvent& event) {
-  const platform::EventFlags mods = event.modifierFlags & kCombinationFlags;
-  if (mods == 0 && event.keyCode == kEscapeKeyCode) {
+  // Caps lock, function and the other flags of an event do not count.
+  const platform::Modifiers mods = modifiersOf(event.modifierFlags);
+  if (mods == platform::kNoModifiers && event.keyCode == platform::kKeyEscape) {
     finish(false);
-  } else if (mods == 0 && event.keyCode == kReturnKeyCode) {
+  } else if (mods == platform::kNoModifiers && event.keyCode == platform::kKeyReturn) {
     save();
   } else {
     record(event.keyCode, mods);
@@ -147,26 +130,26 @@ platform::KeyDisposition HotKeyRecorderWindowController::keyDown(const platform:
   return platform::KeyDisposition::consumed;
 }
 
-void HotKeyRecorderWindowController::record(std::uint32_t code, platform::EventFlags flags) {
-  const std::uint32_t mask = carbonModifiers(flags);
-  const std::string name = HotKeyCenter::displayName(code, mask);
+void HotKeyRecorderWindowController::record(platform::KeyCode code, platform::Modifiers mods) {
+  const std::string name = HotKeyCenter::displayName(code, mods);
   window_->setCombination(name);
 
-  if (const auto error = validate(code, mask, name)) {
+  if (const auto error = validate(code, mods, name)) {
     window_->setMessage(*error, ColorRole::systemRed);
     window_->setSaveEnabled(false);
     recorded_.reset();
   } else {
     window_->setMessage(kValidMessage, ColorRole::secondaryLabel);
     window_->setSaveEnabled(true);
-    recorded_ = Combination{code, mask};
+    recorded_ = Combination{code, mods};
   }
 }
 
-std::optional<std::string> HotKeyRecorderWindowController::validate(std::uint32_t code, std::uint32_t mods,
+std::optional<std::string> HotKeyRecorderWindowController::validate(platform::KeyCode code,
+                                                                    platform::Modifiers mods,
                                                                     std::string_view name) {
   if (functionKeyName(code)) return std::nullopt;
-  if ((mods & kNonTypingModifiers) == 0) return std::string(kPlainKeyMessage);
+  if (!overlap(mods, kNonTypingModifiers)) return std::string(kPlainKeyMessage);
   if (std::find(kReserved.begin(), kReserved.end(), name) != kReserved.end()) {
     return "הצירוף " + std::string(name) + " שמור למערכת (העתקה, הדבקה, סגירה וכדומה). בחר צירוף אחר.";
   }

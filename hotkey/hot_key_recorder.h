@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -33,12 +32,13 @@ class HotKeyRecorderWindowController : public std::enable_shared_from_this<HotKe
 
   /// Nothing when the combination may be used, else why not, in the user's language. `name` is its display
   /// name.
-  static std::optional<std::string> validate(std::uint32_t code, std::uint32_t mods, std::string_view name);
+  static std::optional<std::string> validate(platform::KeyCode code, platform::Modifiers mods,
+                                             std::string_view name);
 
  private:
   struct Combination {
-    std::uint32_t code = 0;
-    std::uint32_t mods = 0;  ///< Carbon modifier mask
+    platform::KeyCode code;
+    platform::Modifiers mods;
   };
 
   explicit HotKeyRecorderWindowController(Completion onDone);
@@ -46,7 +46,7 @@ class HotKeyRecorderWindowController : public std::enable_shared_from_this<HotKe
   void buildUI();
   void showCurrent();
   platform::KeyDisposition keyDown(const platform::KeyDownEvent& event);
-  void record(std::uint32_t code, platform::EventFlags flags);
+  void record(platform::KeyCode code, platform::Modifiers mods);
   void save();
   void cancel();
   void windowWillClose();

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <memory>
 #include <utility>
 #include <variant>
 
@@ -19,8 +18,6 @@ using platform::InputSourceRef;
 
 constexpr int kFirstKeyCode = 0;
 constexpr int kLastKeyCode = 50;  // the main typing block; the keypad and the function keys lie above
-constexpr std::uint32_t kNoModifiers = 0;
-constexpr std::uint32_t kShift = 2;
 constexpr std::size_t kMaxTranslatedLength = 8;  // UTF-16 code units
 
 std::string stringProp(const InputSourceRef& source, InputSourceProperty key) {
@@ -44,18 +41,6 @@ std::string utf8FromUtf16(const std::u16string& units) {
   out.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
   return out;
 }
-
-class SystemLayoutQueries final : public LayoutQueries {
- public:
-  Layout keyboardLayout(std::string_view language) const override {
-    auto layout = InputSources::keyboardLayout(language);
-    if (!layout) return nullptr;
-    return std::make_shared<const KeyboardLayout>(std::move(*layout));
-  }
-  std::optional<KeyTable> keyTable(const Layout& layout) const override {
-    return InputSources::keyTable(*static_cast<const KeyboardLayout*>(layout.get()));
-  }
-};
 
 }  // namespace
 
@@ -101,22 +86,22 @@ std::optional<KeyTable> keyTable(const KeyboardLayout& layout) {
   KeyTable table;
   if ((*data)->empty()) return table;
   for (int keyCode = kFirstKeyCode; keyCode <= kLastKeyCode; ++keyCode) {
-    std::string plain = translate(**data, keyCode, kNoModifiers);
-    std::string shifted = translate(**data, keyCode, kShift);
+    std::string plain = translate(**data, keyCode, platform::kNoModifiers);
+    std::string shifted = translate(**data, keyCode, platform::kShiftKey);
     table[keyCode] = KeyChars{std::move(plain), std::move(shifted)};
   }
   return table;
 }
 
-std::string translate(const platform::KeyLayoutData& data, int keyCode, std::uint32_t modifierState) {
+std::string translate(const platform::KeyLayoutData& data, int keyCode, platform::Modifiers modifiers) {
   if (keyCode < 0 || keyCode > std::numeric_limits<std::uint16_t>::max()) {
     fatal("a key code does not fit into 16 unsigned bits");
   }
   platform::InputSourceService& service = platform::inputSourceService();
   platform::KeyTranslation translation;
-  translation.keyCode = static_cast<std::uint16_t>(keyCode);
+  translation.keyCode = platform::KeyCode{static_cast<std::uint16_t>(keyCode)};
   translation.action = platform::KeyAction::down;
-  translation.modifierState = modifierState;
+  translation.modifiers = modifiers;
   translation.keyboardType = service.keyboardType();
   translation.options = 0;
   translation.maxLength = kMaxTranslatedLength;
@@ -137,9 +122,13 @@ bool currentLayoutIsHebrew() {
   return contains(arrayProp(source, InputSourceProperty::languages), "he");
 }
 
-const LayoutQueries& layoutQueries() {
-  static const SystemLayoutQueries kQueries;
-  return kQueries;
+KeyTables keyTables() {
+  KeyTables tables;
+  const auto latin = keyboardLayout("en");
+  const auto hebrew = latin ? keyboardLayout("he") : std::nullopt;
+  if (hebrew) tables.latin = keyTable(*latin);
+  if (tables.latin) tables.hebrew = keyTable(*hebrew);
+  return tables;
 }
 
 }  // namespace lexwend::InputSources

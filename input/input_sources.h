@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,9 +37,9 @@ std::optional<KeyboardLayout> keyboardLayout(std::string_view language);
 /// table when the data is empty.
 std::optional<KeyTable> keyTable(const KeyboardLayout& layout);
 
-/// UTF-8 text that one key types with a modifier state (Carbon mask shifted right by 8 bits). Empty for a
+/// UTF-8 text that one key types. Empty for a
 /// dead key, for a lone surrogate and on an error of the system. A key code outside of 0 to 65535 is fatal.
-std::string translate(const platform::KeyLayoutData& data, int keyCode, std::uint32_t modifierState);
+std::string translate(const platform::KeyLayoutData& data, int keyCode, platform::Modifiers modifiers);
 
 /// A property that is a list of strings; empty when it is absent or anything else.
 std::vector<std::string> arrayProp(const platform::InputSourceRef& source, platform::InputSourceProperty key);
@@ -48,8 +47,9 @@ std::vector<std::string> arrayProp(const platform::InputSourceRef& source, platf
 /// Whether the layout in use lists "he" among its languages; false when the system reports no layout.
 bool currentLayoutIsHebrew();
 
-/// The two questions of LayoutMap::build, answered by keyboardLayout() and keyTable().
-const LayoutQueries& layoutQueries();
+/// The key tables of the enabled layouts for "en" and "he". Where one of the two is missing, what is not yet
+/// read stays unread: no map is built then.
+KeyTables keyTables();
 
 }  // namespace InputSources
 }  // namespace lexwend

@@ -5,13 +5,9 @@
 #include <functional>
 #include <memory>
 
-namespace lexwend::platform {
+#include "platform/keys.h"
 
-/// Carbon modifier bits of a hot key.
-inline constexpr std::uint32_t kCmdKey = 0x0100;
-inline constexpr std::uint32_t kShiftKey = 0x0200;
-inline constexpr std::uint32_t kOptionKey = 0x0800;
-inline constexpr std::uint32_t kControlKey = 0x1000;
+namespace lexwend::platform {
 
 /// The system's status code; 0 (noErr) is success.
 using OSStatus = std::int32_t;
@@ -51,10 +47,9 @@ class HotKeyService {
   virtual ~HotKeyService() = default;
   /// Installs the handler of all hot keys of this process. Called once.
   virtual OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) = 0;
-  /// Key code and Carbon modifier mask as given. A host may refuse a combination that another program holds,
+  /// Key code and mask go to the system as given. A host may refuse a combination that another program holds,
   /// with a non-zero status, or let the key reach both.
-  virtual HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                            HotKeyID identity) = 0;
+  virtual HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) = 0;
   virtual OSStatus unregisterHotKey(const HotKeyRef& ref) = 0;
 };
 

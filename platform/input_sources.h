@@ -10,6 +10,8 @@
 #include <variant>
 #include <vector>
 
+#include "platform/keys.h"
+
 namespace lexwend::platform {
 
 /// One input source of the system. Opaque; alive as long as any copy of its reference.
@@ -49,12 +51,12 @@ struct InputSourceFilter {
 enum class KeyAction : std::uint16_t { down = 0 };
 
 struct KeyTranslation {
-  std::uint16_t keyCode = 0;  ///< macOS virtual key code
+  KeyCode keyCode{};  ///< a code of 16 bits; for any other the system reports an error
   KeyAction action = KeyAction::down;
-  std::uint32_t modifierState = 0;  ///< Carbon modifier mask shifted right by 8 bits: 2 is Shift
-  std::uint32_t keyboardType = 0;   ///< from keyboardType()
-  std::uint32_t options = 0;        ///< 0: dead keys are not suppressed
-  std::size_t maxLength = 0;        ///< room for the result, UTF-16 code units
+  Modifiers modifiers = kNoModifiers;
+  std::uint32_t keyboardType = 0;  ///< from keyboardType()
+  std::uint32_t options = 0;       ///< 0: dead keys are not suppressed
+  std::size_t maxLength = 0;       ///< room for the result, UTF-16 code units
 };
 
 /// The keyboard layouts of the user. Main thread only; no call blocks on another application.

@@ -4,15 +4,9 @@
 #include <cstdint>
 #include <memory>
 
-namespace lexwend::platform {
+#include "platform/keys.h"
 
-/// Modifier flags of a keyboard event, the bits of Quartz event flags.
-using EventFlags = std::uint64_t;
-inline constexpr EventFlags kEventFlagShift = 0x20000;
-inline constexpr EventFlags kEventFlagControl = 0x40000;
-inline constexpr EventFlags kEventFlagOption = 0x80000;
-inline constexpr EventFlags kEventFlagCommand = 0x100000;
-inline constexpr EventFlags kEventFlagSecondaryFn = 0x800000;
+namespace lexwend::platform {
 
 /// Which table of key states is asked or written.
 enum class EventSourceState : std::int32_t { combinedSession = 0, hidSystem = 1 };
@@ -35,7 +29,7 @@ class KeyEvent {
 };
 
 /// Simulated typing. Main thread only. A host plays the system's own copy and paste shortcuts for Command
-/// with the keys C (8) and V (9), whichever keys those are there.
+/// with kKeyC and kKeyV, whichever keys those are there.
 class KeyEvents {
  public:
   virtual ~KeyEvents() = default;
@@ -43,9 +37,9 @@ class KeyEvents {
   virtual EventFlags flagsState(EventSourceState state) = 0;
   /// Null when the system makes none.
   virtual EventSourceRef createSource(EventSourceState state) = 0;
-  /// A key event of a macOS virtual key code; null when it cannot be made, also when a shortcut sent to the
+  /// A key event; null when it cannot be made, also when a shortcut sent to the
   /// front application would do harm there (a terminal, say). A null source is allowed.
-  virtual std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, std::uint16_t keyCode,
+  virtual std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
                                                         bool keyDown) = 0;
   /// Posts the event; returns without waiting for the application to handle it.
   virtual void post(EventTap tap, const KeyEvent& event) = 0;

@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 
-#include "platform/key_events.h"
+#include "platform/keys.h"
 
 namespace lexwend::platform {
 
 /// A key pressed while a window of this application has the keyboard.
 struct KeyDownEvent {
-  std::uint16_t keyCode = 0;     ///< macOS virtual key code
-  EventFlags modifierFlags = 0;  ///< every flag of the event, caps lock and function included
+  KeyCode keyCode{};
+  EventFlags modifierFlags{};  ///< every flag of the event, caps lock and function included
 };
 /// What becomes of the event after the monitor saw it.
 enum class KeyDisposition { consumed, passedOn };

@@ -7,6 +7,7 @@
     everything but core -> platform/*.h
     platform/fake, platform/linux, platform/mac -> platform/*.h and their own folder
     tools -> core, input, platform/host.h
+    in platform/linux: the arrows of LINUX_ROOMS, which only the files of the folder itself may cross
 
 The rooms see the C++ standard library and ICU, core/simd the standard library and Highway, the contracts in platform/ the
 standard library alone; the host in memory, which is made for tests, may speak to GoogleTest. Only platform/linux and
@@ -33,7 +34,18 @@ ROOMS = {
     "app": {"app", "hotkey", "text", "input", "support", "core"},
     "tools": {"tools", "core", "input"},
 }
-POSIX = {"fcntl.h", "poll.h", "sys/mman.h", "sys/stat.h", "unistd.h"}
+# The rooms of the Linux host and what each may use beside itself.
+LINUX = "platform/linux"
+LINUX_ROOMS = {
+    "display": set(),
+    "session": set(),
+    "keyboard": {"display", "session"},
+    "clipboard": {"display"},
+    "accessibility": {"session"},
+    "tray": {"display", "session"},
+    "windows": {"tray", "keyboard", "display", "session"},
+}
+POSIX = {"dlfcn.h", "fcntl.h", "poll.h", "sys/stat.h", "unistd.h"}
 ICU_ROOMS = {"core", "support", "input", "text", "hotkey", "app"}
 HOSTS = {"platform/fake", "platform/linux", "platform/mac"}
 SYSTEM_HOSTS = {"platform/linux", "platform/mac"}
@@ -73,9 +85,29 @@ def room_of(path):
     return parts[0]
 
 
-def project_include_error(room, name):
-    """Why a file in room may not include the project's header name; None when it may."""
+def linux_room_of(path):
+    """The room of the Linux host in which a file stands; None for the files of the host's own folder and all others."""
+    parts = Path(path).parts
+    return parts[2] if "/".join(parts[:2]) == LINUX and len(parts) > 3 else None
+
+
+def linux_room_error(path, name):
+    """Why the file at path in the Linux host may not include the host's header name; None when it may."""
+    room, target = linux_room_of(path), linux_room_of(name)
+    if room is None or target == room:
+        return None
+    if room not in LINUX_ROOMS:
+        return f"{LINUX}/{room} is no room of the Linux host; give it a rule in scripts/check_layers.py"
+    if target is None:
+        return f"{room} is a room of the host and may not know the whole of it, {name}"
+    return None if target in LINUX_ROOMS[room] else f"the arrows in {LINUX} do not lead from {room} to {target}"
+
+
+def project_include_error(path, room, name):
+    """Why the file at path in room may not include the project's header name; None when it may."""
     target = room_of(name)
+    if room == LINUX and target == LINUX:
+        return linux_room_error(path, name)
     if target in FREE:
         return f"{room} includes from {target}/, which only tests may"
     if room in HOSTS:
@@ -114,12 +146,12 @@ def system_include_error(room, name):
     return f"{room} includes {library} only, not <{name}>"
 
 
-def include_error(room, quoted, angle):
+def include_error(path, room, quoted, angle):
     name = quoted or angle
     if name.split("/")[0] in FOLDERS and "/" in name:
         if ".." in name.split("/"):
             return f'"{name}" walks upwards; name the file from the root of the tree'
-        return project_include_error(room, name)
+        return project_include_error(path, room, name)
     if quoted and room not in HOSTS:
         return f'"{name}" does not start at the root of the tree'
     if quoted and ".." in name.split("/"):
@@ -140,12 +172,12 @@ def errors_of(path, text):
         if match and match["other"]:
             errors.append((number, "an include must name its file, not a macro"))
         elif match:
-            reason = include_error(room, match["quoted"], match["angle"])
+            reason = include_error(path, room, match["quoted"], match["angle"])
             if reason:
                 errors.append((number, reason))
         elif DIRECTIVE.match(line):
             for asked in HAS_INCLUDE.finditer(line):
-                reason = include_error(room, asked["quoted"], asked["angle"])
+                reason = include_error(path, room, asked["quoted"], asked["angle"])
                 if reason:
                     errors.append((number, reason))
             question = SYSTEM_QUESTION.search(line)

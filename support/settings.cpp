@@ -8,10 +8,8 @@
 namespace lexwend::Settings {
 namespace {
 
-constexpr std::uint32_t kDefaultHotKeyCode = 120;  // F2
-constexpr std::uint32_t kDefaultHotKeyModifiers = 0;
-
-std::uint32_t unsignedValue(std::string_view key, std::uint32_t defaultValue) {
+template <platform::KeyValue T>
+T keyValue(std::string_view key, T defaultValue) {
   const auto object = d().objectForKey(key);
   if (!object) return defaultValue;
   const auto* integer = std::get_if<std::int64_t>(&*object);
@@ -19,7 +17,7 @@ std::uint32_t unsignedValue(std::string_view key, std::uint32_t defaultValue) {
   if (*integer < 0 || *integer > std::numeric_limits<std::uint32_t>::max()) {
     fatal("a stored hot-key number does not fit into 32 unsigned bits");
   }
-  return static_cast<std::uint32_t>(*integer);
+  return T{static_cast<std::uint32_t>(*integer)};
 }
 
 bool boolValue(std::string_view key, bool defaultValue) {
@@ -35,12 +33,12 @@ platform::UserDefaults& d() {
   return platform::standardUserDefaults();
 }
 
-std::uint32_t hotKeyCode() {
-  return unsignedValue(kHotKeyCodeKey, kDefaultHotKeyCode);
+platform::KeyCode hotKeyCode() {
+  return keyValue(kHotKeyCodeKey, platform::kKeyF2);
 }
 
-std::uint32_t hotKeyModifiers() {
-  return unsignedValue(kHotKeyModifiersKey, kDefaultHotKeyModifiers);
+platform::Modifiers hotKeyModifiers() {
+  return keyValue(kHotKeyModifiersKey, platform::kNoModifiers);
 }
 
 bool switchLayoutAfter() {
@@ -51,10 +49,10 @@ bool compatMode() {
   return boolValue(kCompatModeKey, false);
 }
 
-void setHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
+void setHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers) {
   platform::UserDefaults& store = d();
-  store.setInteger(keyCode, kHotKeyCodeKey);
-  store.setInteger(modifiers, kHotKeyModifiersKey);
+  store.setInteger(number(keyCode), kHotKeyCodeKey);
+  store.setInteger(number(modifiers), kHotKeyModifiersKey);
 }
 
 }  // namespace lexwend::Settings

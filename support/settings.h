@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <string_view>
 
+#include "platform/keys.h"
 #include "platform/user_defaults.h"
 
 /// The user's persistent choices: their keys, types and defaults. Every call reads the store afresh. A value
@@ -20,16 +20,16 @@ inline constexpr std::string_view kDidRegisterLoginItemKey = "didRegisterLoginIt
 /// The store itself, for those who write.
 platform::UserDefaults& d();
 
-/// macOS virtual key code, 120 (F2) by default. A stored number outside of 32 unsigned bits is fatal.
-std::uint32_t hotKeyCode();
-/// Carbon modifier mask, 0 by default. A stored number outside of 32 unsigned bits is fatal.
-std::uint32_t hotKeyModifiers();
+/// F2 by default. A stored number outside of 32 unsigned bits is fatal.
+platform::KeyCode hotKeyCode();
+/// None by default. A stored number outside of 32 unsigned bits is fatal.
+platform::Modifiers hotKeyModifiers();
 /// Whether a fix makes the layout of the target language active; true by default.
 bool switchLayoutAfter();
 /// Whether every fix goes through the clipboard; false by default.
 bool compatMode();
 
 /// Writes a combination: the key code first, then the mask.
-void setHotKey(std::uint32_t keyCode, std::uint32_t modifiers);
+void setHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers);
 
 }  // namespace lexwend::Settings

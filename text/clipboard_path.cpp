@@ -24,10 +24,7 @@ using std::chrono::milliseconds;
 constexpr EventFlags kHeldModifiersMask = platform::kEventFlagShift | platform::kEventFlagControl |
                                           platform::kEventFlagOption | platform::kEventFlagCommand |
                                           platform::kEventFlagSecondaryFn;
-static_assert(kHeldModifiersMask == 0x9E0000);
-
-constexpr std::uint16_t kCopyKeyCode = 8;   // C on the ANSI layout
-constexpr std::uint16_t kPasteKeyCode = 9;  // V on the ANSI layout
+static_assert(number(kHeldModifiersMask) == 0x9E0000);
 
 constexpr milliseconds kModifierPollInterval{10};
 constexpr milliseconds kCopyPollInterval{20};
@@ -52,7 +49,7 @@ struct Copy {
 
 bool modifiersAreHeld() {
   const EventFlags flags = platform::keyEvents().flagsState(platform::EventSourceState::combinedSession);
-  return (flags & kHeldModifiersMask) != 0;
+  return overlap(flags, kHeldModifiersMask);
 }
 
 void waitForModifierRelease() {
@@ -66,7 +63,7 @@ void waitForModifierRelease() {
 }
 
 /// Presses and releases Command with a key; nothing at all when one of the two events cannot be made.
-void postCommandKey(std::uint16_t keyCode) {
+void postCommandKey(platform::KeyCode keyCode) {
   platform::KeyEvents& events = platform::keyEvents();
   const auto source = events.createSource(platform::EventSourceState::hidSystem);
   const auto down = events.createKeyboardEvent(source, keyCode, /*keyDown=*/true);
@@ -92,7 +89,7 @@ double waitForChange(Pasteboard& pasteboard, std::int64_t count) {
 std::optional<Copy> copySelection(Pasteboard& pasteboard) {
   for (int attempt = 1; attempt <= kCopyAttempts; ++attempt) {
     const std::int64_t count = pasteboard.changeCount();
-    postCommandKey(kCopyKeyCode);
+    postCommandKey(platform::kKeyC);
     const int waited = static_cast<int>(waitForChange(pasteboard, count) * 1000);
 
     const bool changed = pasteboard.changeCount() != count;
@@ -111,7 +108,7 @@ void pasteReplacement(Pasteboard& pasteboard, std::string_view replacement) {
   pasteboard.clearContents();
   pasteboard.setString(replacement);
   platform::runLoop().sleep(kPauseBeforePaste);
-  postCommandKey(kPasteKeyCode);
+  postCommandKey(platform::kKeyV);
   Log::write("clipboard: pasted " + std::to_string(characterCount(replacement)) + " chars");
 }
 

@@ -12,7 +12,7 @@ namespace lexwend {
 std::optional<LayoutMap> systemLayoutMap() {
   const std::unique_ptr<platform::Host> host = platform::makeHost();
   const platform::HostScope scope(*host);
-  LayoutMap map = LayoutMap::build(InputSources::layoutQueries());
+  LayoutMap map = LayoutMap::build(InputSources::keyTables());
   return map.builtFromSystem ? std::optional(std::move(map)) : std::nullopt;
 }
 

@@ -7,19 +7,7 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr std::uint16_t kCopyKey = 8;
-constexpr std::uint16_t kPasteKey = 9;
-constexpr std::uint16_t kSpaceKey = 49;       // presses a window's first button, which has the focus
 constexpr std::size_t kTimestampLength = 23;  // "2024-03-05 14:07:09.042"
-
-EventFlags eventFlags(std::uint32_t carbonModifiers) {
-  EventFlags flags = 0;
-  if ((carbonModifiers & kCmdKey) != 0) flags |= kEventFlagCommand;
-  if ((carbonModifiers & kShiftKey) != 0) flags |= kEventFlagShift;
-  if ((carbonModifiers & kOptionKey) != 0) flags |= kEventFlagOption;
-  if ((carbonModifiers & kControlKey) != 0) flags |= kEventFlagControl;
-  return flags;
-}
 
 }  // namespace
 
@@ -50,24 +38,25 @@ FakeHost::~FakeHost() {
   reportComplaints(settled_ ? system_.complaints.all() : collectComplaints());
 }
 
-KeyFate FakeHost::userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
-  if (hotKeys_.isTaken(keyCode, carbonModifiers)) return KeyFate::othersHotKey;
-  if (hotKeys_.press(keyCode, carbonModifiers)) return KeyFate::ownHotKey;
+KeyFate FakeHost::userPresses(KeyCode keyCode, Modifiers modifiers) {
+  if (hotKeys_.isTaken(keyCode, modifiers)) return KeyFate::othersHotKey;
+  if (hotKeys_.press(keyCode, modifiers)) return KeyFate::ownHotKey;
   if (recorderWindows_.window() != nullptr) {
-    const auto disposition = keyMonitor_.deliver({keyCode, eventFlags(carbonModifiers)});
+    const auto disposition = keyMonitor_.deliver({keyCode, eventFlagsOf(modifiers)});
     const auto* window = recorderWindows_.window();
-    if (disposition == KeyDisposition::passedOn && keyCode == kSpaceKey && window && window->saveEnabled) {
+    // The space bar presses the button that has the focus, which is the first.
+    if (disposition == KeyDisposition::passedOn && keyCode == kKeySpace && window && window->saveEnabled) {
       recorderWindows_.clickSave();
     }
     return KeyFate::ownWindow;
   }
   if (!apps_.front()) return KeyFate::nobody;
-  if (carbonModifiers == kCmdKey && keyCode == kCopyKey) {
+  if (modifiers == kCmdKey && keyCode == kKeyC) {
     apps_.copyInFront();
-  } else if (carbonModifiers == kCmdKey && keyCode == kPasteKey) {
+  } else if (modifiers == kCmdKey && keyCode == kKeyV) {
     apps_.pasteInFront();
-  } else if ((carbonModifiers & ~kShiftKey) == 0) {
-    apps_.typeInFront(inputSources_.typed(keyCode, carbonModifiers != 0));
+  } else if ((modifiers | kShiftKey) == kShiftKey) {
+    apps_.typeInFront(inputSources_.typed(static_cast<int>(keyCode), modifiers == kShiftKey));
   }
   return KeyFate::application;
 }

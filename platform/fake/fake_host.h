@@ -88,7 +88,7 @@ class FakeHost : public Host {
   /// The user presses a key: it goes to whoever holds it as a hot key, else to the program's own window if
   /// one has the keyboard, else to the application in front, which copies, pastes or types by the layout in
   /// use.
-  KeyFate userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers = 0);
+  KeyFate userPresses(KeyCode keyCode, Modifiers modifiers = kNoModifiers);
   /// The process ends: the system forgets its hot keys, its observers, its menu-bar item and whatever it
   /// deferred. What the user and the other applications have stays. Another run may follow.
   void processEnds();

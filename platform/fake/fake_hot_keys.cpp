@@ -38,10 +38,9 @@ OSStatus FakeHotKeys::installHandler(std::function<OSStatus(const HotKeyEvent&)>
   return kNoErr;
 }
 
-HotKeyRegistration FakeHotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                               HotKeyID identity) {
-  system_.called("hotKeys.registerHotKey " + std::to_string(keyCode) + " " + std::to_string(modifiers) +
-                 " id " + std::to_string(identity.id));
+HotKeyRegistration FakeHotKeys::registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) {
+  system_.called("hotKeys.registerHotKey " + std::to_string(number(keyCode)) + " " +
+                 std::to_string(number(modifiers)) + " id " + std::to_string(identity.id));
   offered_.push_back(identity);
   if (const auto code = system_.failure(FakeOperation::registerHotKey)) return {*code, nullptr};
   if (system_.failure(FakeOperation::registerHotKeyReference)) return {kNoErr, nullptr};
@@ -62,7 +61,7 @@ OSStatus FakeHotKeys::unregisterHotKey(const HotKeyRef& ref) {
   return kNoErr;
 }
 
-bool FakeHotKeys::press(std::uint32_t keyCode, std::uint32_t modifiers) {
+bool FakeHotKeys::press(KeyCode keyCode, Modifiers modifiers) {
   const auto found = registered_.find({keyCode, modifiers});
   if (found == registered_.end()) return false;
   dispatch(found->second);
@@ -74,7 +73,7 @@ std::optional<OSStatus> FakeHotKeys::dispatch(HotKeyID identity) {
   return handler_(FakeHotKeyEvent(system_, identity));
 }
 
-bool FakeHotKeys::holds(std::uint32_t keyCode, std::uint32_t modifiers) const {
+bool FakeHotKeys::holds(KeyCode keyCode, Modifiers modifiers) const {
   return registered_.contains({keyCode, modifiers});
 }
 

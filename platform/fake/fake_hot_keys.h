@@ -20,20 +20,19 @@ inline constexpr OSStatus kHotKeyExists = -9878;
 /// System-wide hot keys in memory.
 class FakeHotKeys : public HotKeyService {
  public:
-  using Combination = std::pair<std::uint32_t, std::uint32_t>;  ///< key code, Carbon modifiers
+  using Combination = std::pair<KeyCode, Modifiers>;
 
   explicit FakeHotKeys(FakeSystem& system) : system_(system) {}
 
   OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
-  HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                    HotKeyID identity) override;
+  HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
   OSStatus unregisterHotKey(const HotKeyRef& ref) override;
 
   /// Controls of a test.
   /// Another program holds the combination.
-  void otherAppTakes(std::uint32_t keyCode, std::uint32_t modifiers) { taken_.insert({keyCode, modifiers}); }
+  void otherAppTakes(KeyCode keyCode, Modifiers modifiers) { taken_.insert({keyCode, modifiers}); }
   /// The user presses the combination; false when this program does not hold it.
-  bool press(std::uint32_t keyCode, std::uint32_t modifiers);
+  bool press(KeyCode keyCode, Modifiers modifiers);
   /// The system reports a press under that identity, registered or not. The handler's result; nothing when no
   /// handler is installed.
   std::optional<OSStatus> dispatch(HotKeyID identity);
@@ -45,10 +44,8 @@ class FakeHotKeys : public HotKeyService {
   }
   /// The system forgets every registration, as it may across sleep.
   void loseRegistrations() { registered_.clear(); }
-  bool holds(std::uint32_t keyCode, std::uint32_t modifiers) const;
-  bool isTaken(std::uint32_t keyCode, std::uint32_t modifiers) const {
-    return taken_.contains({keyCode, modifiers});
-  }
+  bool holds(KeyCode keyCode, Modifiers modifiers) const;
+  bool isTaken(KeyCode keyCode, Modifiers modifiers) const { return taken_.contains({keyCode, modifiers}); }
   /// What is registered now.
   const std::map<Combination, HotKeyID>& registered() const { return registered_; }
   /// Every identity that was offered for registration, refused ones included.

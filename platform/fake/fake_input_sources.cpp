@@ -52,8 +52,6 @@ std::u16string utf16(std::string_view text) {
   return units;
 }
 
-constexpr std::uint32_t kShiftState = 2;
-
 }  // namespace
 
 FakeInputSources::FakeInputSources(FakeSystem& system) : system_(system) {
@@ -132,11 +130,13 @@ std::optional<std::u16string> FakeInputSources::translate(const KeyLayoutData& d
     return std::nullopt;
   }
   const FakeLayout& layout = made->layout;
-  const bool shifted = translation.modifierState == kShiftState;
-  const std::pair<int, bool> place{translation.keyCode, shifted};
+  const bool shifted = translation.modifiers == kShiftKey;
+  const auto keyCode = static_cast<int>(translation.keyCode);
+  const std::pair<int, bool> place{keyCode, shifted};
   if (layout.brokenKeys.contains(place)) return std::nullopt;
-  const auto key = layout.keys.find(translation.keyCode);
-  if (key == layout.keys.end() || (translation.modifierState != 0 && !shifted)) return std::u16string();
+  const auto key = layout.keys.find(keyCode);
+  if (key == layout.keys.end() || (translation.modifiers != kNoModifiers && !shifted))
+    return std::u16string();
   const std::u16string text = utf16(shifted ? key->second.shifted : key->second.plain);
   if (layout.deadKeys.contains(place) && translation.options == 0) {
     deadKeyState = text.empty() ? 1 : text.front();

@@ -6,9 +6,6 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr std::uint16_t kCopyKey = 8;   // C on the ANSI keyboard
-constexpr std::uint16_t kPasteKey = 9;  // V
-
 class FakeEventSource : public EventSource {
  public:
   explicit FakeEventSource(EventSourceState sourceState) : state(sourceState) {}
@@ -35,9 +32,10 @@ EventSourceRef FakeKeyEvents::createSource(EventSourceState state) {
   return std::make_shared<FakeEventSource>(state);
 }
 
-std::unique_ptr<KeyEvent> FakeKeyEvents::createKeyboardEvent(const EventSourceRef& source,
-                                                             std::uint16_t keyCode, bool keyDown) {
-  system_.called("keyEvents.createKeyboardEvent " + std::to_string(keyCode) + (keyDown ? " down" : " up"));
+std::unique_ptr<KeyEvent> FakeKeyEvents::createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
+                                                             bool keyDown) {
+  system_.called("keyEvents.createKeyboardEvent " + std::to_string(number(keyCode)) +
+                 (keyDown ? " down" : " up"));
   if (system_.failure(keyDown ? FakeOperation::createKeyDownEvent : FakeOperation::createKeyUpEvent)) {
     return nullptr;
   }
@@ -60,14 +58,14 @@ void FakeKeyEvents::post(EventTap tap, const KeyEvent& event) {
   key.tap = tap;
   key.time = std::chrono::duration_cast<std::chrono::milliseconds>(system_.clock.now());
   posted_.push_back(key);
-  system_.called("keyEvents.post " + std::to_string(key.keyCode) + (key.keyDown ? " down" : " up"));
+  system_.called("keyEvents.post " + std::to_string(number(key.keyCode)) + (key.keyDown ? " down" : " up"));
   if (!key.keyDown || key.flags != kEventFlagCommand) return;
-  if (key.keyCode == kCopyKey) apps_.copyInFront();
-  if (key.keyCode == kPasteKey) apps_.pasteInFront();
+  if (key.keyCode == kKeyC) apps_.copyInFront();
+  if (key.keyCode == kKeyV) apps_.pasteInFront();
 }
 
 void FakeKeyEvents::releaseModifiersAfter(std::chrono::milliseconds delay) {
-  system_.clock.systemDoes(delay, [this] { held_ = 0; });
+  system_.clock.systemDoes(delay, [this] { held_ = kNoEventFlags; });
 }
 
 }  // namespace lexwend::platform

@@ -12,9 +12,9 @@ namespace lexwend::platform {
 
 /// A simulated key event that was posted.
 struct FakePostedKey {
-  std::uint16_t keyCode = 0;
+  KeyCode keyCode{};
   bool keyDown = false;
-  EventFlags flags = 0;
+  EventFlags flags{};
   std::optional<EventSourceState> source;  ///< nothing: made without a source
   EventTap tap = EventTap::hid;
   std::chrono::milliseconds time{0};  ///< since the host was made
@@ -29,7 +29,7 @@ class FakeKeyEvents : public KeyEvents {
 
   EventFlags flagsState(EventSourceState state) override;
   EventSourceRef createSource(EventSourceState state) override;
-  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, std::uint16_t keyCode,
+  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
                                                 bool keyDown) override;
   void post(EventTap tap, const KeyEvent& event) override;
 
@@ -43,7 +43,7 @@ class FakeKeyEvents : public KeyEvents {
  private:
   FakeSystem& system_;
   FakeApps& apps_;
-  EventFlags held_ = 0;
+  EventFlags held_{};
   std::vector<FakePostedKey> posted_;
 };
 

@@ -26,7 +26,7 @@ constexpr std::string_view kHelp =
     "log                   prints the log file\n"
     "quit                  ends the event loop\n";
 
-std::uint32_t number(std::string_view text) {
+std::uint32_t wholeNumber(std::string_view text) {
   std::uint32_t value = 0;
   std::from_chars(text.data(), text.data() + text.size(), value);
   return value;
@@ -63,7 +63,7 @@ class Console {
     } else if (command == "press") {
       press(rest);
     } else if (command == "wait") {
-      host_.advance(std::chrono::milliseconds(number(rest)));
+      host_.advance(std::chrono::milliseconds(wholeNumber(rest)));
     } else if (command == "choose") {
       host_.statusBar().choose(rest);
     } else if (command == "save") {
@@ -95,8 +95,9 @@ class Console {
   void press(const std::string& rest) {
     if (!rest.empty()) {
       const auto blank = rest.find(' ');
-      host_.userPresses(static_cast<std::uint16_t>(number(std::string_view(rest).substr(0, blank))),
-                        blank == std::string::npos ? 0 : number(std::string_view(rest).substr(blank + 1)));
+      const auto modifiers =
+          blank == std::string::npos ? 0 : wholeNumber(std::string_view(rest).substr(blank + 1));
+      host_.userPresses(KeyCode{wholeNumber(std::string_view(rest).substr(0, blank))}, Modifiers{modifiers});
       return;
     }
     const auto& held = host_.hotKeyService().registered();

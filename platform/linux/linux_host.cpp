@@ -3,7 +3,8 @@
 
 #include <chrono>
 
-#include "platform/linux/buses.h"
+#include "platform/linux/clipboard/reader.h"
+#include "platform/linux/session/buses.h"
 
 namespace lexwend::platform {
 namespace {
@@ -16,6 +17,22 @@ template <typename Service, typename... Arguments>
 Service& made(std::optional<Service>& service, Arguments&&... arguments) {
   if (!service) service.emplace(std::forward<Arguments>(arguments)...);
   return *service;
+}
+
+std::optional<std::string> readPrimarySelection() {
+  constexpr std::chrono::milliseconds kTime{
+      250};                                // as long as for any other question about the focused field
+  constexpr std::size_t kMaxBytes = 4096;  // a masked entry holds a password, not a book
+  const auto reader = ClipboardReader::open("PRIMARY");
+  return reader ? reader->readText({kTime, kTime, kMaxBytes}) : std::nullopt;
+}
+
+LinuxAccessibility::Display displayOf(const std::shared_ptr<X11Connection>& x11) {
+  return {
+      .mayControl = [x11] { return x11 != nullptr && x11->hasXTest() && x11->hasXFixes() && x11->hasXkb(); },
+      .frontProcess = [x11] { return x11 != nullptr ? x11->activeWindowProcess() : std::nullopt; },
+      .primarySelection = [] { return readPrimarySelection(); },
+  };
 }
 
 }  // namespace
@@ -112,7 +129,7 @@ const std::shared_ptr<LinuxPasteboard>& LinuxHost::pasteboard() {
 }
 
 LinuxAccessibility& LinuxHost::linuxAccessibility() {
-  if (!accessibility_) accessibility_.emplace(x11()).start();
+  if (!accessibility_) accessibility_.emplace(displayOf(x11())).start();
   return *accessibility_;
 }
 

@@ -63,12 +63,11 @@ class MacHotKeyService : public HotKeyService {
     return InstallEventHandler(GetApplicationEventTarget(), hotKeyPressed, 1, &pressed, nullptr, nullptr);
   }
 
-  HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                    HotKeyID identity) override {
+  HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override {
     EventHotKeyRef registration = nullptr;
-    const ::OSStatus status =
-        RegisterEventHotKey(keyCode, modifiers, EventHotKeyID{identity.signature, identity.id},
-                            GetApplicationEventTarget(), kEventHotKeyNoOptions, &registration);
+    const ::OSStatus status = RegisterEventHotKey(
+        number(keyCode), number(modifiers), EventHotKeyID{identity.signature, identity.id},
+        GetApplicationEventTarget(), kEventHotKeyNoOptions, &registration);
     if (registration == nullptr) return {.status = status, .ref = nullptr};
     return {.status = status, .ref = std::make_shared<MacHotKey>(registration)};
   }
@@ -78,8 +77,8 @@ class MacHotKeyService : public HotKeyService {
   }
 };
 
-static_assert(kCmdKey == cmdKey && kShiftKey == shiftKey && kOptionKey == optionKey &&
-              kControlKey == controlKey);
+static_assert(number(kCmdKey) == cmdKey && number(kShiftKey) == shiftKey && number(kOptionKey) == optionKey &&
+              number(kControlKey) == controlKey);
 
 }  // namespace
 

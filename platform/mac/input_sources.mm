@@ -103,6 +103,9 @@ InputSourceValue layoutDataValue(CFTypeRef value) {
   return std::make_shared<MacKeyLayoutData>(CFRef<CFDataRef>::share(static_cast<CFDataRef>(value)));
 }
 
+/// UCKeyTranslate takes the mask of a Carbon event without its low byte.
+constexpr unsigned kModifierShift = 8;
+
 class MacInputSourceService : public InputSourceService {
  public:
   std::optional<std::vector<InputSourceRef>> createInputSourceList(const InputSourceFilter& filter,
@@ -147,12 +150,14 @@ class MacInputSourceService : public InputSourceService {
 
   std::optional<std::u16string> translate(const KeyLayoutData& data, const KeyTranslation& translation,
                                           std::uint32_t& deadKeyState) override {
+    const auto keyCode = static_cast<UInt16>(translation.keyCode);
+    if (KeyCode{keyCode} != translation.keyCode) return std::nullopt;
     std::vector<UniChar> characters(translation.maxLength);
     UniCharCount length = 0;
     const ::OSStatus status = UCKeyTranslate(
-        static_cast<const MacKeyLayoutData&>(data).layout(), translation.keyCode,
-        static_cast<UInt16>(translation.action), translation.modifierState, translation.keyboardType,
-        translation.options, &deadKeyState, characters.size(), &length, characters.data());
+        static_cast<const MacKeyLayoutData&>(data).layout(), keyCode, static_cast<UInt16>(translation.action),
+        number(translation.modifiers) >> kModifierShift, translation.keyboardType, translation.options,
+        &deadKeyState, characters.size(), &length, characters.data());
     if (status != noErr) return std::nullopt;
     const std::size_t reported = std::min<std::size_t>(length, characters.size());
     return std::u16string(characters.begin(), characters.begin() + static_cast<std::ptrdiff_t>(reported));

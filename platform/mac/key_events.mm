@@ -23,7 +23,7 @@ class MacEventSource : public EventSource {
 class MacKeyEvent : public KeyEvent {
  public:
   explicit MacKeyEvent(CFRef<CGEventRef> event) : event_(std::move(event)) {}
-  void setFlags(EventFlags flags) override { CGEventSetFlags(event_.get(), flags); }
+  void setFlags(EventFlags flags) override { CGEventSetFlags(event_.get(), number(flags)); }
   CGEventRef get() const { return event_.get(); }
 
  private:
@@ -33,7 +33,7 @@ class MacKeyEvent : public KeyEvent {
 class MacKeyEvents : public KeyEvents {
  public:
   EventFlags flagsState(EventSourceState state) override {
-    return CGEventSourceFlagsState(static_cast<CGEventSourceStateID>(state));
+    return EventFlags{CGEventSourceFlagsState(static_cast<CGEventSourceStateID>(state))};
   }
 
   EventSourceRef createSource(EventSourceState state) override {
@@ -43,11 +43,13 @@ class MacKeyEvents : public KeyEvents {
     return std::make_shared<MacEventSource>(std::move(source));
   }
 
-  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, std::uint16_t keyCode,
+  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
                                                 bool keyDown) override {
+    const auto code = static_cast<CGKeyCode>(keyCode);
+    if (KeyCode{code} != keyCode) return nullptr;
     const CGEventSourceRef from =
         source == nullptr ? nullptr : static_cast<const MacEventSource&>(*source).get();
-    auto event = CFRef<CGEventRef>::adopt(CGEventCreateKeyboardEvent(from, keyCode, keyDown));
+    auto event = CFRef<CGEventRef>::adopt(CGEventCreateKeyboardEvent(from, code, keyDown));
     if (!event) return nullptr;
     return std::make_unique<MacKeyEvent>(std::move(event));
   }
@@ -60,9 +62,11 @@ class MacKeyEvents : public KeyEvents {
 static_assert(static_cast<int>(EventSourceState::combinedSession) == kCGEventSourceStateCombinedSessionState);
 static_assert(static_cast<int>(EventSourceState::hidSystem) == kCGEventSourceStateHIDSystemState);
 static_assert(static_cast<unsigned>(EventTap::hid) == kCGHIDEventTap);
-static_assert(kEventFlagShift == kCGEventFlagMaskShift && kEventFlagControl == kCGEventFlagMaskControl &&
-              kEventFlagOption == kCGEventFlagMaskAlternate && kEventFlagCommand == kCGEventFlagMaskCommand &&
-              kEventFlagSecondaryFn == kCGEventFlagMaskSecondaryFn);
+static_assert(number(kEventFlagShift) == kCGEventFlagMaskShift &&
+              number(kEventFlagControl) == kCGEventFlagMaskControl &&
+              number(kEventFlagOption) == kCGEventFlagMaskAlternate &&
+              number(kEventFlagCommand) == kCGEventFlagMaskCommand &&
+              number(kEventFlagSecondaryFn) == kCGEventFlagMaskSecondaryFn);
 
 }  // namespace
 

@@ -33,7 +33,7 @@ class MacKeyMonitor : public KeyMonitor {
       // Removing the monitor may release this block.
       const auto running = kept;
       auto disposition = KeyDisposition::passedOn;
-      guarded([&] { disposition = (*running)({event.keyCode, event.modifierFlags}); });
+      guarded([&] { disposition = (*running)({KeyCode{event.keyCode}, EventFlags{event.modifierFlags}}); });
       return disposition == KeyDisposition::consumed ? nil : event;
     };
     id monitor = [NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskKeyDown handler:handle];

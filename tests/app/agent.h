@@ -16,10 +16,10 @@
 
 namespace lexwend::tests {
 
-inline constexpr std::uint16_t kF2 = 120;
-inline constexpr std::uint16_t kF5 = 96;
-inline constexpr std::uint16_t kReturn = 36;
-inline constexpr std::uint16_t kEscape = 53;
+inline constexpr platform::KeyCode kF2 = platform::kKeyF2;
+inline constexpr platform::KeyCode kF5 = platform::kKeyF5;
+inline constexpr platform::KeyCode kReturn = platform::kKeyReturn;
+inline constexpr platform::KeyCode kEscape = platform::kKeyEscape;
 
 inline constexpr std::string_view kFixTitle = "תקן טקסט מסומן    F2";
 inline constexpr std::string_view kChangeKeyTitle = "שנה מקש קיצור…";

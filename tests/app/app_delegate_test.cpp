@@ -80,7 +80,7 @@ TEST(AgentLaunch, promptsAndPollsBeforeTheRefreshWhenNotTrusted) {
 TEST(AgentLaunch, registersTheFactoryHotKeyAndLogsIt) {
   Agent a;
   a.launch();
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, 0));
+  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, platform::kNoModifiers));
   EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register F2 ok=true"));
 }
 
@@ -89,14 +89,14 @@ TEST(AgentLaunch, registersTheStoredHotKey) {
   a.host.standardUserDefaults().put("hotKeyCode", std::int64_t{49});
   a.host.standardUserDefaults().put("hotKeyModifiers", std::int64_t{0x1900});
   a.launch();
-  EXPECT_TRUE(a.host.hotKeyService().holds(49, 0x1900));
+  EXPECT_TRUE(a.host.hotKeyService().holds(platform::KeyCode{49}, platform::Modifiers{0x1900}));
   EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register ⌃⌥⌘  ok=true"));
   EXPECT_EQ(a.fixItem().title, "תקן טקסט מסומן    ⌃⌥⌘ ");
 }
 
 TEST(AgentLaunch, refusedHotKeyIsOnlyLoggedAndTheMenuWorks) {
   Agent a;
-  a.host.hotKeyService().otherAppTakes(kF2, 0);
+  a.host.hotKeyService().otherAppTakes(kF2, platform::kNoModifiers);
   a.launch();
   EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register F2 ok=false"));
   EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
@@ -365,11 +365,11 @@ TEST(AgentHotKeyChange, savingRegistersTheNewCombinationAtOnce) {
   Agent a;
   a.launch();
   a.choose(kChangeKeyTitle);
-  a.host.userPresses(0, 0x1900);
+  a.host.userPresses(platform::kKeyA, platform::Modifiers{0x1900});
   a.host.userPresses(kReturn);
   EXPECT_EQ(a.storedHotKey(), "0 6400");
   EXPECT_EQ(a.host.hotKeyService().registered().size(), 1U);
-  EXPECT_TRUE(a.host.hotKeyService().holds(0, 0x1900));
+  EXPECT_TRUE(a.host.hotKeyService().holds(platform::KeyCode{0}, platform::Modifiers{0x1900}));
   EXPECT_EQ(a.fixItem().title, "תקן טקסט מסומן    ⌃⌥⌘A");
   EXPECT_THAT(a.host.logMessages(),
               ElementsAre("hotkey: register F2 ok=true", "hotkey: register ⌃⌥⌘A ok=true"));
@@ -394,7 +394,7 @@ TEST(AgentHotKeyChange, cancellingRegistersTheUnchangedCombinationWithoutAnAlert
   a.choose(kChangeKeyTitle);
   a.host.userPresses(kF5);
   a.host.userPresses(kEscape);
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, 0));
+  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, platform::kNoModifiers));
   EXPECT_FALSE(a.host.standardUserDefaults().all().contains("hotKeyCode"));
   EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
   EXPECT_THAT(a.host.logMessages(),
@@ -407,7 +407,7 @@ TEST(AgentHotKeyChange, failedRegistrationAfterACancelIsOnlyLogged) {
   Agent a;
   a.launch();
   a.choose(kChangeKeyTitle);
-  a.host.hotKeyService().otherAppTakes(kF2, 0);
+  a.host.hotKeyService().otherAppTakes(kF2, platform::kNoModifiers);
   a.host.recorderWindows().clickCloseBox();
   EXPECT_EQ(a.lastLogLine(), "hotkey: register F2 ok=false");
   EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
@@ -418,15 +418,15 @@ TEST(AgentHotKeyChange, refusedCombinationIsRolledBackWithOneAlert) {
   Agent a;
   a.host.standardUserDefaults().put("hotKeyCode", std::int64_t{17});
   a.host.standardUserDefaults().put("hotKeyModifiers", std::int64_t{0x0900});
-  a.host.hotKeyService().otherAppTakes(kF5, 0);
+  a.host.hotKeyService().otherAppTakes(kF5, platform::kNoModifiers);
   a.launch();
   a.choose(kChangeKeyTitle);
-  a.host.keyMonitor().deliver({kF5, 0});
+  a.host.keyMonitor().deliver({kF5, platform::kNoEventFlags});
   a.host.alerts().answer("אישור");
   a.host.recorderWindows().clickSave();
 
   EXPECT_EQ(a.storedHotKey(), "17 2304");
-  EXPECT_TRUE(a.host.hotKeyService().holds(17, 0x0900));
+  EXPECT_TRUE(a.host.hotKeyService().holds(platform::KeyCode{17}, platform::Modifiers{0x0900}));
   EXPECT_EQ(a.fixItem().title, "תקן טקסט מסומן    ⌥⌘T");
   EXPECT_THAT(a.host.logMessages(),
               ElementsAre("hotkey: register ⌥⌘T ok=true", "hotkey: register F5 ok=false",
@@ -442,10 +442,10 @@ TEST(AgentHotKeyChange, refusedCombinationIsRolledBackWithOneAlert) {
 
 TEST(AgentHotKeyChange, rollsBackInOrder) {
   Agent a;
-  a.host.hotKeyService().otherAppTakes(kF5, 0);
+  a.host.hotKeyService().otherAppTakes(kF5, platform::kNoModifiers);
   a.launch();
   a.choose(kChangeKeyTitle);
-  a.host.keyMonitor().deliver({kF5, 0});
+  a.host.keyMonitor().deliver({kF5, platform::kNoEventFlags});
   a.host.alerts().answer("אישור", [&] {
     // The alert stands while the recorder is still held and the menu is still the old one.
     EXPECT_EQ(a.host.recorderWindows().alive(), 1U);
@@ -469,11 +469,11 @@ TEST(AgentHotKeyChange, rollsBackInOrder) {
 
 TEST(AgentHotKeyChange, rollBackThatIsRefusedTooIsOnlyLogged) {
   Agent a;
-  a.host.hotKeyService().otherAppTakes(kF5, 0);
+  a.host.hotKeyService().otherAppTakes(kF5, platform::kNoModifiers);
   a.launch();
   a.choose(kChangeKeyTitle);
-  a.host.hotKeyService().otherAppTakes(kF2, 0);
-  a.host.keyMonitor().deliver({kF5, 0});
+  a.host.hotKeyService().otherAppTakes(kF2, platform::kNoModifiers);
+  a.host.keyMonitor().deliver({kF5, platform::kNoEventFlags});
   a.host.alerts().answer("אישור");
   a.host.recorderWindows().clickSave();
   EXPECT_THAT(a.host.logMessages(), ElementsAre("hotkey: register F2 ok=true", "hotkey: register F5 ok=false",
@@ -484,16 +484,16 @@ TEST(AgentHotKeyChange, rollBackThatIsRefusedTooIsOnlyLogged) {
 
 TEST(AgentHotKeyChange, aRecorderOpenedWhileTheAlertStandsStaysOpen) {
   Agent a;
-  a.host.hotKeyService().otherAppTakes(kF5, 0);
+  a.host.hotKeyService().otherAppTakes(kF5, platform::kNoModifiers);
   a.launch();
   a.choose(kChangeKeyTitle);
-  a.host.keyMonitor().deliver({kF5, 0});
+  a.host.keyMonitor().deliver({kF5, platform::kNoEventFlags});
   a.host.alerts().answer("אישור", [&] { a.choose(kChangeKeyTitle); });
   a.host.recorderWindows().clickSave();
   EXPECT_EQ(a.host.recorderWindows().alive(), 1U);
   a.host.userPresses(kEscape);
   EXPECT_EQ(a.host.recorderWindows().alive(), 0U);
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, 0));
+  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, platform::kNoModifiers));
 }
 
 TEST(AgentHotKeyChange, openingTheRecorderAnewReplacesTheEarlierOne) {
@@ -507,7 +507,7 @@ TEST(AgentHotKeyChange, openingTheRecorderAnewReplacesTheEarlierOne) {
   EXPECT_EQ(a.host.keyMonitor().installed(), 1U);
   EXPECT_EQ(a.host.recorderWindows().window()->combination, "F2");
   a.host.userPresses(kEscape);
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, 0));
+  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, platform::kNoModifiers));
   EXPECT_THAT(a.host.logMessages(),
               ElementsAre("hotkey: register F2 ok=true", "hotkey: register F2 ok=true"));
 }
@@ -522,7 +522,7 @@ TEST(AgentHotKey, aSecondRecorderAfterAFirstStartsAnew) {
   EXPECT_EQ(a.host.recorderWindows().window()->combination, "F5");
   EXPECT_FALSE(a.host.recorderWindows().window()->saveEnabled);
   a.host.userPresses(kEscape);
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF5, 0));
+  EXPECT_TRUE(a.host.hotKeyService().holds(kF5, platform::kNoModifiers));
 }
 
 }  // namespace

@@ -88,7 +88,7 @@ TEST(DeferredWork, hotKeyDoesNothing) {
   a.launch();
   const auto editor = a.openEditor("akuo");
   a.leave();
-  EXPECT_TRUE(a.host.hotKeyService().press(kF2, 0));  // the center still holds it
+  EXPECT_TRUE(a.host.hotKeyService().press(kF2, platform::kNoModifiers));  // the center still holds it
   EXPECT_EQ(editor->focus()->text(), "akuo");
   a.expectNothingWasLogged();
   EXPECT_THAT(a.host.calls().all(), IsEmpty());
@@ -148,10 +148,11 @@ TEST(DeferredWork, recorderThatOutlivesItsOwnerReportsToNobody) {
   for (const bool saves : {true, false}) {
     SCOPED_TRACE(saves);
     Leaving a;
-    a.host.hotKeyService().otherAppTakes(kF5, 0);  // a report of it would end in an alert
+    a.host.hotKeyService().otherAppTakes(kF5,
+                                         platform::kNoModifiers);  // a report of it would end in an alert
     a.launch();
     a.choose(kChangeKeyTitle);
-    a.host.keyMonitor().deliver({kF5, 0});
+    a.host.keyMonitor().deliver({kF5, platform::kNoEventFlags});
     a.host.recorderWindows().whileClosing([&] {
       a.letGoOfTheDelegate();
       EXPECT_EQ(a.host.recorderWindows().alive(), 1U);  // kept by the click that ends it
@@ -169,14 +170,14 @@ TEST(DeferredWork, recorderThatOutlivesItsOwnerReportsToNobody) {
 
 TEST(DeferredWork, reportOfTheRecorderIsCarriedOutBeforeTheDelegateGoes) {
   Leaving a;
-  a.host.hotKeyService().otherAppTakes(kF5, 0);
+  a.host.hotKeyService().otherAppTakes(kF5, platform::kNoModifiers);
   a.launch();
   a.choose(kChangeKeyTitle);
-  a.host.keyMonitor().deliver({kF5, 0});
+  a.host.keyMonitor().deliver({kF5, platform::kNoEventFlags});
   a.host.alerts().answer("אישור", [&] { a.delegate.reset(); });
   a.host.recorderWindows().clickSave();
   EXPECT_EQ(a.storedHotKey(), "120 0");
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, 0));
+  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, platform::kNoModifiers));
   EXPECT_EQ(a.host.calls().all().back(), "statusItem.setImage keyboard");  // the refresh, the last step
   EXPECT_EQ(a.host.statusBar().item(), nullptr);
   EXPECT_EQ(a.host.recorderWindows().alive(), 0U);

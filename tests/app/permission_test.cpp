@@ -257,7 +257,7 @@ TEST(Wake, registersTheHotKeyAnewAndRefreshes) {
   a.host.hotKeyService().loseRegistrations();
   a.host.calls().clear();
   a.host.workspace().wake();
-  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, 0));
+  EXPECT_TRUE(a.host.hotKeyService().holds(kF2, platform::kNoModifiers));
   EXPECT_THAT(a.host.logMessages(),
               ElementsAre("hotkey: register F2 ok=true", "hotkey: register F2 ok=true"));
   EXPECT_TRUE(inOrder(a.host.calls(), {"hotKeys.registerHotKey", "statusItem.setImage"}));

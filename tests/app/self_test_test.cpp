@@ -49,7 +49,7 @@ TEST(SelfTest, noLayoutAtAllGivesTheFallbackReport) {
 TEST(SelfTest, systemLayoutsPassAndTheirCountsStandInTheHeadings) {
   FakeHost host;
   const platform::HostScope scope(host);
-  const auto map = LayoutMap::build(InputSources::layoutQueries());
+  const auto map = LayoutMap::build(InputSources::keyTables());
   const std::string text = run();
   EXPECT_TRUE(text.starts_with("source: system layouts\ncurrent layout is Hebrew: false\n\n== toHebrew ("));
   EXPECT_THAT(text, HasSubstr("\n\n== toHebrew (" + std::to_string(map.toHebrew.size()) + ")\n"));

@@ -11,8 +11,8 @@ namespace lexwend::contract {
 
 using namespace std::chrono_literals;
 
-/// Carbon modifiers that no desktop uses together with the function keys of these tests.
-inline constexpr std::uint32_t kRareModifiers = 0x1000 | 0x0200;
+/// Modifiers that no desktop uses together with the function keys of these tests.
+inline constexpr platform::Modifiers kRareModifiers = platform::kControlKey | platform::kShiftKey;
 
 class ContractTest : public testing::Test {
  protected:

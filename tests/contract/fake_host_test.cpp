@@ -44,7 +44,7 @@ TEST(FakeClock, theSystemGoesOnWhileTheProgramSleeps) {
   host.runLoop().sleep(29ms);
   EXPECT_EQ(host.keyEvents().flagsState(EventSourceState::combinedSession), kEventFlagShift);
   host.runLoop().sleep(1ms);
-  EXPECT_EQ(host.keyEvents().flagsState(EventSourceState::combinedSession), 0U);
+  EXPECT_EQ(host.keyEvents().flagsState(EventSourceState::combinedSession), kNoEventFlags);
 }
 
 TEST(FakeClock, workThatWasOversleptRunsInTheSameTurn) {
@@ -160,13 +160,13 @@ TEST(FakeHost, theApplicationLaunchesThenRunsItsLoopThenReturns) {
 TEST(FakeHost, theUserTypesByTheLayoutInUseUnlessSomebodyHoldsTheKey) {
   FakeHost host;
   const auto editor = host.apps().open("Editor", std::nullopt);
-  EXPECT_EQ(host.userPresses(0), KeyFate::application);
-  EXPECT_EQ(host.userPresses(0, kShiftKey), KeyFate::application);
+  EXPECT_EQ(host.userPresses(kKeyA), KeyFate::application);
+  EXPECT_EQ(host.userPresses(kKeyA, kShiftKey), KeyFate::application);
   host.inputSourceService().use("com.apple.keylayout.Hebrew");
-  host.userPresses(0);
+  host.userPresses(kKeyA);
   EXPECT_EQ(editor->focus()->text(), "aAש");
-  host.hotKeyService().otherAppTakes(0, 0);
-  EXPECT_EQ(host.userPresses(0), KeyFate::othersHotKey);
+  host.hotKeyService().otherAppTakes(kKeyA, kNoModifiers);
+  EXPECT_EQ(host.userPresses(kKeyA), KeyFate::othersHotKey);
   EXPECT_EQ(editor->focus()->text(), "aAש");
 }
 
@@ -213,12 +213,12 @@ TEST(FakeApps, aCopyLandsAfterItsDelayAndAPasteReadsWhatIsThereThen) {
   editor->focus()->select("two");
   editor->copies.delay = 20ms;
   editor->pastes.delay = 20ms;
-  host.userPresses(8, kCmdKey);
+  host.userPresses(kKeyC, kCmdKey);
   EXPECT_EQ(host.pasteboard().plainText(), std::nullopt);
   host.advance(20ms);
   EXPECT_EQ(host.pasteboard().plainText(), "two");
   EXPECT_EQ(host.pasteboard().owner(), "Editor");
-  host.userPresses(9, kCmdKey);
+  host.userPresses(kKeyV, kCmdKey);
   host.pasteboard().otherAppCopies("2");
   host.advance(20ms);
   EXPECT_EQ(editor->focus()->text(), "one 2");
@@ -229,7 +229,7 @@ TEST(FakeApps, aPasswordFieldIsSecureAndGivesNothingToCopy) {
   const auto field = host.apps().open("Login", std::nullopt, "secret")->focus();
   field->password = true;
   field->selectAll();
-  host.userPresses(8, kCmdKey);
+  host.userPresses(kKeyC, kCmdKey);
   EXPECT_TRUE(host.secureInput().isSecureEventInputEnabled());
   EXPECT_THAT(host.pasteboard().contents(), IsEmpty());
 }
@@ -283,9 +283,9 @@ TEST(FakeInputSources, aDeadKeyTypesNothingAndMarksTheNextKey) {
                                       InputSourceProperty::unicodeKeyLayoutData);
   const auto data = std::get<KeyLayoutDataRef>(value);
   std::uint32_t state = 0;
-  EXPECT_EQ(sources.translate(*data, {50, KeyAction::down, 0, 40, 0, 8}, state), u"");
+  EXPECT_EQ(sources.translate(*data, {KeyCode{50}, KeyAction::down, kNoModifiers, 40, 0, 8}, state), u"");
   EXPECT_NE(state, 0U);
-  EXPECT_EQ(sources.translate(*data, {0, KeyAction::down, 0, 40, 0, 8}, state), u"`a");
+  EXPECT_EQ(sources.translate(*data, {kKeyA, KeyAction::down, kNoModifiers, 40, 0, 8}, state), u"`a");
   EXPECT_EQ(state, 0U);
 }
 
@@ -293,11 +293,11 @@ TEST(FakeHotKeys, aFailedParameterReadLeavesTheIdentityAlone) {
   FakeHost host;
   HotKeyID read{7, 7};
   host.hotKeyService().installHandler([&](const HotKeyEvent& event) { return event.hotKeyID(read); });
-  host.hotKeyService().registerHotKey(120, 0, {1, 2});
+  host.hotKeyService().registerHotKey(kKeyF2, kNoModifiers, {1, 2});
   host.failNext(FakeOperation::readHotKeyParameter, -9870);
-  EXPECT_TRUE(host.hotKeyService().press(120, 0));
+  EXPECT_TRUE(host.hotKeyService().press(kKeyF2, kNoModifiers));
   EXPECT_EQ(read, (HotKeyID{7, 7}));
-  host.hotKeyService().press(120, 0);
+  host.hotKeyService().press(kKeyF2, kNoModifiers);
   EXPECT_EQ(read, (HotKeyID{1, 2}));
 }
 
@@ -342,14 +342,14 @@ TEST(FakeHost, aProcessThatEndsLeavesNothingOfItsOwnBehind) {
     ++calls;
     return kNoErr;
   });
-  host.hotKeyService().registerHotKey(120, 0, {1, 1});
+  host.hotKeyService().registerHotKey(kKeyF2, kNoModifiers, {1, 1});
   host.workspace().observeDidWake([&] { ++calls; });
   host.inputSourceService().observeEnabledLayoutsChanged([&] { ++calls; });
   host.runLoop().dispatchAfter(10ms, [&] { ++calls; });
   host.runLoop().scheduledRepeatingTimer(10ms, [&](Timer&) { ++calls; });
   host.pasteboard().otherAppCopies("kept");
   host.processEnds();
-  host.userPresses(120);
+  host.userPresses(kKeyF2);
   host.workspace().wake();
   host.inputSourceService().changeLayouts({usLayout()});
   host.advance(100ms);

@@ -65,12 +65,12 @@ class FakeUnderTest : public HostUnderTest {
   }
   int prompts() override { return host_.accessibility().prompts(); }
 
-  void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) override {
-    host_.clock().systemDoes(kReaction, [=, this] { host_.userPresses(keyCode, carbonModifiers); });
+  void userPresses(KeyCode keyCode, Modifiers modifiers) override {
+    host_.clock().systemDoes(kReaction, [=, this] { host_.userPresses(keyCode, modifiers); });
   }
   void userHolds(EventFlags modifiers) override { host_.keyEvents().holdModifiers(modifiers); }
-  void otherProgramTakesHotKey(std::uint32_t keyCode, std::uint32_t carbonModifiers) override {
-    host_.hotKeyService().otherAppTakes(keyCode, carbonModifiers);
+  void otherProgramTakesHotKey(KeyCode keyCode, Modifiers modifiers) override {
+    host_.hotKeyService().otherAppTakes(keyCode, modifiers);
   }
 
   void disableHebrew() override { host_.inputSourceService().changeLayouts({usLayout()}); }

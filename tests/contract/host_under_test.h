@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "platform/host.h"
-#include "platform/key_events.h"
+#include "platform/keys.h"
 #include "platform/user_defaults.h"
 
 namespace lexwend::contract {
@@ -55,11 +55,11 @@ class HostUnderTest {
   virtual int prompts() = 0;
 
   /// The user presses and releases a key by its macOS virtual key code, with Carbon modifiers.
-  virtual void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) = 0;
+  virtual void userPresses(platform::KeyCode keyCode, platform::Modifiers modifiers) = 0;
   /// The user holds exactly these modifiers from now on; none: lets go of all.
   virtual void userHolds(platform::EventFlags modifiers) = 0;
   /// Another program takes a hot key for itself.
-  virtual void otherProgramTakesHotKey(std::uint32_t keyCode, std::uint32_t carbonModifiers) = 0;
+  virtual void otherProgramTakesHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers) = 0;
   /// Whether a press then reaches both programs, instead of the later one being refused.
   virtual bool sharesHotKeys() const { return false; }
 

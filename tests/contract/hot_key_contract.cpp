@@ -7,15 +7,15 @@ namespace {
 
 using platform::HotKeyID;
 
-constexpr std::uint32_t kA = 0;
-constexpr std::uint32_t kS = 1;
-constexpr std::uint32_t kF9 = 101;
-constexpr std::uint32_t kF8 = 100;
+using platform::kKeyA;
+using platform::kKeyF8;
+using platform::kKeyF9;
+constexpr platform::KeyCode kKeyS{1};
 constexpr HotKeyID kFirst{0x54455354, 1};
 constexpr HotKeyID kSecond{0x54455354, 2};
 
-/// That a held key does not repeat is shown where it repeats at first, in tests/linux/hot_key_test.cpp; macOS
-/// reports a press once.
+/// That a held key does not repeat is shown where it repeats at first, in
+/// tests/linux/keyboard/hot_key_test.cpp; macOS reports a press once.
 class HotKeyContract : public ContractTest {
  protected:
   HotKeyContract() {
@@ -26,7 +26,7 @@ class HotKeyContract : public ContractTest {
       return platform::kNoErr;
     });
   }
-  platform::HotKeyRegistration add(std::uint32_t keyCode, HotKeyID identity) {
+  platform::HotKeyRegistration add(platform::KeyCode keyCode, HotKeyID identity) {
     return host().hotKeyService().registerHotKey(keyCode, kRareModifiers, identity);
   }
   void settle() {
@@ -37,62 +37,62 @@ class HotKeyContract : public ContractTest {
 };
 
 TEST_F(HotKeyContract, aPressReachesTheHandlerOnceWithItsIdentity) {
-  const auto registration = add(kF9, kFirst);
+  const auto registration = add(kKeyF9, kFirst);
   EXPECT_EQ(registration.status, platform::kNoErr);
   EXPECT_NE(registration.ref, nullptr);
-  underTest->userPresses(kF9, kRareModifiers);
+  underTest->userPresses(kKeyF9, kRareModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return !pressed.empty(); }));
   settle();
   EXPECT_EQ(pressed, std::vector<HotKeyID>{kFirst});
 }
 
 TEST_F(HotKeyContract, twoHotKeysAreToldApart) {
-  const auto first = add(kF9, kFirst);
-  const auto second = add(kF8, kSecond);
-  underTest->userPresses(kF8, kRareModifiers);
+  const auto first = add(kKeyF9, kFirst);
+  const auto second = add(kKeyF8, kSecond);
+  underTest->userPresses(kKeyF8, kRareModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return pressed.size() == 1; }));
-  underTest->userPresses(kF9, kRareModifiers);
+  underTest->userPresses(kKeyF9, kRareModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return pressed.size() == 2; }));
   EXPECT_EQ(pressed, (std::vector<HotKeyID>{kSecond, kFirst}));
 }
 
 TEST_F(HotKeyContract, otherModifiersAreAnotherCombination) {
-  const auto registration = add(kF9, kFirst);
-  underTest->userPresses(kF9, 0x1000);
+  const auto registration = add(kKeyF9, kFirst);
+  underTest->userPresses(kKeyF9, platform::kControlKey);
   settle();
   EXPECT_TRUE(pressed.empty());
 }
 
 TEST_F(HotKeyContract, anUnregisteredHotKeyIsSilentAndCanBeRegisteredAgain) {
-  const auto registration = add(kF9, kFirst);
+  const auto registration = add(kKeyF9, kFirst);
   EXPECT_EQ(host().hotKeyService().unregisterHotKey(registration.ref), platform::kNoErr);
-  underTest->userPresses(kF9, kRareModifiers);
+  underTest->userPresses(kKeyF9, kRareModifiers);
   settle();
   EXPECT_TRUE(pressed.empty());
 
-  const auto again = add(kF9, kSecond);
+  const auto again = add(kKeyF9, kSecond);
   EXPECT_EQ(again.status, platform::kNoErr);
-  underTest->userPresses(kF9, kRareModifiers);
+  underTest->userPresses(kKeyF9, kRareModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return !pressed.empty(); }));
   EXPECT_EQ(pressed, std::vector<HotKeyID>{kSecond});
 }
 
 TEST_F(HotKeyContract, aCombinationOfAnotherProgramIsRefusedOrShared) {
-  underTest->otherProgramTakesHotKey(kF9, kRareModifiers);
-  const auto registration = add(kF9, kFirst);
+  underTest->otherProgramTakesHotKey(kKeyF9, kRareModifiers);
+  const auto registration = add(kKeyF9, kFirst);
   EXPECT_EQ(registration.status == platform::kNoErr, underTest->sharesHotKeys());
-  underTest->userPresses(kF9, kRareModifiers);
+  underTest->userPresses(kKeyF9, kRareModifiers);
   settle();
   EXPECT_EQ(pressed.size(), underTest->sharesHotKeys() ? 1U : 0U);
 }
 
 TEST_F(HotKeyContract, aHotKeyReachesNoOtherApplicationAndAnotherKeyDoes) {
   underTest->openEditor("akuo");
-  const auto registration = host().hotKeyService().registerHotKey(kA, 0, kFirst);
+  const auto registration = host().hotKeyService().registerHotKey(kKeyA, platform::kNoModifiers, kFirst);
   ASSERT_EQ(registration.status, platform::kNoErr);
-  underTest->userPresses(kA, 0);
+  underTest->userPresses(kKeyA, platform::kNoModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return pressed.size() == 1; }));
-  underTest->userPresses(kS, 0);
+  underTest->userPresses(kKeyS, platform::kNoModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return underTest->editorText() != "akuo"; }));
   EXPECT_EQ(underTest->editorText(), "s");
   EXPECT_EQ(pressed, std::vector<HotKeyID>{kFirst});

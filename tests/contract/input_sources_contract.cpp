@@ -27,13 +27,14 @@ class InputSourcesContract : public ContractTest {
     const auto list = languages(source);
     return std::find(list.begin(), list.end(), language) != list.end();
   }
-  std::u16string typed(const InputSourceRef& source, std::uint16_t keyCode, std::uint32_t modifierState) {
+  std::u16string typed(const InputSourceRef& source, platform::KeyCode keyCode,
+                       platform::Modifiers modifiers) {
     const auto value = sources().property(source, InputSourceProperty::unicodeKeyLayoutData);
     const auto* data = std::get_if<platform::KeyLayoutDataRef>(&value);
     if (data == nullptr || *data == nullptr || (*data)->empty()) return u"(no data)";
     std::uint32_t deadKeyState = 0;
     const platform::KeyTranslation translation{
-        keyCode, platform::KeyAction::down, modifierState, sources().keyboardType(), 0, 8};
+        keyCode, platform::KeyAction::down, modifiers, sources().keyboardType(), 0, 8};
     return sources().translate(**data, translation, deadKeyState).value_or(u"(error)");
   }
 };
@@ -60,11 +61,11 @@ TEST_F(InputSourcesContract, everyLayoutHasAnIdentifierOfItsOwn) {
 TEST_F(InputSourcesContract, keysAreTranslatedPlainAndWithShift) {
   const auto list = enabled();
   ASSERT_EQ(list.size(), 2U);
-  EXPECT_EQ(typed(list[0], 0, 0), u"a");
-  EXPECT_EQ(typed(list[0], 0, 2), u"A");
-  EXPECT_EQ(typed(list[0], 18, 2), u"!");
-  EXPECT_EQ(typed(list[1], 0, 0), u"ש");
-  EXPECT_EQ(typed(list[1], 17, 0), u"א");
+  EXPECT_EQ(typed(list[0], platform::kKeyA, platform::kNoModifiers), u"a");
+  EXPECT_EQ(typed(list[0], platform::kKeyA, platform::kShiftKey), u"A");
+  EXPECT_EQ(typed(list[0], platform::KeyCode{18}, platform::kShiftKey), u"!");
+  EXPECT_EQ(typed(list[1], platform::kKeyA, platform::kNoModifiers), u"ש");
+  EXPECT_EQ(typed(list[1], platform::KeyCode{17}, platform::kNoModifiers), u"א");
 }
 
 TEST_F(InputSourcesContract, theLayoutDataOutlivesItsSource) {
@@ -74,7 +75,9 @@ TEST_F(InputSourcesContract, theLayoutDataOutlivesItsSource) {
   const auto data = std::get<platform::KeyLayoutDataRef>(value);
   list.clear();
   std::uint32_t deadKeyState = 0;
-  EXPECT_EQ(sources().translate(*data, {0, platform::KeyAction::down, 0, sources().keyboardType(), 0, 8},
+  EXPECT_EQ(sources().translate(*data,
+                                {platform::kKeyA, platform::KeyAction::down, platform::kNoModifiers,
+                                 sources().keyboardType(), 0, 8},
                                 deadKeyState),
             u"ש");
 }

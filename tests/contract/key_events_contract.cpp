@@ -9,13 +9,13 @@ namespace {
 using platform::EventSourceState;
 using platform::EventTap;
 
-constexpr std::uint16_t kCopyKey = 8;
-constexpr std::uint16_t kPasteKey = 9;
+using platform::kKeyC;
+using platform::kKeyV;
 
 class KeyEventsContract : public ContractTest {
  protected:
   platform::KeyEvents& keys() { return host().keyEvents(); }
-  void postCommand(const platform::EventSourceRef& source, std::uint16_t keyCode) {
+  void postCommand(const platform::EventSourceRef& source, platform::KeyCode keyCode) {
     const auto down = keys().createKeyboardEvent(source, keyCode, true);
     const auto up = keys().createKeyboardEvent(source, keyCode, false);
     ASSERT_NE(down, nullptr);
@@ -32,7 +32,7 @@ class KeyEventsContract : public ContractTest {
 
 TEST_F(KeyEventsContract, commandCCopiesTheSelectionInFront) {
   underTest->openEditor("akuo nv");
-  postCommand(keys().createSource(EventSourceState::hidSystem), kCopyKey);
+  postCommand(keys().createSource(EventSourceState::hidSystem), kKeyC);
   EXPECT_TRUE(copied("akuo nv"));
 }
 
@@ -40,27 +40,27 @@ TEST_F(KeyEventsContract, commandVReplacesTheSelectionInFront) {
   underTest->openEditor("akuo nv");
   host().generalPasteboard()->clearContents();
   host().generalPasteboard()->setString("שלום מה");
-  postCommand(keys().createSource(EventSourceState::hidSystem), kPasteKey);
+  postCommand(keys().createSource(EventSourceState::hidSystem), kKeyV);
   EXPECT_TRUE(underTest->waitUntil([&] { return underTest->editorText() == "שלום מה"; }));
 }
 
 TEST_F(KeyEventsContract, anEventNeedsNoSource) {
   underTest->openEditor("akuo");
-  postCommand(nullptr, kCopyKey);
+  postCommand(nullptr, kKeyC);
   EXPECT_TRUE(copied("akuo"));
 }
 
 TEST_F(KeyEventsContract, theFlagsAreExactlyThoseThatWereSetWhateverTheUserHolds) {
   underTest->openEditor("akuo");
   underTest->userHolds(platform::kEventFlagShift);
-  postCommand(keys().createSource(EventSourceState::hidSystem), kCopyKey);
+  postCommand(keys().createSource(EventSourceState::hidSystem), kKeyC);
   EXPECT_TRUE(copied("akuo"));
-  underTest->userHolds(0);
+  underTest->userHolds(platform::kNoEventFlags);
 }
 
 TEST_F(KeyEventsContract, anEventThatIsNotPostedDoesNothing) {
   underTest->openEditor("akuo");
-  const auto down = keys().createKeyboardEvent(nullptr, kCopyKey, true);
+  const auto down = keys().createKeyboardEvent(nullptr, kKeyC, true);
   ASSERT_NE(down, nullptr);
   down->setFlags(platform::kEventFlagCommand);
   underTest->waitUntil([] { return false; }, 100ms);
@@ -72,14 +72,14 @@ TEST_F(KeyEventsContract, flagsSayWhatIsHeldNow) {
   const auto flags = [&] { return keys().flagsState(EventSourceState::combinedSession); };
   constexpr auto kAll = platform::kEventFlagShift | platform::kEventFlagControl | platform::kEventFlagOption |
                         platform::kEventFlagCommand;
-  EXPECT_EQ(flags() & kAll, 0U);
+  EXPECT_EQ(flags() & kAll, platform::kNoEventFlags);
   for (const auto modifier : {platform::kEventFlagShift, platform::kEventFlagControl,
                               platform::kEventFlagOption, platform::kEventFlagCommand}) {
     underTest->userHolds(modifier);
-    EXPECT_TRUE(underTest->waitUntil([&] { return (flags() & kAll) == modifier; })) << modifier;
+    EXPECT_TRUE(underTest->waitUntil([&] { return (flags() & kAll) == modifier; })) << number(modifier);
   }
-  underTest->userHolds(0);
-  EXPECT_TRUE(underTest->waitUntil([&] { return (flags() & kAll) == 0; }));
+  underTest->userHolds(platform::kNoEventFlags);
+  EXPECT_TRUE(underTest->waitUntil([&] { return !overlap(flags(), kAll); }));
 }
 
 }  // namespace

@@ -99,7 +99,9 @@ TEST_F(PasteboardContract, clearingLeavesNoTextAndNoItemWithData) {
   write("one");
   pasteboard->clearContents();
   EXPECT_EQ(pasteboard->string(), std::nullopt);
-  if (const auto items = pasteboard->items()) EXPECT_TRUE(items->empty());
+  if (const auto items = pasteboard->items()) {
+    EXPECT_TRUE(items->empty());
+  }
 }
 
 TEST_F(PasteboardContract, anItemKeepsItsTypesInOrderAndItsBytes) {

@@ -97,7 +97,8 @@ TEST_F(StatusBarContract, theCheckMarkComesAndGoes) {
   EXPECT_TRUE(menuIs({"ראשון", "---", "second"}));
 }
 
-/// That the key then works is shown where the host sees to it itself, in tests/linux/ui/status_item_test.cpp.
+/// That the key then works is shown where the host sees to it itself, in
+/// tests/linux/tray/status_item_test.cpp.
 TEST_F(StatusBarContract, theKeyEquivalentIsShownUntilItIsTakenAway) {
   second->setKeyEquivalent("q");
   EXPECT_TRUE(menuIs({"ראשון", "---", "second ⌘q"}));

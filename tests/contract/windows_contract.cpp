@@ -16,7 +16,9 @@ using platform::KeyDisposition;
 using platform::KeyDownEvent;
 using Button = HostUnderTest::RecorderButton;
 
-constexpr std::uint16_t kF5 = 96;
+using platform::kKeyF5;
+using platform::kKeySpace;
+using platform::kNoModifiers;
 
 platform::RecorderWindowLook look() {
   platform::RecorderWindowLook made;
@@ -168,21 +170,21 @@ TEST_F(KeyMonitorContract, seesEveryKeyWhileTheWindowHasTheKeyboard) {
     return KeyDisposition::consumed;
   });
   show();
-  underTest->userPresses(kF5, 0);
+  underTest->userPresses(kKeyF5, kNoModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return seen.size() == 1; }));
-  underTest->userPresses(0, 0x0100 | 0x0200);
+  underTest->userPresses(platform::kKeyA, platform::kCmdKey | platform::kShiftKey);
   EXPECT_TRUE(underTest->waitUntil([&] { return seen.size() == 2; }));
   ASSERT_EQ(seen.size(), 2U);
   constexpr platform::EventFlags kAll = platform::kEventFlagShift | platform::kEventFlagControl |
                                         platform::kEventFlagOption | platform::kEventFlagCommand;
-  EXPECT_EQ(seen[0].keyCode, kF5);
-  EXPECT_EQ(seen[0].modifierFlags & kAll, 0U);
-  EXPECT_EQ(seen[1].keyCode, 0);
+  EXPECT_EQ(seen[0].keyCode, kKeyF5);
+  EXPECT_EQ(seen[0].modifierFlags & kAll, platform::kNoEventFlags);
+  EXPECT_EQ(seen[1].keyCode, platform::kKeyA);
   EXPECT_EQ(seen[1].modifierFlags & kAll, platform::kEventFlagCommand | platform::kEventFlagShift);
 }
 
 TEST_F(KeyMonitorContract, aKeyThatIsPassedOnReachesTheControlAndAConsumedOneDoesNot) {
-  constexpr std::uint16_t kSpace = 49;  // presses the button that has the focus, which is the first
+  // The space bar presses the button that has the focus, which is the first.
   auto disposition = KeyDisposition::consumed;
   int seen = 0;
   const auto token = host().keyMonitor().addLocalKeyDownMonitor([&](const KeyDownEvent&) {
@@ -190,12 +192,12 @@ TEST_F(KeyMonitorContract, aKeyThatIsPassedOnReachesTheControlAndAConsumedOneDoe
     return disposition;
   });
   show();
-  underTest->userPresses(kSpace, 0);
-  underTest->userPresses(kF5, 0);  // once it is here, the one before it has been let go of
+  underTest->userPresses(kKeySpace, kNoModifiers);
+  underTest->userPresses(kKeyF5, kNoModifiers);  // once it is here, the one before it has been let go of
   EXPECT_TRUE(underTest->waitUntil([&] { return seen == 2; }));
   EXPECT_EQ(saves, 0);
   disposition = KeyDisposition::passedOn;
-  underTest->userPresses(kSpace, 0);
+  underTest->userPresses(kKeySpace, kNoModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return saves == 1; }));
   EXPECT_EQ(seen, 3);
 }
@@ -208,7 +210,7 @@ TEST_F(KeyMonitorContract, isSilentOnceItsTokenIsGone) {
   });
   show();
   token.reset();
-  underTest->userPresses(kF5, 0);
+  underTest->userPresses(kKeyF5, kNoModifiers);
   underTest->waitUntil([] { return false; }, 100ms);
   EXPECT_EQ(seen, 0);
 }
@@ -222,9 +224,9 @@ TEST_F(KeyMonitorContract, mayRemoveItselfFromItsHandler) {
     return KeyDisposition::consumed;
   });
   show();
-  underTest->userPresses(kF5, 0);
+  underTest->userPresses(kKeyF5, kNoModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return seen == 1; }));
-  underTest->userPresses(kF5, 0);
+  underTest->userPresses(kKeyF5, kNoModifiers);
   underTest->waitUntil([] { return false; }, 100ms);
   EXPECT_EQ(seen, 1);
 }

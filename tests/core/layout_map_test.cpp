@@ -12,26 +12,9 @@
 namespace lexwend {
 namespace {
 
-// Enabled layouts given as data.
-struct FakeQueries : LayoutQueries {
-  struct Entry {
-    bool enabled = true;
-    std::optional<KeyTable> table = KeyTable{};
-  };
-
-  Entry latin;
-  Entry hebrew;
-
-  Layout keyboardLayout(std::string_view language) const override {
-    const Entry& entry = language == "en" ? latin : hebrew;
-    EXPECT_TRUE(language == "en" || language == "he") << language;
-    return entry.enabled ? Layout(&entry, [](const void*) {}) : nullptr;
-  }
-
-  std::optional<KeyTable> keyTable(const Layout& layout) const override {
-    return static_cast<const Entry*>(layout.get())->table;
-  }
-
+// Two enabled layouts whose keys type nothing as yet.
+struct EnabledLayouts : KeyTables {
+  EnabledLayouts() : KeyTables{KeyTable{}, KeyTable{}} {}
   LayoutMap build() const { return LayoutMap::build(*this); }
 };
 
@@ -40,79 +23,67 @@ constexpr int kKeyS = 1;
 constexpr int kKeyQ = 12;
 constexpr int kKeySlash = 44;
 
-TEST(LayoutMap, isTheFallbackWhenNoHebrewLayoutIsEnabled) {
-  FakeQueries queries;
-  queries.hebrew.enabled = false;
-  EXPECT_EQ(queries.build(), LayoutMap::fallback());
-  EXPECT_FALSE(queries.build().builtFromSystem);
-}
-
-TEST(LayoutMap, isTheFallbackWhenNoEnglishLayoutIsEnabled) {
-  FakeQueries queries;
-  queries.latin.enabled = false;
-  EXPECT_EQ(queries.build(), LayoutMap::fallback());
-  EXPECT_FALSE(queries.build().builtFromSystem);
-}
-
 TEST(LayoutMap, isTheFallbackWhenALayoutHasNoKeyTable) {
-  FakeQueries withoutLatin;
-  withoutLatin.latin.table.reset();
+  EnabledLayouts withoutLatin;
+  withoutLatin.latin.reset();
   EXPECT_EQ(withoutLatin.build(), LayoutMap::fallback());
-  FakeQueries withoutHebrew;
-  withoutHebrew.hebrew.table.reset();
+  EXPECT_FALSE(withoutLatin.build().builtFromSystem);
+  EnabledLayouts withoutHebrew;
+  withoutHebrew.hebrew.reset();
   EXPECT_EQ(withoutHebrew.build(), LayoutMap::fallback());
+  EXPECT_FALSE(withoutHebrew.build().builtFromSystem);
 }
 
 TEST(LayoutMap, takesAnEmptyKeyTableAsItIs) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeyA, {"a", "A"}}};
-  const LayoutMap map = queries.build();
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeyA, {"a", "A"}}};
+  const LayoutMap map = layouts.build();
   EXPECT_TRUE(map.toHebrew.empty());
   EXPECT_TRUE(map.toEnglish.empty());
   EXPECT_TRUE(map.builtFromSystem);
 }
 
 TEST(LayoutMap, pairsPlainAndShiftedCharactersOfAKey) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeyA, {"a", "A"}}, {kKeySlash, {"/", "?"}}};
-  queries.hebrew.table = KeyTable{{kKeyA, {"ש", "A"}}, {kKeySlash, {".", "?"}}};
-  const LayoutMap map = queries.build();
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeyA, {"a", "A"}}, {kKeySlash, {"/", "?"}}};
+  layouts.hebrew = KeyTable{{kKeyA, {"ש", "A"}}, {kKeySlash, {".", "?"}}};
+  const LayoutMap map = layouts.build();
   EXPECT_EQ(map.toHebrew, (CharacterMap{{"/", "."}, {"?", "?"}, {"A", "ש"}, {"a", "ש"}}));
   EXPECT_EQ(map.toEnglish, (CharacterMap{{".", "/"}, {"?", "?"}, {"ש", "a"}}));
 }
 
 TEST(LayoutMap, lowerKeyCodeWinsAmongPlainCharacters) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeyQ, {"q", "Q"}}, {kKeySlash, {"/", "?"}}};
-  queries.hebrew.table = KeyTable{{kKeyQ, {"/", "Q"}}, {kKeySlash, {"/", "?"}}};
-  EXPECT_EQ(queries.build().toEnglish.at("/"), "q");
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeyQ, {"q", "Q"}}, {kKeySlash, {"/", "?"}}};
+  layouts.hebrew = KeyTable{{kKeyQ, {"/", "Q"}}, {kKeySlash, {"/", "?"}}};
+  EXPECT_EQ(layouts.build().toEnglish.at("/"), "q");
 }
 
 TEST(LayoutMap, plainPairingWinsOverShiftedPairingOfALowerKeyCode) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeyA, {"a", "!"}}, {kKeySlash, {"!", "?"}}};
-  queries.hebrew.table = KeyTable{{kKeyA, {"ש", "+"}}, {kKeySlash, {"+", ";"}}};
-  const LayoutMap map = queries.build();
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeyA, {"a", "!"}}, {kKeySlash, {"!", "?"}}};
+  layouts.hebrew = KeyTable{{kKeyA, {"ש", "+"}}, {kKeySlash, {"+", ";"}}};
+  const LayoutMap map = layouts.build();
   EXPECT_EQ(map.toHebrew.at("!"), "+");
   EXPECT_EQ(map.toEnglish.at("+"), "!");
-  queries.hebrew.table = KeyTable{{kKeyA, {"ש", "+"}}, {kKeySlash, {"-", ";"}}};
-  EXPECT_EQ(queries.build().toHebrew.at("!"), "-");
+  layouts.hebrew = KeyTable{{kKeyA, {"ש", "+"}}, {kKeySlash, {"-", ";"}}};
+  EXPECT_EQ(layouts.build().toHebrew.at("!"), "-");
 }
 
 TEST(LayoutMap, deadKeyOfTheLatinLayoutGivesOnlyItsShiftedCharacter) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeySlash, {"", "?"}}};
-  queries.hebrew.table = KeyTable{{kKeySlash, {".", "!"}}};
-  const LayoutMap map = queries.build();
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeySlash, {"", "?"}}};
+  layouts.hebrew = KeyTable{{kKeySlash, {".", "!"}}};
+  const LayoutMap map = layouts.build();
   EXPECT_EQ(map.toHebrew, (CharacterMap{{"?", "!"}}));
   EXPECT_EQ(map.toEnglish, (CharacterMap{{"!", "?"}}));
 }
 
 TEST(LayoutMap, capitalLeadsToThePlainHebrewCharacterOfItsKey) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeyA, {"a", "A"}}, {kKeyS, {"s", "S"}}};
-  queries.hebrew.table = KeyTable{{kKeyA, {"ש", "₪"}}, {kKeyS, {"ד", "S"}}};
-  const LayoutMap map = queries.build();
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeyA, {"a", "A"}}, {kKeyS, {"s", "S"}}};
+  layouts.hebrew = KeyTable{{kKeyA, {"ש", "₪"}}, {kKeyS, {"ד", "S"}}};
+  const LayoutMap map = layouts.build();
   EXPECT_EQ(map.toHebrew.at("A"), "ש");
   EXPECT_EQ(map.toHebrew.at("S"), "ד");
   EXPECT_FALSE(map.toEnglish.contains("₪"));
@@ -120,30 +91,30 @@ TEST(LayoutMap, capitalLeadsToThePlainHebrewCharacterOfItsKey) {
 }
 
 TEST(LayoutMap, capitalIsSkippedWhereTheHebrewLayoutTypesNoMappableCharacter) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeyA, {"a", "A"}}};
-  queries.hebrew.table = KeyTable{{kKeyA, {"", "ש"}}};
-  const LayoutMap map = queries.build();
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeyA, {"a", "A"}}};
+  layouts.hebrew = KeyTable{{kKeyA, {"", "ש"}}};
+  const LayoutMap map = layouts.build();
   EXPECT_TRUE(map.toHebrew.empty());
   EXPECT_TRUE(map.toEnglish.empty());
 }
 
 TEST(LayoutMap, skipsKeysThatOneLayoutLacks) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeyA, {"a", "A"}}};
-  queries.hebrew.table = KeyTable{{kKeyS, {"ד", "S"}}};
-  const LayoutMap map = queries.build();
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeyA, {"a", "A"}}};
+  layouts.hebrew = KeyTable{{kKeyS, {"ד", "S"}}};
+  const LayoutMap map = layouts.build();
   EXPECT_TRUE(map.toHebrew.empty());
   EXPECT_TRUE(map.toEnglish.empty());
 }
 
 TEST(LayoutMap, skipsKeysThatAreNoCharacterKeys) {
-  FakeQueries queries;
+  EnabledLayouts layouts;
   for (const int keyCode : {10, 36, 48, 49, 51}) {
-    queries.latin.table->emplace(keyCode, KeyChars{"a", "!"});
-    queries.hebrew.table->emplace(keyCode, KeyChars{"ש", "?"});
+    layouts.latin->emplace(keyCode, KeyChars{"a", "!"});
+    layouts.hebrew->emplace(keyCode, KeyChars{"ש", "?"});
   }
-  EXPECT_TRUE(queries.build().toHebrew.empty());
+  EXPECT_TRUE(layouts.build().toHebrew.empty());
 }
 
 TEST(LayoutMap, skipsStringsThatAreNotOneVisibleScalar) {
@@ -167,32 +138,32 @@ TEST(LayoutMap, skipsStringsThatAreNotOneVisibleScalar) {
       {"a cut sequence", "\xD7"},
   };
   for (const auto& [name, text] : unmappable) {
-    FakeQueries latin;
-    latin.latin.table = KeyTable{{kKeyA, {text, text}}};
-    latin.hebrew.table = KeyTable{{kKeyA, {"ש", "!"}}};
+    EnabledLayouts latin;
+    latin.latin = KeyTable{{kKeyA, {text, text}}};
+    latin.hebrew = KeyTable{{kKeyA, {"ש", "!"}}};
     EXPECT_TRUE(latin.build().toHebrew.empty()) << name;
     EXPECT_TRUE(latin.build().toEnglish.empty()) << name;
-    FakeQueries hebrew;
-    hebrew.latin.table = KeyTable{{kKeyA, {"a", "!"}}};
-    hebrew.hebrew.table = KeyTable{{kKeyA, {text, text}}};
+    EnabledLayouts hebrew;
+    hebrew.latin = KeyTable{{kKeyA, {"a", "!"}}};
+    hebrew.hebrew = KeyTable{{kKeyA, {text, text}}};
     EXPECT_TRUE(hebrew.build().toHebrew.empty()) << name;
     EXPECT_TRUE(hebrew.build().toEnglish.empty()) << name;
   }
 }
 
 TEST(LayoutMap, acceptsAScalarBeyondTheBasicPlane) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeyA, {"\U0001F600", ""}}};
-  queries.hebrew.table = KeyTable{{kKeyA, {"ש", ""}}};
-  EXPECT_EQ(queries.build().toHebrew.at("\U0001F600"), "ש");
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeyA, {"\U0001F600", ""}}};
+  layouts.hebrew = KeyTable{{kKeyA, {"ש", ""}}};
+  EXPECT_EQ(layouts.build().toHebrew.at("\U0001F600"), "ש");
 }
 
 TEST(LayoutMap, buildsTheSameFromTheSameLayouts) {
-  FakeQueries queries;
-  queries.latin.table = KeyTable{{kKeyA, {"a", "A"}}};
-  queries.hebrew.table = KeyTable{{kKeyA, {"ש", "A"}}};
-  EXPECT_EQ(queries.build(), queries.build());
-  EXPECT_NE(queries.build(), LayoutMap::fallback());
+  EnabledLayouts layouts;
+  layouts.latin = KeyTable{{kKeyA, {"a", "A"}}};
+  layouts.hebrew = KeyTable{{kKeyA, {"ש", "A"}}};
+  EXPECT_EQ(layouts.build(), layouts.build());
+  EXPECT_NE(layouts.build(), LayoutMap::fallback());
 }
 
 TEST(LayoutMap, fallbackHasTheSizesOfTheBuiltInTable) {

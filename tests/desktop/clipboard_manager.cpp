@@ -6,7 +6,7 @@
 #include <optional>
 #include <thread>
 
-#include "tests/linux/other_application.h"
+#include "tests/linux/testing/other_application.h"
 
 int main() {
   using namespace lexwend::platform;

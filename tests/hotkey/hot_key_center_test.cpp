@@ -28,8 +28,11 @@ using platform::HotKeyID;
 using testing::ElementsAre;
 using tests::inOrder;
 
-constexpr std::uint32_t kF2 = 120;
-constexpr std::uint32_t kF5 = 96;
+using platform::KeyCode;
+using platform::Modifiers;
+constexpr KeyCode kF2 = platform::kKeyF2;
+constexpr KeyCode kF5 = platform::kKeyF5;
+constexpr Modifiers kNone = platform::kNoModifiers;
 constexpr std::uint32_t kSignature = 0x544B5652;
 
 struct Center {
@@ -38,7 +41,7 @@ struct Center {
   HotKeyCenter center;
   int pressed = 0;
 
-  bool add(std::uint32_t keyCode, std::uint32_t modifiers = 0) {
+  bool add(KeyCode keyCode, Modifiers modifiers = kNone) {
     return center.registerHotKey(keyCode, modifiers, [this] { ++pressed; });
   }
   platform::FakeHotKeys& system() { return host.hotKeyService(); }
@@ -46,19 +49,19 @@ struct Center {
 
 TEST(HotKeyCenter, registersTheCombinationAsGivenUnderItsOwnIdentity) {
   Center c;
-  EXPECT_TRUE(c.add(kF5, 0x1F00 | 0x0400));
+  EXPECT_TRUE(c.add(kF5, Modifiers{0x1F00}));
   ASSERT_EQ(c.system().registered().size(), 1U);
   const auto& [combination, identity] = *c.system().registered().begin();
-  EXPECT_EQ(combination, (platform::FakeHotKeys::Combination{kF5, 0x1F00 | 0x0400}));
+  EXPECT_EQ(combination, (platform::FakeHotKeys::Combination{kF5, Modifiers{0x1F00}}));
   EXPECT_EQ(identity, (HotKeyID{kSignature, 1}));
 }
 
 TEST(HotKeyCenter, runsTheActionWithinThePress) {
   Center c;
   c.add(kF2);
-  EXPECT_TRUE(c.system().press(kF2, 0));
+  EXPECT_TRUE(c.system().press(kF2, kNone));
   EXPECT_EQ(c.pressed, 1);
-  EXPECT_TRUE(c.system().press(kF2, 0));
+  EXPECT_TRUE(c.system().press(kF2, kNone));
   EXPECT_EQ(c.pressed, 2);
 }
 
@@ -72,16 +75,16 @@ TEST(HotKeyCenter, firstIdIsOneAndUnregisteringDoesNotStartAnew) {
 
 TEST(HotKeyCenter, refusedRegistrationIsFalseAndItsIdIsSkipped) {
   Center c;
-  c.system().otherAppTakes(kF2, 0);
+  c.system().otherAppTakes(kF2, kNone);
   EXPECT_FALSE(c.add(kF2));
   EXPECT_TRUE(c.add(kF5));
   EXPECT_THAT(c.system().offered(), ElementsAre(HotKeyID{kSignature, 1}, HotKeyID{kSignature, 2}));
-  EXPECT_EQ(c.system().registered().at({kF5, 0}).id, 2U);
+  EXPECT_EQ(c.system().registered().at({kF5, kNone}).id, 2U);
 }
 
 TEST(HotKeyCenter, refusedRegistrationStoresNoAction) {
   Center c;
-  c.system().otherAppTakes(kF2, 0);
+  c.system().otherAppTakes(kF2, kNone);
   c.add(kF2);
   c.system().dispatch({kSignature, 1});
   EXPECT_EQ(c.pressed, 0);
@@ -96,7 +99,7 @@ TEST(HotKeyCenter, successWithoutAReferenceCountsAsRefused) {
   c.system().dispatch({kSignature, 1});
   EXPECT_EQ(c.pressed, 0);
   EXPECT_TRUE(c.add(kF5));
-  EXPECT_EQ(c.system().registered().at({kF5, 0}).id, 2U);
+  EXPECT_EQ(c.system().registered().at({kF5, kNone}).id, 2U);
 }
 
 TEST(HotKeyCenter, failureWithAReferenceCountsAsRefused) {
@@ -108,7 +111,7 @@ TEST(HotKeyCenter, failureWithAReferenceCountsAsRefused) {
   c.center.unregisterAll();
   EXPECT_EQ(c.host.calls().count("hotKeys.unregisterHotKey"), 0U);
   EXPECT_TRUE(c.add(kF5));
-  EXPECT_EQ(c.system().registered().at({kF5, 0}).id, 2U);
+  EXPECT_EQ(c.system().registered().at({kF5, kNone}).id, 2U);
 }
 
 TEST(HotKeyCenter, installsItsHandlerOnceAndBeforeTheFirstRegistration) {
@@ -153,7 +156,7 @@ TEST(HotKeyCenter, failedUnregistrationIsIgnoredAndTheActionIsForgotten) {
   c.add(kF2);
   c.host.failNext(FakeOperation::unregisterHotKey);
   c.center.unregisterAll();
-  c.system().press(kF2, 0);  // the system still holds it
+  c.system().press(kF2, kNone);  // the system still holds it
   EXPECT_EQ(c.pressed, 0);
   c.center.unregisterAll();  // nothing is tried again
   EXPECT_EQ(c.host.calls().count("hotKeys.unregisterHotKey"), 1U);
@@ -184,26 +187,26 @@ TEST(HotKeyCenter, unreadableIdentityRunsNoAction) {
 TEST(HotKeyCenter, eachRegistrationRunsItsOwnAction) {
   Center c;
   std::vector<std::string> ran;
-  c.center.registerHotKey(kF2, 0, [&] { ran.emplace_back("F2"); });
-  c.center.registerHotKey(kF5, 0, [&] { ran.emplace_back("F5"); });
-  c.system().press(kF5, 0);
-  c.system().press(kF2, 0);
+  c.center.registerHotKey(kF2, kNone, [&] { ran.emplace_back("F2"); });
+  c.center.registerHotKey(kF5, kNone, [&] { ran.emplace_back("F5"); });
+  c.system().press(kF5, kNone);
+  c.system().press(kF2, kNone);
   EXPECT_THAT(ran, ElementsAre("F5", "F2"));
 }
 
 TEST(HotKeyCenter, anActionMayUnregisterItselfAndRegisterAnother) {
   Center c;
   auto alive = std::make_shared<int>(0);
-  c.center.registerHotKey(kF2, 0, [&c, alive] {
+  c.center.registerHotKey(kF2, kNone, [&c, alive] {
     c.center.unregisterAll();
     c.add(kF5);
     ++*alive;  // what the action holds outlives its registration until it returns
   });
-  c.system().press(kF2, 0);
+  c.system().press(kF2, kNone);
   EXPECT_EQ(*alive, 1);
   EXPECT_EQ(alive.use_count(), 1);
-  EXPECT_FALSE(c.system().holds(kF2, 0));
-  c.system().press(kF5, 0);
+  EXPECT_FALSE(c.system().holds(kF2, kNone));
+  c.system().press(kF5, kNone);
   EXPECT_EQ(c.pressed, 1);
 }
 
@@ -213,7 +216,7 @@ TEST(HotKeyCenter, pressAfterTheCenterIsGoneDoesNothing) {
   auto held = std::make_shared<int>(0);
   {
     HotKeyCenter center;
-    center.registerHotKey(kF2, 0, [held] { ++*held; });
+    center.registerHotKey(kF2, kNone, [held] { ++*held; });
   }
   EXPECT_EQ(host.hotKeyService().dispatch({kSignature, 1}), platform::kNoErr);
   EXPECT_EQ(*held, 0);
@@ -259,10 +262,10 @@ std::string expectedKeyName(std::uint32_t keyCode) {
 
 TEST(HotKeyDisplayName, everyKeyHasItsName) {
   for (std::uint32_t keyCode = 0; keyCode <= 300; ++keyCode) {
-    EXPECT_EQ(HotKeyCenter::displayName(keyCode, 0), expectedKeyName(keyCode)) << keyCode;
+    EXPECT_EQ(HotKeyCenter::displayName(KeyCode{keyCode}, kNone), expectedKeyName(keyCode)) << keyCode;
   }
   for (const std::uint32_t keyCode : {65535U, 65536U, 4294967295U}) {
-    EXPECT_EQ(HotKeyCenter::displayName(keyCode, 0), expectedKeyName(keyCode));
+    EXPECT_EQ(HotKeyCenter::displayName(KeyCode{keyCode}, kNone), expectedKeyName(keyCode));
   }
 }
 
@@ -273,44 +276,44 @@ TEST(HotKeyDisplayName, everyMaskPutsItsSymbolsInFrontInOneOrder) {
     if ((mask & 0x0800) != 0) expected += "⌥";
     if ((mask & 0x0200) != 0) expected += "⇧";
     if ((mask & 0x0100) != 0) expected += "⌘";
-    ASSERT_EQ(HotKeyCenter::displayName(kF5, mask), expected + "F5") << mask;
+    ASSERT_EQ(HotKeyCenter::displayName(kF5, Modifiers{mask}), expected + "F5") << mask;
   }
-  EXPECT_EQ(HotKeyCenter::displayName(kF5, 0xFFFFFFFF), "⌃⌥⇧⌘F5");
+  EXPECT_EQ(HotKeyCenter::displayName(kF5, Modifiers{0xFFFFFFFF}), "⌃⌥⇧⌘F5");
 }
 
 TEST(HotKeyDisplayName, spaceAloneIsOneBlank) {
-  EXPECT_EQ(HotKeyCenter::displayName(49, 0), " ");
-  EXPECT_EQ(HotKeyCenter::displayName(49, 0x0800), "⌥ ");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{49}, kNone), " ");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{49}, Modifiers{0x0800}), "⌥ ");
 }
 
 TEST(HotKeyDisplayName, returnWithControlAndCommand) {
-  EXPECT_EQ(HotKeyCenter::displayName(36, 0x1100), "⌃⌘↩");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{36}, Modifiers{0x1100}), "⌃⌘↩");
 }
 
 TEST(HotKeyDisplayName, allFourSymbolsComeInOneOrder) {
-  EXPECT_EQ(HotKeyCenter::displayName(kF5, 0x0100 | 0x0200 | 0x0800 | 0x1000), "⌃⌥⇧⌘F5");
-  EXPECT_EQ(HotKeyCenter::displayName(kF5, 0x1A00), "⌃⌥⇧F5");
-  EXPECT_EQ(HotKeyCenter::displayName(17, 0x0900), "⌥⌘T");
+  EXPECT_EQ(HotKeyCenter::displayName(kF5, Modifiers{0x0100 | 0x0200 | 0x0800 | 0x1000}), "⌃⌥⇧⌘F5");
+  EXPECT_EQ(HotKeyCenter::displayName(kF5, Modifiers{0x1A00}), "⌃⌥⇧F5");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{17}, Modifiers{0x0900}), "⌥⌘T");
 }
 
 TEST(HotKeyDisplayName, otherBitsAddNothing) {
-  EXPECT_EQ(HotKeyCenter::displayName(kF2, 0x0400), "F2");
-  EXPECT_EQ(HotKeyCenter::displayName(kF2, 0x0500), "⌘F2");
+  EXPECT_EQ(HotKeyCenter::displayName(kF2, Modifiers{0x0400}), "F2");
+  EXPECT_EQ(HotKeyCenter::displayName(kF2, Modifiers{0x0500}), "⌘F2");
 }
 
 TEST(HotKeyDisplayName, keyWithoutANameShowsItsCode) {
-  EXPECT_EQ(HotKeyCenter::displayName(10, 0), "מקש 10");
-  EXPECT_EQ(HotKeyCenter::displayName(123, 0), "מקש 123");
-  EXPECT_EQ(HotKeyCenter::displayName(53, 0x0100), "⌘מקש 53");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{10}, kNone), "מקש 10");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{123}, kNone), "מקש 123");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{53}, Modifiers{0x0100}), "⌘מקש 53");
 }
 
 TEST(HotKeyDisplayName, digitsAndPunctuationStayUnshifted) {
-  EXPECT_EQ(HotKeyCenter::displayName(18, 0x0300), "⇧⌘1");
-  EXPECT_EQ(HotKeyCenter::displayName(43, 0x0100), "⌘,");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{18}, Modifiers{0x0300}), "⇧⌘1");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{43}, Modifiers{0x0100}), "⌘,");
 }
 
 TEST(HotKeyDisplayName, needsNoHost) {
-  EXPECT_EQ(HotKeyCenter::displayName(0, 0x1000), "⌃A");
+  EXPECT_EQ(HotKeyCenter::displayName(KeyCode{0}, Modifiers{0x1000}), "⌃A");
 }
 
 }  // namespace

@@ -24,17 +24,17 @@ using platform::KeyDisposition;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr std::uint32_t kCommand = 0x0100;
-constexpr std::uint32_t kShift = 0x0200;
-constexpr std::uint32_t kOption = 0x0800;
-constexpr std::uint32_t kControl = 0x1000;
+constexpr platform::Modifiers kCommand = platform::kCmdKey;
+constexpr platform::Modifiers kShift = platform::kShiftKey;
+constexpr platform::Modifiers kOption = platform::kOptionKey;
+constexpr platform::Modifiers kControl = platform::kControlKey;
 
-constexpr std::uint16_t kA = 0;
-constexpr std::uint16_t kC = 8;
-constexpr std::uint16_t kReturn = 36;
-constexpr std::uint16_t kSpace = 49;
-constexpr std::uint16_t kEscape = 53;
-constexpr std::uint16_t kF5 = 96;
+constexpr platform::KeyCode kA = platform::kKeyA;
+constexpr platform::KeyCode kC = platform::kKeyC;
+constexpr platform::KeyCode kReturn = platform::kKeyReturn;
+constexpr platform::KeyCode kSpace = platform::kKeySpace;
+constexpr platform::KeyCode kEscape = platform::kKeyEscape;
+constexpr platform::KeyCode kF5 = platform::kKeyF5;
 
 const std::string kCurrent =
     "הצירוף הנוכחי. מקש F לבד, או מקש אחר יחד עם ⌘, ⌃ או ⌥. במקלדת מק, מקשי F נלחצים עם מקש הגלובוס.";
@@ -64,8 +64,8 @@ struct Recorder {
     return shown != nullptr ? *shown : platform::FakeRecorderState{};
   }
   bool isOpen() { return host.recorderWindows().window() != nullptr; }
-  void press(std::uint16_t keyCode, std::uint32_t carbonModifiers = 0) {
-    EXPECT_EQ(host.userPresses(keyCode, carbonModifiers), platform::KeyFate::ownWindow);
+  void press(platform::KeyCode keyCode, platform::Modifiers modifiers = platform::kNoModifiers) {
+    EXPECT_EQ(host.userPresses(keyCode, modifiers), platform::KeyFate::ownWindow);
   }
   bool storesNothing() { return host.standardUserDefaults().all().empty(); }
   std::pair<std::int64_t, std::int64_t> stored() {
@@ -299,7 +299,7 @@ TEST(HotKeyRecorder, theLastValidCombinationIsTheOneThatIsSaved) {
   r.press(kA, kOption);
   r.expectShows("⌥A", kCanSave, ColorRole::secondaryLabel, true);
   r.host.recorderWindows().clickSave();
-  EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{0}, std::int64_t{kOption}));
+  EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{0}, std::int64_t{number(kOption)}));
 }
 
 TEST(HotKeyRecorder, saveButtonWritesCodeThenMaskAndReports) {
@@ -354,22 +354,23 @@ TEST(HotKeyRecorder, finishedIsFinal) {
   r.press(kF5);
   r.host.recorderWindows().clickSave();
   r.host.standardUserDefaults().put("hotKeyCode", std::int64_t{1});
-  EXPECT_EQ(r.host.keyMonitor().deliver({kEscape, 0}), KeyDisposition::passedOn);
+  EXPECT_EQ(r.host.keyMonitor().deliver({kEscape, platform::kNoEventFlags}), KeyDisposition::passedOn);
   EXPECT_THAT(r.done, ElementsAre(true));
 }
 
 TEST(HotKeyRecorder, consumesEveryKeyWhileItIsOpen) {
   Recorder r;
-  for (std::uint16_t keyCode = 0; keyCode <= 127; ++keyCode) {
+  for (std::uint16_t code = 0; code <= 127; ++code) {
+    const platform::KeyCode keyCode{code};
     if (keyCode == kEscape) continue;
     EXPECT_EQ(r.host.keyMonitor().deliver({keyCode, platform::kEventFlagCommand}), KeyDisposition::consumed);
     if (keyCode == kReturn) continue;  // would save what was just recorded
-    EXPECT_EQ(r.host.keyMonitor().deliver({keyCode, 0}), KeyDisposition::consumed);
+    EXPECT_EQ(r.host.keyMonitor().deliver({keyCode, platform::kNoEventFlags}), KeyDisposition::consumed);
   }
-  EXPECT_EQ(r.host.keyMonitor().deliver({kA, 0}), KeyDisposition::consumed);
-  EXPECT_EQ(r.host.keyMonitor().deliver({kReturn, 0}), KeyDisposition::consumed);
+  EXPECT_EQ(r.host.keyMonitor().deliver({kA, platform::kNoEventFlags}), KeyDisposition::consumed);
+  EXPECT_EQ(r.host.keyMonitor().deliver({kReturn, platform::kNoEventFlags}), KeyDisposition::consumed);
   EXPECT_TRUE(r.isOpen());
-  EXPECT_EQ(r.host.keyMonitor().deliver({kEscape, 0}), KeyDisposition::consumed);
+  EXPECT_EQ(r.host.keyMonitor().deliver({kEscape, platform::kNoEventFlags}), KeyDisposition::consumed);
   EXPECT_FALSE(r.isOpen());
 }
 
@@ -378,12 +379,14 @@ TEST(HotKeyRecorder, eachEventFlagBecomesItsCarbonBit) {
     platform::EventFlags flag;
     std::int64_t mask;
   };
-  for (const auto& [flag, mask] : {Case{0x100000, 0x0100}, Case{0x20000, 0x0200}, Case{0x80000, 0x0800},
-                                   Case{0x40000, 0x1000}, Case{0x1E0000, 0x1B00}}) {
+  for (const auto& [flag, mask] :
+       {Case{platform::EventFlags{0x100000}, 0x0100}, Case{platform::EventFlags{0x20000}, 0x0200},
+        Case{platform::EventFlags{0x80000}, 0x0800}, Case{platform::EventFlags{0x40000}, 0x1000},
+        Case{platform::EventFlags{0x1E0000}, 0x1B00}}) {
     Recorder r;
     r.host.keyMonitor().deliver({kF5, flag});
     r.host.recorderWindows().clickSave();
-    EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{kF5}, mask));
+    EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{number(kF5)}, mask));
   }
 }
 
@@ -396,12 +399,12 @@ TEST(HotKeyRecorder, capsLockFunctionAndOtherFlagsDoNotCount) {
   r.expectShows("F5", kCanSave, ColorRole::secondaryLabel, true);
   r.host.keyMonitor().deliver({kReturn, kNoise});
   EXPECT_THAT(r.done, ElementsAre(true));
-  EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{kF5}, std::int64_t{0}));
+  EXPECT_EQ(r.stored(), std::make_pair(std::int64_t{number(kF5)}, std::int64_t{0}));
 }
 
 TEST(HotKeyRecorder, capsLockedEscapeStillCancels) {
   Recorder r;
-  r.host.keyMonitor().deliver({kEscape, 0x10000});
+  r.host.keyMonitor().deliver({kEscape, platform::kEventFlagCapsLock});
   EXPECT_THAT(r.done, ElementsAre(false));
 }
 
@@ -410,11 +413,11 @@ const std::vector<std::pair<std::string, std::function<void(FakeHost&)>>>& endin
   static const std::vector<std::pair<std::string, std::function<void(FakeHost&)>>> kEndings = {
       {"Escape",
        [](FakeHost& host) {
-         host.keyMonitor().deliver({kEscape, 0});
+         host.keyMonitor().deliver({kEscape, platform::kNoEventFlags});
        }},
       {"Return",
        [](FakeHost& host) {
-         host.keyMonitor().deliver({kReturn, 0});
+         host.keyMonitor().deliver({kReturn, platform::kNoEventFlags});
        }},
       {"save", [](FakeHost& host) { host.recorderWindows().clickSave(); }},
       {"cancel", [](FakeHost& host) { host.recorderWindows().clickCancel(); }},
@@ -435,7 +438,7 @@ TEST(HotKeyRecorder, mayBeLetGoInItsOwnCompletion) {
     r.controller.reset();
     controller->present();
     const std::weak_ptr<HotKeyRecorderWindowController> weak = controller;
-    r.host.keyMonitor().deliver({kF5, 0});
+    r.host.keyMonitor().deliver({kF5, platform::kNoEventFlags});
     end(r.host);
     EXPECT_EQ(told, 1);
     EXPECT_TRUE(weak.expired());
@@ -492,10 +495,10 @@ TEST(HotKeyRecorder, callsThatComeTooLateDoNothing) {
   int told = 0;
   auto controller = HotKeyRecorderWindowController::create([&](bool) { ++told; });
   controller->present();
-  EXPECT_EQ(host.keyMonitor().kept({kF5, 0}), KeyDisposition::consumed);
+  EXPECT_EQ(host.keyMonitor().kept({kF5, platform::kNoEventFlags}), KeyDisposition::consumed);
   controller.reset();
-  for (const std::uint16_t keyCode : {kF5, kReturn, kEscape}) {
-    EXPECT_EQ(host.keyMonitor().kept({keyCode, 0}), KeyDisposition::passedOn);
+  for (const platform::KeyCode keyCode : {kF5, kReturn, kEscape}) {
+    EXPECT_EQ(host.keyMonitor().kept({keyCode, platform::kNoEventFlags}), KeyDisposition::passedOn);
   }
   host.recorderWindows().kept.save();
   host.recorderWindows().kept.cancel();
@@ -520,44 +523,48 @@ TEST(HotKeyRecorder, saveWithoutAValidCombinationDoesNothingEvenIfTheButtonFires
 
 enum class Verdict { valid, plainKey, reserved };
 
-Verdict verdict(std::uint32_t code, std::uint32_t mask) {
+Verdict verdict(std::uint32_t code, platform::Modifiers mods) {
   static const std::set<std::uint32_t> kFunctionCodes = {122, 120, 99,  118, 96,  97,  98, 100, 101, 109,
                                                          103, 111, 105, 107, 113, 106, 64, 79,  80};
   // Q W C V X Z A S N T H M , and Space
   static const std::set<std::uint32_t> kReservedCodes = {12, 13, 8, 9, 7, 6, 0, 1, 45, 17, 4, 46, 43, 49};
   if (kFunctionCodes.contains(code)) return Verdict::valid;
-  const bool command = (mask & kCommand) != 0;
-  const bool shift = (mask & kShift) != 0;
-  const bool option = (mask & kOption) != 0;
-  const bool control = (mask & kControl) != 0;
+  const bool command = overlap(mods, kCommand);
+  const bool shift = overlap(mods, kShift);
+  const bool option = overlap(mods, kOption);
+  const bool control = overlap(mods, kControl);
   if (!command && !option && !control) return Verdict::plainKey;
   if (command && !shift && !option && !control && kReservedCodes.contains(code)) return Verdict::reserved;
   return Verdict::valid;
 }
 
 TEST(HotKeyRecorderRules, agreeWithThePlainRestatementForEveryKeyAndMask) {
-  constexpr std::uint32_t kOtherBit = 0x0400;  // caps lock: no part of a combination
+  constexpr platform::Modifiers kOtherBit{0x0400};  // caps lock: no part of a combination
   int counts[3] = {};
   for (std::uint32_t code = 0; code <= 0xFFFF; ++code) {
     for (unsigned bits = 0; bits < 32; ++bits) {
       // The codes of real keyboards end at 127; above, one pass without the extra bit is enough.
       if (code > 255 && bits >= 16) break;
-      const std::uint32_t mask = ((bits & 1) != 0 ? kCommand : 0) | ((bits & 2) != 0 ? kShift : 0) |
-                                 ((bits & 4) != 0 ? kOption : 0) | ((bits & 8) != 0 ? kControl : 0) |
-                                 ((bits & 16) != 0 ? kOtherBit : 0);
-      const std::string name = HotKeyCenter::displayName(code, mask);
-      const auto error = HotKeyRecorderWindowController::validate(code, mask, name);
-      const Verdict expected = verdict(code, mask);
+      platform::Modifiers mods = platform::kNoModifiers;
+      if ((bits & 1) != 0) mods |= kCommand;
+      if ((bits & 2) != 0) mods |= kShift;
+      if ((bits & 4) != 0) mods |= kOption;
+      if ((bits & 8) != 0) mods |= kControl;
+      if ((bits & 16) != 0) mods |= kOtherBit;
+      const platform::KeyCode key{code};
+      const std::string name = HotKeyCenter::displayName(key, mods);
+      const auto error = HotKeyRecorderWindowController::validate(key, mods, name);
+      const Verdict expected = verdict(code, mods);
       ++counts[static_cast<int>(expected)];
       switch (expected) {
         case Verdict::valid:
-          ASSERT_EQ(error, std::nullopt) << code << ' ' << mask;
+          ASSERT_EQ(error, std::nullopt) << code << ' ' << number(mods);
           break;
         case Verdict::plainKey:
-          ASSERT_EQ(error, kPlainKey) << code << ' ' << mask;
+          ASSERT_EQ(error, kPlainKey) << code << ' ' << number(mods);
           break;
         case Verdict::reserved:
-          ASSERT_EQ(error, reservedMessage(name)) << code << ' ' << mask;
+          ASSERT_EQ(error, reservedMessage(name)) << code << ' ' << number(mods);
           break;
       }
     }
@@ -567,10 +574,10 @@ TEST(HotKeyRecorderRules, agreeWithThePlainRestatementForEveryKeyAndMask) {
 }
 
 TEST(HotKeyRecorderRules, reservedIsDecidedByTheNameThatIsGiven) {
-  EXPECT_EQ(HotKeyRecorderWindowController::validate(0, kCommand, "⌘Q"), reservedMessage("⌘Q"));
-  EXPECT_EQ(HotKeyRecorderWindowController::validate(0, kCommand, "⌘B"), std::nullopt);
-  EXPECT_EQ(HotKeyRecorderWindowController::validate(0, kShift, "⌘Q"), kPlainKey);
-  EXPECT_EQ(HotKeyRecorderWindowController::validate(kF5, 0, "⌘Q"), std::nullopt);
+  EXPECT_EQ(HotKeyRecorderWindowController::validate(kA, kCommand, "⌘Q"), reservedMessage("⌘Q"));
+  EXPECT_EQ(HotKeyRecorderWindowController::validate(kA, kCommand, "⌘B"), std::nullopt);
+  EXPECT_EQ(HotKeyRecorderWindowController::validate(kA, kShift, "⌘Q"), kPlainKey);
+  EXPECT_EQ(HotKeyRecorderWindowController::validate(kF5, platform::kNoModifiers, "⌘Q"), std::nullopt);
 }
 
 }  // namespace

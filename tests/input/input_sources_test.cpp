@@ -171,7 +171,7 @@ TEST_F(InputSourcesTest, loneSurrogateIsNoTextAndPairsWithNothing) {
   EXPECT_EQ(table.at(0), (KeyChars{"", "A"}));
   EXPECT_EQ(table.at(1), (KeyChars{"", ""}));
   system.setLayouts({broken, platform::hebrewLayout()});
-  const LayoutMap map = LayoutMap::build(InputSources::layoutQueries());
+  const LayoutMap map = LayoutMap::build(InputSources::keyTables());
   EXPECT_TRUE(map.builtFromSystem);
   EXPECT_FALSE(map.toHebrew.contains("\uFFFD"));
   EXPECT_FALSE(map.toEnglish.contains("ש"));
@@ -183,8 +183,8 @@ TEST_F(InputSourcesTest, eachKeyIsTranslatedPlainThenShiftedInAscendingOrder) {
   const auto& asked = system.translations();
   ASSERT_EQ(asked.size(), 102u);
   for (std::size_t i = 0; i < asked.size(); ++i) {
-    EXPECT_EQ(asked[i].keyCode, i / 2);
-    EXPECT_EQ(asked[i].modifierState, i % 2 == 0 ? 0u : 2u);
+    EXPECT_EQ(number(asked[i].keyCode), i / 2);
+    EXPECT_EQ(asked[i].modifiers, i % 2 == 0 ? platform::kNoModifiers : platform::kShiftKey);
     EXPECT_EQ(asked[i].action, platform::KeyAction::down);
     EXPECT_EQ(asked[i].keyboardType, 41u);
     EXPECT_EQ(asked[i].options, 0u);
@@ -235,11 +235,30 @@ TEST_F(InputSourcesTest, noCurrentLayoutIsNotHebrew) {
 
 TEST_F(InputSourcesTest, mapIsBuiltFromTheEnabledLayouts) {
   system.setLayouts({platform::usLayout(), platform::hebrewLayout()});
-  const LayoutMap map = LayoutMap::build(InputSources::layoutQueries());
+  const LayoutMap map = LayoutMap::build(InputSources::keyTables());
   EXPECT_TRUE(map.builtFromSystem);
   EXPECT_EQ(map.toHebrew.at("a"), "ש");
   system.setLayouts({platform::usLayout()});
-  EXPECT_EQ(LayoutMap::build(InputSources::layoutQueries()), LayoutMap::fallback());
+  EXPECT_EQ(LayoutMap::build(InputSources::keyTables()), LayoutMap::fallback());
+}
+
+TEST_F(InputSourcesTest, noKeyIsReadWithoutBothLayouts) {
+  system.setLayouts({platform::usLayout()});
+  const KeyTables withoutHebrew = InputSources::keyTables();
+  EXPECT_FALSE(withoutHebrew.latin || withoutHebrew.hebrew);
+  system.setLayouts({platform::hebrewLayout()});
+  const KeyTables withoutEnglish = InputSources::keyTables();
+  EXPECT_FALSE(withoutEnglish.latin || withoutEnglish.hebrew);
+  EXPECT_TRUE(system.translations().empty());
+}
+
+TEST_F(InputSourcesTest, hebrewKeysAreNotReadWhereTheEnglishLayoutHasNoData) {
+  FakeLayout bare = platform::usLayout();
+  bare.data = FakeLayout::Data::absent;
+  system.setLayouts({bare, platform::hebrewLayout()});
+  const KeyTables tables = InputSources::keyTables();
+  EXPECT_FALSE(tables.latin || tables.hebrew);
+  EXPECT_TRUE(system.translations().empty());
 }
 
 TEST_F(InputSourcesTest, layoutsMayOutliveTheirEnabling) {
@@ -257,9 +276,10 @@ TEST_F(InputSourcesDeathTest, keyCodeOutsideOfSixteenBitsStopsTheProcess) {
   const auto source = InputSources::enabledKeyboardLayouts().at(0).source;
   const auto value = system.property(source, InputSourceProperty::unicodeKeyLayoutData);
   const auto& data = *std::get<platform::KeyLayoutDataRef>(value);
-  EXPECT_DEATH(InputSources::translate(data, -1, 0), "fatal: a key code does not fit");
-  EXPECT_DEATH(InputSources::translate(data, 65536, 0), "fatal: a key code does not fit");
-  EXPECT_EQ(InputSources::translate(data, 65535, 0), "");
+  EXPECT_DEATH(InputSources::translate(data, -1, platform::kNoModifiers), "fatal: a key code does not fit");
+  EXPECT_DEATH(InputSources::translate(data, 65536, platform::kNoModifiers),
+               "fatal: a key code does not fit");
+  EXPECT_EQ(InputSources::translate(data, 65535, platform::kNoModifiers), "");
 }
 
 }  // namespace

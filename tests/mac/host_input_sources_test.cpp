@@ -34,10 +34,10 @@ struct MacInputSources : OnMac {
         only({.id = std::string("id"), .languages = {}, .unicodeKeyLayoutData = dbl::layoutData(outputs)});
     return std::get<KeyLayoutDataRef>(service.property(source, InputSourceProperty::unicodeKeyLayoutData));
   }
-  static KeyTranslation keyDown(std::uint16_t keyCode, std::uint32_t modifiers, std::size_t room = 8) {
-    return {.keyCode = keyCode,
+  static KeyTranslation keyDown(std::uint16_t keyCode, Modifiers modifiers, std::size_t room = 8) {
+    return {.keyCode = KeyCode{keyCode},
             .action = KeyAction::down,
-            .modifierState = modifiers,
+            .modifiers = modifiers,
             .keyboardType = 91,
             .options = 0,
             .maxLength = room};
@@ -163,15 +163,15 @@ TEST_F(MacInputSources, keepsSourceAndDataWhenTheSystemForgetsThem) {
   dbl::clear();
   EXPECT_EQ(service.property(source, InputSourceProperty::id), InputSourceValue("kept"));
   std::uint32_t deadKeyState = 0;
-  EXPECT_EQ(service.translate(*data, keyDown(0, 0), deadKeyState), u"a");
+  EXPECT_EQ(service.translate(*data, keyDown(0, kNoModifiers), deadKeyState), u"a");
 }
 
 TEST_F(MacInputSources, translatesPlainAndShifted) {
   const auto data = dataOf({{{0, 0}, {.text = u"a"}}, {{0, 2}, {.text = u"A"}}});
   std::uint32_t deadKeyState = 0;
-  EXPECT_EQ(service.translate(*data, keyDown(0, 0), deadKeyState), u"a");
-  EXPECT_EQ(service.translate(*data, keyDown(0, 2), deadKeyState), u"A");
-  EXPECT_EQ(service.translate(*data, keyDown(1, 0), deadKeyState), u"");
+  EXPECT_EQ(service.translate(*data, keyDown(0, kNoModifiers), deadKeyState), u"a");
+  EXPECT_EQ(service.translate(*data, keyDown(0, kShiftKey), deadKeyState), u"A");
+  EXPECT_EQ(service.translate(*data, keyDown(1, kNoModifiers), deadKeyState), u"");
   EXPECT_EQ(doubles::callsNamed("UCKeyTranslate").at(1).arguments,
             "0, action=0, modifiers=2, keyboard=91, options=0, dead=0, room=8");
 }
@@ -179,22 +179,22 @@ TEST_F(MacInputSources, translatesPlainAndShifted) {
 TEST_F(MacInputSources, givesNothingForADeadKeyAndHandsItsStateBack) {
   const auto data = dataOf({{{10, 0}, {.text = u"´", .isDead = true}}});
   std::uint32_t deadKeyState = 0;
-  EXPECT_EQ(service.translate(*data, keyDown(10, 0), deadKeyState), u"");
+  EXPECT_EQ(service.translate(*data, keyDown(10, kNoModifiers), deadKeyState), u"");
   EXPECT_NE(deadKeyState, 0u);
 }
 
 TEST_F(MacInputSources, givesAllEightUnitsAndNotOneMoreThanThereIsRoomFor) {
   const auto data = dataOf({{{5, 0}, {.text = u"abcdefgh"}}, {{6, 0}, {.text = u"abcdefghi"}}});
   std::uint32_t deadKeyState = 0;
-  EXPECT_EQ(service.translate(*data, keyDown(5, 0), deadKeyState), u"abcdefgh");
-  EXPECT_EQ(service.translate(*data, keyDown(5, 0, 7), deadKeyState), std::nullopt);
-  EXPECT_EQ(service.translate(*data, keyDown(6, 0), deadKeyState), std::nullopt);
+  EXPECT_EQ(service.translate(*data, keyDown(5, kNoModifiers), deadKeyState), u"abcdefgh");
+  EXPECT_EQ(service.translate(*data, keyDown(5, kNoModifiers, 7), deadKeyState), std::nullopt);
+  EXPECT_EQ(service.translate(*data, keyDown(6, kNoModifiers), deadKeyState), std::nullopt);
 }
 
 TEST_F(MacInputSources, reportsAFailedTranslationAsNothing) {
   const auto data = dataOf({{{0, 0}, {.text = u"a", .error = -50}}});
   std::uint32_t deadKeyState = 0;
-  EXPECT_EQ(service.translate(*data, keyDown(0, 0), deadKeyState), std::nullopt);
+  EXPECT_EQ(service.translate(*data, keyDown(0, kNoModifiers), deadKeyState), std::nullopt);
 }
 
 TEST_F(MacInputSources, asksForTheKeyboardTypeEachTime) {

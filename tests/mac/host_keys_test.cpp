@@ -18,16 +18,16 @@ struct MacKeyEventsService : OnMac {
 };
 
 TEST_F(MacKeyEventsService, readsTheModifiersOfTheCombinedSession) {
-  doubles::key_events::setModifiersHeld(kEventFlagCommand | kEventFlagSecondaryFn | 0x100);
-  EXPECT_EQ(service.flagsState(EventSourceState::combinedSession), 0x900100u);
+  doubles::key_events::setModifiersHeld(number(kEventFlagCommand | kEventFlagSecondaryFn) | 0x100);
+  EXPECT_EQ(service.flagsState(EventSourceState::combinedSession), EventFlags{0x900100});
   EXPECT_EQ(doubles::callsNamed("CGEventSourceFlagsState").at(0).arguments, "0");
 }
 
 TEST_F(MacKeyEventsService, postsAKeyWithExactlyTheFlagsGiven) {
-  doubles::key_events::setModifiersHeld(kEventFlagShift);
+  doubles::key_events::setModifiersHeld(number(kEventFlagShift));
   const EventSourceRef source = service.createSource(EventSourceState::hidSystem);
-  const auto down = service.createKeyboardEvent(source, 8, true);
-  const auto up = service.createKeyboardEvent(source, 8, false);
+  const auto down = service.createKeyboardEvent(source, kKeyC, true);
+  const auto up = service.createKeyboardEvent(source, kKeyC, false);
   down->setFlags(kEventFlagCommand);
   up->setFlags(kEventFlagCommand);
   service.post(EventTap::hid, *down);
@@ -42,7 +42,7 @@ TEST_F(MacKeyEventsService, makesAnEventWithoutASource) {
   doubles::key_events::failNextSource();
   const EventSourceRef none = service.createSource(EventSourceState::hidSystem);
   EXPECT_EQ(none, nullptr);
-  const auto event = service.createKeyboardEvent(none, 9, true);
+  const auto event = service.createKeyboardEvent(none, kKeyV, true);
   ASSERT_NE(event, nullptr);
   service.post(EventTap::hid, *event);
   EXPECT_EQ(doubles::key_events::posted().at(0).sourceState, std::nullopt);
@@ -50,8 +50,8 @@ TEST_F(MacKeyEventsService, makesAnEventWithoutASource) {
 
 TEST_F(MacKeyEventsService, givesNothingForAnEventThatCannotBeMade) {
   doubles::key_events::failEventCreation(1);
-  EXPECT_EQ(service.createKeyboardEvent(nullptr, 8, true), nullptr);
-  EXPECT_NE(service.createKeyboardEvent(nullptr, 8, true), nullptr);
+  EXPECT_EQ(service.createKeyboardEvent(nullptr, kKeyC, true), nullptr);
+  EXPECT_NE(service.createKeyboardEvent(nullptr, kKeyC, true), nullptr);
 }
 
 struct MacHotKeys : InMacApplication {
@@ -59,7 +59,7 @@ struct MacHotKeys : InMacApplication {
 };
 
 TEST_F(MacHotKeys, registersKeyModifiersAndIdentityAsGiven) {
-  const HotKeyRegistration registration = service.registerHotKey(120, 0x1A00, {kSignature, 7});
+  const HotKeyRegistration registration = service.registerHotKey(kKeyF2, Modifiers{0x1A00}, {kSignature, 7});
   EXPECT_EQ(registration.status, 0);
   EXPECT_NE(registration.ref, nullptr);
   EXPECT_THAT(doubles::hot_keys::registered(),
@@ -68,8 +68,8 @@ TEST_F(MacHotKeys, registersKeyModifiersAndIdentityAsGiven) {
 }
 
 TEST_F(MacHotKeys, unregistersOneAndOnlyWhenAsked) {
-  HotKeyRef first = service.registerHotKey(120, 0, {kSignature, 1}).ref;
-  const HotKeyRef second = service.registerHotKey(122, 0, {kSignature, 2}).ref;
+  HotKeyRef first = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).ref;
+  const HotKeyRef second = service.registerHotKey(kKeyF1, kNoModifiers, {kSignature, 2}).ref;
   EXPECT_EQ(service.unregisterHotKey(first), 0);
   first = nullptr;
   EXPECT_THAT(doubles::hot_keys::registered(),
@@ -78,18 +78,18 @@ TEST_F(MacHotKeys, unregistersOneAndOnlyWhenAsked) {
 }
 
 TEST_F(MacHotKeys, letsGoOfAReferenceWithoutUnregistering) {
-  service.registerHotKey(120, 0, {kSignature, 1});
+  service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1});
   EXPECT_EQ(doubles::hot_keys::registered().size(), 1u);
 }
 
 TEST_F(MacHotKeys, passesOnARefusalAndANullReference) {
   constexpr std::int32_t kTaken = -9878;
   doubles::hot_keys::failNextRegistration(kTaken);
-  const HotKeyRegistration refused = service.registerHotKey(120, 0, {kSignature, 1});
+  const HotKeyRegistration refused = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1});
   EXPECT_EQ(refused.status, kTaken);
   EXPECT_EQ(refused.ref, nullptr);
   doubles::hot_keys::nextRegistrationHasNoReference();
-  const HotKeyRegistration empty = service.registerHotKey(120, 0, {kSignature, 2});
+  const HotKeyRegistration empty = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 2});
   EXPECT_EQ(empty.status, 0);
   EXPECT_EQ(empty.ref, nullptr);
 }
@@ -104,7 +104,7 @@ TEST_F(MacHotKeys, reportsWhichHotKeyWasPressed) {
   }),
             0);
   EXPECT_EQ(doubles::hot_keys::installedHandlers(), 1u);
-  const HotKeyRef key = service.registerHotKey(120, 0, {kSignature, 7}).ref;
+  const HotKeyRef key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 7}).ref;
   EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
   EXPECT_EQ(doubles::hot_keys::press(122, 0), std::nullopt);
   EXPECT_THAT(pressed, ElementsAre(HotKeyID{kSignature, 7}));
@@ -123,7 +123,7 @@ TEST_F(MacHotKeys, leavesTheIdentityAloneWhenItCannotBeRead) {
     status = event.hotKeyID(identity);
     return kNoErr;
   });
-  const HotKeyRef key = service.registerHotKey(120, 0, {kSignature, 7}).ref;
+  const HotKeyRef key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 7}).ref;
   doubles::hot_keys::failNextEventParameter(kNotFound);
   doubles::hot_keys::press(120, 0);
   EXPECT_EQ(status, kNotFound);
@@ -137,7 +137,7 @@ TEST_F(MacHotKeys, givesTheHandlersStatusBackAndZeroWhenItThrows) {
     if (throws) throw std::runtime_error("from the handler");
     return -1;
   });
-  const HotKeyRef key = service.registerHotKey(120, 0, {kSignature, 1}).ref;
+  const HotKeyRef key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).ref;
   EXPECT_EQ(doubles::hot_keys::press(120, 0), -1);
   throws = true;
   EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
@@ -150,7 +150,7 @@ TEST_F(MacHotKeys, runsNoHandlerOnceTheServiceIsGone) {
     ++presses;
     return kNoErr;
   });
-  service.registerHotKey(120, 0, {kSignature, 1});
+  service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1});
   host = nullptr;
   EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
   EXPECT_EQ(presses, 0);
@@ -170,11 +170,11 @@ TEST_F(MacKeyMonitorService, seesKeyAndAllFlagsOfEveryPress) {
   EXPECT_TRUE(doubles::windows::pressKey(36, 0x120000));
   EXPECT_TRUE(doubles::windows::pressKey(96, 0xFF0100));
   ASSERT_EQ(seen.size(), 3u);
-  EXPECT_EQ(seen[0].keyCode, 53);
-  EXPECT_EQ(seen[0].modifierFlags, 0u);
-  EXPECT_EQ(seen[1].modifierFlags, 0x120000u);
-  EXPECT_EQ(seen[2].keyCode, 96);
-  EXPECT_EQ(seen[2].modifierFlags, 0xFF0100u);
+  EXPECT_EQ(seen[0].keyCode, kKeyEscape);
+  EXPECT_EQ(seen[0].modifierFlags, EventFlags{0});
+  EXPECT_EQ(seen[1].modifierFlags, EventFlags{0x120000});
+  EXPECT_EQ(seen[2].keyCode, kKeyF5);
+  EXPECT_EQ(seen[2].modifierFlags, EventFlags{0xFF0100});
 }
 
 TEST_F(MacKeyMonitorService, letsAPressPassThatIsNotConsumed) {

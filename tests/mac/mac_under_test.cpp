@@ -17,20 +17,6 @@
 namespace lexwend::contract {
 namespace {
 
-constexpr std::uint32_t kCarbonCommand = 0x0100;
-constexpr std::uint32_t kCarbonShift = 0x0200;
-constexpr std::uint32_t kCarbonOption = 0x0800;
-constexpr std::uint32_t kCarbonControl = 0x1000;
-
-platform::EventFlags eventFlags(std::uint32_t carbonModifiers) {
-  platform::EventFlags flags = 0;
-  if ((carbonModifiers & kCarbonCommand) != 0) flags |= platform::kEventFlagCommand;
-  if ((carbonModifiers & kCarbonShift) != 0) flags |= platform::kEventFlagShift;
-  if ((carbonModifiers & kCarbonOption) != 0) flags |= platform::kEventFlagOption;
-  if ((carbonModifiers & kCarbonControl) != 0) flags |= platform::kEventFlagControl;
-  return flags;
-}
-
 std::filesystem::path newFolder() {
   std::string name = (std::filesystem::temp_directory_path() / "lexwend-mac-XXXXXX").string();
   if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for the test");
@@ -94,20 +80,21 @@ class MacUnderTest : public HostUnderTest {
   }
   int prompts() override { return doubles::accessibility::promptsShown(); }
 
-  void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) override {
-    if (doubles::hot_keys::press(keyCode, carbonModifiers).has_value()) return;
-    if (doubles::windows::pressKey(keyCode, eventFlags(carbonModifiers))) return;
+  void userPresses(platform::KeyCode keyCode, platform::Modifiers modifiers) override {
+    if (doubles::hot_keys::press(number(keyCode), number(modifiers)).has_value()) return;
+    const auto code = static_cast<std::uint16_t>(keyCode);
+    if (doubles::windows::pressKey(code, number(eventFlagsOf(modifiers)))) return;
     if (recorder()) {
-      if (keyCode == kSpaceKey) clickRecorder(RecorderButton::save);
-    } else if (carbonModifiers == 0) {
-      desktop_.pressKeyInEditor(keyCode);
+      if (keyCode == platform::kKeySpace) clickRecorder(RecorderButton::save);
+    } else if (modifiers == platform::kNoModifiers) {
+      desktop_.pressKeyInEditor(code);
     }
   }
   void userHolds(platform::EventFlags modifiers) override {
-    doubles::key_events::setModifiersHeld(modifiers);
+    doubles::key_events::setModifiersHeld(number(modifiers));
   }
   // Each program has its own registrations; only an exclusive one is in the way of others.
-  void otherProgramTakesHotKey(std::uint32_t, std::uint32_t) override {}
+  void otherProgramTakesHotKey(platform::KeyCode, platform::Modifiers) override {}
   bool sharesHotKeys() const override { return true; }
 
   void disableHebrew() override {
@@ -192,7 +179,6 @@ class MacUnderTest : public HostUnderTest {
   /// Where the controls stand in the window.
   static constexpr std::size_t kCombination = 1, kMessage = 2, kSave = 3, kCancel = 4;
   /// Presses the window's first button where keyboard navigation is on.
-  static constexpr std::uint16_t kSpaceKey = 49;
 
   struct Answer {
     std::optional<std::size_t> button;

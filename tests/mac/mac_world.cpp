@@ -31,10 +31,8 @@ constexpr const char* kBundleIdentifier = "org.lexwend.Lexwend";
 constexpr const char* kVersionKey = "CFBundleShortVersionString";
 constexpr std::uint32_t kSignature = 0x544B5652;
 constexpr const char* kPlainText = "public.utf8-plain-text";
-constexpr std::uint16_t kCopyKey = 8;
-constexpr std::uint16_t kPasteKey = 9;
-constexpr std::uint32_t kCarbonCommand = 0x0100, kCarbonShift = 0x0200, kCarbonOption = 0x0800,
-                        kCarbonControl = 0x1000;
+constexpr std::uint16_t kCopyKey = number(kKeyC);
+constexpr std::uint16_t kPasteKey = number(kKeyV);
 constexpr long kFirstButton = 1000;
 /// Where the controls stand in the recorder's window.
 constexpr std::size_t kPrompt = 0, kCombination = 1, kMessage = 2, kSave = 3, kCancel = 4;
@@ -58,15 +56,6 @@ std::filesystem::path newHome() {
   if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no home directory for the scenario");
   std::filesystem::create_directories(std::filesystem::path(name) / "Library" / "Logs");
   return name;
-}
-
-EventFlags eventFlags(std::uint32_t carbonModifiers) {
-  EventFlags flags = 0;
-  if ((carbonModifiers & kCarbonCommand) != 0) flags |= kEventFlagCommand;
-  if ((carbonModifiers & kCarbonShift) != 0) flags |= kEventFlagShift;
-  if ((carbonModifiers & kCarbonOption) != 0) flags |= kEventFlagOption;
-  if ((carbonModifiers & kCarbonControl) != 0) flags |= kEventFlagControl;
-  return flags;
 }
 
 /// What happens after no time at all happens now.
@@ -380,7 +369,7 @@ void MacWorld::prepareSystem() {
   mac::time::setWallClock(secondsAtStart());
   mac::alerts::answerWith([this](const mac::alerts::Alert& alert) { return answerAlert(alert); });
   mac::key_events::onPost([this](const mac::key_events::Posted& posted) {
-    if (!posted.isDown || posted.flags != kEventFlagCommand) return;
+    if (!posted.isDown || posted.flags != number(kEventFlagCommand)) return;
     if (posted.keyCode == kCopyKey) copyInFront();
     if (posted.keyCode == kPasteKey) pasteInFront();
   });
@@ -592,17 +581,17 @@ void MacWorld::pasteInFront() {
 void MacWorld::press(const std::string& keys) {
   const auto combination = parseCombination(keys);
   const auto keyCode = static_cast<std::uint16_t>(combination.keyCode);
-  const std::uint32_t modifiers = combination.carbonModifiers;
-  if (mac::hot_keys::isTakenByOther(keyCode, modifiers)) return;
-  if (mac::hot_keys::press(keyCode, modifiers).has_value()) return;
+  const Modifiers modifiers{combination.carbonModifiers};
+  if (mac::hot_keys::isTakenByOther(keyCode, number(modifiers))) return;
+  if (mac::hot_keys::press(keyCode, number(modifiers)).has_value()) return;
   if (recorder()) {
-    mac::windows::pressKey(keyCode, eventFlags(modifiers));
-  } else if (modifiers == kCarbonCommand && keyCode == kCopyKey) {
+    mac::windows::pressKey(keyCode, number(eventFlagsOf(modifiers)));
+  } else if (modifiers == kCmdKey && keyCode == kCopyKey) {
     copyInFront();
-  } else if (modifiers == kCarbonCommand && keyCode == kPasteKey) {
+  } else if (modifiers == kCmdKey && keyCode == kPasteKey) {
     pasteInFront();
-  } else if ((modifiers & ~kCarbonShift) == 0 && front_ && front_->focus() && front_->focus()->editable) {
-    const std::string text = typed(keyCode, modifiers != 0);
+  } else if ((modifiers | kShiftKey) == kShiftKey && front_ && front_->focus() && front_->focus()->editable) {
+    const std::string text = typed(keyCode, modifiers == kShiftKey);
     if (!text.empty()) front_->focus()->replaceSelection(text);
   }
 }
@@ -843,7 +832,7 @@ void MacWorld::act(Act act, const Words& arguments) {
       mac::pasteboard::itemsAreAbsent(true);
       return;
     case Act::hold: {
-      EventFlags flags = 0;
+      EventFlags flags = kNoEventFlags;
       for (const auto& modifier : arguments) {
         flags |= oneOf<EventFlags, 5>(modifier, {{{"Cmd", kEventFlagCommand},
                                                   {"Shift", kEventFlagShift},
@@ -851,7 +840,7 @@ void MacWorld::act(Act act, const Words& arguments) {
                                                   {"Control", kEventFlagControl},
                                                   {"Fn", kEventFlagSecondaryFn}}});
       }
-      mac::key_events::setModifiersHeld(flags);
+      mac::key_events::setModifiersHeld(number(flags));
       return;
     }
     case Act::releaseAfter:

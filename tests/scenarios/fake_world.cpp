@@ -18,7 +18,7 @@ using std::chrono::milliseconds;
 
 constexpr std::string_view kLogPath = "/Library/Logs/Lexwend.log";
 
-std::size_t keysDown(const std::vector<FakePostedKey>& posted, std::uint16_t keyCode) {
+std::size_t keysDown(const std::vector<FakePostedKey>& posted, KeyCode keyCode) {
   std::size_t count = 0;
   for (const auto& key : posted) count += key.keyDown && key.keyCode == keyCode ? 1 : 0;
   return count;
@@ -216,7 +216,7 @@ void FakeWorld::act(Act act, const Words& arguments) {
       host_.pasteboard().reportNoItems(true);
       return;
     case Act::hold: {
-      EventFlags flags = 0;
+      EventFlags flags = kNoEventFlags;
       for (const auto& modifier : arguments) {
         flags |= oneOf<EventFlags, 5>(modifier, {{{"Cmd", kEventFlagCommand},
                                                   {"Shift", kEventFlagShift},
@@ -241,7 +241,8 @@ void FakeWorld::act(Act act, const Words& arguments) {
       return;
     case Act::taken: {
       const auto combination = parseCombination(arguments[0]);
-      host_.hotKeyService().otherAppTakes(combination.keyCode, combination.carbonModifiers);
+      host_.hotKeyService().otherAppTakes(KeyCode{combination.keyCode},
+                                          Modifiers{combination.carbonModifiers});
       return;
     }
     case Act::loseHotKeys:
@@ -303,7 +304,7 @@ void FakeWorld::act(Act act, const Words& arguments) {
       throw ScriptMistake("start is the runner's own");
     case Act::press: {
       const auto combination = parseCombination(arguments[0]);
-      host_.userPresses(static_cast<std::uint16_t>(combination.keyCode), combination.carbonModifiers);
+      host_.userPresses(KeyCode{combination.keyCode}, Modifiers{combination.carbonModifiers});
       return;
     }
     case Act::wait:
@@ -483,7 +484,7 @@ Words FakeWorld::look(Look look, const Words& arguments) {
     case Look::hotKeys: {
       Words lines;
       for (const auto& [combination, identity] : host_.hotKeyService().registered()) {
-        lines.push_back(combinationName(combination.first, combination.second));
+        lines.push_back(combinationName(number(combination.first), number(combination.second)));
       }
       return lines;
     }
@@ -495,15 +496,15 @@ Words FakeWorld::look(Look look, const Words& arguments) {
       return lines;
     }
     case Look::copiesSent:
-      return lineOf(keysDown(host_.keyEvents().posted(), 8));
+      return lineOf(keysDown(host_.keyEvents().posted(), kKeyC));
     case Look::pastesSent:
-      return lineOf(keysDown(host_.keyEvents().posted(), 9));
+      return lineOf(keysDown(host_.keyEvents().posted(), kKeyV));
     case Look::keysSent: {
       Words lines;
       for (const auto& key : host_.keyEvents().posted()) {
         std::ostringstream line;
-        line << key.keyCode << (key.keyDown ? " down" : " up") << " flags 0x" << std::hex << key.flags
-             << std::dec << " source "
+        line << number(key.keyCode) << (key.keyDown ? " down" : " up") << " flags 0x" << std::hex
+             << number(key.flags) << std::dec << " source "
              << (key.source ? std::to_string(static_cast<int>(*key.source)) : "none") << " tap "
              << static_cast<unsigned>(key.tap) << " at " << key.time.count();
         lines.push_back(line.str());

@@ -23,8 +23,8 @@ struct SettingsTest : testing::Test {
 using SettingsDeathTest = SettingsTest;
 
 TEST_F(SettingsTest, emptyStoreGivesTheDefaults) {
-  EXPECT_EQ(Settings::hotKeyCode(), 120u);
-  EXPECT_EQ(Settings::hotKeyModifiers(), 0u);
+  EXPECT_EQ(Settings::hotKeyCode(), platform::KeyCode{120});
+  EXPECT_EQ(Settings::hotKeyModifiers(), platform::Modifiers{0});
   EXPECT_TRUE(Settings::switchLayoutAfter());
   EXPECT_FALSE(Settings::compatMode());
   EXPECT_TRUE(host.standardUserDefaults().all().empty()) << "reading stored something";
@@ -35,8 +35,8 @@ TEST_F(SettingsTest, keysAreSpelledLikeThis) {
   put("hotKeyModifiers", std::int64_t{0x1A00});
   put("switchLayoutAfterFix", false);
   put("compatMode", true);
-  EXPECT_EQ(Settings::hotKeyCode(), 96u);
-  EXPECT_EQ(Settings::hotKeyModifiers(), 0x1A00u);
+  EXPECT_EQ(Settings::hotKeyCode(), platform::KeyCode{96});
+  EXPECT_EQ(Settings::hotKeyModifiers(), platform::Modifiers{0x1A00});
   EXPECT_FALSE(Settings::switchLayoutAfter());
   EXPECT_TRUE(Settings::compatMode());
   EXPECT_EQ(Settings::kDidRegisterLoginItemKey, "didRegisterLoginItem");
@@ -62,28 +62,28 @@ TEST_F(SettingsTest, numberOrOtherObjectUnderABooleanKeyReadsAsItsDefault) {
 TEST_F(SettingsTest, textUnderANumberKeyReadsAsItsDefault) {
   put("hotKeyCode", std::string("96"));
   put("hotKeyModifiers", std::string("256"));
-  EXPECT_EQ(Settings::hotKeyCode(), 120u);
-  EXPECT_EQ(Settings::hotKeyModifiers(), 0u);
+  EXPECT_EQ(Settings::hotKeyCode(), platform::KeyCode{120});
+  EXPECT_EQ(Settings::hotKeyModifiers(), platform::Modifiers{0});
 }
 
 TEST_F(SettingsTest, onlyWholeNumbersCountAsNumbers) {
   put("hotKeyCode", 96.0);
-  EXPECT_EQ(Settings::hotKeyCode(), 96u);
+  EXPECT_EQ(Settings::hotKeyCode(), platform::KeyCode{96});
   for (const DefaultsValue& value :
        {DefaultsValue(96.5), DefaultsValue(1e300), DefaultsValue(-1e300),
         DefaultsValue(9223372036854775808.0), DefaultsValue(std::numeric_limits<double>::quiet_NaN()),
         DefaultsValue(std::numeric_limits<double>::infinity()), DefaultsValue(true),
         DefaultsValue(platform::OtherDefaultsValue{})}) {
     put("hotKeyCode", value);
-    EXPECT_EQ(Settings::hotKeyCode(), 120u);
+    EXPECT_EQ(Settings::hotKeyCode(), platform::KeyCode{120});
   }
 }
 
 TEST_F(SettingsTest, wholeRangeOfThirtyTwoBitsIsTaken) {
   put("hotKeyCode", std::int64_t{0});
   put("hotKeyModifiers", std::int64_t{4294967295});
-  EXPECT_EQ(Settings::hotKeyCode(), 0u);
-  EXPECT_EQ(Settings::hotKeyModifiers(), 4294967295u);
+  EXPECT_EQ(Settings::hotKeyCode(), platform::KeyCode{0});
+  EXPECT_EQ(Settings::hotKeyModifiers(), platform::Modifiers{4294967295});
 }
 
 TEST_F(SettingsDeathTest, numberOutOfRangeStopsTheProcess) {
@@ -108,12 +108,12 @@ TEST_F(SettingsTest, everyCallReadsAfresh) {
 }
 
 TEST_F(SettingsTest, hotKeyIsWrittenCodeFirst) {
-  Settings::setHotKey(17, 0x0900);
+  Settings::setHotKey(platform::KeyCode{17}, platform::Modifiers{0x0900});
   EXPECT_EQ(host.calls().of("userDefaults."),
             (std::vector<std::string>{"userDefaults.setInteger hotKeyCode 17",
                                       "userDefaults.setInteger hotKeyModifiers 2304"}));
-  EXPECT_EQ(Settings::hotKeyCode(), 17u);
-  EXPECT_EQ(Settings::hotKeyModifiers(), 0x0900u);
+  EXPECT_EQ(Settings::hotKeyCode(), platform::KeyCode{17});
+  EXPECT_EQ(Settings::hotKeyModifiers(), platform::Modifiers{0x0900});
 }
 
 TEST_F(SettingsTest, storeIsTheOneOfTheHost) {

@@ -33,9 +33,11 @@ struct ClipboardPath : TextFixture {
   std::optional<Failure> runWithoutChange() {
     return failureOf([] { TextAccess::replaceViaClipboard([](std::string_view) { return std::nullopt; }); });
   }
-  static Posted commandKey(std::uint16_t keyCode, std::chrono::milliseconds time) {
-    return {{keyCode, true, 0x100000, EventSourceState::hidSystem, platform::EventTap::hid, time},
-            {keyCode, false, 0x100000, EventSourceState::hidSystem, platform::EventTap::hid, time}};
+  static Posted commandKey(platform::KeyCode keyCode, std::chrono::milliseconds time) {
+    return {{keyCode, true, platform::kEventFlagCommand, EventSourceState::hidSystem, platform::EventTap::hid,
+             time},
+            {keyCode, false, platform::kEventFlagCommand, EventSourceState::hidSystem,
+             platform::EventTap::hid, time}};
   }
   void expectTheCopyOnlyAfterTheWait() {
     const auto lastPoll = host.calls().lastIndexOf("runLoop.sleep 10000us");
@@ -60,8 +62,8 @@ TEST_F(ClipboardPath, copiesConvertsPastesAndRestoresHalfASecondLater) {
 
 TEST_F(ClipboardPath, pressesExactlyCommandCAndCommandV) {
   EXPECT_EQ(run(), std::nullopt);
-  Posted expected = commandKey(8, 0ms);
-  const Posted paste = commandKey(9, 30ms);
+  Posted expected = commandKey(platform::kKeyC, 0ms);
+  const Posted paste = commandKey(platform::kKeyV, 30ms);
   expected.insert(expected.end(), paste.begin(), paste.end());
   EXPECT_EQ(host.keyEvents().posted(), expected);
 }
@@ -165,7 +167,7 @@ TEST_F(ClipboardPath, nothingToChangeRestoresAtOnceAndLogsNoMore) {
   EXPECT_EQ(log(), Lines{"clipboard: copied 4 chars after 0ms (attempt 1)"});
   EXPECT_EQ(host.pasteboard().contents(), users);
   EXPECT_EQ(host.runLoop().pendingWork(), 0u);
-  EXPECT_EQ(host.keyEvents().posted(), commandKey(8, 0ms));
+  EXPECT_EQ(host.keyEvents().posted(), commandKey(platform::kKeyC, 0ms));
 }
 
 TEST_F(ClipboardPath, eventThatCannotBeMadePostsNothing) {
@@ -216,10 +218,10 @@ TEST_F(ClipboardPath, modifiersAreThoseOfTheSessionAsAWhole) {
 }
 
 TEST_F(ClipboardPath, goesOnAfterHalfASecondWithModifiersStillHeld) {
-  for (const platform::EventFlags flag : {0x20000U, 0x40000U, 0x80000U, 0x100000U, 0x800000U}) {
+  for (const std::uint64_t flag : {0x20000U, 0x40000U, 0x80000U, 0x100000U, 0x800000U}) {
     field->setText("akuo");
     field->selectAll();
-    host.keyEvents().holdModifiers(flag);
+    host.keyEvents().holdModifiers(platform::EventFlags{flag});
     host.calls().clear();
     const auto start = host.clock().now();
     EXPECT_EQ(run(), std::nullopt);
@@ -230,7 +232,7 @@ TEST_F(ClipboardPath, goesOnAfterHalfASecondWithModifiersStillHeld) {
 }
 
 TEST_F(ClipboardPath, capsLockAndOtherFlagsAreNotWaitedFor) {
-  host.keyEvents().holdModifiers(0x10000 | 0x200000 | 0x400000);
+  host.keyEvents().holdModifiers(platform::EventFlags{0x10000 | 0x200000 | 0x400000});
   EXPECT_EQ(run(), std::nullopt);
   EXPECT_EQ(host.clock().now(), 30ms);
 }

@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "platform/linux/xcb_xkb.h"
+#include "platform/linux/display/xcb_xkb.h"
 
 namespace lexwend::contract {
 

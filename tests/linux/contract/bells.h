@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "platform/linux/x11_connection.h"
+#include "platform/linux/display/x11_connection.h"
 
 namespace lexwend::contract {
 

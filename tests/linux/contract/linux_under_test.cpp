@@ -21,8 +21,8 @@
 #include "platform/accessibility.h"
 #include "platform/application.h"
 #include "platform/hot_key_service.h"
-#include "platform/linux/buses.h"
-#include "platform/linux/mac_key_codes.h"
+#include "platform/linux/keyboard/mac_key_codes.h"
+#include "platform/linux/session/buses.h"
 #include "platform/run_loop.h"
 #include "tests/linux/contract/url_opener.h"
 
@@ -98,7 +98,7 @@ bool accessibilityIsOn(BusPeer& peer) {
 
 /// One modifier in the three ways in which it is spoken of. Where macOS has Command, X11 has Control.
 struct Modifier {
-  std::uint32_t carbon;
+  Modifiers carbon;
   EventFlags flag;
   int evdevKey;
   std::uint16_t xMask;
@@ -131,7 +131,7 @@ LinuxUnderTest::LinuxUnderTest() {
 }
 
 LinuxUnderTest::~LinuxUnderTest() {
-  userHolds(0);
+  userHolds(kNoEventFlags);
 }
 
 void LinuxUnderTest::restart() {
@@ -189,23 +189,23 @@ void LinuxUnderTest::otherApplicationPromises(const Promises& item) {
   copying_ = std::make_unique<CopyingApplication>(behaviour);
 }
 
-void LinuxUnderTest::userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
+void LinuxUnderTest::userPresses(KeyCode keyCode, Modifiers modifiers) {
   const auto key = evdevFromMacKeyCode(keyCode);
-  ASSERT_TRUE(key.has_value()) << keyCode;
+  ASSERT_TRUE(key.has_value()) << number(keyCode);
   for (const auto& modifier : kModifiers) {
-    if ((carbonModifiers & modifier.carbon) != 0) typist_.pressPhysically(modifier.evdevKey);
+    if (overlap(modifiers, modifier.carbon)) typist_.pressPhysically(modifier.evdevKey);
   }
   typist_.pressPhysically(*key);
   typist_.releasePhysically(*key);
   for (const auto& modifier : kModifiers) {
-    if ((carbonModifiers & modifier.carbon) != 0) typist_.releasePhysically(modifier.evdevKey);
+    if (overlap(modifiers, modifier.carbon)) typist_.releasePhysically(modifier.evdevKey);
   }
 }
 
 void LinuxUnderTest::userHolds(EventFlags modifiers) {
   for (const auto& modifier : kModifiers) {
     const bool holds = heldKeys_.count(modifier.evdevKey) != 0;
-    const bool shallHold = (modifiers & modifier.flag) != 0;
+    const bool shallHold = overlap(modifiers, modifier.flag);
     if (shallHold && !holds) {
       typist_.pressPhysically(modifier.evdevKey);
       heldKeys_.insert(modifier.evdevKey);
@@ -216,12 +216,12 @@ void LinuxUnderTest::userHolds(EventFlags modifiers) {
   }
 }
 
-void LinuxUnderTest::otherProgramTakesHotKey(std::uint32_t keyCode, std::uint32_t carbonModifiers) {
+void LinuxUnderTest::otherProgramTakesHotKey(KeyCode keyCode, Modifiers modifiers) {
   const auto key = xFromMacKeyCode(keyCode);
-  ASSERT_TRUE(key.has_value()) << keyCode;
+  ASSERT_TRUE(key.has_value()) << number(keyCode);
   std::uint16_t mask = 0;
   for (const auto& modifier : kModifiers) {
-    if ((carbonModifiers & modifier.carbon) != 0) mask = static_cast<std::uint16_t>(mask | modifier.xMask);
+    if (overlap(modifiers, modifier.carbon)) mask = static_cast<std::uint16_t>(mask | modifier.xMask);
   }
   // Taken on the connection of the keyboard's user, which is another client of the server than the host's.
   auto* connection = typist_.connection();

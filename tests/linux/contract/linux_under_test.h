@@ -14,10 +14,10 @@
 #include "tests/linux/contract/other_editor.h"
 #include "tests/linux/contract/panel.h"
 #include "tests/linux/contract/pointer.h"
-#include "tests/linux/other_application.h"
-#include "tests/linux/ui/file_troubles.h"
-#include "tests/linux/ui/temporary_folder.h"
-#include "tests/linux/virtual_display.h"
+#include "tests/linux/testing/file_troubles.h"
+#include "tests/linux/testing/other_application.h"
+#include "tests/linux/testing/temporary_folder.h"
+#include "tests/linux/testing/virtual_display.h"
 
 class QMenu;
 
@@ -47,9 +47,9 @@ class LinuxUnderTest : public HostUnderTest {
   bool withdrawTrust() override { return false; }
   int prompts() override { return 0; }
 
-  void userPresses(std::uint16_t keyCode, std::uint32_t carbonModifiers) override;
+  void userPresses(platform::KeyCode keyCode, platform::Modifiers modifiers) override;
   void userHolds(platform::EventFlags modifiers) override;
-  void otherProgramTakesHotKey(std::uint32_t keyCode, std::uint32_t carbonModifiers) override;
+  void otherProgramTakesHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers) override;
 
   void disableHebrew() override;
   void wakeFromSleep() override;

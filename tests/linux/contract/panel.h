@@ -4,7 +4,7 @@
 #include <mutex>
 #include <string>
 
-#include "tests/linux/private_bus.h"
+#include "tests/linux/testing/private_bus.h"
 
 namespace lexwend::contract {
 

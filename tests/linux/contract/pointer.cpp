@@ -5,8 +5,8 @@
 
 #include <xcb/xtest.h>
 
-#include "platform/linux/x11_connection.h"
-#include "tests/linux/virtual_display.h"
+#include "platform/linux/display/x11_connection.h"
+#include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::contract {
 namespace {

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/linux/ui/temporary_folder.h"
+#include "tests/linux/testing/temporary_folder.h"
 
 namespace lexwend::contract {
 

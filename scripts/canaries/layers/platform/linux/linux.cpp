@@ -5,6 +5,7 @@
 
 #include "platform/host.h"
 #include "platform/linux/x.h"
+#include "platform/linux/clipboard/x.h"
 #ifdef __linux__
 #endif
 #include "platform/fake/host.h"     // denied

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/clipboard/targets.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstring>
+
+#include "platform/linux/display/latin1.h"
+
+namespace lexwend::platform {
+namespace {
+
+constexpr char kSeparator = '\t';
+
+constexpr std::array<std::string_view, 14> kProtocolTargets = {
+    "TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS", "DELETE",     "INSERT_SELECTION", "INSERT_PROPERTY",
+    "PIXMAP",  "DRAWABLE",  "BITMAP",   "COLORMAP",     "FOREGROUND", "BACKGROUND",       "CLIENT_WINDOW"};
+
+std::string_view impliedPropertyType(std::string_view target) {
+  return target == "TEXT" ? std::string_view("UTF8_STRING") : target;
+}
+
+std::shared_ptr<const Bytes> bytesOf(std::string_view text) {
+  auto bytes = std::make_shared<Bytes>(text.size());
+  if (!text.empty()) std::memcpy(bytes->data(), text.data(), text.size());
+  return bytes;
+}
+
+}  // namespace
+
+std::string encodedTypeName(const ClipboardTarget& target) {
+  const bool looksEncoded = target.name.find(kSeparator) != std::string::npos;
+  if (!looksEncoded && target.format == 8 && target.propertyType == impliedPropertyType(target.name)) {
+    return target.name;
+  }
+  return target.name + kSeparator + target.propertyType + kSeparator + std::to_string(target.format);
+}
+
+ClipboardTarget targetOfTypeName(std::string_view typeName) {
+  ClipboardTarget target;
+  const std::size_t last = typeName.rfind(kSeparator);
+  const std::size_t first =
+      last == std::string_view::npos || last == 0 ? last : typeName.rfind(kSeparator, last - 1);
+  int format = 0;
+  if (first != std::string_view::npos && first != last) {
+    const std::string_view digits = typeName.substr(last + 1);
+    std::from_chars(digits.data(), digits.data() + digits.size(), format);
+  }
+  if (format == 8 || format == 16 || format == 32) {
+    target.name = typeName.substr(0, first);
+    target.propertyType = typeName.substr(first + 1, last - first - 1);
+    target.format = static_cast<std::uint8_t>(format);
+  } else {
+    target.name = typeName;
+    target.propertyType = impliedPropertyType(typeName);
+  }
+  return target;
+}
+
+bool isProtocolTarget(std::string_view target) {
+  return std::find(kProtocolTargets.begin(), kProtocolTargets.end(), target) != kProtocolTargets.end();
+}
+
+ClipboardContents passingTextContents(std::string_view utf8) {
+  const std::shared_ptr<const Bytes> bytes = bytesOf(utf8);
+  ClipboardContents contents = {{"UTF8_STRING", "UTF8_STRING", 8, bytes},
+                                {"text/plain;charset=utf-8", "text/plain;charset=utf-8", 8, bytes},
+                                {"text/plain", "text/plain", 8, bytes},
+                                {"TEXT", "UTF8_STRING", 8, bytes}};
+  if (const auto latin1 = latin1FromUtf8(utf8)) {
+    contents.push_back({"STRING", "STRING", 8, bytesOf(*latin1)});
+  }
+  contents.push_back({"x-kde-passwordManagerHint", "x-kde-passwordManagerHint", 8, bytesOf("secret")});
+  return contents;
+}
+
+}  // namespace lexwend::platform

@@ -1,0 +1,378 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/keyboard/input_sources.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <map>
+#include <string_view>
+
+#include <glib.h>
+#include <unicode/uloc.h>
+#include <xkbcommon/xkbcommon-x11.h>
+#include <xkbcommon/xkbcommon.h>
+#include <xkbcommon/xkbregistry.h>
+
+#include "platform/linux/display/xcb_xkb.h"
+#include "platform/linux/keyboard/desktop_layouts.h"
+#include "platform/linux/keyboard/mac_key_codes.h"
+
+namespace lexwend::platform {
+namespace {
+
+// Long enough for the burst of events of one setxkbmap, too short for a user to notice.
+constexpr guint kChangeDelayMilliseconds = 50;
+
+// The Carbon bit of Caps Lock (alphaLock).
+constexpr Modifiers kAlphaLock{0x0400};
+
+// The key codes of the main typing block.
+constexpr std::uint16_t kLastTypingKeyCode = 50;
+
+class XkbInputSource : public InputSource {
+ public:
+  XkbInputSource(XkbLayoutName layoutName, std::uint32_t groupIndex)
+      : name(std::move(layoutName)), group(groupIndex) {}
+  const XkbLayoutName name;
+  const std::uint32_t group;
+};
+
+struct StateUnref {
+  void operator()(xkb_state* state) const { xkb_state_unref(state); }
+};
+
+class XkbKeyLayoutData : public KeyLayoutData {
+ public:
+  XkbKeyLayoutData(std::shared_ptr<xkb_keymap> keymap, xkb_layout_index_t group)
+      : keymap_(std::move(keymap)), group_(group), state_(xkb_state_new(keymap_.get())) {}
+  bool empty() const override { return state_ == nullptr; }
+
+  std::u16string typed(xkb_keycode_t key, bool shift, bool capsLock) const {
+    xkb_state_update_mask(state_.get(), shift ? modifier(XKB_MOD_NAME_SHIFT) : 0, 0,
+                          capsLock ? modifier(XKB_MOD_NAME_CAPS) : 0, 0, 0, group_);
+    const xkb_keysym_t* keysyms = nullptr;
+    const int count = xkb_state_key_get_syms(state_.get(), key, &keysyms);
+    std::u16string text;
+    for (int i = 0; i < count; ++i) {
+      appendScalar(text, xkb_keysym_to_utf32(keysyms[i]));  // 0 for a dead key and for one that types nothing
+    }
+    return text;
+  }
+
+ private:
+  xkb_mod_mask_t modifier(const char* name) const {
+    const xkb_mod_index_t index = xkb_keymap_mod_get_index(keymap_.get(), name);
+    return index == XKB_MOD_INVALID ? 0 : xkb_mod_mask_t{1} << index;
+  }
+  static void appendScalar(std::u16string& text, std::uint32_t scalar) {
+    constexpr std::uint32_t kFirstSupplementary = 0x10000;
+    if (scalar >= kFirstSupplementary) {
+      const std::uint32_t offset = scalar - kFirstSupplementary;
+      text.push_back(static_cast<char16_t>(0xD800 + (offset >> 10)));
+      text.push_back(static_cast<char16_t>(0xDC00 + (offset & 0x3FF)));
+    } else if (scalar != 0) {
+      text.push_back(static_cast<char16_t>(scalar));
+    }
+  }
+
+  std::shared_ptr<xkb_keymap> keymap_;
+  xkb_layout_index_t group_;
+  std::unique_ptr<xkb_state, StateUnref> state_;
+};
+
+std::vector<std::string_view> split(std::string_view text, char separator) {
+  std::vector<std::string_view> parts;
+  for (;;) {
+    const std::size_t end = text.find(separator);
+    parts.push_back(text.substr(0, end));
+    if (end == std::string_view::npos) return parts;
+    text.remove_prefix(end + 1);
+  }
+}
+
+std::string twoLetterCode(const char* iso639) {
+  std::array<char, ULOC_LANG_CAPACITY> language{};
+  UErrorCode status = U_ZERO_ERROR;
+  const std::int32_t length =
+      uloc_getLanguage(iso639, language.data(), static_cast<std::int32_t>(language.size()), &status);
+  return U_SUCCESS(status) != 0 && length > 0 ? std::string(language.data()) : std::string(iso639);
+}
+
+using Registry = std::map<std::string, std::vector<std::string>>;
+
+Registry readRegistry(rxkb_context_flags extent) {
+  Registry registry;
+  const std::unique_ptr<rxkb_context, rxkb_context* (*)(rxkb_context*)> context(rxkb_context_new(extent),
+                                                                                rxkb_context_unref);
+  if (!context || !rxkb_context_parse(context.get(), "evdev")) return registry;
+  rxkb_layout* next = nullptr;
+  for (rxkb_layout* layout = rxkb_layout_first(context.get()); layout != nullptr; layout = next) {
+    const char* variant = rxkb_layout_get_variant(layout);
+    const XkbLayoutName name{rxkb_layout_get_name(layout), variant != nullptr ? variant : ""};
+    std::vector<std::string>& languages = registry[name.id()];
+    for (rxkb_iso639_code* code = rxkb_layout_get_iso639_first(layout); code != nullptr;
+         code = rxkb_iso639_code_next(code)) {
+      languages.push_back(twoLetterCode(rxkb_iso639_code_get_code(code)));
+    }
+    next = rxkb_layout_next(layout);
+    rxkb_layout_unref(layout);
+  }
+  return registry;
+}
+
+}  // namespace
+
+std::string XkbLayoutName::id() const {
+  return variant.empty() ? layout : layout + "(" + variant + ")";
+}
+
+std::vector<XkbLayoutName> parseRulesNames(std::string_view value) {
+  constexpr std::size_t kLayouts = 2;
+  constexpr std::size_t kVariants = 3;
+  const std::vector<std::string_view> fields = split(value, '\0');
+  if (fields.size() <= kLayouts || fields[kLayouts].empty()) {
+    return {};
+  }
+  const std::vector<std::string_view> layouts = split(fields[kLayouts], ',');
+  std::vector<std::string_view> variants;
+  if (fields.size() > kVariants) variants = split(fields[kVariants], ',');
+  std::vector<XkbLayoutName> names;
+  for (std::size_t i = 0; i < layouts.size(); ++i) {
+    names.push_back(
+        {std::string(layouts[i]), i < variants.size() ? std::string(variants[i]) : std::string()});
+  }
+  return names;
+}
+
+std::vector<std::string> languagesOf(const XkbLayoutName& layout) {
+  static const Registry kCommon = readRegistry(RXKB_CONTEXT_NO_FLAGS);
+  auto entry = kCommon.find(layout.id());
+  if (entry != kCommon.end()) return entry->second;
+  // Rare layouts stand in a second list, which takes its time to read.
+  static const Registry kAll = readRegistry(RXKB_CONTEXT_LOAD_EXOTIC_RULES);
+  entry = kAll.find(layout.id());
+  if (entry == kAll.end()) entry = kAll.find(layout.layout);
+  return entry == kAll.end() ? std::vector<std::string>() : entry->second;
+}
+
+/// Watches the server's keymap and its names, and reports when what the layouts type has really changed.
+class LinuxInputSources::Observer {
+ public:
+  explicit Observer(LinuxInputSources& owner) : owner_(owner), known_(owner.signature()) {
+    X11Connection& x11 = *owner_.x11_;
+    const xcb_atom_t names = x11.atom("_XKB_RULES_NAMES");
+    observation_ = x11.observe([this, names](const xcb_generic_event_t& event) {
+      const bool namesChanged =
+          eventType(event) == XCB_PROPERTY_NOTIFY &&
+          reinterpret_cast<const xcb_property_notify_event_t&>(event).window == owner_.x11_->root() &&
+          reinterpret_cast<const xcb_property_notify_event_t&>(event).atom == names;
+      if (namesChanged || owner_.x11_->isKeymapChange(event)) checkSoon();
+    });
+    x11.selectKeymapEvents();
+    x11.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
+  }
+  ~Observer() { stopTimer(); }
+  Observer(const Observer&) = delete;
+  Observer& operator=(const Observer&) = delete;
+
+  void add(std::function<void()> handler) { handlers_.push_back(std::move(handler)); }
+  /// Reports now what it would report soon.
+  void settle() {
+    if (timer_ != 0) {
+      stopTimer();
+      check();
+    }
+  }
+
+ private:
+  void checkSoon() {
+    stopTimer();
+    timer_ = g_timeout_add(
+        kChangeDelayMilliseconds,
+        [](gpointer self) {
+          static_cast<Observer*>(self)->timer_ = 0;
+          static_cast<Observer*>(self)->check();
+          return G_SOURCE_REMOVE;
+        },
+        this);
+  }
+  void stopTimer() {
+    if (timer_ != 0) g_source_remove(timer_);
+    timer_ = 0;
+  }
+  void check() {
+    std::string now = owner_.signature();
+    if (now == known_) return;
+    known_ = std::move(now);
+    const auto handlers = handlers_;
+    for (const auto& handler : handlers) handler();
+  }
+
+  LinuxInputSources& owner_;
+  std::string known_;
+  std::vector<std::function<void()>> handlers_;
+  guint timer_ = 0;
+  X11Connection::Observation observation_;
+};
+
+LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus)
+    : x11_(std::move(x11)), sessionBus_(std::move(sessionBus)) {
+  if (x11_ && !x11_->hasXkb()) x11_ = nullptr;
+  if (x11_) {
+    context_.reset(xkb_context_new(XKB_CONTEXT_NO_FLAGS), xkb_context_unref);
+    std::uint16_t major = 0;
+    std::uint16_t minor = 0;
+    const int usable =
+        xkb_x11_setup_xkb_extension(x11_->get(), XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
+                                    XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, &major, &minor, nullptr, nullptr);
+    if (usable == 0 || !context_) x11_ = nullptr;
+  }
+}
+
+LinuxInputSources::~LinuxInputSources() = default;
+
+std::vector<XkbLayoutName> LinuxInputSources::enabledLayouts() {
+  const auto rules = x11_->property(x11_->root(), x11_->atom("_XKB_RULES_NAMES"));
+  const XcbReply<xcb_xkb_get_controls_reply_t> controls(
+      xcb_xkb_get_controls_reply(x11_->get(), xcb_xkb_get_controls(x11_->get(), usersKeyboard()), nullptr));
+  if (!rules || !controls) {
+    return {};
+  }
+  std::vector<XkbLayoutName> names = parseRulesNames(*rules);
+  // The configuration may name more layouts than the four groups that a keymap can hold.
+  names.resize(std::min<std::size_t>(names.size(), controls->numGroups));
+  return names;
+}
+
+std::optional<std::vector<InputSourceRef>> LinuxInputSources::createInputSourceList(
+    const InputSourceFilter& filter, bool /*includeAllInstalled*/) {
+  if (!x11_) return std::nullopt;
+  std::vector<InputSourceRef> sources;
+  if (filter.isEnabled == false) {
+    return sources;  // every group of the keymap is enabled
+  }
+  const std::vector<XkbLayoutName> names = enabledLayouts();
+  for (std::size_t group = 0; group < names.size(); ++group) {
+    sources.push_back(std::make_shared<XkbInputSource>(names[group], static_cast<std::uint32_t>(group)));
+  }
+  return sources;
+}
+
+InputSourceValue LinuxInputSources::property(const InputSourceRef& source, InputSourceProperty key) {
+  const auto* xkbSource = dynamic_cast<const XkbInputSource*>(source.get());
+  if (xkbSource == nullptr) {
+    return std::monostate{};
+  }
+  switch (key) {
+    case InputSourceProperty::id:
+      return xkbSource->name.id();
+    case InputSourceProperty::languages:
+      return languagesOf(xkbSource->name);
+    case InputSourceProperty::unicodeKeyLayoutData: {
+      std::shared_ptr<xkb_keymap> keymap = x11_ ? serverKeymap() : nullptr;
+      if (!keymap || xkbSource->group >= xkb_keymap_num_layouts(keymap.get())) {
+        return std::monostate{};
+      }
+      return std::make_shared<const XkbKeyLayoutData>(std::move(keymap), xkbSource->group);
+    }
+  }
+  return std::monostate{};
+}
+
+InputSourceRef LinuxInputSources::copyCurrentKeyboardLayoutInputSource() {
+  if (!x11_) return nullptr;
+  if (observer_) observer_->settle();
+  const XcbReply<xcb_xkb_get_state_reply_t> state(
+      xcb_xkb_get_state_reply(x11_->get(), xcb_xkb_get_state(x11_->get(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
+  const std::vector<XkbLayoutName> names = enabledLayouts();
+  if (!state || state->group >= names.size()) return nullptr;
+  return std::make_shared<XkbInputSource>(names[state->group], state->group);
+}
+
+void LinuxInputSources::select(const InputSourceRef& source) {
+  const auto* xkbSource = dynamic_cast<const XkbInputSource*>(source.get());
+  if (!x11_ || xkbSource == nullptr) return;
+  // The layouts may have been reordered since the source was listed: its name counts, not its old group.
+  const std::vector<XkbLayoutName> names = enabledLayouts();
+  std::size_t group = xkbSource->group;
+  if (group >= names.size() || names[group] != xkbSource->name) {
+    group = static_cast<std::size_t>(std::find(names.begin(), names.end(), xkbSource->name) - names.begin());
+  }
+  if (group >= names.size()) return;
+  // Waits until the server has done it: what the user types from now on is of that layout.
+  const XcbReply<xcb_generic_error_t> error(xcb_request_check(
+      x11_->get(), xcb_xkb_latch_lock_state_checked(x11_->get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 1,
+                                                    static_cast<std::uint8_t>(group), 0, 0, 0)));
+  if (error != nullptr) return;
+  if (sessionBus_) {
+    const auto sameLayout = [&](const XkbLayoutName& name) { return name.layout == names[group].layout; };
+    const auto end = names.begin() + static_cast<std::ptrdiff_t>(group);
+    tellDesktopOfLayout(sessionBus_(), names[group].layout,
+                        static_cast<std::size_t>(std::count_if(names.begin(), end, sameLayout)));
+  }
+}
+
+std::uint32_t LinuxInputSources::keyboardType() {
+  return 0;
+}
+
+std::optional<std::u16string> LinuxInputSources::translate(const KeyLayoutData& data,
+                                                           const KeyTranslation& translation,
+                                                           std::uint32_t& /*deadKeyState*/) {
+  const auto* layout = dynamic_cast<const XkbKeyLayoutData*>(&data);
+  if (layout == nullptr || layout->empty()) return std::nullopt;
+  const auto key = xFromMacKeyCode(translation.keyCode);
+  if (!key) return std::u16string();
+  std::u16string text = layout->typed(*key, overlap(translation.modifiers, kShiftKey),
+                                      overlap(translation.modifiers, kAlphaLock));
+  if (text.size() > translation.maxLength) return std::nullopt;
+  return text;
+}
+
+void LinuxInputSources::observeEnabledLayoutsChanged(std::function<void()> handler) {
+  if (!x11_) return;
+  if (!observer_) observer_ = std::make_unique<Observer>(*this);
+  observer_->add(std::move(handler));
+}
+
+std::uint16_t LinuxInputSources::usersKeyboard() {
+  const KeyboardDevices devices = readKeyboardDevices(*x11_);
+  if (devices.isReal(devices.lastUsed)) {
+    usersKeyboard_ = devices.lastUsed;
+  } else if (!devices.isReal(usersKeyboard_)) {
+    usersKeyboard_ = devices.real.empty() ? devices.core : devices.real.front();
+  }
+  return usersKeyboard_ == KeyboardDevices::kNone ? std::uint16_t{XCB_XKB_ID_USE_CORE_KBD} : usersKeyboard_;
+}
+
+std::shared_ptr<xkb_keymap> LinuxInputSources::serverKeymap() {
+  std::int32_t device = usersKeyboard();
+  if (device == XCB_XKB_ID_USE_CORE_KBD) device = xkb_x11_get_core_keyboard_device_id(x11_->get());
+  if (device < 0) return nullptr;
+  xkb_keymap* keymap =
+      xkb_x11_keymap_new_from_device(context_.get(), x11_->get(), device, XKB_KEYMAP_COMPILE_NO_FLAGS);
+  return keymap == nullptr ? nullptr : std::shared_ptr<xkb_keymap>(keymap, xkb_keymap_unref);
+}
+
+/// What the enabled layouts are called and type, as bytes to compare.
+std::string LinuxInputSources::signature() {
+  std::string signature;
+  const std::vector<XkbLayoutName> names = enabledLayouts();
+  for (const XkbLayoutName& name : names) signature += name.id() + '\n';
+  const std::shared_ptr<xkb_keymap> keymap = serverKeymap();
+  if (!keymap) return signature;
+  for (xkb_layout_index_t group = 0; group < names.size(); ++group) {
+    for (std::uint16_t macKeyCode = 0; macKeyCode <= kLastTypingKeyCode; ++macKeyCode) {
+      const xkb_keycode_t key = xFromMacKeyCode(KeyCode{macKeyCode}).value_or(0);
+      for (const xkb_level_index_t level : {0U, 1U}) {
+        const xkb_keysym_t* keysyms = nullptr;
+        const int count = xkb_keymap_key_get_syms_by_level(keymap.get(), key, group, level, &keysyms);
+        for (int i = 0; i < count; ++i) signature += std::to_string(keysyms[i]) + ' ';
+        signature += ';';
+      }
+    }
+  }
+  return signature;
+}
+
+}  // namespace lexwend::platform

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/session/session_notice.h"
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/linux/session/buses.h"
+#include "platform/linux/session/glib_ref.h"
+#include "platform/linux/session/identity.h"
+
+namespace lexwend::platform {
+
+const SessionNotice kWaylandWithX11 = {
+    "this is a Wayland session: the hot key and the fix work in X11 (XWayland) windows only; in Wayland "
+    "windows nothing is read or changed",
+    "זו סביבת Wayland: מקש הקיצור והתיקון פועלים רק בחלונות X11 (XWayland). בחלונות Wayland שום דבר לא נקרא "
+    "ולא משתנה."};
+const SessionNotice kWaylandOnly = {
+    "this Wayland session has no X11 display (XWayland), so the hot key and the fix cannot work here; "
+    "conversion on the command line works: lexwend-convert",
+    "בסביבת Wayland הזו אין תצוגת X11 (XWayland), ולכן מקש הקיצור והתיקון לא יכולים לפעול בה."};
+const SessionNotice kNoDisplay = {"no X11 display can be opened; the agent needs one (DISPLAY)", ""};
+
+bool sessionIsWayland() {
+  const char* display = std::getenv("WAYLAND_DISPLAY");
+  const char* type = std::getenv("XDG_SESSION_TYPE");
+  return (display != nullptr && display[0] != '\0') ||
+         (type != nullptr && std::string_view(type) == "wayland");
+}
+
+void notifyUser(std::string_view sentence) {
+  GDBusConnection* bus = sessionBus();
+  if (bus == nullptr || sentence.empty()) return;
+  const std::string name(kDisplayName);
+  GVariantBuilder noActions;
+  GVariantBuilder noHints;
+  g_variant_builder_init(&noActions, G_VARIANT_TYPE("as"));
+  g_variant_builder_init(&noHints, G_VARIANT_TYPE("a{sv}"));
+  constexpr gint32 kServersChoice = -1;  // of how long it stays
+  // Not a flush, which would have no time limit.
+  const GVariantRef answer(g_dbus_connection_call_sync(
+      bus, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "org.freedesktop.Notifications",
+      "Notify",
+      g_variant_new("(susssasa{sv}i)", name.c_str(), 0U, std::string(kIdentifier).c_str(), name.c_str(),
+                    std::string(sentence).c_str(), &noActions, &noHints, kServersChoice),
+      nullptr, G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, nullptr, nullptr));
+}
+
+}  // namespace lexwend::platform

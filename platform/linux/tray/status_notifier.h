@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QImage>
+#include <QList>
+#include <functional>
+#include <string>
+
+#include "platform/linux/session/glib_ref.h"
+
+namespace lexwend::platform {
+
+/// The agent's item on the session bus, as the StatusNotifierItem specification describes it, for panels that
+/// show such items. Most of them report a click, and then the menu shown is the agent's own, which is drawn
+/// right to left everywhere; others draw the menu that the item names (MenuExport). Main thread only.
+class StatusNotifier {
+ public:
+  struct Events {
+    std::function<void()> clicked;                ///< with a button that opens no menu of the panel's
+    std::function<void(bool)> hostPresenceKnown;  ///< whether some panel shows items now; at every change
+  };
+
+  StatusNotifier(GDBusConnection* bus, Events events);
+  ~StatusNotifier();
+  StatusNotifier(const StatusNotifier&) = delete;
+  StatusNotifier& operator=(const StatusNotifier&) = delete;
+
+  void setIcon(QList<QImage> sizes, std::string description);
+  void setToolTip(std::string title, std::string text);
+
+ private:
+  static void methodCalled(GDBusConnection* bus, const char* sender, const char* path, const char* interface,
+                           const char* method, GVariant* arguments, GDBusMethodInvocation* invocation,
+                           void* self);
+  static GVariant* propertyAsked(GDBusConnection* bus, const char* sender, const char* path,
+                                 const char* interface, const char* property, GError** error, void* self);
+  static void watcherAppeared(GDBusConnection* bus, const char* name, const char* owner, void* self);
+  static void watcherVanished(GDBusConnection* bus, const char* name, void* self);
+  static void hostsChanged(GDBusConnection* bus, const char* sender, const char* path, const char* interface,
+                           const char* signal, GVariant* arguments, void* self);
+  static void hostsTold(GObject* source, GAsyncResult* result, void* self);
+  void registerWithWatcher();
+  void askForHosts();
+  void announce(const char* signal);
+
+  GDBusConnection* bus_;
+  Events events_;
+  GObjectRef<GCancellable> cancellable_{g_cancellable_new()};
+  guint object_ = 0;
+  guint watch_ = 0;
+  guint subscription_ = 0;
+  QList<QImage> icons_;
+  std::string description_;
+  std::string toolTipTitle_;
+  std::string toolTipText_;
+};
+
+}  // namespace lexwend::platform

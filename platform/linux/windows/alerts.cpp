@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/windows/alerts.h"
+
+#include <QAbstractButton>
+#include <QFont>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <string>
+
+#include "platform/linux/session/identity.h"
+
+namespace lexwend::platform {
+namespace {
+
+QString text(const std::string& utf8) {
+  return QString::fromStdString(utf8);
+}
+
+/// Wide enough that a sentence does not become a column; device-independent pixels.
+constexpr int kTextWidth = 380;
+
+/// The message stands out from the explanation, as the desktop's own alerts have it.
+void layOut(QMessageBox& box) {
+  if (auto* message = box.findChild<QLabel*>("qt_msgbox_label")) {
+    QFont font = message->font();
+    font.setBold(true);
+    message->setFont(font);
+  }
+  if (auto* explanation = box.findChild<QLabel*>("qt_msgbox_informativelabel")) {
+    explanation->setMinimumWidth(kTextWidth);
+  }
+}
+
+/// An ampersand would mark a key of the button.
+QString buttonTitle(const std::string& title) {
+  return text(title).replace('&', "&&");
+}
+
+}  // namespace
+
+int LinuxAlerts::runModal(const Alert& alert) {
+  QMessageBox box;
+  box.setWindowTitle(text(std::string(kDisplayName)));
+  box.setWindowFlag(Qt::WindowStaysOnTopHint);
+  box.setLayoutDirection(Qt::RightToLeft);
+  box.setIcon(QMessageBox::Warning);
+  box.setTextFormat(Qt::PlainText);
+  box.setText(text(alert.messageText));
+  box.setInformativeText(text(alert.informativeText));
+  QList<QPushButton*> buttons;
+  for (const auto& title : alert.buttons) {
+    const auto role = buttons.isEmpty() ? QMessageBox::AcceptRole : QMessageBox::RejectRole;
+    buttons.append(box.addButton(buttonTitle(title), role));
+  }
+  if (buttons.isEmpty()) return kAlertFirstButtonReturn;
+  box.setDefaultButton(buttons.first());
+  box.setEscapeButton(buttons.last());
+  layOut(box);
+  box.setModal(true);  // exec() is too late: a window that is shown already keeps its modality
+  box.show();
+  box.raise();
+  box.activateWindow();
+  box.exec();
+  const auto clicked = buttons.indexOf(qobject_cast<QPushButton*>(box.clickedButton()));
+  return kAlertFirstButtonReturn + static_cast<int>(clicked >= 0 ? clicked : buttons.size() - 1);
+}
+
+}  // namespace lexwend::platform

@@ -1,0 +1,295 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/windows/recorder_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFontMetrics>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPainter>
+#include <QPalette>
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+#include <QStringList>
+#include <QTextLayout>
+#include <QWidget>
+#include <QWindow>
+
+#include "platform/linux/tray/isolated_combination.h"
+
+namespace lexwend::platform {
+namespace {
+
+/// What the macOS colors of these names are of the label color.
+constexpr double kSecondaryShare = 0.62;
+constexpr double kQuaternaryShare = 0.12;
+constexpr int kSmallestFont = 7;  // below this nobody reads it
+
+QString qtText(std::string_view utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+QColor blended(const QColor& front, const QColor& back, double share) {
+  const auto mix = [share](float a, float b) { return static_cast<float>(a * share + b * (1 - share)); };
+  return QColor::fromRgbF(mix(front.redF(), back.redF()), mix(front.greenF(), back.greenF()),
+                          mix(front.blueF(), back.blueF()));
+}
+
+QColor colorOf(ColorRole role, const QPalette& palette) {
+  const QColor label = palette.color(QPalette::WindowText);
+  const QColor window = palette.color(QPalette::Window);
+  constexpr int kMiddle = 128;
+  switch (role) {
+    case ColorRole::label:
+      return label;
+    case ColorRole::secondaryLabel:
+      return blended(label, window, kSecondaryShare);
+    case ColorRole::quaternaryLabel:
+      return blended(label, window, kQuaternaryShare);
+    case ColorRole::systemRed:
+      return window.lightness() < kMiddle ? QColor(0xff, 0x6b, 0x61) : QColor(0xc4, 0x14, 0x0a);
+  }
+  return label;
+}
+
+QFont::Weight weightOf(FontWeight weight) {
+  switch (weight) {
+    case FontWeight::regular:
+      return QFont::Normal;
+    case FontWeight::medium:
+      return QFont::Medium;
+    case FontWeight::semibold:
+      return QFont::DemiBold;
+  }
+  return QFont::Normal;
+}
+
+/// From the bottom-left corner to the top-left one.
+QRect geometryOf(const Frame& frame, const Frame& content) {
+  return QRectF(frame.x, content.height - frame.y - frame.height, frame.width, frame.height).toRect();
+}
+
+/// The text with a line feed wherever it wraps at that width. Left to the toolkit, the blank at which a line
+/// of right-to-left text is broken stands at the line's visible edge and pushes it inwards.
+QString wrapped(const QString& text, const QFont& font, int width) {
+  QTextOption option;
+  option.setWrapMode(QTextOption::WordWrap);
+  QTextLayout layout(text, font);
+  layout.setTextOption(option);
+  QStringList lines;
+  layout.beginLayout();
+  for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+    line.setLineWidth(width);
+    lines.append(text.mid(line.textStart(), line.textLength()).trimmed());
+  }
+  layout.endLayout();
+  return lines.join('\n');
+}
+
+class Label : public QLabel {
+ public:
+  Label(const LabelLook& look, const Frame& content, QWidget* parent)
+      : QLabel(parent), look_(look), role_(look.color) {
+    setGeometry(geometryOf(look.frame, content));
+    setTextFormat(Qt::PlainText);
+    show(qtText(look.text), look.color);
+  }
+
+  /// Where the text names the combination, that is drawn in its order; a screen reader gets the plain text.
+  void show(const QString& text, ColorRole role, const QString& combination = {}) {
+    role_ = role;
+    setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    setAlignment(alignment());
+    fit(withIsolated(text, combination));
+    setAccessibleName(text);
+    applyColor();
+  }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override {
+    if (look_.background) {
+      QPainter painter(this);
+      painter.setRenderHint(QPainter::Antialiasing);
+      painter.setPen(Qt::NoPen);
+      painter.setBrush(colorOf(*look_.background, window()->palette()));
+      painter.drawRoundedRect(rect(), look_.cornerRadius, look_.cornerRadius);
+    }
+    QLabel::paintEvent(event);
+  }
+  void changeEvent(QEvent* event) override {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && !coloring_) applyColor();
+  }
+
+ private:
+  /// Right is the right-hand side here, whichever way the text runs.
+  Qt::Alignment alignment() const {
+    const auto vertical = look_.wraps ? Qt::AlignTop : Qt::AlignVCenter;
+    switch (look_.alignment) {
+      case TextAlignment::natural:
+        return vertical | Qt::AlignLeading;
+      case TextAlignment::right:
+        return vertical | Qt::AlignRight | Qt::AlignAbsolute;
+      case TextAlignment::center:
+        return vertical | Qt::AlignHCenter;
+    }
+    return vertical;
+  }
+
+  /// Sets the text in the look's size, or in the largest smaller one in which it is seen completely.
+  void fit(const QString& shown) {
+    QFont font = QApplication::font();
+    font.setWeight(weightOf(look_.fontWeight));
+    for (int size = qRound(look_.fontSize);; --size) {
+      font.setPixelSize(size);
+      const QString lines = look_.wraps ? wrapped(shown, font, width()) : shown;
+      const QSize taken = QFontMetrics(font).size(0, lines);
+      if (size > kSmallestFont && (taken.width() > width() || taken.height() > height())) continue;
+      setFont(font);
+      setText(lines);
+      return;
+    }
+  }
+
+  void applyColor() {
+    coloring_ = true;  // a palette set here is no change of the desktop's
+    QPalette own = palette();
+    own.setColor(QPalette::WindowText, colorOf(role_, window()->palette()));
+    setPalette(own);
+    coloring_ = false;
+  }
+
+  LabelLook look_;
+  ColorRole role_;
+  bool coloring_ = false;
+};
+
+/// The toolkit's window; it outlives the service's one while a button or a close is being handled.
+class Panel : public QWidget {
+ public:
+  Panel(const RecorderWindowLook& look, RecorderWindowEvents events)
+      : events_(std::move(events)),
+        prompt_(look.prompt, look.contentRect, this),
+        combination_(look.combination, look.contentRect, this),
+        message_(look.message, look.contentRect, this),
+        save_(qtText(look.save.title), this),
+        cancel_(qtText(look.cancel.title), this) {
+    setWindowTitle(qtText(look.title));
+    setWindowFlags(flagsOf(look));
+    setLayoutDirection(Qt::RightToLeft);
+    const QSize size(qRound(look.contentRect.width), qRound(look.contentRect.height));
+    if (look.resizable) {
+      resize(size);
+    } else {
+      setFixedSize(size);
+    }
+    centered_ = look.centered;
+    placeButton(save_, look.save, look.contentRect);
+    placeButton(cancel_, look.cancel, look.contentRect);
+    QObject::connect(&save_, &QPushButton::clicked, this, [this] { call(events_.save); });
+    QObject::connect(&cancel_, &QPushButton::clicked, this, [this] { call(events_.cancel); });
+  }
+
+  Label& combination() { return combination_; }
+  Label& message() { return message_; }
+  QPushButton& saveButton() { return save_; }
+
+  void showAndMakeKey() {
+    closed_ = false;
+    if (centered_ && !isVisible()) center();
+    show();
+    raise();
+    activateWindow();
+  }
+  /// The owner is gone: nothing is reported any more.
+  void forget() {
+    events_ = {};
+    closed_ = true;
+    hide();
+    deleteLater();
+  }
+
+ protected:
+  void closeEvent(QCloseEvent* event) override {
+    event->accept();
+    if (std::exchange(closed_, true)) return;
+    call(events_.willClose);
+  }
+
+ private:
+  static Qt::WindowFlags flagsOf(const RecorderWindowLook& look) {
+    Qt::WindowFlags flags = Qt::Dialog | Qt::CustomizeWindowHint;
+    if (look.titled) flags |= Qt::WindowTitleHint | Qt::WindowSystemMenuHint;
+    if (look.closable) flags |= Qt::WindowCloseButtonHint;
+    if (look.miniaturizable) flags |= Qt::WindowMinimizeButtonHint;
+    if (look.level > 0) flags |= Qt::WindowStaysOnTopHint;
+    return flags;
+  }
+  static void placeButton(QPushButton& button, const ButtonLook& look, const Frame& content) {
+    button.setGeometry(geometryOf(look.frame, content));
+    button.setEnabled(look.enabled);
+    button.setAccessibleName(button.text());
+  }
+  /// The function may let go of this window.
+  static void call(const std::function<void()>& function) {
+    const auto copy = function;
+    if (copy) copy();
+  }
+  void center() {
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+      move(screen->availableGeometry().center() - rect().center());
+    }
+  }
+
+  RecorderWindowEvents events_;
+  Label prompt_;
+  Label combination_;
+  Label message_;
+  QPushButton save_;
+  QPushButton cancel_;
+  bool centered_ = false;
+  bool closed_ = false;
+};
+
+class LinuxRecorderWindow : public RecorderWindow {
+ public:
+  LinuxRecorderWindow(const RecorderWindowLook& look, RecorderWindowEvents events)
+      : look_(look), panel_(new Panel(look, std::move(events))) {}
+  ~LinuxRecorderWindow() override {
+    if (panel_ && QCoreApplication::instance() != nullptr) panel_->forget();
+  }
+  LinuxRecorderWindow(const LinuxRecorderWindow&) = delete;
+  LinuxRecorderWindow& operator=(const LinuxRecorderWindow&) = delete;
+
+  void setCombination(std::string_view utf8) override {
+    combination_ = qtText(utf8);
+    panel_->combination().show(combination_, look_.combination.color, combination_);
+  }
+  void setMessage(std::string_view utf8, ColorRole color) override {
+    panel_->message().show(qtText(utf8), color, combination_);
+  }
+  void setSaveEnabled(bool enabled) override { panel_->saveButton().setEnabled(enabled); }
+  void showAndMakeKey() override { panel_->showAndMakeKey(); }
+  void close() override {
+    const QPointer<Panel> panel = panel_;
+    // Not the toolkit's close(): that one reports nothing for a window that was never shown.
+    QCloseEvent event;
+    QCoreApplication::sendEvent(panel, &event);
+    if (panel) panel->hide();
+  }
+
+ private:
+  RecorderWindowLook look_;
+  QString combination_;
+  QPointer<Panel> panel_;
+};
+
+}  // namespace
+
+std::unique_ptr<RecorderWindow> LinuxRecorderWindows::create(const RecorderWindowLook& look,
+                                                             RecorderWindowEvents events) {
+  return std::make_unique<LinuxRecorderWindow>(look, std::move(events));
+}
+
+}  // namespace lexwend::platform

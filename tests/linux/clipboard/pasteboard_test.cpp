@@ -1,0 +1,750 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/clipboard/pasteboard.h"
+
+#include <chrono>
+#include <cstring>
+#include <future>
+
+#include <glib.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/linux/testing/other_application.h"
+#include "tests/linux/testing/temporary_folder.h"
+#include "tests/linux/testing/virtual_display.h"
+
+namespace lexwend::platform {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using Clock = std::chrono::steady_clock;
+
+/// What a promised time is multiplied with, since other programs want the processor too.
+constexpr int kLoad = 5;
+/// Where a test is not about the budget, a loaded machine must not exceed it.
+constexpr PasteboardBudget kAmpleBudget{
+    .time = std::chrono::seconds(60), .silence = std::chrono::seconds(30), .fetch = std::chrono::seconds(60)};
+
+std::string textOf(const Bytes& bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+Bytes bytesOf(const std::string& text) {
+  Bytes bytes(text.size());
+  std::memcpy(bytes.data(), text.data(), text.size());
+  return bytes;
+}
+
+/// Bytes without a period that a lost or doubled piece could hide in.
+std::string bigValue(std::size_t size) {
+  std::string value(size, '\0');
+  std::uint32_t state = 1;
+  for (char& c : value) {
+    state = state * 1664525U + 1013904223U;
+    c = static_cast<char>(state >> 24);
+  }
+  return value;
+}
+
+CopyingApplication::Behaviour plainText(const std::string& text) {
+  return {{{"UTF8_STRING", {"UTF8_STRING", 8, text}}}};
+}
+
+/// What a fix would do with text copied by another program while it waits for its own copy.
+void takeForTheSelection(LinuxPasteboard& pasteboard, const std::vector<PasteboardItemData>& kept) {
+  EXPECT_EQ(pasteboard.string(), std::nullopt) << "no selection";
+  pasteboard.clearContents();
+  pasteboard.setString("replacement");
+  pasteboard.clearContents();
+  pasteboard.writeItems(kept);
+}
+
+struct ClipboardPasteboard : testing::Test {
+  VirtualDisplay display;
+  LinuxPasteboard pasteboard{kAmpleBudget};
+  PastingApplication other;
+
+  /// What the pasteboard holds, as a snapshot takes it.
+  std::vector<PasteboardItemData> snapshot(LinuxPasteboard& from) {
+    std::vector<PasteboardItemData> items;
+    const auto read = from.items();
+    EXPECT_TRUE(read.has_value());
+    for (const auto& item : *read) {
+      PasteboardItemData data;
+      for (const std::string& type : item->types()) {
+        if (auto bytes = item->data(type)) data.emplace_back(type, std::move(*bytes));
+      }
+      items.push_back(std::move(data));
+    }
+    return items;
+  }
+  std::vector<PasteboardItemData> snapshot() { return snapshot(pasteboard); }
+  bool countBecomesMoreThan(std::int64_t count) {
+    const auto deadline = Clock::now() + std::chrono::seconds(10);
+    while (pasteboard.changeCount() <= count && Clock::now() < deadline) {
+      std::this_thread::sleep_for(milliseconds(1));
+    }
+    return pasteboard.changeCount() > count;
+  }
+};
+
+TEST_F(ClipboardPasteboard, isEmptyWithoutOwner) {
+  EXPECT_THAT(snapshot(), IsEmpty());
+  EXPECT_EQ(pasteboard.string(), std::nullopt);
+  EXPECT_FALSE(pasteboard.lastReadWasOverBudget());
+}
+
+TEST_F(ClipboardPasteboard, countsEveryCopyAndTheEndOfAnOwner) {
+  std::int64_t count = pasteboard.changeCount();
+  {
+    CopyingApplication application(plainText("one"));
+    EXPECT_TRUE(countBecomesMoreThan(count));
+    count = pasteboard.changeCount();
+    application.copyAgain();
+    EXPECT_TRUE(countBecomesMoreThan(count));
+    count = pasteboard.changeCount();
+    EXPECT_EQ(pasteboard.string(), "one");
+    snapshot();
+    EXPECT_EQ(pasteboard.changeCount(), count);
+  }
+  EXPECT_TRUE(countBecomesMoreThan(count));
+  EXPECT_EQ(pasteboard.string(), std::nullopt);
+}
+
+TEST_F(ClipboardPasteboard, countsItsOwnWritesAtOnce) {
+  const std::int64_t before = pasteboard.changeCount();
+  pasteboard.setString("a");
+  const std::int64_t afterSet = pasteboard.changeCount();
+  EXPECT_EQ(afterSet, before + 1);
+  pasteboard.writeItems({{{"image/png", bytesOf("png")}}});
+  const std::int64_t afterWrite = pasteboard.changeCount();
+  EXPECT_EQ(afterWrite, afterSet + 1);
+  pasteboard.clearContents();
+  EXPECT_EQ(pasteboard.changeCount(), afterWrite + 1);
+}
+
+TEST_F(ClipboardPasteboard, readsTextInWhicheverFormItIsOffered) {
+  {
+    CopyingApplication application(plainText("שלום"));
+    EXPECT_EQ(pasteboard.string(), "שלום");
+  }
+  {
+    CopyingApplication application({{{"text/plain;charset=utf-8", {"text/plain;charset=utf-8", 8, "אב"}}}});
+    EXPECT_EQ(pasteboard.string(), "אב");
+  }
+  {
+    CopyingApplication application({{{"STRING", {"STRING", 8, "caf\xE9"}}}});
+    EXPECT_EQ(pasteboard.string(), "café");
+  }
+  {
+    CopyingApplication application({{{"image/png", {"image/png", 8, "png"}}}});
+    EXPECT_EQ(pasteboard.string(), std::nullopt);
+  }
+  CopyingApplication application(plainText(""));
+  EXPECT_EQ(pasteboard.string().value_or(""), "");
+}
+
+TEST_F(ClipboardPasteboard, offersItsTextInEveryUsualForm) {
+  pasteboard.setString("שלום");
+  EXPECT_THAT(other.targets(),
+              ElementsAre("TARGETS", "TIMESTAMP", "MULTIPLE", "UTF8_STRING", "text/plain;charset=utf-8",
+                          "text/plain", "TEXT", "x-kde-passwordManagerHint"));
+  EXPECT_EQ(other.paste("UTF8_STRING"), (SelectionValue{"UTF8_STRING", 8, "שלום"}));
+  EXPECT_EQ(other.paste("TEXT"), (SelectionValue{"UTF8_STRING", 8, "שלום"}));
+  EXPECT_EQ(other.paste("text/plain"), (SelectionValue{"text/plain", 8, "שלום"}));
+  EXPECT_EQ(other.paste("x-kde-passwordManagerHint"),
+            (SelectionValue{"x-kde-passwordManagerHint", 8, "secret"}));
+  EXPECT_EQ(other.paste("image/png"), std::nullopt);
+  const auto timestamp = other.paste("TIMESTAMP");
+  ASSERT_TRUE(timestamp);
+  EXPECT_EQ(timestamp->type, "INTEGER");
+  EXPECT_NE(timestamp->bytes, std::string(4, '\0'));
+  EXPECT_EQ(pasteboard.string(), "שלום");
+
+  pasteboard.setString("café");
+  EXPECT_EQ(other.paste("STRING"), (SelectionValue{"STRING", 8, "caf\xE9"}));
+}
+
+TEST_F(ClipboardPasteboard, answersSeveralTargetsAtOnce) {
+  pasteboard.setString("abc");
+  const auto values = other.pasteMultiple({"UTF8_STRING", "image/png", "TEXT"});
+  ASSERT_EQ(values.size(), 2U);
+  EXPECT_EQ(values.at("UTF8_STRING"), (SelectionValue{"UTF8_STRING", 8, "abc"}));
+  EXPECT_EQ(values.at("TEXT"), (SelectionValue{"UTF8_STRING", 8, "abc"}));
+}
+
+TEST_F(ClipboardPasteboard, putsBackEveryTargetTypeByType) {
+  const std::vector<std::pair<std::string, SelectionValue>> targets = {
+      {"text/html", {"text/html", 8, std::string("<b>\0x</b>", 9)}},
+      {"UTF8_STRING", {"UTF8_STRING", 8, "x"}},
+      {"TEXT", {"STRING", 8, "x"}},
+      {"STRING", {"STRING", 8, "x"}},
+      {"text/x-moz-url", {"text/x-moz-url", 8, std::string("h\0t\0", 4)}},
+      {"application/x-words", {"INTEGER", 32, std::string("\1\2\3\4\5\6\7\0", 8)}},
+      {"application/x-halves", {"application/x-halves", 16, std::string("\1\2\3\4", 4)}},
+      {"application/x-atom", {"ATOM", 32, atomBytes("application/x-atom")}},
+      {"application/x-nothing", {"application/x-nothing", 8, ""}},
+      {"image/png", {"image/png", 8, bigValue(std::size_t{3} * 1024 * 1024)}}};
+  std::vector<PasteboardItemData> kept;
+  {
+    CopyingApplication application({targets});
+    kept = snapshot();
+    EXPECT_FALSE(pasteboard.lastReadWasOverBudget());
+  }
+  ASSERT_EQ(kept.size(), 1U);
+  ASSERT_EQ(kept[0].size(), targets.size());
+  EXPECT_EQ(kept[0][0].first, "text/html");
+  EXPECT_EQ(kept[0][2].first, "TEXT\tSTRING\t8");
+  EXPECT_EQ(kept[0][5].first, "application/x-words\tINTEGER\t32");
+
+  pasteboard.clearContents();
+  pasteboard.setString("replacement");
+  pasteboard.clearContents();
+  pasteboard.writeItems(kept);
+  pasteboard.changeCount();  // at once, not when the replacement has had its time
+  std::vector<std::string> expected = {"TARGETS", "TIMESTAMP", "MULTIPLE"};
+  for (const auto& [name, value] : targets) {
+    expected.push_back(name);
+    EXPECT_EQ(other.paste(name), value) << name;
+  }
+  EXPECT_EQ(other.targets(), expected);
+  EXPECT_EQ(snapshot(), kept);
+}
+
+TEST_F(ClipboardPasteboard, doesNotAskForTargetsThatAreCommandsOrResources) {
+  CopyingApplication application({{{"DELETE", {"NULL", 32, ""}},
+                                   {"PIXMAP", {"PIXMAP", 32, "\1\2\3\4"}},
+                                   {"INSERT_SELECTION", {"NULL", 32, ""}},
+                                   {"UTF8_STRING", {"UTF8_STRING", 8, "x"}}}});
+  const auto items = snapshot();
+  ASSERT_EQ(items.size(), 1U);
+  ASSERT_EQ(items[0].size(), 1U);
+  EXPECT_THAT(application.requests(), ElementsAre("TARGETS", "UTF8_STRING"));
+}
+
+TEST_F(ClipboardPasteboard, leavesOutATargetThatIsOfferedButRefused) {
+  CopyingApplication::Behaviour behaviour = plainText("x");
+  behaviour.targets.push_back({"image/bmp", {"image/bmp", 8, "bmp"}});
+  behaviour.refusedTargets = {"image/bmp"};
+  CopyingApplication application(behaviour);
+  const auto items = snapshot();
+  ASSERT_EQ(items.size(), 1U);
+  ASSERT_EQ(items[0].size(), 1U);
+  EXPECT_FALSE(pasteboard.lastReadWasOverBudget());
+}
+
+TEST_F(ClipboardPasteboard, readsTheTextOfAnOwnerTooOldForTargets) {
+  CopyingApplication::Behaviour behaviour{{{"STRING", {"STRING", 8, "old"}}}};
+  behaviour.answersTargets = false;
+  CopyingApplication application(behaviour);
+  const auto items = snapshot();
+  ASSERT_EQ(items.size(), 1U);
+  ASSERT_EQ(items[0].size(), 1U);
+  EXPECT_EQ(items[0][0].first, "STRING");
+}
+
+TEST_F(ClipboardPasteboard, carries64MegabytesBothWays) {
+  LinuxPasteboard patient(
+      {std::chrono::seconds(60), std::chrono::seconds(60), std::size_t{256} * 1024 * 1024});
+  const std::string image = bigValue(std::size_t{64} * 1024 * 1024);
+  std::vector<PasteboardItemData> kept;
+  {
+    CopyingApplication::Behaviour behaviour{{{"image/png", {"image/png", 8, image}}}};
+    behaviour.pieceSize = std::size_t{4} * 1024 * 1024;
+    CopyingApplication application(behaviour);
+    const auto start = Clock::now();
+    kept = snapshot(patient);
+    RecordProperty("read_ms", static_cast<int>((Clock::now() - start) / milliseconds(1)));
+  }
+  ASSERT_EQ(kept.size(), 1U);
+  ASSERT_EQ(kept[0].size(), 1U);
+  EXPECT_TRUE(textOf(kept[0][0].second) == image);
+  patient.writeItems(kept);
+  const auto start = Clock::now();
+  const auto pasted = other.paste("image/png", std::chrono::seconds(60));
+  RecordProperty("served_ms", static_cast<int>((Clock::now() - start) / milliseconds(1)));
+  ASSERT_TRUE(pasted);
+  EXPECT_TRUE(pasted->bytes == image);
+}
+
+TEST_F(ClipboardPasteboard, keeps64MegabytesWholeOrNotAtAllWithinTheAgentsOwnBudget) {
+  LinuxPasteboard own;
+  const std::string image = bigValue(std::size_t{64} * 1024 * 1024);
+  CopyingApplication application({{{"image/png", {"image/png", 8, image}}}});
+  const auto kept = snapshot(own);
+  own.clearContents();
+  own.setString("replacement");
+  // Which of the two it is, the machine decides.
+  const bool isKept = kept.size() == 1 && kept[0].size() == 1 && textOf(kept[0][0].second) == image;
+  EXPECT_EQ(own.isWithheld(), !isKept);
+  EXPECT_EQ(application.ownsSelection(), !isKept);
+}
+
+TEST_F(ClipboardPasteboard, leavesAnImageAloneThatStopsHalfway) {
+  LinuxPasteboard own;
+  CopyingApplication::Behaviour behaviour{{{"image/png", {"image/png", 8, bigValue(3000000)}}}};
+  behaviour.lastPiece = 20;
+  CopyingApplication application(behaviour);
+  const auto partial = snapshot(own);
+  EXPECT_TRUE(own.isWithheld());
+  takeForTheSelection(own, partial);
+  EXPECT_TRUE(application.ownsSelection());
+}
+
+TEST_F(ClipboardPasteboard, remembersThatTheOwnerWasTooSlow) {
+  LinuxPasteboard limited;
+  CopyingApplication::Behaviour behaviour = plainText("x");
+  for (int i = 0; i < 20; ++i) {
+    behaviour.targets.push_back({"application/x-" + std::to_string(i), {"STRING", 8, "x"}});
+  }
+  behaviour.delay = milliseconds(60);
+  {
+    CopyingApplication slow(behaviour);
+    const auto start = Clock::now();
+    snapshot(limited);
+    EXPECT_LT(Clock::now() - start, kLoad * PasteboardBudget().time);
+    EXPECT_TRUE(limited.lastReadWasOverBudget());
+    EXPECT_TRUE(limited.isWithheld());
+    EXPECT_EQ(limited.string(), std::nullopt) << "a part of it is not the selection";
+  }
+  CopyingApplication quick(plainText("y"));
+  // The late answer of before is not taken for the new one.
+  EXPECT_EQ(snapshot(limited), (std::vector<PasteboardItemData>{{{"UTF8_STRING", bytesOf("y")}}}));
+  EXPECT_FALSE(limited.isWithheld());
+  EXPECT_EQ(limited.string(), "y");
+}
+
+TEST_F(ClipboardPasteboard, remembersThatTheOwnerGaveTooMuch) {
+  LinuxPasteboard small({std::chrono::seconds(10), std::chrono::seconds(10), 100000});
+  CopyingApplication whole(
+      {{{"image/png", {"image/png", 8, bigValue(60000)}}, {"image/bmp", {"image/bmp", 8, bigValue(60000)}}}});
+  snapshot(small);
+  EXPECT_TRUE(small.lastReadWasOverBudget());
+  CopyingApplication inPieces({{{"image/png", {"image/png", 8, bigValue(200000)}}}});
+  snapshot(small);
+  EXPECT_TRUE(small.lastReadWasOverBudget());
+  CopyingApplication fitting({{{"image/png", {"image/png", 8, bigValue(90000)}}}});
+  EXPECT_EQ(snapshot(small).size(), 1U);
+  EXPECT_FALSE(small.lastReadWasOverBudget());
+}
+
+TEST_F(ClipboardPasteboard, leavesWhatIsCopiedAfterAReadThatWasOverBudget) {
+  LinuxPasteboard small({std::chrono::seconds(10), std::chrono::seconds(10), 1000});
+  CopyingApplication big(
+      {{{"UTF8_STRING", {"UTF8_STRING", 8, "x"}}, {"image/png", {"image/png", 8, bigValue(60000)}}}});
+  const auto partial = snapshot(small);
+  ASSERT_TRUE(small.lastReadWasOverBudget());
+  CopyingApplication next(plainText("copied meanwhile"));
+  takeForTheSelection(small, partial);
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "copied meanwhile");
+  EXPECT_TRUE(next.ownsSelection());
+
+  snapshot(small);  // fits: the next fix works again
+  EXPECT_EQ(small.string(), "copied meanwhile");
+  small.setString("replacement");
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "replacement");
+}
+
+TEST_F(ClipboardPasteboard, leavesWhatIsCopiedAfterTheCopyShortcutWasRefused) {
+  CopyingApplication user(plainText("the user's"));
+  const auto kept = snapshot();
+  pasteboard.copyWasRefused();
+  CopyingApplication next(plainText("copied meanwhile"));
+  takeForTheSelection(pasteboard, kept);
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "copied meanwhile");
+  EXPECT_TRUE(next.ownsSelection());
+
+  snapshot();
+  EXPECT_EQ(pasteboard.string(), "copied meanwhile");
+}
+
+TEST_F(ClipboardPasteboard, keepsTheUsersContentsThroughFixesInQuickSuccession) {
+  const std::string image = bigValue(3000000);
+  CopyingApplication user(
+      {{{"UTF8_STRING", {"UTF8_STRING", 8, "the user's"}}, {"image/png", {"image/png", 8, image}}}});
+  const auto first = snapshot();
+  CopyingApplication selection(plainText("akuo"));
+  pasteboard.clearContents();
+  pasteboard.setString("first");
+
+  const auto second = snapshot();
+  EXPECT_EQ(second, first) << "the user's own, not the text that passes";
+  EXPECT_EQ(pasteboard.string(), "first");
+  selection.copyAgain();
+  pasteboard.clearContents();
+  pasteboard.setString("second");
+  // What the first fix puts back now must not be pasted in place of the second text.
+  pasteboard.clearContents();
+  pasteboard.writeItems(first);
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "second");
+
+  pasteboard.clearContents();
+  pasteboard.writeItems(second);
+  pasteboard.changeCount();
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "the user's");
+  EXPECT_EQ(other.paste("image/png").value_or(SelectionValue{}).bytes, image);
+  EXPECT_THAT(other.targets(), Not(Contains("x-kde-passwordManagerHint")));
+}
+
+TEST_F(ClipboardPasteboard, keepsTheUsersContentsWhereAManagerTakesOverEachCopy) {
+  std::unique_ptr<CopyingApplication> manager;
+  const auto managerTakesOver = [&] {
+    const std::string text = other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes;
+    manager = std::make_unique<CopyingApplication>(plainText(text));
+    EXPECT_TRUE(manager->ownsSelection());
+  };
+  CopyingApplication user(plainText("the user's"));
+  managerTakesOver();
+  const auto first = snapshot();
+  CopyingApplication selection(plainText("akuo"));
+  managerTakesOver();
+  pasteboard.clearContents();
+  pasteboard.setString("first");
+  managerTakesOver();
+
+  const auto second = snapshot();
+  EXPECT_EQ(second, first);
+  pasteboard.copyWasRefused();  // in a terminal: and the first fix gives back what it has kept all the same
+  pasteboard.clearContents();
+  pasteboard.writeItems(first);
+  pasteboard.changeCount();
+  managerTakesOver();
+  EXPECT_EQ(snapshot(), first);
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "the user's");
+}
+
+TEST_F(ClipboardPasteboard, putsBackByItselfWhatHadToWait) {
+  LinuxPasteboard own;
+  own.setString("passing");
+  own.writeItems({{{"UTF8_STRING", bytesOf("lasting")}}});
+  const auto deadline = Clock::now() + std::chrono::seconds(10);
+  const auto text = [&] { return other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes; };
+  while (text() == "passing" && Clock::now() < deadline) std::this_thread::sleep_for(milliseconds(1));
+  EXPECT_EQ(text(), "lasting");
+}
+
+TEST_F(ClipboardPasteboard, leavesWhatIsCopiedWhileSomethingWaitsToBePutBack) {
+  pasteboard.setString("passing");
+  pasteboard.writeItems({{{"UTF8_STRING", bytesOf("lasting")}}});
+  std::this_thread::sleep_for(milliseconds(2));  // the server's clock counts milliseconds
+  CopyingApplication user(plainText("the user's"));
+  pasteboard.changeCount();
+  EXPECT_TRUE(user.ownsSelection());
+  EXPECT_EQ(pasteboard.string(), "the user's");
+}
+
+TEST_F(ClipboardPasteboard, findsAnEmptyClipboardBehindTheTextThatPasses) {
+  EXPECT_THAT(snapshot(), IsEmpty());
+  pasteboard.setString("first");
+  EXPECT_THAT(snapshot(), IsEmpty());
+}
+
+TEST_F(ClipboardPasteboard, readsWhatTheUserCopiedAfterTheTextThatPasses) {
+  CopyingApplication user(plainText("old"));
+  snapshot();
+  pasteboard.setString("first");
+  CopyingApplication again(plainText("new"));
+  EXPECT_EQ(snapshot(), (std::vector<PasteboardItemData>{{{"UTF8_STRING", bytesOf("new")}}}));
+}
+
+TEST_F(ClipboardPasteboard, putsBackWhatItKeptThoughTheNextCopyShortcutWasRefused) {
+  CopyingApplication user(plainText("the user's"));
+  const auto kept = snapshot();
+  pasteboard.setString("first");
+  snapshot();
+  pasteboard.copyWasRefused();
+  pasteboard.clearContents();
+  pasteboard.writeItems(kept);
+  pasteboard.changeCount();
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "the user's");
+}
+
+TEST_F(ClipboardPasteboard, doesNotWaitForEverForAnOwnerThatNeverAnswers) {
+  LinuxPasteboard limited;
+  CopyingApplication::Behaviour behaviour = plainText("x");
+  behaviour.silentTargets = {"TARGETS", "UTF8_STRING"};
+  CopyingApplication silent(behaviour);
+  auto start = Clock::now();
+  snapshot(limited);
+  EXPECT_LT(Clock::now() - start, kLoad * PasteboardBudget().silence);
+  EXPECT_TRUE(limited.lastReadWasOverBudget());
+  start = Clock::now();
+  EXPECT_EQ(limited.string(), std::nullopt);
+  EXPECT_LT(Clock::now() - start, kLoad * LinuxPasteboard::kStringTime);
+}
+
+TEST_F(ClipboardPasteboard, findsTheClipboardEmptyWhenItsOwnerDiesWhileItIsRead) {
+  CopyingApplication::Behaviour behaviour = plainText("x");
+  behaviour.targets.push_back({"image/png", {"image/png", 8, bigValue(1000000)}});
+  behaviour.deadlyTargets = {"UTF8_STRING"};
+  {
+    CopyingApplication dying(behaviour);
+    EXPECT_THAT(snapshot(), IsEmpty());
+    EXPECT_FALSE(pasteboard.lastReadWasOverBudget());
+  }
+  behaviour.deadlyTargets = {};
+  behaviour.deadlyPiece = 3;
+  CopyingApplication dying(behaviour);
+  EXPECT_THAT(snapshot(), IsEmpty());
+  EXPECT_FALSE(pasteboard.lastReadWasOverBudget());
+}
+
+TEST_F(ClipboardPasteboard, servesWhileTheMainThreadSleeps) {
+  pasteboard.setString("שלום");
+  auto pasted = std::async(std::launch::async, [] {
+    PastingApplication application;
+    std::vector<std::string> texts(20);
+    for (std::string& text : texts) {
+      text = application.paste("UTF8_STRING").value_or(SelectionValue{}).bytes;
+    }
+    return texts;
+  });
+  ASSERT_EQ(pasted.wait_for(std::chrono::seconds(60)),
+            std::future_status::ready);  // sleeps, and iterates nothing
+  EXPECT_EQ(pasted.get(), std::vector<std::string>(20, "שלום"));
+}
+
+TEST_F(ClipboardPasteboard, servesAnotherWhileOneRequestorTakesNothing) {
+  pasteboard.writeItems({{{"image/png", bytesOf(bigValue(3000000))}}});
+  PastingApplication stuck;
+  stuck.pasteAndStop("image/png");
+  EXPECT_EQ(other.paste("image/png").value_or(SelectionValue{}).bytes, bigValue(3000000));
+}
+
+TEST_F(ClipboardPasteboard, survivesARequestorThatGoesAway) {
+  pasteboard.writeItems({{{"image/png", bytesOf(bigValue(3000000))}}});
+  {
+    PastingApplication leaving;
+    leaving.pasteAndStop("image/png");
+  }
+  EXPECT_EQ(other.paste("image/png").value_or(SelectionValue{}).bytes.size(), 3000000U);
+}
+
+TEST_F(ClipboardPasteboard, finishesATransferThoughTheClipboardHasANewOwner) {
+  const std::string image = bigValue(3000000);
+  pasteboard.writeItems({{{"image/png", bytesOf(image)}}});
+  other.pasteAndStop("image/png");
+  CopyingApplication next(plainText("next"));
+  EXPECT_EQ(pasteboard.string(), "next");
+  EXPECT_EQ(other.takePieces(std::chrono::seconds(10)).value_or(SelectionValue{}).bytes, image);
+}
+
+TEST_F(ClipboardPasteboard, letsGoWhenAnotherApplicationCopies) {
+  pasteboard.setString("mine");
+  CopyingApplication application(plainText("theirs"));
+  EXPECT_EQ(pasteboard.string(), "theirs");
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "theirs");
+  pasteboard.setString("mine again");
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "mine again");
+  EXPECT_FALSE(application.ownsSelection());
+}
+
+TEST_F(ClipboardPasteboard, clearsWithoutAnEmptyMomentBeforeAWrite) {
+  pasteboard.setString("a");
+  const std::int64_t count = pasteboard.changeCount();
+  pasteboard.clearContents();
+  pasteboard.setString("b");
+  EXPECT_EQ(pasteboard.changeCount(), count + 1);  // one claim, no clipboard without owner between
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "b");
+}
+
+TEST_F(ClipboardPasteboard, isClearedForOthersToo) {
+  CopyingApplication application(plainText("x"));
+  pasteboard.clearContents();
+  EXPECT_THAT(snapshot(), IsEmpty());
+  EXPECT_FALSE(other.selectionHasOwner());
+
+  LinuxPasteboard own;
+  own.setString("mine");
+  own.clearContents();
+  const auto deadline = Clock::now() + std::chrono::seconds(10);
+  while (other.selectionHasOwner() && Clock::now() < deadline) std::this_thread::sleep_for(milliseconds(1));
+  EXPECT_FALSE(other.selectionHasOwner());  // without any further call
+}
+
+TEST_F(ClipboardPasteboard, doesNotClearWhatIsCopiedRightAfterTheClear) {
+  CopyingApplication application(plainText("x"));
+  for (int i = 0; i < 10; ++i) {
+    pasteboard.clearContents();
+    // The server's clock counts milliseconds.
+    std::this_thread::sleep_for(milliseconds(2));
+    application.copyAgain();
+    pasteboard.changeCount();  // the clear is carried out
+    EXPECT_TRUE(application.ownsSelection());
+  }
+}
+
+TEST_F(ClipboardPasteboard, mergesItemsIntoOne) {
+  pasteboard.writeItems({{{"UTF8_STRING", bytesOf("first")}},
+                         {{"UTF8_STRING", bytesOf("second")}, {"image/png", bytesOf("png")}}});
+  EXPECT_EQ(other.paste("UTF8_STRING").value_or(SelectionValue{}).bytes, "first");
+  EXPECT_EQ(other.paste("image/png").value_or(SelectionValue{}).bytes, "png");
+  EXPECT_THAT(other.targets(), Not(Contains("x-kde-passwordManagerHint")));
+}
+
+TEST_F(ClipboardPasteboard, writingNothingLeavesItEmpty) {
+  pasteboard.setString("x");
+  pasteboard.clearContents();
+  pasteboard.writeItems({});
+  pasteboard.changeCount();
+  EXPECT_FALSE(other.selectionHasOwner());
+}
+
+TEST_F(ClipboardPasteboard, neverClaimsPrimary) {
+  CopyingApplication selecting(plainText("selected"), "PRIMARY");
+  pasteboard.setString("x");
+  pasteboard.clearContents();
+  pasteboard.writeItems({{{"UTF8_STRING", bytesOf("y")}}});
+  snapshot();
+  EXPECT_TRUE(selecting.ownsSelection());
+  EXPECT_THAT(selecting.requests(), IsEmpty());
+}
+
+TEST_F(ClipboardPasteboard, worksWithAnIndependentClient) {
+  const test::TemporaryFolder folder;
+  const std::string file = folder.file("clipboard");
+  const std::int64_t count = pasteboard.changeCount();
+  ASSERT_EQ(runProgram("head -c 3000000 /dev/urandom | base64 > " + file +
+                       " && xclip -selection clipboard -i " + file + " >/dev/null 2>&1"),
+            0);
+  ASSERT_TRUE(countBecomesMoreThan(count));
+  const auto kept = snapshot();
+  ASSERT_EQ(kept.size(), 1U);
+  pasteboard.writeItems(kept);
+  EXPECT_EQ(runProgram("xclip -selection clipboard -o -t UTF8_STRING | cmp - " + file), 0);
+  pasteboard.setString("שלום");
+  EXPECT_EQ(runProgram("test \"$(xclip -selection clipboard -o)\" = 'שלום'"), 0);
+}
+
+struct PasteboardAtTheEnd : testing::Test {
+  /// The main loop turns until nothing is left to do.
+  void turnMainLoop() {
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
+  }
+  VirtualDisplay display;
+  PastingApplication other;
+  std::unique_ptr<LinuxPasteboard> pasteboard = std::make_unique<LinuxPasteboard>();
+};
+
+TEST_F(PasteboardAtTheEnd, handsItsContentsToTheClipboardManager) {
+  ManagingApplication manager;
+  const std::string image = bigValue(3000000);
+  pasteboard->writeItems({{{"UTF8_STRING", bytesOf("text")}, {"image/png", bytesOf(image)}}});
+  pasteboard.reset();
+  EXPECT_EQ(manager.saved(),
+            (std::map<std::string, SelectionValue>{{"UTF8_STRING", {"UTF8_STRING", 8, "text"}},
+                                                   {"image/png", {"image/png", 8, image}}}));
+}
+
+TEST_F(PasteboardAtTheEnd, doesNotHandOverTextThatOnlyPassesThrough) {
+  ManagingApplication manager;
+  pasteboard->setString("passing");
+  pasteboard.reset();
+  EXPECT_THAT(manager.saved(), IsEmpty());
+}
+
+TEST_F(PasteboardAtTheEnd, handsOverWhatWasThereBeforeTheTextThatPassesThrough) {
+  ManagingApplication manager;
+  {
+    CopyingApplication user(
+        {{{"UTF8_STRING", {"UTF8_STRING", 8, "the user's"}}, {"TEXT", {"STRING", 8, "text"}}}});
+    pasteboard->items();
+    pasteboard->clearContents();
+    pasteboard->setString("passing");
+  }
+  pasteboard.reset();
+  EXPECT_EQ(manager.saved(),
+            (std::map<std::string, SelectionValue>{{"UTF8_STRING", {"UTF8_STRING", 8, "the user's"}},
+                                                   {"TEXT", {"STRING", 8, "text"}}}));
+}
+
+TEST_F(PasteboardAtTheEnd, hasForgottenWhatItReadWhenNothingWasWritten) {
+  ManagingApplication manager;
+  CopyingApplication user(plainText("the user's"));
+  pasteboard->items();
+  turnMainLoop();
+  pasteboard->setString("passing");
+  pasteboard.reset();
+  EXPECT_THAT(manager.saved(), IsEmpty());
+}
+
+TEST_F(PasteboardAtTheEnd, keepsWhatItReadWhileTextPasses) {
+  ManagingApplication manager;
+  CopyingApplication user(plainText("the user's"));
+  pasteboard->items();
+  pasteboard->setString("passing");
+  turnMainLoop();
+  pasteboard.reset();
+  EXPECT_EQ(manager.saved(),
+            (std::map<std::string, SelectionValue>{{"UTF8_STRING", {"UTF8_STRING", 8, "the user's"}}}));
+}
+
+TEST_F(PasteboardAtTheEnd, leavesWhatAnotherCopiedAfterThePassingText) {
+  ManagingApplication manager;
+  CopyingApplication user(plainText("the user's"));
+  pasteboard->items();
+  pasteboard->setString("passing");
+  CopyingApplication next(plainText("next"));
+  pasteboard.reset();
+  EXPECT_THAT(manager.saved(), IsEmpty());
+  EXPECT_TRUE(next.ownsSelection());
+}
+
+TEST_F(PasteboardAtTheEnd, handsNothingOverThatIsNotItsOwn) {
+  ManagingApplication manager;
+  pasteboard->writeItems({{{"UTF8_STRING", bytesOf("old")}}});
+  CopyingApplication next(plainText("next"));
+  pasteboard.reset();
+  EXPECT_THAT(manager.saved(), IsEmpty());
+  EXPECT_TRUE(next.ownsSelection());
+}
+
+TEST_F(PasteboardAtTheEnd, doesNotWaitWithoutAManagerAndNotForEverForOne) {
+  pasteboard->writeItems({{{"UTF8_STRING", bytesOf("text")}}});
+  auto start = Clock::now();
+  pasteboard.reset();
+  EXPECT_LT(Clock::now() - start, LinuxPasteboard::kHandOverTime);
+
+  CopyingApplication::Behaviour behaviour;
+  behaviour.silentTargets = {"SAVE_TARGETS"};
+  CopyingApplication silentManager(behaviour, "CLIPBOARD_MANAGER");
+  pasteboard = std::make_unique<LinuxPasteboard>();
+  pasteboard->writeItems({{{"UTF8_STRING", bytesOf("text")}}});
+  start = Clock::now();
+  pasteboard.reset();
+  EXPECT_GE(Clock::now() - start, LinuxPasteboard::kHandOverTime);
+  EXPECT_LT(Clock::now() - start, kLoad * LinuxPasteboard::kHandOverTime);
+  EXPECT_THAT(silentManager.requests(), ElementsAre("SAVE_TARGETS"));
+}
+
+TEST(PasteboardWithoutDisplay, isEmptyAndNeverChanges) {
+  unsetenv("DISPLAY");
+  LinuxPasteboard pasteboard;
+  EXPECT_FALSE(pasteboard.items());
+  EXPECT_EQ(pasteboard.string(), std::nullopt);
+  pasteboard.clearContents();
+  pasteboard.setString("x");
+  pasteboard.writeItems({});
+  EXPECT_EQ(pasteboard.changeCount(), 0);
+}
+
+TEST(PasteboardWhoseServerDies, blocksNobody) {
+  auto display = std::make_unique<VirtualDisplay>();
+  LinuxPasteboard pasteboard;
+  pasteboard.setString("x");
+  display.reset();
+  const auto start = Clock::now();
+  pasteboard.setString("y");
+  pasteboard.clearContents();
+  EXPECT_EQ(pasteboard.string(), std::nullopt);
+  pasteboard.items();
+  EXPECT_LT(Clock::now() - start, kLoad * PasteboardBudget().time);
+}
+
+}  // namespace
+}  // namespace lexwend::platform
