@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The figures that are taken inside one process, one per line, for bench/compare.
 //
-//   bench_figures text KIND BYTES              writes a text to standard output
-//   bench_figures throughput KIND BYTES TARGET  bytes per second of convert() and of memcpy, both warm
+//   bench_figures text TEXT BYTES               writes a text to standard output
+//   bench_figures throughput TEXT BYTES VECTORS  bytes per second of convert() and of memcpy, both warm
 //   bench_figures selection                     nanoseconds for 16 bytes, and allocations
-//   bench_figures targets                       the kinds of vectors that this processor has
+//   bench_figures vectors                        the kinds of vectors that this processor has
 #include <algorithm>
 #include <climits>
 #include <cstdint>
@@ -18,11 +18,11 @@
 #include <string_view>
 #include <vector>
 
-#include <hwy/targets.h>
 #include <malloc.h>
 
 #include "bench/texts.h"
 #include "core/converter.h"
+#include "core/simd/block_converter.h"
 
 namespace {
 
@@ -63,23 +63,12 @@ double secondsOf(Work work) {
   return now() - begin;
 }
 
-int throughput(const std::string& kind, std::size_t bytes, const std::string& target) {
-  if (target == "scalar") {
-    hwy::SetSupportedTargetsForTest(HWY_SCALAR);
-  } else if (target != "best") {
-    std::int64_t chosen = 0;
-    for (const std::int64_t known : hwy::SupportedAndGeneratedTargets()) {
-      if (target == hwy::TargetName(known)) chosen = known;
-    }
-    if (chosen == 0) return EXIT_FAILURE;
-    hwy::SetSupportedTargetsForTest(chosen);
-  }
-  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-
+int throughput(const std::string& textKind, std::size_t bytes, const std::string& kind) {
+  if (!simd::useVectors(kind)) return EXIT_FAILURE;
   // Memory that was freed is kept for the next round, as the target of the copy is.
   mallopt(M_MMAP_THRESHOLD, 1 << 30);
   mallopt(M_TRIM_THRESHOLD, INT_MAX);
-  const std::string text = textOf(kind, bytes);
+  const std::string text = textOf(textKind, bytes);
   const Converter converter(LayoutMap::fallback());
   std::string copy(text.size(), ' ');
   double converting = std::numeric_limits<double>::max();
@@ -134,8 +123,8 @@ int run(const std::vector<std::string>& arguments) {
     return throughput(arguments[1], std::stoul(arguments[2]), arguments[3]);
   }
   if (arguments == std::vector<std::string>{"selection"}) return selection();
-  if (arguments == std::vector<std::string>{"targets"}) {
-    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) std::puts(hwy::TargetName(target));
+  if (arguments == std::vector<std::string>{"vectors"}) {
+    for (const std::string_view kind : simd::vectorKinds()) std::printf("%s\n", std::string(kind).c_str());
     return EXIT_SUCCESS;
   }
   return EXIT_FAILURE;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "core/simd/block_converter.h"
 
+#include <atomic>
 #include <bit>
 
 // This file is compiled once for every kind of vectors; the best that the processor has is called.
 #undef HWY_TARGET_INCLUDE
+#undef HWY_DISABLED_TARGETS
+#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL)  // they bring nothing that is used here
 #define HWY_TARGET_INCLUDE "core/simd/block_converter.cpp"
 #include <hwy/foreach_target.h>
 //
@@ -12,18 +15,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace lexwend::simd::HWY_NAMESPACE {
-#if HWY_TARGET == HWY_SCALAR  // a processor without vectors
-
-BlockProgress convertBlocks(const ByteTable& /*table*/, Words /*words*/, std::string_view /*text*/,
-                            char* /*output*/, std::size_t /*room*/) {
-  return {};
-}
-
-std::size_t skipToLatin(std::string_view /*text*/, std::size_t from) {
-  return from;
-}
-
-#else
+#if HWY_TARGET != HWY_SCALAR
 
 namespace hn = hwy::HWY_NAMESPACE;
 
@@ -305,17 +297,82 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace lexwend::simd {
+namespace {
 
-HWY_EXPORT(convertBlocks);
-HWY_EXPORT(skipToLatin);
+struct Kind {
+  std::string_view name;
+  decltype(&convertBlocks) convert;
+  decltype(&skipToLatin) skip;
+};
+
+constexpr Kind kNone{
+    "none", [](const ByteTable&, Words, std::string_view, char*, std::size_t) { return BlockProgress(); },
+    [](std::string_view, std::size_t from) { return from; }};
+
+// Highway's own choice is not used: its library takes five milliseconds to load, since it measures a timer
+// then.
+std::vector<const Kind*> findKinds() {
+  std::vector<const Kind*> kinds;
+#if HWY_TARGETS & (HWY_AVX3 | HWY_AVX2 | HWY_SSE4)
+  const bool hasSse4 =
+      __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("aes");
+  const bool hasAvx2 = hasSse4 && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+                       __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2");
+  const bool hasAvx512 = hasAvx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+                         __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+                         __builtin_cpu_supports("avx512cd");
+  static constexpr Kind kAvx512{"AVX-512", &N_AVX3::convertBlocks, &N_AVX3::skipToLatin};
+  static constexpr Kind kAvx2{"AVX2", &N_AVX2::convertBlocks, &N_AVX2::skipToLatin};
+  static constexpr Kind kSse4{"SSE4", &N_SSE4::convertBlocks, &N_SSE4::skipToLatin};
+  if (hasAvx512) kinds.push_back(&kAvx512);
+  if (hasAvx2) kinds.push_back(&kAvx2);
+  if (hasSse4) kinds.push_back(&kSse4);
+#elif HWY_TARGETS & HWY_NEON
+  static constexpr Kind kNeon{"NEON", &N_NEON::convertBlocks, &N_NEON::skipToLatin};
+  kinds.push_back(&kNeon);
+#endif
+  kinds.push_back(&kNone);
+  return kinds;
+}
+
+const std::vector<const Kind*>& kinds() {
+  static const std::vector<const Kind*> kKinds = findKinds();
+  return kKinds;
+}
+
+std::atomic<const Kind*> used = nullptr;
+
+const Kind& kindInUse() {
+  const Kind* kind = used.load(std::memory_order_relaxed);
+  if (kind == nullptr) used.store(kind = kinds().front(), std::memory_order_relaxed);
+  return *kind;
+}
+
+}  // namespace
+
+std::vector<std::string_view> vectorKinds() {
+  std::vector<std::string_view> names;
+  for (const Kind* const kind : kinds()) names.push_back(kind->name);
+  return names;
+}
+
+bool useVectors(std::string_view name) {
+  for (const Kind* const kind : kinds()) {
+    if (kind->name == name) {
+      used.store(kind, std::memory_order_relaxed);
+      return true;
+    }
+  }
+  return false;
+}
 
 BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_view text, char* output,
                             std::size_t room) {
-  return HWY_DYNAMIC_DISPATCH(convertBlocks)(table, words, text, output, room);
+  return kindInUse().convert(table, words, text, output, room);
 }
 
 std::size_t skipToLatin(std::string_view text, std::size_t from) {
-  return HWY_DYNAMIC_DISPATCH(skipToLatin)(text, from);
+  return kindInUse().skip(text, from);
 }
 
 }  // namespace lexwend::simd

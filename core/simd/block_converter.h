@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 namespace lexwend::simd {
 
@@ -65,5 +66,12 @@ BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_vie
 /// A place at `from` or behind it that no byte A to Z or a to z stands before, and a block behind which one
 /// does, or the text ends. Without vectors it is `from`.
 std::size_t skipToLatin(std::string_view text, std::size_t from);
+
+/// The kinds of vectors that there are here, best first; the last one is "none".
+std::vector<std::string_view> vectorKinds();
+
+/// Uses that kind from now on; false when it is not there. For tests and benchmarks: the best is used unless
+/// told otherwise.
+bool useVectors(std::string_view name);
 
 }  // namespace lexwend::simd

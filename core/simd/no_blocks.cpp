@@ -13,4 +13,12 @@ std::size_t skipToLatin(std::string_view /*text*/, std::size_t from) {
   return from;
 }
 
+std::vector<std::string_view> vectorKinds() {
+  return {"none"};
+}
+
+bool useVectors(std::string_view name) {
+  return name == "none";
+}
+
 }  // namespace lexwend::simd

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include "core/converter.h"
 #include "core/scalar_facts.h"
@@ -21,22 +20,19 @@ namespace {
 
 constexpr std::uint64_t kSeed = 20'240'301;
 
-// The processor is taken to have only the vectors of the parameter.
-struct Blocks : testing::TestWithParam<std::int64_t> {
-  void SetUp() override { choose(GetParam()); }
-  void TearDown() override { choose(0); }
-
-  static void choose(std::int64_t target) {
-    hwy::SetSupportedTargetsForTest(target);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-  }
+// The processor is taken to have the vectors of the parameter.
+struct Blocks : testing::TestWithParam<std::string_view> {
+  void SetUp() override { ASSERT_TRUE(simd::useVectors(GetParam())); }
+  void TearDown() override { simd::useVectors(simd::vectorKinds().front()); }
 };
 
-std::string nameOf(const testing::TestParamInfo<std::int64_t>& target) {
-  return hwy::TargetName(target.param);
+std::string nameOf(const testing::TestParamInfo<std::string_view>& kind) {
+  std::string name(kind.param);
+  std::erase(name, '-');
+  return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Targets, Blocks, testing::ValuesIn(hwy::SupportedAndGeneratedTargets()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Kinds, Blocks, testing::ValuesIn(simd::vectorKinds()), nameOf);
 
 void expectAsReference(const LayoutMap& map, const Converter& converter, const std::string& text) {
   for (const bool currentLayoutIsHebrew : {false, true}) {
@@ -123,7 +119,7 @@ TEST_P(Blocks, readNearlyAllOfAPlainText) {
   const std::string text(10 * simd::kBlock, 'a');
   std::vector<char> output(20 * simd::kBlock + simd::kRoomOfBlock);
   const auto progress = simd::convertBlocks(table, simd::Words::every, text, output.data(), output.size());
-  if (GetParam() == HWY_SCALAR) {
+  if (GetParam() == "none") {
     EXPECT_EQ(progress.read, 0U);
   } else {
     EXPECT_GT(progress.read, 9 * simd::kBlock);
