@@ -4,6 +4,7 @@
 //   bench_figures text TEXT BYTES               writes a text to standard output
 //   bench_figures throughput TEXT BYTES VECTORS  bytes per second of convert() and of memcpy, both warm
 //   bench_figures selection                     nanoseconds for 16 bytes, and allocations
+//   bench_figures memory COMMAND...              the peak of a program's resident memory, in bytes
 //   bench_figures vectors                        the kinds of vectors that this processor has
 #include <algorithm>
 #include <climits>
@@ -19,6 +20,9 @@
 #include <vector>
 
 #include <malloc.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "bench/texts.h"
 #include "core/converter.h"
@@ -114,6 +118,23 @@ int selection() {
   return EXIT_SUCCESS;
 }
 
+// A child's peak counts from the memory of the process that it was forked from, so that must be small.
+int memory(const std::vector<std::string>& command) {
+  const pid_t child = fork();
+  if (child == 0) {
+    std::vector<char*> arguments;
+    for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
+    arguments.push_back(nullptr);
+    execv(arguments[0], arguments.data());
+    _exit(EXIT_FAILURE);
+  }
+  int status = 0;
+  rusage usage{};
+  if (wait4(child, &status, 0, &usage) != child || status != 0) return EXIT_FAILURE;
+  std::fprintf(stderr, "%ld\n", usage.ru_maxrss * 1024);
+  return EXIT_SUCCESS;
+}
+
 int run(const std::vector<std::string>& arguments) {
   if (arguments.size() == 3 && arguments[0] == "text") {
     const std::string text = textOf(arguments[1], std::stoul(arguments[2]));
@@ -122,6 +143,8 @@ int run(const std::vector<std::string>& arguments) {
   if (arguments.size() == 4 && arguments[0] == "throughput") {
     return throughput(arguments[1], std::stoul(arguments[2]), arguments[3]);
   }
+  if (arguments.size() >= 2 && arguments[0] == "memory")
+    return memory({arguments.begin() + 1, arguments.end()});
   if (arguments == std::vector<std::string>{"selection"}) return selection();
   if (arguments == std::vector<std::string>{"vectors"}) {
     for (const std::string_view kind : simd::vectorKinds()) std::printf("%s\n", std::string(kind).c_str());

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/converter.h"
 
+#include <utility>
+
 #include "core/characters.h"
 #include "core/plain_converter.h"
 #include "core/plain_table.h"
@@ -38,15 +40,27 @@ struct Converter::Tables {
 Converter::Converter(const LayoutMap& map) : tables_(std::make_shared<const Tables>(map)) {}
 
 Converter::Result Converter::convert(std::string_view text, bool currentLayoutIsHebrew) const {
-  if (!tables_->isPlain()) return convertCharacters(text, currentLayoutIsHebrew);
+  std::string converted;
+  // A Latin letter of one byte becomes a Hebrew letter of two. Memory that is not written costs nothing.
+  converted.reserve(2 * text.size());
+  StringOutput output(converted);
+  Result result = convertTo(output, text, currentLayoutIsHebrew);
+  result.text = std::move(converted);
+  return result;
+}
+
+Converter::Result Converter::convertTo(TextOutput& output, std::string_view text,
+                                       bool currentLayoutIsHebrew) const {
+  if (!tables_->isPlain()) {
+    Result result = convertCharacters(text, currentLayoutIsHebrew);
+    output.take(std::exchange(result.text, {}));
+    return result;
+  }
   Letters letters;
   findLetters(text, letters);
   const Direction direction = directionOf(letters, currentLayoutIsHebrew);
   Result result;
   result.targetIsHebrew = !direction.sourceIsHebrew;
-  // A Latin letter of one byte becomes a Hebrew letter of two.
-  result.text.reserve(direction.sourceIsHebrew ? text.size() : 2 * text.size());
-  StringOutput output(result.text);
   result.changed = PlainConverter(tables_->from(direction.sourceIsHebrew), direction).convert(text, output);
   return result;
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "core/layout_map.h"
+#include "core/text_output.h"
 
 namespace lexwend {
 
@@ -32,6 +33,9 @@ class Converter {
 
   /// Never fails. Takes time linear in the text.
   Result convert(std::string_view text, bool currentLayoutIsHebrew) const;
+
+  /// The same, with the text given away piece by piece; the result has none.
+  Result convertTo(TextOutput& output, std::string_view text, bool currentLayoutIsHebrew) const;
 
  private:
   /// A run of characters, all white space or none of them.

@@ -39,41 +39,6 @@ bool partsWords(ScalarFacts facts, bool joined) {
   return (facts & kSpace) != 0 && (!joined || (facts & kControl) != 0);
 }
 
-// The last place at which the units on both sides do not need each other, with all of the unit behind it in
-// sight. Of three neighbouring places one is such; 0 when the text is shorter.
-std::size_t cutBetweenUnits(std::string_view begin) {
-  constexpr std::size_t kEnough = 8 * kLongestUnit;
-  if (begin.size() < kEnough) return 0;
-  std::size_t position = begin.size() - kEnough;
-  // A unit starts at every byte that is not a trail byte, and at the fourth of any row of bytes.
-  for (std::size_t skipped = 0; skipped < kLongestUnit - 1 && (begin[position] & '\xC0') == '\x80'; ++skipped)
-    ++position;
-  std::size_t cut = 0;
-  ScalarFacts before = scalarUnitAt(begin, position).facts;
-  position += scalarUnitAt(begin, position).length;
-  while (position + kLongestUnit <= begin.size()) {
-    const ScalarUnit unit = scalarUnitAt(begin, position);
-    const bool beforeNeedsIt =
-        (unit.facts & kJoinsBefore) != 0 && (before & (kJoinsBefore | kJoinsAfter)) == 0;
-    const bool itNeedsBefore =
-        (before & kJoinsAfter) != 0 && (unit.facts & (kJoinsBefore | kJoinsAfter)) == 0;
-    if (!beforeNeedsIt && !itNeedsBefore) cut = position;
-    before = unit.facts;
-    position += unit.length;
-  }
-  return cut;
-}
-
-// The last place behind an ASCII space that follows ASCII or a Hebrew letter, so that it surely parts words.
-std::size_t cutBetweenWords(std::string_view begin) {
-  for (std::size_t end = begin.size(); end > 1; --end) {
-    const char space = begin[end - 1];
-    if (space != ' ' && (space < '\t' || space > '\r')) continue;
-    if (space != ' ' || (begin[end - 2] & '\x80') == 0 || !joinsWhatFollows(begin, end - 1)) return end;
-  }
-  return 0;
-}
-
 bool hasHebrewLetter(std::string_view text, std::size_t begin, std::size_t end) {
   while (begin < end) {
     const void* const found = std::memchr(text.data() + begin, 0xD7, end - begin);
@@ -108,10 +73,6 @@ void findLetters(std::string_view text, Letters& letters) {
     letters.hebrew = letters.hebrew || hasHebrewLetter(text, begin, end);
     letters.latin = letters.latin || hasLatinLetter(text, begin, end);
   }
-}
-
-std::size_t cutFor(Direction direction, std::string_view begin) {
-  return direction.isUniform ? cutBetweenUnits(begin) : cutBetweenWords(begin);
 }
 
 bool PlainConverter::convert(std::string_view text, TextOutput& output) {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "core/plain_table.h"
+#include "core/text_output.h"
 
 namespace lexwend {
 
@@ -27,21 +28,8 @@ struct Direction {
 /// Text of one script is converted away from it; all other text away from the layout that is active.
 Direction directionOf(Letters letters, bool currentLayoutIsHebrew);
 
-/// Takes converted text piece by piece.
-class TextOutput {
- public:
-  virtual ~TextOutput() = default;
-  /// The view lives for the call.
-  virtual void take(std::string_view piece) = 0;
-};
-
 /// Adds what letters `text` holds to `letters`; looks no further once both are there.
 void findLetters(std::string_view text, Letters& letters);
-
-/// The largest place at which a text of which only `begin` is known can be cut, so that both parts have the
-/// letters of the whole, and become what the whole becomes: in a uniform text nearly the end, else the end of
-/// a word. 0 when there is none.
-std::size_t cutFor(Direction direction, std::string_view begin);
 
 /// The conversion by a plain map: one pass over each word.
 class PlainConverter {
