@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Any bytes, converted as the plain reference converts them, with each kind of vectors that the processor has.
-// The first byte chooses the active layout and the vectors; the rest is the text, twice, so that even a short
-// one fills a block.
+// Any bytes, converted as the plain reference converts them, with each kind of vectors that the processor
+// has. The first byte chooses the active layout and the vectors; the rest is the text, twice, so that even a
+// short one fills a block.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
