@@ -97,12 +97,14 @@ int selection() {
   double afresh = alone;
   for (int turn = 0; turn < 20; ++turn) {
     alone = std::min(alone, secondsOf([&] {
-                       for (int round = 0; round < kRounds; ++round)
+                       for (int round = 0; round < kRounds; ++round) {
                          keep(converter.convert(selected, false).text.data());
+                       }
                      }));
     afresh = std::min(afresh, secondsOf([&] {
-                        for (int round = 0; round < kRounds; ++round)
+                        for (int round = 0; round < kRounds; ++round) {
                           keep(Converter(map).convert(selected, false).text.data());
+                        }
                       }));
   }
   std::size_t most = 0;
@@ -123,6 +125,7 @@ int memory(const std::vector<std::string>& command) {
   const pid_t child = fork();
   if (child == 0) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
     execv(arguments[0], arguments.data());
@@ -143,8 +146,9 @@ int run(const std::vector<std::string>& arguments) {
   if (arguments.size() == 4 && arguments[0] == "throughput") {
     return throughput(arguments[1], std::stoul(arguments[2]), arguments[3]);
   }
-  if (arguments.size() >= 2 && arguments[0] == "memory")
+  if (arguments.size() >= 2 && arguments[0] == "memory") {
     return memory({arguments.begin() + 1, arguments.end()});
+  }
   if (arguments == std::vector<std::string>{"selection"}) return selection();
   if (arguments == std::vector<std::string>{"vectors"}) {
     for (const std::string_view kind : simd::vectorKinds()) std::printf("%s\n", std::string(kind).c_str());

@@ -295,8 +295,9 @@ std::string mapCase(std::string_view text, MapCase mapStretch) {
   while (position < text.size()) {
     const std::size_t begin = position;
     Utf8Unit unit;
-    while (position < text.size() && (unit = utf8UnitAt(text, position)).isWellFormed())
+    while (position < text.size() && (unit = utf8UnitAt(text, position)).isWellFormed()) {
       position += unit.length;
+    }
     result += mapStretch(text.substr(begin, position - begin));
     if (position < text.size()) {
       result += text.substr(position, unit.length);

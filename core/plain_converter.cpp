@@ -53,8 +53,9 @@ bool hasHebrewLetter(std::string_view text, std::size_t begin, std::size_t end) 
 bool hasLatinLetter(std::string_view text, std::size_t begin, std::size_t end) {
   const auto isLatin = [](char byte) { return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z'); };
   for (std::size_t place = simd::skipToLatin(text.substr(0, end), begin); place < end; ++place) {
-    if (isLatin(text[place]) && !joinsWhatFollows(text, place) && !joinsWhatPrecedes(text, place + 1))
+    if (isLatin(text[place]) && !joinsWhatFollows(text, place) && !joinsWhatPrecedes(text, place + 1)) {
       return true;
+    }
   }
   return false;
 }

@@ -22,7 +22,7 @@ std::optional<std::uint8_t> byteOf(char32_t scalar) {
 
 PlainTable::PlainTable(const CharacterMap& map, bool sourceIsHebrew) : byteTable_(sourceIsHebrew) {
   entries_.reserve(map.size());
-  for (unsigned char byte = 0; byte < lastBytes_.size(); ++byte) {
+  for (std::size_t byte = 0; byte < lastBytes_.size(); ++byte) {
     const auto last = static_cast<char>(byte);
     lastBytes_[byte] = byte < 0x80 ? Entry{{last}, 1, false} : Entry{{'\xD7', last}, 2, false};
   }

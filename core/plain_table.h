@@ -34,8 +34,9 @@ class PlainTable {
 
   /// The entry of a scalar that is a character of its own; null when it has none.
   const Entry* find(char32_t scalar) const {
-    if (scalar < kShortScalars)
+    if (scalar < kShortScalars) {
       return shortScalars_[scalar] == 0 ? nullptr : &entries_[shortScalars_[scalar] - 1U];
+    }
     return findLong(scalar);
   }
 

@@ -38,8 +38,9 @@ ScalarFacts lookUpFacts(char32_t scalar) {
       facts |= kControl;
       break;
     case U_GCB_OTHER:
-      if (!u_hasBinaryProperty(point, UCHAR_EXTENDED_PICTOGRAPHIC) && !mayFormConjunct(point))
+      if (!u_hasBinaryProperty(point, UCHAR_EXTENDED_PICTOGRAPHIC) && !mayFormConjunct(point)) {
         facts |= kPlain;
+      }
       break;
     default:
       break;
