@@ -52,6 +52,19 @@ void tell(const std::string& sentence, std::ostream& err) {
 
 }  // namespace
 
+bool printNotice(const std::vector<std::string>& arguments, std::ostream& out) {
+  if (contains(arguments, "--selftest")) return false;
+  if (contains(arguments, "--help")) {
+    out << kHelp << std::flush;
+    return true;
+  }
+  if (contains(arguments, "--version")) {
+    out << "lexwend " << kVersion << '\n' << std::flush;
+    return true;
+  }
+  return false;
+}
+
 int runEntry(const std::vector<std::string>& arguments, HotKeyCenter& hotKeyCenter, std::ostream& out,
              std::ostream& err) {
   if (contains(arguments, "--selftest")) {
@@ -59,14 +72,7 @@ int runEntry(const std::vector<std::string>& arguments, HotKeyCenter& hotKeyCent
     out.flush();
     return 0;
   }
-  if (contains(arguments, "--help")) {
-    out << kHelp << std::flush;
-    return 0;
-  }
-  if (contains(arguments, "--version")) {
-    out << "lexwend " << kVersion << '\n' << std::flush;
-    return 0;
-  }
+  if (printNotice(arguments, out)) return 0;
 
   if (anotherInstanceRuns()) return 0;
 

@@ -9,6 +9,10 @@ namespace lexwend {
 
 class HotKeyCenter;
 
+/// Prints what --help or --version asks for, unless --selftest comes first. False when it printed nothing.
+/// Needs no host.
+bool printNotice(const std::vector<std::string>& arguments, std::ostream& out);
+
 /// The program, on the main thread: reports and exits when one of --selftest, --help and --version is among
 /// the arguments (the first of these three wins, whatever their order), else runs the agent, of which one
 /// instance per user stays. Other arguments are ignored. `arguments` starts with the program's path. Needs an

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -6,7 +7,9 @@
 #include "platform/host.h"
 
 int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv, argv + argc);
+  if (lexwend::printNotice(arguments, std::cout)) return 0;  // before the host, which takes its time
   const auto host = lexwend::platform::makeHost();
   const lexwend::platform::HostScope scope(*host);
-  return lexwend::runEntry(std::vector<std::string>(argv, argv + argc));
+  return lexwend::runEntry(arguments);
 }

@@ -9,6 +9,7 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+include(GNUInstallDirs)
 
 # Line numbers are what a stack trace needs; the rest of the debug information doubles the time of a debug build.
 set(CMAKE_CXX_FLAGS_DEBUG "-g1")
@@ -72,6 +73,19 @@ function(lexwend_executable name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE lexwend_flags ${ARG_DEPS})
+endfunction()
+
+# lexwend_program(NAME SOURCES main.cpp [DEPS targets]): an executable that has the host of this build.
+function(lexwend_program name)
+  lexwend_executable(${name} ${ARGN})
+  if(LEXWEND_HOST STREQUAL "linux")
+    target_link_libraries(${name} PRIVATE lexwend_host_of_programs)
+    set_target_properties(${name} PROPERTIES
+      BUILD_RPATH "${PROJECT_BINARY_DIR}/platform/linux"
+      INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}/lexwend")
+  else()
+    target_link_libraries(${name} PRIVATE lexwend_host_${LEXWEND_HOST})
+  endif()
 endfunction()
 
 # lexwend_test(NAME SOURCES a_test.cpp [DEPS targets]): one GoogleTest program, each of its tests known to ctest.

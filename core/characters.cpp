@@ -211,8 +211,8 @@ class DecomposedPieces {
     decomposed_.clear();
     given_ = 0;
     const Utf8Unit unit = utf8UnitAt(text_, position_);
-    if (unit.scalar) {
-      decompose(*unit.scalar);
+    if (unit.isWellFormed()) {
+      decompose(unit.scalar);
     } else {
       for (const char byte : text_.substr(position_, unit.length)) {
         decomposed_.push_back(kIllFormedByte + static_cast<unsigned char>(byte));
@@ -295,7 +295,9 @@ std::string mapCase(std::string_view text, MapCase mapStretch) {
   while (position < text.size()) {
     const std::size_t begin = position;
     Utf8Unit unit;
-    while (position < text.size() && (unit = utf8UnitAt(text, position)).scalar) position += unit.length;
+    while (position < text.size() && (unit = utf8UnitAt(text, position)).isWellFormed()) {
+      position += unit.length;
+    }
     result += mapStretch(text.substr(begin, position - begin));
     if (position < text.size()) {
       result += text.substr(position, unit.length);
@@ -328,12 +330,12 @@ std::string lowercased(std::string_view text) {
 std::size_t CharacterReader::lengthOfCluster() const {
   const Utf8Unit first = utf8UnitAt(text_, position_);
   std::size_t end = position_ + first.length;
-  if (!first.scalar) return first.length;
-  GrowingCluster cluster(breakClassOf(*first.scalar));
+  if (!first.isWellFormed()) return first.length;
+  GrowingCluster cluster(breakClassOf(first.scalar));
   while (end < text_.size()) {
     const Utf8Unit unit = utf8UnitAt(text_, end);
-    if (!unit.scalar) break;
-    const BreakClass next = breakClassOf(*unit.scalar);
+    if (!unit.isWellFormed()) break;
+    const BreakClass next = breakClassOf(unit.scalar);
     if (!cluster.joins(next)) break;
     cluster.append(next);
     end += unit.length;
@@ -384,14 +386,14 @@ bool isSpaceCharacter(std::string_view character) {
   const auto first = static_cast<unsigned char>(character[0]);
   if (first < 0x80) return first == ' ' || (first >= '\t' && first <= '\r');
   if (isHebrewLetter(character)) return false;
-  const auto scalar = utf8UnitAt(character, 0).scalar;
-  return scalar && u_isUWhiteSpace(static_cast<UChar32>(*scalar));
+  const Utf8Unit unit = utf8UnitAt(character, 0);
+  return unit.isWellFormed() && u_isUWhiteSpace(static_cast<UChar32>(unit.scalar));
 }
 
 bool isLetterCharacter(std::string_view character) {
   if (character.empty()) return false;
-  const auto scalar = utf8UnitAt(character, 0).scalar;
-  return scalar && u_isUAlphabetic(static_cast<UChar32>(*scalar));
+  const Utf8Unit unit = utf8UnitAt(character, 0);
+  return unit.isWellFormed() && u_isUAlphabetic(static_cast<UChar32>(unit.scalar));
 }
 
 }  // namespace lexwend

@@ -1,77 +1,101 @@
 // SPDX-License-Identifier: MIT
 #include "core/converter.h"
 
-#include <array>
-#include <cstdint>
 #include <utility>
 
 #include "core/characters.h"
+#include "core/plain_converter.h"
+#include "core/plain_table.h"
 #include "core/utf8.h"
 
 namespace lexwend {
 namespace {
 
-// One direction of the map, made for looking up. Nearly every key is one scalar of one or two bytes; those
-// are found by their scalar, the rest in a map. Refers to the strings of the map that it is made from.
-class LookupTable {
+// Gathers converted text in one string.
+class StringOutput : public TextOutput {
  public:
-  explicit LookupTable(const CharacterMap& map) {
-    for (const auto& [key, value] : map) {
-      const auto scalar = singleScalar(key);
-      if (scalar && *scalar < kShortScalars) {
-        values_.emplace_back(value);
-        shortScalars_[*scalar] = static_cast<std::uint16_t>(values_.size());
-      } else {
-        others_.emplace(key, value);
-      }
-    }
-  }
-
-  /// The entry of a character, or the character itself when it has none.
-  std::string_view valueOr(std::string_view character) const {
-    if (const std::size_t scalar = shortScalar(character); scalar != kShortScalars) {
-      const std::uint16_t place = shortScalars_[scalar];
-      return place == 0 ? character : values_[place - 1];
-    }
-    if (others_.empty() || !utf8UnitAt(character, 0).scalar) return character;
-    const auto entry = others_.find(character);
-    return entry == others_.end() ? character : entry->second;
-  }
+  explicit StringOutput(std::string& text) : text_(text) {}
+  void take(std::string_view piece) override { text_ += piece; }
 
  private:
-  static constexpr std::size_t kShortScalars = 0x800;  // the scalars of one and two bytes
-
-  /// The scalar of a character that is one scalar of one or two bytes, else kShortScalars.
-  static std::size_t shortScalar(std::string_view character) {
-    const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(character[index]); };
-    if (character.size() == 1 && byte(0) < 0x80) return byte(0);
-    // Behind one of these lead bytes the second byte can only be its trail byte: without one the character is
-    // the lead byte alone, ill-formed.
-    if (character.size() == 2 && byte(0) >= 0xC2 && byte(0) <= 0xDF) {
-      return static_cast<std::size_t>(byte(0) & 0x1F) << 6 | (byte(1) & 0x3F);
-    }
-    return kShortScalars;
-  }
-
-  std::array<std::uint16_t, kShortScalars> shortScalars_{};  // 1 + the place in values_, 0 for none
-  std::vector<std::string_view> values_;
-  std::map<std::string_view, std::string_view> others_;
+  std::string& text_;
 };
 
 }  // namespace
 
 struct Converter::Tables {
-  explicit Tables(LayoutMap layoutMap) : map(std::move(layoutMap)) {}
+  explicit Tables(const LayoutMap& layoutMap)
+      : toHebrew(layoutMap.toHebrew, false), toEnglish(layoutMap.toEnglish, true) {
+    if (!isPlain()) map = layoutMap;
+  }
 
-  LayoutMap map;
-  LookupTable toHebrew{map.toHebrew};
-  LookupTable toEnglish{map.toEnglish};
+  bool isPlain() const { return toHebrew.isPlain() && toEnglish.isPlain(); }
+  const PlainTable& from(bool sourceIsHebrew) const { return sourceIsHebrew ? toEnglish : toHebrew; }
+
+  PlainTable toHebrew;
+  PlainTable toEnglish;
+  LayoutMap map;  // empty where the tables hold all of it
 };
 
-Converter::Converter(LayoutMap map) : tables_(std::make_shared<const Tables>(std::move(map))) {}
+Converter::Converter(const LayoutMap& map) : tables_(std::make_shared<const Tables>(map)) {}
 
-std::vector<Converter::Token> Converter::tokenize(std::string_view text) {
-  std::vector<Token> tokens;
+Converter::Result Converter::convert(std::string_view text, bool currentLayoutIsHebrew) const {
+  std::string converted;
+  // A Latin letter of one byte becomes a Hebrew letter of two. Memory that is not written costs nothing.
+  converted.reserve(2 * text.size());
+  StringOutput output(converted);
+  Result result = convertTo(output, text, currentLayoutIsHebrew);
+  result.text = std::move(converted);
+  return result;
+}
+
+Converter::Result Converter::convertTo(TextOutput& output, std::string_view text,
+                                       bool currentLayoutIsHebrew) const {
+  if (!tables_->isPlain()) {
+    Result result = convertCharacters(text, currentLayoutIsHebrew);
+    output.take(std::exchange(result.text, {}));
+    return result;
+  }
+  Letters letters;
+  findLetters(text, letters);
+  const Direction direction = directionOf(letters, currentLayoutIsHebrew);
+  Result result;
+  result.targetIsHebrew = !direction.sourceIsHebrew;
+  result.changed = PlainConverter(tables_->from(direction.sourceIsHebrew), direction).convert(text, output);
+  return result;
+}
+
+// The conversion by any map, character by character.
+Converter::Result Converter::convertCharacters(std::string_view text, bool currentLayoutIsHebrew) const {
+  Letters letters;
+  tokenize(text, [&](const Token& token) {
+    if (token.isSpace) return;
+    const LetterCounts counts = letterCounts(token.text);
+    letters.hebrew = letters.hebrew || counts.hebrew != 0;
+    letters.latin = letters.latin || counts.latin != 0;
+  });
+  const auto [sourceIsHebrew, isUniform] = directionOf(letters, currentLayoutIsHebrew);
+
+  Result result;
+  result.targetIsHebrew = !sourceIsHebrew;
+  result.text.reserve(text.size());
+  tokenize(text, [&, sourceIsHebrew = sourceIsHebrew, isUniform = isUniform](const Token& token) {
+    const LetterCounts counts = letterCounts(token.text);
+    const bool hasLetters = counts.hebrew != 0 || counts.latin != 0;
+    const bool bothScripts = counts.hebrew != 0 && counts.latin != 0;
+    const bool hasSourceLetters = (sourceIsHebrew ? counts.hebrew : counts.latin) != 0;
+    if (!token.isSpace && (hasSourceLetters || (!hasLetters && isUniform))) {
+      convertToken(token.text, sourceIsHebrew, bothScripts, result.text);
+    } else {
+      result.text += token.text;
+    }
+  });
+  result.changed = result.text != text && !canonicallyEquivalent(text, result.text);
+  return result;
+}
+
+template <typename OnToken>
+void Converter::tokenize(std::string_view text, OnToken onToken) {
   std::size_t runBegin = 0;
   std::size_t position = 0;
   bool runIsSpace = false;
@@ -79,16 +103,13 @@ std::vector<Converter::Token> Converter::tokenize(std::string_view text) {
     const std::string_view character = reader.next();
     const bool isSpace = isSpaceCharacter(character);
     if (isSpace != runIsSpace && position != runBegin) {
-      tokens.push_back({text.substr(runBegin, position - runBegin), runIsSpace});
+      onToken(Token{text.substr(runBegin, position - runBegin), runIsSpace});
       runBegin = position;
     }
     runIsSpace = isSpace;
     position += character.size();
   }
-  if (position != runBegin) {
-    tokens.push_back({text.substr(runBegin), runIsSpace});
-  }
-  return tokens;
+  if (position != runBegin) onToken(Token{text.substr(runBegin), runIsSpace});
 }
 
 Converter::LetterCounts Converter::letterCounts(std::string_view text) {
@@ -104,51 +125,16 @@ Converter::LetterCounts Converter::letterCounts(std::string_view text) {
   return counts;
 }
 
-Converter::Result Converter::convert(std::string_view text, bool currentLayoutIsHebrew) const {
-  const std::vector<Token> tokens = tokenize(text);
-  std::vector<LetterCounts> countsOf(tokens.size());
-  LetterCounts total;
-  for (std::size_t index = 0; index < tokens.size(); ++index) {
-    if (!tokens[index].isSpace) {
-      countsOf[index] = letterCounts(tokens[index].text);
-      total.hebrew += countsOf[index].hebrew;
-      total.latin += countsOf[index].latin;
-    }
-  }
-
-  const bool uniform = total.hebrew == 0 || total.latin == 0;
-  const bool hasLetters = total.hebrew != 0 || total.latin != 0;
-  const bool sourceIsHebrew = uniform && hasLetters ? total.hebrew != 0 : currentLayoutIsHebrew;
-
-  Result result;
-  result.targetIsHebrew = !sourceIsHebrew;
-  // A Latin letter of one byte becomes a Hebrew letter of two.
-  result.text.reserve(text.size() + (sourceIsHebrew ? 0 : total.latin));
-  for (std::size_t index = 0; index < tokens.size(); ++index) {
-    const Token& token = tokens[index];
-    const bool hasHebrew = countsOf[index].hebrew != 0;
-    const bool hasLatin = countsOf[index].latin != 0;
-    const bool bothScripts = hasHebrew && hasLatin;
-    const bool isSourceWord = sourceIsHebrew ? hasHebrew : hasLatin;
-    const bool hasNoLetters = !hasHebrew && !hasLatin;
-    if (!token.isSpace && (bothScripts || isSourceWord || (hasNoLetters && uniform))) {
-      convertToken(token.text, sourceIsHebrew, bothScripts, result.text);
-    } else {
-      result.text += token.text;
-    }
-  }
-  result.changed = !canonicallyEquivalent(text, result.text);
-  return result;
-}
-
 void Converter::convertToken(std::string_view token, bool sourceIsHebrew, bool onlySourceLetters,
                              std::string& output) const {
-  const LookupTable& source = sourceIsHebrew ? tables_->toEnglish : tables_->toHebrew;
+  const CharacterMap& source = sourceIsHebrew ? tables_->map.toEnglish : tables_->map.toHebrew;
   for (CharacterReader reader(token); !reader.atEnd();) {
     const std::string_view character = reader.next();
     const bool isLookedUp =
         !onlySourceLetters || (sourceIsHebrew ? isHebrewLetter(character) : isLatinLetter(character));
-    output += isLookedUp ? source.valueOr(character) : character;
+    const bool isWellFormed = utf8UnitAt(character, 0).isWellFormed();
+    const auto entry = isLookedUp && isWellFormed ? source.find(character) : source.end();
+    output += entry == source.end() ? character : std::string_view(entry->second);
   }
 }
 

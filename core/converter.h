@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "core/layout_map.h"
+#include "core/text_output.h"
 
 namespace lexwend {
 
@@ -21,7 +21,7 @@ namespace lexwend {
 /// An immutable value: copies share their map, and any thread may use its own copy.
 class Converter {
  public:
-  explicit Converter(LayoutMap map);
+  explicit Converter(const LayoutMap& map);
 
   struct Result {
     std::string text;
@@ -33,6 +33,9 @@ class Converter {
 
   /// Never fails. Takes time linear in the text.
   Result convert(std::string_view text, bool currentLayoutIsHebrew) const;
+
+  /// The same, with the text given away piece by piece; the result has none.
+  Result convertTo(TextOutput& output, std::string_view text, bool currentLayoutIsHebrew) const;
 
  private:
   /// A run of characters, all white space or none of them.
@@ -48,8 +51,13 @@ class Converter {
 
   struct Tables;
 
-  static std::vector<Token> tokenize(std::string_view text);
+  /// Calls `onToken(Token)` for each token of the text in order.
+  template <typename OnToken>
+  static void tokenize(std::string_view text, OnToken onToken);
+
   static LetterCounts letterCounts(std::string_view text);
+
+  Result convertCharacters(std::string_view text, bool currentLayoutIsHebrew) const;
 
   /// Appends what the token becomes to `output`. With `onlySourceLetters` only letters of the source script
   /// are looked up, else every character is.

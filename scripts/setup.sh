@@ -8,10 +8,10 @@
 # Written for the bash 3.2 of macOS too: no associative arrays, no mapfile.
 
 # To compile the rooms for the host in memory and test them there.
-packages_fast="g++ cmake ninja-build libicu-dev libgtest-dev libgmock-dev unicode-data python3"
+packages_fast="g++ cmake ninja-build libicu-dev libhwy-dev libgtest-dev libgmock-dev unicode-data python3"
 
 # To compile the agent and the command-line tools.
-packages_build="g++ cmake ninja-build pkg-config libicu-dev qt6-base-dev qt6-svg-dev libglib2.0-dev
+packages_build="g++ cmake ninja-build pkg-config libicu-dev libhwy-dev qt6-base-dev qt6-svg-dev libglib2.0-dev
   libxcb1-dev libxcb-ewmh-dev libxcb-res0-dev libxcb-xfixes0-dev libxcb-xinput-dev libxcb-xkb-dev libxcb-xtest0-dev
   libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev libatspi2.0-dev"
 

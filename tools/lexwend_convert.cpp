@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "core/converter.h"
-#include "platform/posix/byte_stream.h"
+#include "tools/byte_stream.h"
 #include "tools/convert_options.h"
 #include "tools/record_splitter.h"
 #include "tools/system_layout_map.h"
@@ -35,6 +35,16 @@ void complain(const std::string& message) {
 struct ReadError {
   std::string file;
   std::string reason;
+};
+
+// Hands converted text on as it comes, so that it is never whole in memory.
+class WrittenOutput : public TextOutput {
+ public:
+  explicit WrittenOutput(ByteWriter& writer) : writer_(writer) {}
+  void take(std::string_view piece) override { writer_.write(piece); }
+
+ private:
+  ByteWriter& writer_;
 };
 
 // Converts texts one after the other and writes what they become.
@@ -97,8 +107,7 @@ class Filter {
   }
 
   void convert(std::string_view text) {
-    const Converter::Result result = converter_.convert(text, options_.currentLayoutIsHebrew);
-    output_.write(result.text);
+    const Converter::Result result = converter_.convertTo(converted_, text, options_.currentLayoutIsHebrew);
     if (options_.report) {
       report_.write(result.targetIsHebrew ? "target=he" : "target=en");
       report_.write(result.changed ? " changed=true\n" : " changed=false\n");
@@ -113,6 +122,7 @@ class Filter {
   Converter converter_;
   const ConvertOptions& options_;
   ByteWriter output_{ByteWriter::Target::standardOutput};
+  WrittenOutput converted_{output_};
   ByteWriter report_{ByteWriter::Target::standardError};
 };
 

@@ -91,6 +91,40 @@ std::string RandomText::text(std::size_t longest) {
   return result;
 }
 
+std::string RandomText::prose(std::size_t bytes) {
+  std::string result;
+  const std::size_t scripts = below(3);  // one of them, or both
+  while (result.size() < bytes) {
+    const bool hebrew = scripts == 2 ? below(2) == 0 : scripts == 1;
+    const bool pointed = below(4) == 0;
+    for (std::size_t letters = below(below(8) == 0 ? 90 : 10); letters > 0; --letters) {
+      const bool strays = scripts == 2 && below(60) == 0;
+      const std::u32string_view from = hebrew != strays ? kHebrew : kAscii.substr(0, 52);
+      result += utf8Of(from[below(from.size())]);
+      if (pointed && below(2) == 0) result += utf8Of(kNiqqud[below(kNiqqud.size())]);
+      if (below(150) == 0) result += piece();
+    }
+    result += below(3) == 0 ? utf8Of(kAscii[52 + below(kAscii.size() - 52)]) : "";
+    result += below(20) == 0 ? "\n" : " ";
+  }
+  return result;
+}
+
+LayoutMap RandomText::keyboardMap() {
+  constexpr std::u32string_view kFurther = U"\u05F3\u05F4\u05BE\u05C0\u20AA\u20AC\u042F\u03C3\u00DF\u4E2D";
+  const auto scalar = [&] {
+    const std::size_t choice = below(20);
+    if (choice < 11) return kAscii[below(kAscii.size())];
+    return choice < 18 ? kHebrew[below(kHebrew.size())] : kFurther[below(kFurther.size())];
+  };
+  LayoutMap map;
+  for (std::size_t count = below(90); count > 0; --count) {
+    map.toHebrew[utf8Of(scalar())] = utf8Of(scalar());
+    map.toEnglish[utf8Of(scalar())] = utf8Of(scalar());
+  }
+  return map;
+}
+
 LayoutMap RandomText::map() {
   LayoutMap map;
   for (std::size_t count = below(60); count > 0; --count) {

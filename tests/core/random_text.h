@@ -28,6 +28,13 @@ class RandomText {
   /// A text of up to `longest` pieces.
   std::string text(std::size_t longest);
 
+  /// A text of about `bytes` bytes as people write: words of one script, some with points, some of both, and
+  /// now and then a piece of anything.
+  std::string prose(std::size_t bytes);
+
+  /// A map as keyboards make them: single scalars that are characters of their own.
+  LayoutMap keyboardMap();
+
   /// A map with keys of all kinds: small enough for its keys to come up in a text.
   LayoutMap map();
 

@@ -27,6 +27,12 @@ def expect_installed(root, prefix):
     assert f'Icon={IDENTIFIER}' in entry, entry
     for program in ('lexwend', 'lexwend-convert'):
         assert os.access(root / 'bin' / program, os.X_OK), program
+        run = subprocess.run([root / 'bin' / program, '--version'], stdout=subprocess.PIPE, text=True, check=True)
+        assert run.stdout.startswith(program + ' '), run.stdout
+    # The part for the desktop is found beside the programs: without a display it finds no layouts.
+    asked = subprocess.run([root / 'bin' / 'lexwend-convert', '--map', 'system'], stdin=subprocess.DEVNULL,
+                           stderr=subprocess.PIPE, text=True, check=False, env={})
+    assert asked.stderr == 'lexwend-convert: no enabled Hebrew and English layouts found\n', asked.stderr
     assert (root / 'share' / 'icons' / 'hicolor' / 'scalable' / 'apps' / f'{IDENTIFIER}.svg').is_file()
     folders = (root / 'share' / 'user-tmpfiles.d' / 'lexwend.conf').read_text(encoding='utf-8')
     assert '\nd %h/Library/Logs ' in folders, folders

@@ -113,10 +113,11 @@ TEST_F(AgentOnARealMac, hearsOfAChangeOfTheLayoutsWhileItsRecorderIsOpen) {
 
 struct LayoutObservers : OnMac {
   int changes = 0;
+  platform::Registration observer;
 
   void SetUp() override {
     takeApplication();
-    host->inputSourceService().observeEnabledLayoutsChanged([this] { ++changes; });
+    observer = host->inputSourceService().observeEnabledLayoutsChanged([this] { ++changes; });
   }
 };
 
@@ -134,7 +135,7 @@ TEST_F(LayoutObservers, mayEndTheHostThatHoldsThem) {
   const auto held = std::make_shared<int>(0);
   host = makeHost();
   takeApplication();
-  host->inputSourceService().observeEnabledLayoutsChanged([this, &held, own = held] {
+  observer = host->inputSourceService().observeEnabledLayoutsChanged([this, &held, own = held] {
     const auto& outside = held;
     const auto& ended = host;
     if (ended != nullptr) host = nullptr;

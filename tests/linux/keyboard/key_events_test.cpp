@@ -262,7 +262,7 @@ TEST(KeyEventsWithoutDisplay, areRefused) {
   LinuxKeyEvents keyEvents(nullptr);
   EXPECT_EQ(keyEvents.createSource(EventSourceState::hidSystem), nullptr);
   EXPECT_EQ(keyEvents.createKeyboardEvent(nullptr, kKeyC, true), nullptr);
-  EXPECT_EQ(keyEvents.flagsState(EventSourceState::combinedSession), 0U);
+  EXPECT_EQ(keyEvents.flagsState(EventSourceState::combinedSession), kNoEventFlags);
 }
 
 }  // namespace

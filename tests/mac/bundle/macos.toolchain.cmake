@@ -28,6 +28,8 @@ set(CMAKE_CXX_FLAGS_INIT "-nostdinc++ ${includes} -isystem /usr/lib/llvm-14/incl
 set(CMAKE_OBJCXX_FLAGS_INIT "${CMAKE_CXX_FLAGS_INIT}")
 set(CMAKE_EXE_LINKER_FLAGS_INIT
     "-fuse-ld=/usr/bin/ld64.lld-14 -mlinker-version=609 -stdlib=libc++ -Wl,-adhoc_codesign -Wl,--error-limit=0")
+# Highway is a package of this machine's processor and C library, of no use to another one's programs.
+set(LEXWEND_VECTORS OFF CACHE BOOL "")
 set(ICU_INCLUDE_DIR "${LEXWEND_MAC_SYSROOT}/icu/include" CACHE PATH "")
 foreach(library UC DATA)
   string(TOLOWER ${library} name)

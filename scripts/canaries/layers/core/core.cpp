@@ -4,6 +4,8 @@
 
 #include "core/converter.h"
 #include "core/layout_map.h"
+#include "core/simd/block_converter.h"
+#include <hwy/highway.h>            // denied
 #include "input/input_sources.h"    // denied
 #include "platform/host.h"          // denied
 #include "platform/linux/x.h"       // denied

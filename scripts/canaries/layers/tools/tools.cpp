@@ -4,5 +4,7 @@
 #include "platform/host.h"
 #include "platform/pasteboard.h"    // denied
 #include "app/app_delegate.h"       // denied
-#include "platform/posix/byte_stream.h"
-#include <unistd.h>                 // denied
+#include "platform/linux/keyboard/input_sources.h"  // denied
+#include <unistd.h>
+#include <poll.h>
+#include <sys/inotify.h>            // denied

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/posix/byte_stream.h"
+#include "tools/byte_stream.h"
 
 #include <cerrno>
 

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "core/plain_table.h"
+#include "core/text_output.h"
+
+namespace lexwend {
+
+/// Which letters a text holds.
+struct Letters {
+  bool hebrew = false;
+  bool latin = false;
+
+  bool both() const { return hebrew && latin; }
+};
+
+/// Which way a text is converted.
+struct Direction {
+  bool sourceIsHebrew = false;
+  bool isUniform = true;  ///< The text keeps to one script, so that every word is converted.
+};
+
+/// Text of one script is converted away from it; all other text away from the layout that is active.
+Direction directionOf(Letters letters, bool currentLayoutIsHebrew);
+
+/// Adds what letters `text` holds to `letters`; looks no further once both are there.
+void findLetters(std::string_view text, Letters& letters);
+
+/// The conversion by a plain map: one pass over each word.
+class PlainConverter {
+ public:
+  /// The table must fit the direction, and outlive the converter.
+  PlainConverter(const PlainTable& table, Direction direction) : table_(table), direction_(direction) {}
+
+  /// Converts a text that begins at a character and a word. Gives the output pieces of a few kilobytes.
+  /// Returns whether anything changed.
+  bool convert(std::string_view text, TextOutput& output);
+
+ private:
+  enum class Lookup { none, letters, all };  // what of a word is looked up
+
+  struct Word {
+    std::size_t end = 0;
+    Letters letters;
+  };
+
+  std::size_t convertWord(std::string_view text, std::size_t begin);
+  static Word readWord(std::string_view text, std::size_t begin);
+  Lookup lookupFor(Letters letters) const;
+  std::size_t convertStretch(std::string_view text, std::size_t begin, std::size_t end, Lookup lookup);
+  std::size_t convertBlocks(std::string_view text, std::size_t begin);
+  void keep(std::string_view piece);
+  void makeRoom(std::size_t bytes);
+
+  const PlainTable& table_;
+  Direction direction_;
+  TextOutput* output_ = nullptr;
+  bool changed_ = false;
+  std::size_t used_ = 0;
+  std::array<char, 16384> piece_;  // stays in the nearest cache
+};
+
+}  // namespace lexwend
