@@ -113,7 +113,7 @@ TEST_F(AgentOnARealMac, hearsOfAChangeOfTheLayoutsWhileItsRecorderIsOpen) {
 
 struct LayoutObservers : OnMac {
   int changes = 0;
-  platform::Registration observer;
+  Registration observer;
 
   void SetUp() override {
     takeApplication();
