@@ -19,7 +19,7 @@ namespace {
 constexpr std::string_view kReadySymbol = "keyboard";
 constexpr std::string_view kWaitingSymbol = "keyboard.badge.ellipsis";
 
-// The four blanks keep the combination apart from the words.
+// The four spaces separate the combination from the words.
 constexpr std::string_view kFixTitle = "תקן טקסט מסומן    ";
 
 std::string storedHotKeyName() {
@@ -123,7 +123,7 @@ bool AppDelegate::registerHotKey() {
 void AppDelegate::changeHotKey() {
   const platform::KeyCode previousCode = Settings::hotKeyCode();
   const platform::Modifiers previousModifiers = Settings::hotKeyModifiers();
-  // So that pressing the current combination inside the recorder does not start a fix.
+  // Pressing the current combination inside the recorder must not start a fix.
   hotKeyCenter_.unregisterAll();
   recorder_ = HotKeyRecorderWindowController::create(
       [weak = weak_from_this(), previousCode, previousModifiers](bool saved) {
@@ -146,8 +146,8 @@ void AppDelegate::recorderDone(bool saved, platform::KeyCode previousCode,
                             "חזרנו לצירוף הקודם.",
          .buttons = {"אישור"}});
   }
-  // The menu works while the alert stands and may have opened another recorder. Letting go of that one would
-  // take its window away without a report, and the hot key would stay unregistered.
+  // The menu works while the alert is open, and the user may have opened another recorder with it. Destroying
+  // that recorder would close its window without a report, and the hot key would stay unregistered.
   if (recorder_ == doneRecorder) recorder_.reset();
   refreshMenuState();
 }

@@ -14,27 +14,26 @@
 
 namespace lexwend {
 
-/// The one object that ties the agent together: it owns the menu-bar item and its menu, the current layout
-/// map, the open recorder and the timer that waits for the Accessibility permission, and carries out the
-/// commands. Main thread only. Nothing that it leaves behind in the system, observers and timers included,
-/// keeps it alive or does anything once it is gone.
+/// Ties the agent together. It owns the menu-bar item and its menu, the layout map, the open recorder and the
+/// timer that waits for the Accessibility permission, and it carries out the commands. Main thread only.
+/// Observers, timers and deferred work hold it weakly: they do not keep it alive, and do nothing after its
+/// destruction.
 ///
-/// The menu is never brought up to date piece by piece: whatever changes something ends in
-/// refreshMenuState().
+/// Every change ends in refreshMenuState(), which updates the whole menu.
 class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
  public:
-  /// Builds the layout map and the untitled menu items. The center must outlive the delegate.
+  /// Builds the layout map and the menu items, still without titles. The center must outlive the delegate.
   static std::shared_ptr<AppDelegate> create(HotKeyCenter& hotKeyCenter);
 
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
 
-  /// The launch: menu, hot key, login item, observers, permission, in this order.
+  /// Sets up the menu, the hot key, the login item, the observers and the permission, in this order.
   void applicationDidFinishLaunching();
 
-  /// Converts the selection of the front application and reports the outcome on the icon. Blocks as long
-  /// as TextAccess::replaceSelection(). Handles every failure of the replacement; any other exception is a
-  /// defect and ends the process, because callers are the system's own callbacks.
+  /// Converts the selection of the front application and shows the outcome on the icon. Blocks as long as
+  /// TextAccess::replaceSelection(). Handles every failure of the replacement. Any other exception is a
+  /// defect and ends the process, because the callers are callbacks of the system.
   void performFix() noexcept;
 
  private:
@@ -48,11 +47,11 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   void recorderDone(bool saved, platform::KeyCode previousCode, platform::Modifiers previousModifiers);
   void toggleSwitchLayout();
   void toggleCompat();
-  /// The status item; fatal before setupStatusItem() and where the system gave none.
+  /// The status item. Fatal before setupStatusItem() and when the system gave none.
   platform::StatusItem& statusItem() const;
-  /// Shows a system symbol as the icon; none of that name clears it.
+  /// Shows a symbol of the system as the icon. A name that the system does not know clears the icon.
   void showSymbol(std::string_view name);
-  /// A call of `operation` on this delegate if it still exists by then.
+  /// A function that calls `operation` on this delegate if the delegate still exists by then.
   std::function<void()> weakly(void (AppDelegate::*operation)());
 
   // fix_action.cpp

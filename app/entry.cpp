@@ -17,7 +17,7 @@ namespace lexwend {
 namespace {
 
 constexpr std::string_view kVersion = LEXWEND_VERSION;
-/// Where the executable runs outside of a bundle.
+/// For an executable outside of a bundle.
 constexpr std::string_view kFallbackBundleIdentifier = LEXWEND_IDENTIFIER;
 
 constexpr std::string_view kHelp =
@@ -44,7 +44,7 @@ bool anotherInstanceRuns() {
                      [own](platform::ProcessIdentifier process) { return process != own; });
 }
 
-/// What is said before the interface is there: in the log and on the terminal.
+/// Reports before the interface exists: in the log and on the terminal.
 void tell(const std::string& sentence, std::ostream& err) {
   Log::write(sentence);
   err << "lexwend: " << sentence << '\n' << std::flush;

@@ -21,7 +21,7 @@
 namespace lexwend {
 namespace {
 
-/// Time for the menu to close and for the front application to have the keyboard again.
+/// The menu closes and the front application gets the keyboard back within this time.
 constexpr std::chrono::milliseconds kMenuDelay{250};
 /// How long the icon shows an outcome.
 constexpr std::chrono::milliseconds kFlashDuration{700};

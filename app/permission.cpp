@@ -71,7 +71,7 @@ void AppDelegate::openPermission() {
 
 void AppDelegate::setupLoginItemIfFirstRun() {
   if (Settings::d().boolForKey(Settings::kDidRegisterLoginItemKey)) return;
-  // The flag first, and a refusal is final: who switches the login item off later is never switched back on.
+  // The flag is set first. A refusal is final, and a user who switches the login item off later keeps it off.
   Settings::d().setBool(true, Settings::kDidRegisterLoginItemKey);
   static_cast<void>(platform::loginItem().registerItem());
 }

@@ -34,7 +34,7 @@ constexpr std::array<Sample, 10> kSamples = {{
     {"(akuo)", false, ")שלום("},
 }};
 
-/// One line per entry. The map iterates in scalar order already.
+/// One line per entry, in the scalar order of the map.
 void printMap(std::ostream& out, std::string_view name, const CharacterMap& map) {
   out << "\n== " << name << " (" << map.size() << ")\n";
   for (const auto& [key, value] : map) out << "  " << key << " -> " << value << '\n';
@@ -44,7 +44,7 @@ void printRoundTrip(std::ostream& out, const LayoutMap& map) {
   out << "\n== round trip check (en -> he -> en)\n";
   std::size_t mismatches = 0;
   for (const auto& [en, he] : map.toHebrew) {
-    // A capital types the same Hebrew letter as its small letter, which is what comes back.
+    // A capital types the same Hebrew letter as its small letter, and the way back gives the small letter.
     if (isUppercaseCharacter(en)) continue;
     if (characterCount(he) != 1) fatal("the self-test met a map value that is not one character");
     const auto found = map.toEnglish.find(he);

@@ -10,7 +10,7 @@
 
 namespace lexwend {
 
-/// What one physical key types in a layout, in UTF-8. Either may be empty (a dead key) or longer than one
+/// What one physical key types in a layout, in UTF-8. Each text may be empty (a dead key) or longer than one
 /// character.
 struct KeyChars {
   std::string plain;    ///< With no modifier.
@@ -22,8 +22,8 @@ struct KeyChars {
 /// Virtual key code (of a Macintosh keyboard, as in Carbon's Events.h) to what the key types.
 using KeyTable = std::map<int, KeyChars>;
 
-/// What the keys of the enabled layouts type, at least those of `LayoutMap::keyCodes`. None for a language
-/// without an enabled layout and for a layout without such data; an empty table is an answer of its own.
+/// What the keys of the enabled layouts type, at least those of `LayoutMap::keyCodes`. A table is absent when
+/// no layout for its language is enabled or the layout has no data. An empty table is not an absent one.
 struct KeyTables {
   std::optional<KeyTable> latin;   ///< Of the layout for "en".
   std::optional<KeyTable> hebrew;  ///< Of the layout for "he".
@@ -32,29 +32,29 @@ struct KeyTables {
 /// Character to string, both UTF-8. Iteration is in scalar order, which is the byte order of UTF-8.
 using CharacterMap = std::map<std::string, std::string, std::less<>>;
 
-/// For each character of the Latin layout what the Hebrew layout types on the same physical key, and the
+/// For each character of the Latin layout, what the Hebrew layout types on the same physical key, and the
 /// reverse.
 ///
-/// A plain value that does not change once it is built and may then be read by any thread. The two maps need
-/// not be inverses of each other: capitals have no way back, and where two keys type the same character the
-/// first pairing stays.
+/// A plain value. It does not change after it is built, so any thread may read it. The two maps need not be
+/// inverses of each other: capitals have no way back, and where two keys type the same character the first
+/// pairing is kept.
 class LayoutMap {
  public:
   CharacterMap toHebrew;   ///< A character of the Latin layout to what the Hebrew layout types on its key.
   CharacterMap toEnglish;  ///< A character of the Hebrew layout to what the Latin layout types on its key.
   bool builtFromSystem = false;  ///< From the enabled layouts; false means from the built-in table.
 
-  /// The maps of two layouts, or `fallback()` when a key table is missing. Maps that come out empty are no
-  /// reason for the fallback.
+  /// The maps of two layouts, or `fallback()` when a key table is absent. Maps that come out empty stay
+  /// empty.
   static LayoutMap build(const KeyTables& tables);
 
-  /// The maps of the built-in table: the US layout and the Hebrew one of SI-1452 as macOS has it.
+  /// The maps of the built-in table: the US layout and the Hebrew layout of SI-1452 as in macOS.
   static LayoutMap fallback();
 
   /// The virtual key codes of the 47 keys that type characters, ascending.
   static const std::vector<int>& keyCodes();
 
-  /// What the US layout types on a key of `keyCodes` with no modifier; none for every other code.
+  /// What the US layout types on a key of `keyCodes` without modifiers; none for every other code.
   static std::optional<std::string> usCharacter(std::uint32_t keyCode);
 
   friend bool operator==(const LayoutMap&, const LayoutMap&) = default;

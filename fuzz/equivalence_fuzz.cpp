@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Two texts, parted by a NUL, compared as the plain reference compares them.
+// Two texts, separated by a NUL, are compared by the program and by a plain reference.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

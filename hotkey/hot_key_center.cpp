@@ -28,13 +28,13 @@ std::string keyName(platform::KeyCode keyCode) {
 }  // namespace
 
 HotKeyCenter& HotKeyCenter::shared() {
-  // Never destroyed: at exit the host that holds the registrations is gone before the statics are.
+  // Never destroyed: at exit the host that holds the registrations is destroyed before the statics.
   static auto* const kShared = new HotKeyCenter;
   return *kShared;
 }
 
 HotKeyCenter::~HotKeyCenter() {
-  for (auto& [id, hotKey] : hotKeys_) hotKey.letStand();
+  for (auto& [id, hotKey] : hotKeys_) hotKey.detach();
 }
 
 bool HotKeyCenter::registerHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers, Action action) {
@@ -74,7 +74,7 @@ void HotKeyCenter::installIfNeeded() {
       [actions = std::weak_ptr<Actions>(actions_)](const platform::HotKeyEvent& event) {
         return dispatch(actions, event);
       });
-  // Also after a failure: a second try would not be told from a second handler.
+  // Set even after a failure: a second try could install a second handler.
   installed_ = true;
 }
 
@@ -87,7 +87,7 @@ platform::OSStatus HotKeyCenter::dispatch(const std::weak_ptr<Actions>& actions,
   Action action;
   if (const auto registered = actions.lock()) {
     const auto found = registered->find(pressed.id);
-    // A copy: the action may unregister itself while it runs.
+    // A copy, because the action may unregister itself while it runs.
     if (found != registered->end()) action = found->second;
   }
   if (action) action();

@@ -11,33 +11,33 @@
 
 namespace lexwend {
 
-/// The system-wide hot keys of this process: registers combinations, runs the action of the one that is
-/// pressed, and names combinations for the user. Main
-/// thread only; an action runs there, inside the system's event dispatch, and may call
-/// back.
+/// The system-wide hot keys of this process. Registers combinations, runs the action of the one that is
+/// pressed, and names combinations for the user. Main thread only. An action runs there, inside the system's
+/// event dispatch, and may call back.
 class HotKeyCenter {
  public:
   using Action = std::function<void()>;
 
-  /// The instance of the program, made on first use and never destroyed.
+  /// The instance of the program. It is made on first use and never destroyed.
   static HotKeyCenter& shared();
 
   HotKeyCenter() = default;
-  /// Unregisters nothing: what is registered stays until the process ends, and does nothing.
+  /// Unregisters nothing. The hot keys stay registered until the process ends, and pressing them does
+  /// nothing.
   ~HotKeyCenter();
   HotKeyCenter(const HotKeyCenter&) = delete;
   HotKeyCenter& operator=(const HotKeyCenter&) = delete;
 
-  /// False when the system refuses, because some program holds the combination or it is none at all. Every
-  /// call takes a fresh id, refused ones included; running out of ids is fatal. Nothing is reported here:
-  /// the caller does.
+  /// False when the system refuses, because another program holds the combination or it is not valid. Every
+  /// call takes a new id, even when it is refused. Running out of ids is fatal. The caller reports the
+  /// failure.
   bool registerHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers, Action action);
 
-  /// Gives back every registration and forgets all actions. Ids go on counting.
+  /// Unregisters every hot key and removes all actions. Their ids are not used again.
   void unregisterAll();
 
-  /// The symbols of Control, Option, Shift and Command in this order, then the name of the key; nothing in
-  /// between. Other bits of the mask add nothing.
+  /// The symbols of Control, Option, Shift and Command in this order, then the name of the key, without
+  /// separators. Other bits of the mask add nothing.
   static std::string displayName(platform::KeyCode keyCode, platform::Modifiers modifiers);
 
  private:
@@ -47,7 +47,7 @@ class HotKeyCenter {
   static platform::OSStatus dispatch(const std::weak_ptr<Actions>& actions,
                                      const platform::HotKeyEvent& event);
 
-  // Shared so that the system's handler, which is never removed, can tell when this object is gone.
+  // Shared, so that the handler in the system, which is never removed, notices when this object is gone.
   std::shared_ptr<Actions> actions_ = std::make_shared<Actions>();
   std::map<std::uint32_t, platform::Registration> hotKeys_;
   bool installed_ = false;

@@ -15,11 +15,11 @@ namespace {
 
 using platform::ColorRole;
 
-/// With one of these a key types nothing, so taking it away from all applications does little harm.
+/// A key with one of these types nothing, so taking it away from all applications does little harm.
 constexpr platform::Modifiers kNonTypingModifiers =
     platform::kCmdKey | platform::kOptionKey | platform::kControlKey;
 
-/// The shortcuts that every application uses, by display name: so only the exact combination is meant.
+/// The shortcuts that every application uses, by display name, so only the exact combination is reserved.
 constexpr std::array<std::string_view, 14> kReserved = {"⌘Q", "⌘W", "⌘C", "⌘V", "⌘X", "⌘Z", "⌘A",
                                                         "⌘S", "⌘N", "⌘T", "⌘H", "⌘M", "⌘,", "⌘ "};
 
@@ -31,7 +31,7 @@ constexpr std::string_view kPlainKeyMessage =
 
 constexpr int kFloatingWindowLevel = 3;
 
-/// The window as it opens, before the current combination is put into it.
+/// The window before the current combination is put into it.
 platform::RecorderWindowLook look() {
   platform::RecorderWindowLook look;
   look.contentRect = {0, 0, 400, 210};
@@ -45,8 +45,7 @@ platform::RecorderWindowLook look() {
   look.releasedWhenClosed = false;
   look.centered = true;
 
-  // Hebrew runs from right to left, so the sentences stand at the right; the combination stands in the
-  // middle.
+  // The Hebrew sentences are aligned to the right; the combination is centred.
   look.prompt.text = "לחץ על צירוף המקשים שתרצה להפעיל בו את התיקון";
   look.prompt.frame = {20, 170, 360, 20};
   look.prompt.alignment = platform::TextAlignment::right;
@@ -118,7 +117,7 @@ void HotKeyRecorderWindowController::present() {
 }
 
 platform::KeyDisposition HotKeyRecorderWindowController::keyDown(const platform::KeyDownEvent& event) {
-  // Caps lock, function and the other flags of an event do not count.
+  // Caps lock, function and the other flags of the event are ignored.
   const platform::Modifiers mods = modifiersOf(event.modifierFlags);
   if (mods == platform::kNoModifiers && event.keyCode == platform::kKeyEscape) {
     finish(false);
@@ -175,7 +174,8 @@ void HotKeyRecorderWindowController::finish(bool saved) {
   if (finished_) return;
   finished_ = true;
 
-  // The completion may let go of this object: the event that led here holds it until it returns.
+  // The completion may drop its reference to this object. The event that led here keeps it alive until it
+  // returns.
   monitor_.cancel();
   window_->close();
   onDone_(saved);

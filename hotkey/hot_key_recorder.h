@@ -12,16 +12,16 @@
 
 namespace lexwend {
 
-/// The small window in which the user presses a new combination for the fix. While it is open it takes every
-/// key press of the agent, shows the combination, judges it, and on saving writes it to the settings. It does
-/// not register hot keys: its owner does, before and after. Used once. Main thread only.
+/// The small window in which the user presses a new combination for the fix. While it is open, it takes every
+/// key press of the agent, shows the combination and judges it. Saving writes it to the settings. Its owner
+/// unregisters the hot key before and registers it after. Used once. Main thread only.
 class HotKeyRecorderWindowController : public std::enable_shared_from_this<HotKeyRecorderWindowController> {
  public:
-  /// Told exactly once, when the window has closed, whether a combination was written. May let go of the
-  /// controller.
+  /// Called exactly once, after the window has closed. `saved` says whether a combination was written. May
+  /// destroy the controller.
   using Completion = std::function<void(bool saved)>;
 
-  /// Builds the window, not yet shown, with the stored combination in it.
+  /// Builds the window with the stored combination in it. Does not show it.
   static std::shared_ptr<HotKeyRecorderWindowController> create(Completion onDone);
 
   HotKeyRecorderWindowController(const HotKeyRecorderWindowController&) = delete;
@@ -30,8 +30,8 @@ class HotKeyRecorderWindowController : public std::enable_shared_from_this<HotKe
   /// Starts capturing, brings the application to the front and shows the window.
   void present();
 
-  /// Nothing when the combination may be used, else why not, in the user's language. `name` is its display
-  /// name.
+  /// Nothing when the combination may be used, else the reason in the user's language. `name` is the display
+  /// name of the combination.
   static std::optional<std::string> validate(platform::KeyCode code, platform::Modifiers mods,
                                              std::string_view name);
 

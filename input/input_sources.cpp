@@ -30,7 +30,7 @@ bool contains(const std::vector<std::string>& languages, std::string_view langua
   return std::find(languages.begin(), languages.end(), language) != languages.end();
 }
 
-/// Empty where a surrogate stands alone: it is no character, and U+FFFD in its place would be one.
+/// Empty when a surrogate stands alone: it is no character, and U+FFFD in its place would be one.
 std::string utf8FromUtf16(const std::u16string& units) {
   constexpr std::size_t kMostBytesOfAUnit = 3;
   std::string out(units.size() * kMostBytesOfAUnit, '\0');
@@ -105,7 +105,7 @@ std::string translate(const platform::KeyLayoutData& data, int keyCode, platform
   translation.keyboardType = service.keyboardType();
   translation.options = 0;
   translation.maxLength = kMaxTranslatedLength;
-  std::uint32_t deadKeyState = 0;  // thrown away: every key is looked at by itself
+  std::uint32_t deadKeyState = 0;  // discarded, since every key is translated by itself
   const auto units = service.translate(data, translation, deadKeyState);
   return units ? utf8FromUtf16(*units) : std::string();
 }

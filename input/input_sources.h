@@ -19,7 +19,7 @@ struct KeyboardLayout {
 };
 
 /// Which layouts the user has enabled, which of them serves a language, and what each of its keys types.
-/// Keeps nothing: every call asks the system afresh. A failure of the system is an empty or absent result.
+/// Keeps no state: every call asks the system again. A failure of the system gives an empty or absent result.
 /// Main thread only.
 namespace InputSources {
 
@@ -28,17 +28,17 @@ using lexwend::KeyChars;
 /// The enabled keyboard layouts in the system's order.
 std::vector<KeyboardLayout> enabledKeyboardLayouts();
 
-/// The enabled layout to use for a language code, compared to the letter. For "en" the first ABC or US
-/// layout; else the first layout whose first language it is; else the first that lists it anywhere; else
-/// none.
+/// The enabled layout for a language code: the first of these that exists. For "en" only, the first ABC or US
+/// layout. The first layout whose first language has exactly this code. The first layout that lists the code
+/// anywhere.
 std::optional<KeyboardLayout> keyboardLayout(std::string_view language);
 
-/// What the keys 0 to 50 of a layout type, all 51 of them. None when the layout has no key data; an empty
-/// table when the data is empty.
+/// What each of the keys 0 to 50 of a layout types. None when the layout has no key data. An empty table when
+/// the data is empty.
 std::optional<KeyTable> keyTable(const KeyboardLayout& layout);
 
-/// UTF-8 text that one key types. Empty for a
-/// dead key, for a lone surrogate and on an error of the system. A key code outside of 0 to 65535 is fatal.
+/// The text that one key types, in UTF-8. Empty for a dead key, for a lone surrogate and when the system
+/// reports an error. A key code outside of 0 to 65535 is fatal.
 std::string translate(const platform::KeyLayoutData& data, int keyCode, platform::Modifiers modifiers);
 
 /// A property that is a list of strings; empty when it is absent or anything else.
@@ -47,8 +47,8 @@ std::vector<std::string> arrayProp(const platform::InputSourceRef& source, platf
 /// Whether the layout in use lists "he" among its languages; false when the system reports no layout.
 bool currentLayoutIsHebrew();
 
-/// The key tables of the enabled layouts for "en" and "he". Where one of the two is missing, what is not yet
-/// read stays unread: no map is built then.
+/// The key tables of the enabled layouts for "en" and "he". Without both layouts no map can be built, so
+/// reading stops at the first that is missing.
 KeyTables keyTables();
 
 }  // namespace InputSources

@@ -16,7 +16,7 @@ class AccessibilityElement {
 };
 using AccessibilityElementRef = std::shared_ptr<const AccessibilityElement>;
 
-/// The system's own error code; 0 is success. Only ever printed.
+/// The system's own error code; 0 is success. The program only prints it.
 using AccessibilityError = std::int32_t;
 
 /// A value that is neither text nor an element.
@@ -43,16 +43,17 @@ inline constexpr std::string_view kSelectedTextAttribute = "AXSelectedText";
 inline constexpr std::string_view kValueAttribute = "AXValue";
 
 /// Reads and writes the elements of other applications. Main thread only. A call that takes an element blocks
-/// until the application answers, or until a time limit has passed; that is then its error. The limit is the
-/// system's own on macOS. On Linux it is 0.25 s a call, and 0.7 s for all calls of one fix.
+/// until the application answers. When the deadline passes first, the call returns an error. The deadline is
+/// the system's own on macOS. On Linux it is 0.25 s for a call and 0.7 s for all calls of one fix.
 class Accessibility {
  public:
   virtual ~Accessibility() = default;
   /// True when this process may use the interface. Never prompts.
   virtual bool isProcessTrusted() = 0;
-  /// The same. When not trusted, the system shows its own prompt if it has one. Does not wait for the user.
+  /// The same answer. When this process is not trusted, the system shows its own prompt if it has one. Does
+  /// not wait for the user.
   virtual bool isProcessTrustedWithPrompt() = 0;
-  /// The element that stands for the whole system; its focused element is the one that has the keyboard.
+  /// The element of the whole system. Its focused element is the one that has the keyboard.
   virtual AccessibilityElementRef createSystemWideElement() = 0;
   virtual AttributeResult copyAttributeValue(const AccessibilityElementRef& element,
                                              std::string_view attribute) = 0;

@@ -11,15 +11,15 @@ struct Alert {
   std::string informativeText;       ///< UTF-8
   std::vector<std::string> buttons;  ///< the first is the default; at least one
 };
-/// The response of the first button; each further button counts one more.
+/// The response of the first button. The response of each further button is one higher.
 inline constexpr int kAlertFirstButtonReturn = 1000;
 
 /// Modal alerts. Main thread only.
 class Alerts {
  public:
   virtual ~Alerts() = default;
-  /// Shows the alert and blocks until the user answers, for however long; timers, deferred work and observers
-  /// run meanwhile. Closing the window is the response of the last button.
+  /// Shows the alert and blocks until the user answers, without a time limit. Timers, deferred work and
+  /// observers run meanwhile. Closing the window is the response of the last button.
   virtual int runModal(const Alert& alert) = 0;
 };
 

@@ -10,8 +10,8 @@ namespace lexwend::platform {
 /// The values of NSApplicationActivationPolicy: a usual application, or one without an icon in the Dock.
 enum class ActivationPolicy { regular = 0, accessory = 1 };
 
-/// This process as an application of the system. Texts are UTF-8. Main thread only. Nothing here blocks,
-/// except run().
+/// This process as an application of the system. Texts are UTF-8. Main thread only. Only run() blocks, and
+/// takeSharedApplication() while it connects to the display.
 class Application {
  public:
   virtual ~Application() = default;
@@ -21,17 +21,17 @@ class Application {
   /// "CFBundleShortVersionString" of the main bundle; nothing when it is missing or not a string.
   virtual std::optional<std::string> shortVersionString() = 0;
 
-  /// Takes the shared application object, once a run. Nothing on success; else one sentence for the user that
-  /// says why no agent can run here.
+  /// Takes the shared application object. Called once. Returns nothing on success, else one sentence for the
+  /// user that says why no agent can run here.
   virtual std::optional<std::string> takeSharedApplication() = 0;
-  /// One sentence for the user about what does not work in this session; nothing where all of it works. To be
-  /// asked after takeSharedApplication().
+  /// One sentence for the user about what does not work in this session; nothing when all of it works. Valid
+  /// after takeSharedApplication().
   virtual std::optional<std::string> notice() = 0;
   /// `didFinishLaunching` runs once, at the start of run().
   virtual void setDelegate(std::function<void()> didFinishLaunching) = 0;
   virtual void setActivationPolicy(ActivationPolicy policy) = 0;
-  /// The event loop: blocks until terminate() or the system ends it. A system may end the process instead of
-  /// returning.
+  /// Runs the event loop. Blocks until terminate() is called or the system ends the loop. A system may end
+  /// the process instead of returning.
   virtual void run() = 0;
   /// Ends the event loop in the system's standard way. Returns before the loop has ended.
   virtual void terminate() = 0;

@@ -11,17 +11,17 @@ namespace lexwend::platform {
 class DateFormatter {
  public:
   virtual ~DateFormatter() = default;
-  /// The current date and time by the formatter's pattern; UTF-8. Empty when the system cannot read the
+  /// The current date and time in the formatter's pattern, in UTF-8. Empty when the system cannot read the
   /// pattern.
   virtual std::string stringFromNow() = 0;
 };
 
-/// Makes and keeps formatters. Any thread.
+/// Makes and keeps formatters. Any thread. Does not block.
 class DateFormatters {
  public:
   virtual ~DateFormatters() = default;
-  /// The formatter of a Unicode date pattern (UTS #35). Made on first use and kept as long as the host: the
-  /// same pattern gives the same formatter.
+  /// The formatter of a Unicode date pattern (UTS #35). It is made on first use and lives as long as the
+  /// host. The same pattern gives the same formatter.
   virtual DateFormatter& withPattern(std::string_view pattern) = 0;
 };
 

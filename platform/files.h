@@ -7,12 +7,13 @@
 
 namespace lexwend::platform {
 
-/// A file open for writing, at offset 0; its destruction closes it. One thread at a time.
+/// A file open for writing, at offset 0. Its destruction closes it. One thread at a time. A call blocks for
+/// as long as the disk takes.
 class FileHandle {
  public:
   virtual ~FileHandle() = default;
   virtual void seekToEndOfFile() = 0;
-  /// Writes all bytes. An error of the system loses the rest and is not reported.
+  /// Writes all bytes. When the system reports an error, the rest is lost and the error is not reported.
   virtual void write(std::string_view bytes) = 0;
   /// Closes the file; false when the system reports an error.
   virtual bool close() = 0;

@@ -25,10 +25,11 @@ class Files;
 class DateFormatters;
 class Pasteboard;
 
-/// One operating system: the owner of all its services. A service is made when it is first asked for, so that
-/// a program that needs no display never looks for one. The first call may block for as long as a connection
-/// to the system takes. A service that cannot reach the system is still made, and answers as its header says.
-/// Main thread only, except standardUserDefaults(), files() and dateFormatters(), which serve any thread.
+/// One operating system: the owner of all its services. A service is made when it is first asked for, so a
+/// program that needs no display never looks for one. The first call may block while the service connects to
+/// the system. A service that cannot reach the system is made all the same; its header says what its calls
+/// then return. Main thread only, except standardUserDefaults(), files() and dateFormatters(), which any
+/// thread may call.
 class Host {
  public:
   virtual ~Host() = default;
@@ -52,13 +53,12 @@ class Host {
   virtual std::shared_ptr<Pasteboard> generalPasteboard() = 0;
 };
 
-/// The host of this program. Declared once here, defined once by each host, chosen at link time, called by
-/// the entry.
+/// The host of this program. Each host defines this function once; linking chooses one of them.
 std::unique_ptr<Host> makeHost();
 
-/// Makes a host the one that the service accessors reach, from construction to destruction; scopes nest.
-/// Without one an accessor stops the process. Construction and destruction happen on the main thread, while
-/// no other thread reaches a service.
+/// Installs a host: the service accessors reach it from construction to destruction. Scopes nest. Without an
+/// installed host an accessor stops the process. Construction and destruction happen on the main thread,
+/// while no other thread reaches a service.
 class HostScope {
  public:
   explicit HostScope(Host& host);
@@ -71,8 +71,8 @@ class HostScope {
   std::uint64_t previousNumber_;
 };
 
-/// The number of the installed host, which no other host of this process has; 0 without one. What was learnt
-/// from a host is valid as long as the number stays the same. Any thread.
+/// The number of the installed host; 0 without one. No two hosts of a process have the same number. What was
+/// learnt from a host is valid while the number stays the same. Any thread.
 std::uint64_t installedHostNumber();
 
 }  // namespace lexwend::platform

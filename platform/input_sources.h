@@ -26,14 +26,14 @@ using InputSourceRef = std::shared_ptr<const InputSource>;
 class KeyLayoutData {
  public:
   virtual ~KeyLayoutData() = default;
-  /// True when the data is there but has no storage.
+  /// True when the data exists and has no storage.
   virtual bool empty() const = 0;
 };
 using KeyLayoutDataRef = std::shared_ptr<const KeyLayoutData>;
 
 enum class InputSourceProperty { id, languages, unicodeKeyLayoutData };
 
-/// A property that is there but is not of the type that its key promises.
+/// A property whose value is not of the type that its key promises.
 struct MistypedProperty {
   bool operator==(const MistypedProperty&) const = default;
 };
@@ -43,7 +43,7 @@ using InputSourceValue =
 
 enum class InputSourceType { keyboardLayout };
 
-/// A source is listed when it matches every entry that is set; an entry that is not set is not asked about.
+/// A source is listed when it matches every entry that is set.
 struct InputSourceFilter {
   std::optional<InputSourceType> type;
   std::optional<bool> isEnabled;
@@ -60,8 +60,8 @@ struct KeyTranslation {
   std::size_t maxLength = 0;       ///< room for the result, UTF-16 code units
 };
 
-/// The keyboard layouts of the user. Main thread only. A call waits for the system, not for an application;
-/// on X11 that is one answer of the server, and for the data of a layout a few.
+/// The keyboard layouts of the user. Main thread only. No call waits for another application. On X11 a call
+/// blocks for one round trip to the server, or for a few when it reads the data of a layout.
 class InputSourceService {
  public:
   virtual ~InputSourceService() = default;
@@ -76,7 +76,7 @@ class InputSourceService {
   virtual void select(const InputSourceRef& source) = 0;
   /// The physical keyboard's type, an opaque number for translate().
   virtual std::uint32_t keyboardType() = 0;
-  /// UTF-16 code units that the key types, none for a dead key; nothing when the system reports an error.
+  /// The UTF-16 code units that the key types: none for a dead key, nothing when the system reports an error.
   /// `deadKeyState` is 0 for the first key; the system reads and writes it.
   virtual std::optional<std::u16string> translate(const KeyLayoutData& data,
                                                   const KeyTranslation& translation,

@@ -28,14 +28,15 @@ class KeyEvent {
   virtual void setFlags(EventFlags flags) = 0;
 };
 
-/// What became of an event that was to be posted.
+/// What became of an event that was passed to post().
 enum class PostResult {
   posted,
-  refused,  ///< nothing was sent: a shortcut would do harm, or cannot do what it is for
+  refused,  ///< nothing was sent: the shortcut would do harm or cannot work
 };
 
-/// Simulated typing. Main thread only. Command with kKeyC stands for the system's own shortcut for copying,
-/// and with kKeyV for pasting, whichever keys those are there. No call waits for another application.
+/// Simulated typing. Main thread only. Command with kKeyC is the system's own shortcut for copying, and
+/// Command with kKeyV that for pasting, whichever keys those are there. No call waits for another
+/// application.
 class KeyEvents {
  public:
   virtual ~KeyEvents() = default;
@@ -46,11 +47,11 @@ class KeyEvents {
   /// A key event; null when it cannot be made. A null source is allowed.
   virtual std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
                                                         bool keyDown) = 0;
-  /// Posts the event; returns without waiting for the application to handle it. A host may refuse to press a
-  /// key, never to release one that was pressed. macOS refuses nothing. Linux refuses a copy where the
-  /// clipboard could not be given back, where nothing is selected, or where the application does something
-  /// else on it; a paste where another window is in front than the one that was copied from; and both where
-  /// no key types what the shortcut needs.
+  /// Posts the event. Returns without waiting for the application to handle it. A host may refuse to press a
+  /// key, but never to release a key that it pressed. macOS refuses nothing. Linux refuses a copy when the
+  /// clipboard could not be restored, when nothing is selected, and when the application uses the shortcut
+  /// for something else. It refuses a paste when the window in front is not the one that was copied from. It
+  /// refuses both when no key types what the shortcut needs.
   virtual PostResult post(EventTap tap, const KeyEvent& event) = 0;
 };
 

@@ -13,10 +13,10 @@ struct KeyDownEvent {
   KeyCode keyCode{};
   EventFlags modifierFlags{};  ///< every flag of the event, caps lock and function included
 };
-/// What becomes of the event once the monitor has seen it.
+/// What becomes of the event after the handler has seen it.
 enum class KeyDisposition { consumed, passedOn };
 
-/// Key presses on their way to this application's own windows. Main thread only.
+/// Key presses on their way to this application's own windows. Main thread only. Nothing here blocks.
 class KeyMonitor {
  public:
   virtual ~KeyMonitor() = default;

@@ -7,8 +7,8 @@
 
 namespace lexwend::platform {
 
-/// A macOS virtual key code (Carbon, Events.h): the place of a key, whatever it types. 32 bits wide, as the
-/// settings store it and hot keys are registered with it; a key that types has a code of 16 bits.
+/// A macOS virtual key code (Carbon, Events.h). It names the place of a key, not what the key types. It has
+/// 32 bits, like hot keys and the stored setting. Keys that type have codes of 16 bits.
 enum class KeyCode : std::uint32_t {};
 
 /// The modifiers of a hot key, a Carbon mask (Events.h). A mask may hold other bits than the four below.
@@ -94,7 +94,7 @@ constexpr bool overlap(T a, T b) {
   return number(a & b) != 0;
 }
 
-/// The four modifiers of a hot key among the flags of an event; every other flag is left out.
+/// The four modifiers of a hot key among the flags of an event. Every other flag is dropped.
 constexpr Modifiers modifiersOf(EventFlags flags) {
   Modifiers modifiers = kNoModifiers;
   if (overlap(flags, kEventFlagCommand)) modifiers |= kCmdKey;
@@ -104,7 +104,7 @@ constexpr Modifiers modifiersOf(EventFlags flags) {
   return modifiers;
 }
 
-/// The flags of the four modifiers; every other bit of the mask is left out.
+/// The flags of the four modifiers. Every other bit of the mask is dropped.
 constexpr EventFlags eventFlagsOf(Modifiers modifiers) {
   EventFlags flags = kNoEventFlags;
   if (overlap(modifiers, kCmdKey)) flags |= kEventFlagCommand;

@@ -9,8 +9,8 @@
 
 namespace lexwend::platform {
 
-/// A hot key, a timer or an observer that stands with a host for as long as this object lives. An empty one
-/// stands for nothing. It goes before its host. Main thread only.
+/// Keeps a hot key, a timer or an observer registered with a host for as long as it lives. An empty one keeps
+/// nothing. It must be destroyed before its host. Main thread only.
 class [[nodiscard]] Registration {
  public:
   Registration() = default;
@@ -24,19 +24,20 @@ class [[nodiscard]] Registration {
   ~Registration() { cancel(); }
 
   explicit operator bool() const { return end_ != nullptr; }
-  /// Ends what is registered and empties this object. The handler that is running may do so: it runs to its
-  /// end, is never called again, and lives until it returns.
+  /// Ends the registration and empties this object. A handler may cancel its own registration: it runs to its
+  /// end, is not called again, and lives until it returns.
   void cancel() {
     if (const auto end = std::exchange(end_, nullptr)) end();
   }
-  /// Empties this object without ending what is registered: that stays until the process ends.
-  void letStand() { end_ = nullptr; }
+  /// Empties this object without ending the registration, which then lasts until the process ends.
+  void detach() { end_ = nullptr; }
 
  private:
   std::function<void()> end_;
 };
 
-/// The handlers of one kind of event. A handler goes with its registration, which may outlive this object.
+/// The handlers of one kind of event. The destruction of a registration removes its handler. A registration
+/// may outlive this object.
 template <typename Handler>
 class Handlers {
  public:
@@ -46,7 +47,8 @@ class Handlers {
     handlers_.push_back(kept);
     return Registration([kept = std::move(kept)] {});
   }
-  /// Those that are registered now, in the order of their registration; each lives as long as the list.
+  /// The handlers that are registered now, in the order of their registration. Each lives as long as the
+  /// returned list.
   std::vector<std::shared_ptr<Handler>> all() const {
     std::vector<std::shared_ptr<Handler>> all;
     for (const auto& weak : handlers_) {

@@ -13,10 +13,10 @@ namespace lexwend::platform {
 class RunLoop {
  public:
   virtual ~RunLoop() = default;
-  /// Runs the work once, `delay` from now. Nobody can cancel it: the work holds what it needs weakly.
+  /// Runs the work once, `delay` from now. It cannot be cancelled, so the work holds what it needs weakly.
   virtual void dispatchAfter(std::chrono::milliseconds delay, std::function<void()> work) = 0;
-  /// A timer that fires every `interval`, the first time one interval from now. The end of the registration
-  /// invalidates it.
+  /// A timer that fires every `interval`, for the first time one interval from now. The end of the
+  /// registration invalidates it.
   [[nodiscard]] virtual Registration scheduledRepeatingTimer(std::chrono::milliseconds interval,
                                                              std::function<void()> handler) = 0;
   /// Blocks the calling thread for at least `duration`; no deferred work, timer or event runs meanwhile.

@@ -8,10 +8,11 @@ namespace lexwend::platform {
 class SecureInput {
  public:
   virtual ~SecureInput() = default;
-  /// False when no field has the keyboard; true when a field does not say what it is. A host does not read
-  /// the text of the field. A field may not say whether it hides what is typed: then a host may read its
-  /// selection, only to see whether that is a mask, and keeps nothing of it. On Linux the focused application
-  /// is asked, with the time limits of Accessibility.
+  /// True when a program holds secure keyboard entry, and when the focused field does not report what it is.
+  /// False when no field has the keyboard. A host never reads the text of the field. Where a field does not
+  /// report whether it hides what is typed, a host may read its selection to see whether that is a mask, and
+  /// keeps nothing of it. On Linux the call asks the focused application and has the deadlines of
+  /// Accessibility.
   virtual bool isSecureEventInputEnabled() = 0;
 };
 

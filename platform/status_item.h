@@ -58,14 +58,15 @@ using StatusItemRef = std::shared_ptr<StatusItem>;
 /// A status item as wide as the bar is high.
 inline constexpr double kSquareStatusItemLength = -2.0;
 
-/// The menu bar or tray. Main thread only, like everything that it makes. Nothing here blocks.
+/// The menu bar or tray. Main thread only, as is everything that it makes. No call waits for the bar or tray.
+/// Without one the item exists and is not shown.
 class StatusBar {
  public:
   virtual ~StatusBar() = default;
   /// `length` is its width in points, or kSquareStatusItemLength.
   virtual StatusItemRef statusItem(double length) = 0;
   virtual MenuRef makeMenu() = 0;
-  /// An item without a title and action. May be made before the application runs.
+  /// An item without a title and an action. May be made before the application runs.
   virtual MenuItemRef makeMenuItem() = 0;
   /// A symbol of the system by its name ("keyboard", "checkmark", ...); null when there is none of that name.
   virtual SymbolImageRef symbolImage(std::string_view name, std::string_view accessibilityDescription) = 0;

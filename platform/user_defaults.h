@@ -17,7 +17,7 @@ struct OtherDefaultsValue {
 /// Numbers are std::int64_t when whole and in range, else double.
 using DefaultsValue = std::variant<bool, std::int64_t, double, std::string, OtherDefaultsValue>;
 
-/// A number that a store holds as a double.
+/// The value of a number that a store holds as a double.
 inline DefaultsValue defaultsNumber(double number) {
   constexpr double kLimit = 9223372036854775808.0;  // 2^63, the first double past the range
   const bool isWhole = std::trunc(number) == number;
@@ -26,9 +26,9 @@ inline DefaultsValue defaultsNumber(double number) {
 }
 
 /// The application's own key-value store of this user, which outlasts the process. Any thread. The next read
-/// sees a write; a crash at any moment leaves either the old or the new value. A write that the system
-/// refuses is not reported: the value then lasts until this process ends. A call blocks for as long as the
-/// disk takes.
+/// sees a write. A crash at any moment leaves either the old or the new value. A write that the system
+/// refuses is not reported; its value lasts until this process ends. A call blocks for as long as the disk
+/// takes.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;

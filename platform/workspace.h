@@ -26,12 +26,12 @@ using UrlRef = std::shared_ptr<const Url>;
 class Workspace {
  public:
   virtual ~Workspace() = default;
-  /// The application that has the keyboard; nothing when none has.
+  /// The application that has the keyboard; nothing when none has it.
   virtual std::optional<FrontApplication> frontmostApplication() = 0;
-  /// Null when the text is no URL. A host may be lenient and make a relative one or percent-encode what must
-  /// not stand in one; the empty text never is one.
+  /// Null when the text is no URL. The empty text never is one. A host may accept a relative URL, and may
+  /// percent-encode characters that must not occur in one.
   virtual UrlRef urlFromString(std::string_view text) = 0;
-  /// Asks the system to open it; does not wait, and the result is not examined.
+  /// Asks the system to open the URL. Does not wait, and does not report a failure.
   virtual void open(const UrlRef& url) = 0;
   /// Calls the handler on the main thread after each wake from sleep.
   [[nodiscard]] virtual Registration observeDidWake(std::function<void()> handler) = 0;

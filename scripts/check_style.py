@@ -62,7 +62,8 @@ def check_format_canary():
 def check_tidy_canaries():
     """In each canary the lines that say "denied" must be refused by the check that the file stands for, and no others."""
     return all([check_tidy_canary("naming.cpp", "readability-identifier-naming"),
-                check_tidy_canary("braces.cpp", "readability-braces-around-statements")])
+                check_tidy_canary("braces.cpp", "readability-braces-around-statements"),
+                check_tidy_canary("swappable.cpp", "bugprone-easily-swappable-parameters")])
 
 
 def check_tidy_canary(name, rule):

@@ -57,9 +57,9 @@ void write(std::string_view message) {
   if (const auto handle = files.fileHandleForWriting(path)) {
     handle->seekToEndOfFile();
     handle->write(line);
-    handle->close();  // an error on closing is discarded
+    handle->close();  // an error is discarded
   } else {
-    files.writeWholeFile(path, line);  // so is an error here
+    files.writeWholeFile(path, line);  // an error is discarded
   }
 }
 

@@ -6,9 +6,9 @@
 #include "platform/keys.h"
 #include "platform/user_defaults.h"
 
-/// The user's persistent choices: their keys, types and defaults. Every call reads the store afresh. A value
-/// that is absent or of another type reads as its default; defaults are never written to the store. Any
-/// thread.
+/// The user's persistent choices: their keys, types and defaults. Every call reads the store again. A value
+/// that is absent or of another type reads as its default. Defaults are never written to the store. Any
+/// thread. A call blocks for as long as the disk takes.
 namespace lexwend::Settings {
 
 inline constexpr std::string_view kHotKeyCodeKey = "hotKeyCode";                      // integer
@@ -17,7 +17,7 @@ inline constexpr std::string_view kSwitchLayoutAfterKey = "switchLayoutAfterFix"
 inline constexpr std::string_view kCompatModeKey = "compatMode";                      // boolean
 inline constexpr std::string_view kDidRegisterLoginItemKey = "didRegisterLoginItem";  // boolean
 
-/// The store itself, for those who write.
+/// The store itself, for writing.
 platform::UserDefaults& d();
 
 /// F2 by default. A stored number outside of 32 unsigned bits is fatal.

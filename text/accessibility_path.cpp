@@ -15,7 +15,7 @@ using platform::AccessibilityElementRef;
 using platform::AccessibilityError;
 using platform::AttributeResult;
 
-/// The text of an answer; nothing when the call failed, gave no value, or gave something that is not text.
+/// The text of an answer; null when the call failed, gave no value, or gave something that is not text.
 const std::string* textOf(const AttributeResult& result) {
   return result.error == 0 ? std::get_if<std::string>(&result.value) : nullptr;
 }
@@ -41,7 +41,7 @@ bool replaceViaAccessibility(const Transform& transform) {
   if (found == nullptr || *found == nullptr) return giveUp("no focused element", focused.error);
   const AccessibilityElementRef& element = *found;
 
-  // 2. Its role, for the log only: what counts is what the element answers, not what it is.
+  // 2. Its role, for the log only. Its answers decide, not its role.
   const AttributeResult roleResult = ax.copyAttributeValue(element, platform::kRoleAttribute);
   const auto* roleText = std::get_if<std::string>(&roleResult.value);
   const std::string role = "role=" + (roleText != nullptr ? *roleText : std::string("?"));
@@ -54,13 +54,13 @@ bool replaceViaAccessibility(const Transform& transform) {
   }
   const std::string roleAndCount = role + " selected=" + count(*selected) + " chars";
 
-  // 4. May it be written?
+  // 4. Whether it may be written.
   const platform::SettableResult settable = ax.isAttributeSettable(element, platform::kSelectedTextAttribute);
   if (settable.error != 0 || !settable.settable) {
     return giveUp(roleAndCount + ", not settable", settable.error);
   }
 
-  // 5. The whole value before: without it a write could not be checked.
+  // 5. The whole value before the write. Without it the write could not be checked.
   const AttributeResult beforeResult = ax.copyAttributeValue(element, platform::kValueAttribute);
   const std::string* before = textOf(beforeResult);
   if (before == nullptr) return giveUp(roleAndCount + ", value unreadable", beforeResult.error);
@@ -77,7 +77,7 @@ bool replaceViaAccessibility(const Transform& transform) {
       ax.setAttributeValue(element, platform::kSelectedTextAttribute, *replacement);
   if (written != 0) return giveUp(role + " set failed", written);
 
-  // 8. The whole value after. A write that succeeded but cannot be checked counts as done.
+  // 8. The whole value after the write. A write that succeeded and cannot be checked counts as done.
   const AttributeResult afterResult = ax.copyAttributeValue(element, platform::kValueAttribute);
   const std::string* after = textOf(afterResult);
   if (after == nullptr) {
@@ -85,7 +85,7 @@ bool replaceViaAccessibility(const Transform& transform) {
     return true;
   }
 
-  // 9. An element that took the write and kept its value is not served by this way.
+  // 9. An element that accepted the write and kept its value does not support this path.
   const bool changed = !canonicallyEquivalent(*after, *before);
   Log::write("AX: " + role + " set ok, valueChanged=" + (changed ? "true" : "false") +
              " (before=" + count(*before) + " after=" + count(*after) + ")");

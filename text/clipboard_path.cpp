@@ -22,7 +22,8 @@ using platform::EventFlags;
 using platform::Pasteboard;
 using std::chrono::milliseconds;
 
-// What the user may still hold from the hot key: Shift, Control, Option, Command and the secondary Fn flag.
+// The modifiers that the user may still hold from the hot key: Shift, Control, Option, Command and the
+// secondary Fn flag.
 constexpr EventFlags kHeldModifiersMask = platform::kEventFlagShift | platform::kEventFlagControl |
                                           platform::kEventFlagOption | platform::kEventFlagCommand |
                                           platform::kEventFlagSecondaryFn;
@@ -35,9 +36,9 @@ constexpr milliseconds kPauseBeforePaste{30};  // lets the front application see
 constexpr milliseconds kRestoreDelay{500};     // lets the front application fetch what it pastes
 constexpr int kCopyAttempts = 2;
 
-// Waited times are seconds in double precision, summed up step by step and held against the limit by a strict
-// less-than: that decides how many polls there are (50 and 30) and which milliseconds are logged (199 after
-// ten polls, not 200).
+// Waiting times are seconds in double precision. They are summed up step by step, and the sum is compared to
+// the limit by a strict less-than. This fixes the number of polls (50 and 30) and the milliseconds in the log
+// (199 after ten polls, not 200).
 constexpr double kModifierPollSeconds = 0.01;
 constexpr double kModifierLimitSeconds = 0.5;
 constexpr double kCopyPollSeconds = 0.02;

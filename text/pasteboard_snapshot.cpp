@@ -12,7 +12,7 @@ void store(platform::PasteboardItemData& entry, const std::string& type, platfor
   const auto same =
       std::find_if(entry.begin(), entry.end(), [&](const auto& pair) { return pair.first == type; });
   if (same != entry.end()) {
-    same->second = std::move(bytes);  // a later duplicate of a type replaces the earlier one
+    same->second = std::move(bytes);  // the last of equal types wins
   } else {
     entry.emplace_back(type, std::move(bytes));
   }

@@ -7,11 +7,12 @@
 
 namespace lexwend {
 
-/// What stood on a pasteboard: copies of the bytes, valid whatever happens to the pasteboard later. Promised
-/// data is fetched when the snapshot is made. Main thread only.
+/// The contents of a pasteboard at one moment. The bytes are copies and stay valid when the pasteboard
+/// changes. Promised data is fetched when the snapshot is made, which blocks as Pasteboard says. Main thread
+/// only.
 struct PasteboardSnapshot {
-  /// One entry per item in the pasteboard's order, each type once with its bytes. A type whose data could not
-  /// be had is missing, so an entry may be empty.
+  /// One entry per item, in the pasteboard's order. Each type occurs once, with its bytes. A type whose data
+  /// could not be had is missing, so an entry may be empty.
   std::vector<platform::PasteboardItemData> items;
 
   explicit PasteboardSnapshot(platform::Pasteboard& pasteboard);

@@ -46,8 +46,8 @@ void replaceSelection(const Transform& transform) {
   Log::write(std::string("replaceSelection: secureInput=") + truthName(secure) +
              " trusted=" + truthName(trusted) + " compat=" + truthName(compat));
 
-  // Secure input comes first on purpose: it is what is reported when the permission is missing as well. It
-  // counts as it was logged; trust and the setting are read again for the decision.
+  // Secure input is reported even when the permission is missing as well. Its logged value counts; trust and
+  // the setting are read again for the decision.
   if (secure) throw Error(Failure::secureInput);
   if (!platform::accessibility().isProcessTrusted()) throw Error(Failure::noPermission);
 

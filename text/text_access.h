@@ -7,13 +7,12 @@
 #include <string>
 #include <string_view>
 
-/// The one way to replace the text that the user has selected in the front application. No state. Main thread
-/// only. The clipboard path blocks for two seconds at most, on Linux six and a half where other programs are
-/// slow to answer for the clipboard; the accessibility path as long as accessibility.h says.
+/// Replaces the text that the user has selected in the front application. Keeps no state. Main thread only.
+/// The clipboard path blocks for two seconds at most. On Linux it blocks for six and a half when other
+/// programs are slow to answer for the clipboard. The accessibility path blocks as accessibility.h says.
 namespace lexwend::TextAccess {
 
-/// Why a selection was not replaced. The order is the code of the platform's error object; no host makes one,
-/// so its domain is kept nowhere.
+/// Why a selection was not replaced. The position of a case is its error code, so the order is fixed.
 enum class Failure {
   secureInput,      ///< some program holds secure keyboard entry
   noSelection,      ///< two simulated copies put no text on the pasteboard, or a shortcut was refused
@@ -21,7 +20,7 @@ enum class Failure {
   nothingToChange,  ///< the transform returned no replacement
 };
 
-/// The bare name of a case, for log lines.
+/// The name of a case, for log lines.
 const char* caseName(Failure failure);
 
 /// A failure on its way to the caller.
@@ -35,14 +34,15 @@ class Error final : public std::exception {
   Failure failure_;
 };
 
-/// From the selected text (UTF-8, possibly several lines) to its replacement, or to nothing when no change is
-/// needed. Called at most once by each of the two paths.
+/// Turns the selected text (UTF-8, possibly several lines) into its replacement, or into nothing when no
+/// change is needed. Each of the two paths calls it at most once.
 using Transform = std::function<std::optional<std::string>(std::string_view)>;
 
-/// Returns when the selection was replaced; throws Error. After a failure the user's pasteboard is as it was.
+/// Replaces the selection; throws Error. After a failure the user's pasteboard is as it was.
 void replaceSelection(const Transform& transform);
 
-/// Opens the Accessibility page of the system's privacy settings, as far as the system knows such a page.
+/// Opens the Accessibility page of the system's privacy settings. Does nothing on a system without such a
+/// page.
 void openAccessibilitySettings();
 
 }  // namespace lexwend::TextAccess

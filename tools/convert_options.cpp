@@ -34,7 +34,7 @@ Option split(const std::string& argument) {
   return {argument.substr(0, equals), argument.substr(equals + 1)};
 }
 
-// Sets what the option says; the reason when it cannot be followed.
+// Applies an option; the reason when it cannot be followed.
 std::optional<ConvertUsageError> apply(const Option& option, Arguments& rest, ConvertOptions& options) {
   if (option.name == "--layout" || option.name == "--map") {
     if (!option.value && rest.atEnd()) {

@@ -19,16 +19,17 @@ struct ConvertOptions {
   std::vector<std::string> files;  ///< In order; "-" is standard input. Empty: standard input alone.
 };
 
-/// `--help` and `--version` are served before anything else is looked at.
+/// `--help` and `--version` take precedence over every other argument.
 enum class ConvertNotice { help, version };
 
-/// Why a command line cannot be followed, one English sentence without a full stop.
+/// Why a command line cannot be followed: one English sentence without a full stop.
 struct ConvertUsageError {
   std::string message;
 };
 
-/// Reads the arguments after the program's name. Options may stand among the files and take their value as
-/// the next argument or behind "="; of one option given twice the last counts; "--" ends the options.
+/// Reads the arguments after the program's name. Options may stand among the files. An option takes its value
+/// from the next argument or from behind "=". When an option is given twice, the last one counts. "--" ends
+/// the options.
 std::variant<ConvertOptions, ConvertNotice, ConvertUsageError> parseConvertArguments(
     const std::vector<std::string>& arguments);
 

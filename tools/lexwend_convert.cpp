@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // lexwend-convert: the conversion as a filter for pipes, editors and scripts.
 //
-// Several files are read as if they were one, as cat would give them. A failure ends the run: whole lines or
-// records that were complete by then are written, a text that could not be read to its end is not.
+// Several files are read as one, as cat would give them. A failure ends the run. Lines and records that were
+// complete by then are written. A text that could not be read to its end is not.
 #include <csignal>
 #include <cstdio>
 #include <new>
@@ -83,7 +83,7 @@ class Filter {
         convert(record);
         output_.write({&separator, 1});
       });
-      flush();  // whoever waits for these records gets them before more input is waited for
+      flush();  // the reader of these records must not wait for more input
     });
     if (!splitter.unfinished().empty()) convert(splitter.unfinished());
   }
@@ -177,7 +177,7 @@ int run(const std::vector<std::string>& arguments) {
     }
     return convertInput(std::get<ConvertOptions>(parsed));
   } catch (const std::system_error& error) {
-    // Only writing gets here. A reader that went away has seen what it wanted.
+    // Only a failed write gets here. A closed pipe is no failure: its reader has seen what it wanted.
     if (error.code() != std::errc::broken_pipe) complain("write error: " + error.code().message());
     return kFailure;
   } catch (const std::bad_alloc&) {
@@ -190,6 +190,6 @@ int run(const std::vector<std::string>& arguments) {
 }  // namespace lexwend
 
 int main(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is then an error of write() like any other
+  std::signal(SIGPIPE, SIG_IGN);  // write() then reports a closed pipe as an error
   return lexwend::run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
 }

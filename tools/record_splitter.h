@@ -7,14 +7,14 @@
 
 namespace lexwend {
 
-/// Cuts a stream that arrives in chunks of any size into records that end in a separator. Linear in the
-/// stream, however long a record and however small the chunks.
+/// Cuts a stream that arrives in chunks of any size into records that end in a separator. Takes time linear
+/// in the stream, for any length of records and chunks.
 class RecordSplitter {
  public:
   explicit RecordSplitter(char separator) : separator_(separator) {}
 
-  /// Takes the next chunk and calls `onRecord(std::string_view record)` for every record that ends in it,
-  /// without its separator. The view lives for the call.
+  /// Takes the next chunk. Calls `onRecord(std::string_view record)` for every record that ends in it,
+  /// without the separator. The view is valid during the call.
   template <typename OnRecord>
   void feed(std::string_view chunk, OnRecord onRecord) {
     while (true) {
@@ -32,7 +32,7 @@ class RecordSplitter {
     unfinished_ += chunk;
   }
 
-  /// What follows the last separator; empty when the stream ended with one, or was empty.
+  /// What follows the last separator; empty when nothing does.
   std::string_view unfinished() const { return unfinished_; }
 
  private:

@@ -7,8 +7,9 @@
 
 namespace lexwend {
 
-/// The map of the keyboard layouts that the user has enabled on this system; none when a Hebrew or an English
-/// one is missing, or the system cannot be asked (no display).
+/// The map of the keyboard layouts that the user has enabled on this system. None when a Hebrew or an English
+/// one is missing, or when the system cannot be asked (no display). Blocks while the host connects to the
+/// system.
 std::optional<LayoutMap> systemLayoutMap();
 
 }  // namespace lexwend

@@ -13,7 +13,7 @@ std::string call(const char* operation, std::string_view attribute) {
   return std::string("accessibility.") + operation + " " + std::string(attribute);
 }
 
-/// A field is only ever handed out by this host; its controls are the test's business.
+/// Only this host hands out fields, so every element is a field.
 FakeField* fieldOf(const AccessibilityElementRef& element) {
   return const_cast<FakeField*>(dynamic_cast<const FakeField*>(element.get()));
 }

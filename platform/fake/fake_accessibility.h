@@ -11,8 +11,8 @@
 
 namespace lexwend::platform {
 
-/// Accessibility over the applications in memory: honest unless a field was told otherwise. Without trust
-/// every call fails, as on the real system.
+/// Accessibility of the applications in memory. Every answer is the truth unless a field was told to answer
+/// otherwise. Without trust every call fails, as on the real system.
 class FakeAccessibility : public Accessibility {
  public:
   FakeAccessibility(FakeSystem& system, FakeApps& apps) : system_(system), apps_(apps) {}
@@ -27,17 +27,17 @@ class FakeAccessibility : public Accessibility {
   AccessibilityError setAttributeValue(const AccessibilityElementRef& element, std::string_view attribute,
                                        std::string_view value) override;
 
-  /// Controls of a test.
+  // Controls of a test.
   void setTrusted(bool trusted) { trusted_ = trusted; }
   bool trusted() const { return trusted_; }
-  /// The user grants the permission that much later.
+  /// The user grants the permission after that time.
   void grantAfter(std::chrono::milliseconds delay);
   /// How often the system showed its prompt.
   int prompts() const { return prompts_; }
-  /// How often any element was asked or told anything.
+  /// How often any element was read, written or asked whether it can be written.
   int elementCalls() const { return elementCalls_; }
-  /// What the next questions for the focused element get instead of the truth; nothing: the truth again.
-  /// An answer that nobody asked for is a complaint.
+  /// The answer to the next questions for the focused element, in place of the truth; nothing brings the
+  /// truth back. An answer that nobody asked for is a complaint.
   void answerFocus(std::optional<FakeAnswer> answer);
   std::vector<std::string> unused() const;
 

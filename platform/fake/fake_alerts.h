@@ -13,18 +13,18 @@
 
 namespace lexwend::platform {
 
-/// Alerts whose answers are written beforehand. An alert without an answer and an answer without an alert are
-/// complaints.
+/// Alerts whose answers the test prepares. An alert without an answer is a complaint, and so is an answer
+/// without an alert.
 class FakeAlerts : public Alerts {
  public:
   explicit FakeAlerts(FakeSystem& system) : system_(system) {}
 
   int runModal(const Alert& alert) override;
 
-  /// Controls of a test.
-  /// The user will press this button of the next alert; `meanwhile` happens while it is open.
+  // Controls of a test.
+  /// The user will press this button of the next alert. `meanwhile` runs while the alert is open.
   void answer(std::string buttonTitle, std::function<void()> meanwhile = {});
-  /// The same by the button's place, 0 for the first.
+  /// The same, by the index of the button.
   void answerWith(std::size_t button, std::function<void()> meanwhile = {});
   /// The user will close the next alert's window.
   void answerByClosing(std::function<void()> meanwhile = {});

@@ -11,7 +11,7 @@
 
 namespace lexwend::platform {
 
-/// This process as an application, in memory. Its event loop is whatever the test does while it runs.
+/// This process as an application, in memory. Its event loop is `whileRunning`.
 class FakeApplication : public Application {
  public:
   explicit FakeApplication(FakeSystem& system) : system_(system) {}
@@ -53,12 +53,12 @@ class FakeApplication : public Application {
     ++beeps;
   }
 
-  /// Controls of a test.
+  // Controls of a test.
   std::optional<std::string> identifier = "org.lexwend.Lexwend";
   std::string name = "Lexwend";
   std::optional<std::string> version = "1.0";
   std::optional<std::string> sessionNotice;
-  /// What happens in the event loop, after the launch; the loop ends when it returns.
+  /// The event loop, which runs after the launch and ends when this returns.
   std::function<void()> whileRunning;
   ActivationPolicy policy = ActivationPolicy::regular;
   bool terminated = false;

@@ -25,7 +25,7 @@ inline constexpr AccessibilityError kAccessibilityNoValue = -25212;
 
 enum class AccessOperation { read, settable, write };
 
-/// How an element departs from an honest answer.
+/// An answer of an element that is not the truth.
 struct FakeAnswer {
   enum class Kind {
     fails,      ///< with `code`
@@ -37,13 +37,13 @@ struct FakeAnswer {
   };
   Kind kind = Kind::fails;
   AccessibilityError code = kAccessibilityCannotComplete;
-  std::chrono::milliseconds delay{0};  ///< how long the application lets the caller wait first
+  std::chrono::milliseconds delay{0};  ///< the caller waits this long for the answer
   std::string value;                   ///< of Kind::text
 
   static FakeAnswer fails(AccessibilityError code) { return {Kind::fails, code, {}, {}}; }
-  /// The application hangs until the caller's patience is over.
-  static FakeAnswer hangs(std::chrono::milliseconds patience) {
-    return {Kind::fails, kAccessibilityCannotComplete, patience, {}};
+  /// The application hangs until the deadline of the caller.
+  static FakeAnswer hangs(std::chrono::milliseconds deadline) {
+    return {Kind::fails, kAccessibilityCannotComplete, deadline, {}};
   }
   static FakeAnswer noValue() { return {Kind::noValue, 0, {}, {}}; }
   static FakeAnswer otherKind() { return {Kind::otherKind, 0, {}, {}}; }
@@ -52,7 +52,7 @@ struct FakeAnswer {
   static FakeAnswer lies() { return {Kind::lies, 0, {}, {}}; }
 };
 
-/// A field with text and a selection: what has the focus in a window. Offsets are bytes of UTF-8.
+/// The part of a window that can have the focus: a text with a selection. Offsets are bytes of UTF-8.
 class FakeField : public AccessibilityElement {
  public:
   explicit FakeField(std::string text = {}) : text_(std::move(text)) {}
@@ -64,17 +64,18 @@ class FakeField : public AccessibilityElement {
   const std::string& text() const { return text_; }
   std::string selectedText() const { return text_.substr(selectionStart_, selectionLength_); }
   void setText(std::string text);
-  /// Selects the first place where `part` stands; false when it stands nowhere.
+  /// Selects the first occurrence of `part`; false when there is none.
   bool select(std::string_view part);
   void selectAll();
   void selectNothing();
-  /// As typing, pasting and setting the selected text do: the text goes in, the cursor stands behind it.
+  /// Replaces the selection, as typing, pasting and setting the selected text do. The cursor is then behind
+  /// the new text.
   void replaceSelection(std::string_view replacement);
 
-  /// Makes the element answer so from the (`after` + 1)-th time on. What is never asked for is a complaint.
+  /// The element answers so from question `after` + 1 on. An answer that nobody asked for is a complaint.
   void answer(AccessOperation operation, std::string_view attribute, FakeAnswer answer, int after = 0);
 
-  /// For the host: the prepared answer that applies now, if any.
+  /// For the host: the prepared answer to this question; nothing when the truth is the answer.
   std::optional<FakeAnswer> preparedAnswer(AccessOperation operation, std::string_view attribute);
   std::vector<std::string> unused() const;
 
@@ -98,10 +99,10 @@ struct FakeWindow {
   FakeFieldRef field;  ///< null: nothing in it takes the focus
 };
 
-/// What an application does with its copy shortcut.
+/// How an application reacts to its copy shortcut.
 struct FakeCopy {
   enum class Kind {
-    selection,  ///< its selection; nothing at all when nothing is selected
+    selection,  ///< copies its selection; without one, does nothing
     nothing,    ///< ignores the shortcut
     emptyText,  ///< a text of no characters
     image,      ///< data without any plain text
@@ -124,8 +125,7 @@ struct FakeApp {
   bool terminal = false;  ///< a shortcut sent to it would do harm
   FakeCopy copies;
   FakePaste pastes;
-  /// What it does with the next copies, one after the other, before `copies` applies. Unused ones are a
-  /// complaint.
+  /// Its reactions to the next copies, in order, before `copies` applies. Unused ones are a complaint.
   std::deque<FakeCopy> nextCopies;
 
   /// The field that has the focus; null when none has.
@@ -142,7 +142,7 @@ class FakeApps {
 
   /// Starts an application with one window and brings it to the front.
   FakeAppRef open(std::string name, std::optional<std::string> bundleIdentifier, std::string text = {});
-  /// Brings an application to the front; null: the desktop, nobody.
+  /// Brings an application to the front; null leaves none in front.
   void bringToFront(FakeAppRef app) { front_ = std::move(app); }
   /// The application in front; null when none is.
   const FakeAppRef& front() const { return front_; }

@@ -10,8 +10,9 @@
 
 namespace lexwend::platform {
 
-/// What the program asked of the in-memory system, in order: "pasteboard.clearContents",
-/// "runLoop.sleep 20000us", "userDefaults.setInteger hotKeyCode". Names and numbers, no text of the user.
+/// The calls that the program made to the in-memory system, in order: "pasteboard.clearContents",
+/// "runLoop.sleep 20000us", "userDefaults.setInteger hotKeyCode". They hold names and numbers, no text of the
+/// user.
 class FakeCallLog {
  public:
   void add(std::string call) { calls_.push_back(std::move(call)); }
@@ -28,14 +29,14 @@ class FakeCallLog {
   }
   std::size_t count(std::string_view prefix) const { return of(prefix).size(); }
 
-  /// The place of the first call that begins with `prefix`, for assertions about order.
+  /// The index of the first call that begins with `prefix`, for assertions about order.
   std::optional<std::size_t> indexOf(std::string_view prefix) const {
     for (std::size_t i = 0; i < calls_.size(); ++i) {
       if (calls_[i].starts_with(prefix)) return i;
     }
     return std::nullopt;
   }
-  /// The place of the last one.
+  /// The index of the last such call.
   std::optional<std::size_t> lastIndexOf(std::string_view prefix) const {
     for (std::size_t i = calls_.size(); i > 0; --i) {
       if (calls_[i - 1].starts_with(prefix)) return i - 1;

@@ -46,7 +46,7 @@ void FakeClock::forgetDeferred() {
 }
 
 void FakeClock::forgetAll() {
-  // What is let go of may look at the clock or defer something while it is destroyed.
+  // The dropped work may call this clock while it is destroyed.
   while (!events_.empty()) std::exchange(events_, {}).clear();
 }
 

@@ -10,27 +10,27 @@
 
 namespace lexwend::platform {
 
-/// Manual time. Two kinds of things wait on it: what the rest of the system does (an application finishes its
-/// copy, the user lets go of a key), which happens while the program sleeps too, and the program's own
-/// deferred work, which needs a turn of its run loop.
+/// Manual time. It moves only by sleep() and advance(). Two kinds of events wait for it. What the rest of the
+/// system does (an application finishes its copy, the user releases a key) happens even while the program
+/// sleeps. The program's own deferred work needs a turn of its run loop.
 class FakeClock {
  public:
   using Duration = std::chrono::microseconds;
 
-  /// Since the host was made.
+  /// The time since the host was made.
   Duration now() const { return now_; }
-  /// The rest of the system does this `delay` from now; at once when there is no delay.
+  /// The rest of the system does this after `delay`; at once when there is no delay.
   void systemDoes(Duration delay, std::function<void()> what);
-  /// The program's deferred work.
+  /// Adds deferred work of the program.
   void defer(Duration delay, std::function<void()> work);
   /// Time passes without a turn of the run loop.
   void sleep(Duration duration);
-  /// Time passes with the run loop turning: everything due runs, in order of due time, then of scheduling.
-  /// What work overslept runs late but runs. May be called from work that runs (a modal alert).
+  /// Time passes and the run loop turns. Everything due runs, in order of due time, then of scheduling. Work
+  /// that became due during a sleep runs late. May be called from work that runs, as a modal alert does.
   void advance(Duration duration);
-  /// Lets go of the program's deferred work.
+  /// Drops the program's deferred work.
   void forgetDeferred();
-  /// Lets go of everything that waits.
+  /// Drops everything that waits.
   void forgetAll();
 
  private:

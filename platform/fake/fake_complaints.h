@@ -8,28 +8,28 @@
 
 namespace lexwend::platform {
 
-/// Gets every complaint that nobody took before the host went away.
+/// Receives every complaint that nobody took before the host was destroyed.
 using ComplaintHandler = std::function<void(const std::vector<std::string>& complaints)>;
 
-/// Replaces the handler of the whole process and gives back the one before. The first one prints the
-/// complaints and aborts, so that a forgotten expectation cannot pass unseen; tests that link
-/// lexwend_host_fake_gtest get one that fails the running test instead.
+/// Replaces the handler of this process and returns the previous one. The first handler prints the complaints
+/// and aborts, so that a forgotten expectation is noticed. Tests that link lexwend_host_fake_gtest get a
+/// handler that fails the running test instead.
 ComplaintHandler setComplaintHandler(ComplaintHandler handler);
 
-/// What a test did that the system cannot do (a click on a hidden item), what the program did against a
-/// contract (a write without a clear), and what was prepared and never used.
+/// Complaints are of three kinds: what a test did that the system cannot do (a click on a hidden item), what
+/// the program did against a contract (a write without a clear), and what was prepared and never used.
 class FakeComplaints {
  public:
   void add(std::string complaint) { complaints_.push_back(std::move(complaint)); }
   const std::vector<std::string>& all() const { return complaints_; }
-  /// Hands them over; what is taken is no longer a failure.
+  /// Returns the complaints and forgets them: they are no failure any more.
   std::vector<std::string> take() { return std::exchange(complaints_, {}); }
 
  private:
   std::vector<std::string> complaints_;
 };
 
-/// Hands complaints to the handler; does nothing when there are none.
+/// Passes complaints to the handler, if there are any.
 void reportComplaints(const std::vector<std::string>& complaints);
 
 }  // namespace lexwend::platform

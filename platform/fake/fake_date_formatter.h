@@ -12,16 +12,16 @@
 
 namespace lexwend::platform {
 
-/// Renders a local time that the test sets and that follows the manual clock. Knows the pattern letters y M d
-/// H m s S; any other letter is a complaint.
+/// Renders a local time, which the test sets and the manual clock moves. Knows the pattern letters y M d H m
+/// s S. Any other letter is a complaint.
 class FakeDateFormatters : public DateFormatters {
  public:
   explicit FakeDateFormatters(FakeSystem& system) : system_(system) {}
 
   DateFormatter& withPattern(std::string_view pattern) override;
 
-  /// Controls of a test.
-  /// The local time now. At the start the host's first moment is 2024-03-05 14:07:09.042.
+  // Controls of a test.
+  /// Sets the local time now. A new host starts at 2024-03-05 14:07:09.042.
   void setLocalTime(std::chrono::sys_time<std::chrono::milliseconds> now);
   std::chrono::sys_time<std::chrono::milliseconds> localTime() const;
   std::string render(std::string_view pattern) const;

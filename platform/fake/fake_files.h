@@ -12,7 +12,7 @@
 
 namespace lexwend::platform {
 
-/// Files in memory. At the start the home directory has "Library/Logs" and nothing in it.
+/// Files in memory. At the start the home directory holds the empty folder "Library/Logs".
 class FakeFiles : public Files {
  public:
   explicit FakeFiles(FakeSystem& system) : system_(system) { addFolder(home + "/Library/Logs"); }
@@ -21,11 +21,11 @@ class FakeFiles : public Files {
   std::unique_ptr<FileHandle> fileHandleForWriting(const std::string& path) override;
   bool writeWholeFile(const std::string& path, std::string_view bytes) override;
 
-  /// Controls of a test.
+  // Controls of a test.
   std::string home = "/Users/someone";
   /// Makes a folder and those above it.
   void addFolder(const std::string& path);
-  /// Takes a folder away, with the files directly in it.
+  /// Removes a folder with the files directly in it.
   void removeFolder(const std::string& path);
   void put(const std::string& path, std::string_view bytes) { contents_[path] = bytes; }
   void setReadOnly(const std::string& path, bool readOnly);

@@ -33,7 +33,7 @@ FakeHost::FakeHost()
       dateFormatters_(system_) {}
 
 FakeHost::~FakeHost() {
-  // What deferred work holds goes while the services are still there.
+  // Deferred work is destroyed while the services that it may use still exist.
   system_.clock.forgetAll();
   reportComplaints(settled_ ? system_.complaints.all() : collectComplaints());
 }

@@ -30,12 +30,12 @@
 
 namespace lexwend::platform {
 
-/// Where a key that the user pressed went.
+/// What received a key that the user pressed.
 enum class KeyFate { ownHotKey, othersHotKey, ownWindow, application, nobody };
 
-/// An operating system in memory. Each accessor gives a service that is at the same time the test's control
-/// over it; what belongs to no single service is here. Time stands still until somebody sleeps or advances
-/// it. All of it belongs to one thread.
+/// An operating system in memory. Each accessor returns a service that is also the test's control over it.
+/// This class itself controls what belongs to no single service. Time stands still until somebody sleeps or
+/// advances it. One thread only.
 ///
 ///   FakeHost host;
 ///   HostScope scope(host);
@@ -72,7 +72,7 @@ class FakeHost : public Host {
   FakeDateFormatters& dateFormatters() override { return dateFormatters_; }
   std::shared_ptr<Pasteboard> generalPasteboard() override { return pasteboard_; }
 
-  /// Controls of a test.
+  // Controls of a test.
   FakePasteboard& pasteboard() { return *pasteboard_; }
   FakeApps& apps() { return apps_; }
   FakeCallLog& calls() { return system_.calls; }
@@ -80,25 +80,28 @@ class FakeHost : public Host {
   FakeClock& clock() { return system_.clock; }
   /// Time passes and the run loop turns.
   void advance(std::chrono::milliseconds duration) { runLoop_.advance(duration); }
-  /// The next `times` calls of the operation fail, once `after` calls went well. What never gets called is a
-  /// complaint.
-  void failNext(FakeOperation operation, std::int32_t code = -1, int times = 1, int after = 0) {
-    system_.injections.failNext(operation, code, times, after);
+  /// The next calls of the operation fail. A failure that is never reached is a complaint.
+  void failNext(FakeOperation operation, const FakeFailure& failure = {}) {
+    system_.injections.failNext(operation, failure);
   }
-  /// The user presses a key: it goes to whoever holds it as a hot key, else to the program's own window if
-  /// one has the keyboard, else to the application in front, which copies, pastes or types by the layout in
-  /// use.
+  /// The next call of the operation fails with this code.
+  void failNext(FakeOperation operation, std::int32_t code) {
+    failNext(operation, FakeFailure{.code = code});
+  }
+  /// The user presses a key. It goes to the program that holds it as a hot key, else to the program's own
+  /// window if one has the keyboard, else to the application in front, which copies, pastes or types in the
+  /// current layout.
   KeyFate userPresses(KeyCode keyCode, Modifiers modifiers = kNoModifiers);
-  /// The process ends: the system forgets its hot keys, its observers, its menu-bar item and whatever it
-  /// deferred. What the user and the other applications have stays. Another run may follow.
+  /// The process ends. The system drops its hot keys, observers, menu-bar item and deferred work. The user's
+  /// and the other applications' state is kept, so another run may follow.
   void processEnds();
-  /// The program's log file as it stands; empty when there is none.
+  /// The program's log file; empty when there is none.
   std::string logFile() const;
-  /// The messages of its lines, without the timestamps.
+  /// The messages of the log's lines, without the timestamps.
   std::vector<std::string> logMessages() const;
 
-  /// Everything to complain of by now: what happened and what is still unused. Takes it, so that the
-  /// destructor is content unless something new happens; a test of this host uses it.
+  /// Returns all complaints so far, unused preparations included, and forgets them. The destructor then
+  /// reports only what is new. For the tests of this host.
   std::vector<std::string> settle();
 
  private:

@@ -14,7 +14,7 @@
 
 namespace lexwend::platform {
 
-/// The system's code for a combination that somebody holds already.
+/// The system's code for a combination that another program holds.
 inline constexpr OSStatus kHotKeyExists = -9878;
 
 /// System-wide hot keys in memory.
@@ -28,14 +28,14 @@ class FakeHotKeys : public HotKeyService {
   HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
   Registration ignorePresses() override;
 
-  /// Controls of a test.
+  // Controls of a test.
   /// Another program holds the combination.
   void otherAppTakes(KeyCode keyCode, Modifiers modifiers) { taken_.insert({keyCode, modifiers}); }
   /// The user presses the combination; false when this program does not hold it. During a pause the handler
   /// is not called.
   bool press(KeyCode keyCode, Modifiers modifiers);
-  /// The system reports a press under that identity, registered or not. The handler's result; nothing when no
-  /// handler is installed.
+  /// The system reports a press with that identity, registered or not. Returns the handler's result; nothing
+  /// when no handler is installed.
   std::optional<OSStatus> dispatch(HotKeyID identity);
   /// The system forgets everything about this process.
   void processEnds() {
@@ -43,7 +43,7 @@ class FakeHotKeys : public HotKeyService {
     handler_ = nullptr;
     handlerInstallations_ = 0;
   }
-  /// The system forgets every registration, as it may across sleep.
+  /// The system drops every registration, as it may while the computer sleeps.
   void loseRegistrations() { registered_.clear(); }
   bool holds(KeyCode keyCode, Modifiers modifiers) const;
   bool isTaken(KeyCode keyCode, Modifiers modifiers) const { return taken_.contains({keyCode, modifiers}); }

@@ -51,9 +51,9 @@ const char* name(FakeOperation operation) {
   return "?";
 }
 
-void FakeInjections::failNext(FakeOperation operation, std::int32_t code, int times, int after) {
-  for (int i = 0; i < after; ++i) waiting_[operation].emplace_back();
-  for (int i = 0; i < times; ++i) waiting_[operation].push_back(code);
+void FakeInjections::failNext(FakeOperation operation, const FakeFailure& failure) {
+  for (int i = 0; i < failure.after; ++i) waiting_[operation].emplace_back();
+  for (int i = 0; i < failure.times; ++i) waiting_[operation].push_back(failure.code);
 }
 
 std::optional<std::int32_t> FakeInjections::take(FakeOperation operation) {

@@ -10,7 +10,8 @@
 
 namespace lexwend::platform {
 
-/// What can be made to fail once, in the order of the services. The comment says what the program then sees.
+/// The operations that can be made to fail, in the order of the services. The comment says what the program
+/// then gets.
 enum class FakeOperation {
   createInputSourceList,    ///< no list
   copyCurrentLayout,        ///< no current layout
@@ -36,17 +37,23 @@ enum class FakeOperation {
 };
 const char* name(FakeOperation operation);
 
-/// Failures that wait for their operation. One that never met it is a complaint.
+/// A failure of the next calls of an operation.
+struct FakeFailure {
+  std::int32_t code = -1;
+  int times = 1;  ///< how many calls fail
+  int after = 0;  ///< how many calls succeed before them
+};
+
+/// Failures that wait for their operation. A failure that is never reached is a complaint.
 class FakeInjections {
  public:
-  /// `after`: so many calls go well first.
-  void failNext(FakeOperation operation, std::int32_t code, int times, int after);
-  /// Uses one up; nothing when none waits.
+  void failNext(FakeOperation operation, const FakeFailure& failure);
+  /// Takes the outcome of the next call: the code of its failure, or nothing when it succeeds.
   std::optional<std::int32_t> take(FakeOperation operation);
   std::vector<std::string> unused() const;
 
  private:
-  /// The outcomes of the next calls in order; nothing: the call goes well.
+  /// The outcomes of the next calls, in order; nothing for one that succeeds.
   std::map<FakeOperation, std::deque<std::optional<std::int32_t>>> waiting_;
 };
 

@@ -13,7 +13,7 @@ class FakeInputSource : public InputSource {
   const FakeLayout layout;
 };
 
-/// The layout's own data; it outlives its source, as the reference promises.
+/// The data of a layout. It may outlive its source.
 class FakeLayoutData : public KeyLayoutData {
  public:
   explicit FakeLayoutData(FakeLayout data) : layout(std::move(data)) {}
@@ -31,7 +31,7 @@ std::string idOf(const FakeLayout& layout) {
   return id == nullptr ? std::string() : *id;
 }
 
-/// The tables of layouts are UTF-8, lone surrogates included.
+/// Layout tables are UTF-8 in which a surrogate may be encoded like any scalar.
 std::u16string utf16(std::string_view text) {
   std::u16string units;
   for (std::size_t i = 0; i < text.size();) {
@@ -109,7 +109,7 @@ void FakeInputSources::select(const InputSourceRef& source) {
   }
   selections_.push_back(idOf(*layout));
   if (system_.failure(FakeOperation::selectInputSource)) return;
-  // The system refuses a source that went away or was switched off meanwhile.
+  // The system refuses a source that was removed or disabled meanwhile.
   if (layout->enabled && std::find(sources_.begin(), sources_.end(), source) != sources_.end()) {
     current_ = source;
   }
@@ -142,7 +142,7 @@ std::optional<std::u16string> FakeInputSources::translate(const KeyLayoutData& d
     deadKeyState = text.empty() ? 1 : text.front();
     return std::u16string();
   }
-  // A state left over from an earlier key shows: the accent stands before the character.
+  // A dead-key state from an earlier key puts the accent before the character.
   std::u16string result;
   if (deadKeyState != 0) result.push_back(static_cast<char16_t>(deadKeyState));
   deadKeyState = 0;

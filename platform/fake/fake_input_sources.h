@@ -15,7 +15,7 @@
 
 namespace lexwend::platform {
 
-/// Keyboard layouts given as data. Starts with the US and the Hebrew layout enabled, US in use.
+/// Keyboard layouts in memory. At the start US and Hebrew are enabled, and US is in use.
 class FakeInputSources : public InputSourceService {
  public:
   explicit FakeInputSources(FakeSystem& system);
@@ -30,11 +30,11 @@ class FakeInputSources : public InputSourceService {
                                           std::uint32_t& deadKeyState) override;
   Registration observeEnabledLayoutsChanged(std::function<void()> handler) override;
 
-  /// Controls of a test.
-  /// Replaces all layouts, in this order. The one in use stays so if it is still there, else the first
-  /// enabled one is. Nobody is told.
+  // Controls of a test.
+  /// Replaces all layouts, in this order, without notice to observers. The layout in use stays in use if it
+  /// is still there; else the first enabled one is used.
   void setLayouts(std::vector<FakeLayout> layouts);
-  /// The same, and the observers hear of it.
+  /// The same, with notice to the observers.
   void changeLayouts(std::vector<FakeLayout> layouts);
   /// The user switches to the layout of that identifier; false when there is none.
   bool use(std::string_view id);

@@ -34,7 +34,7 @@ class FakeKeyEvents : public KeyEvents {
                                                 bool keyDown) override;
   PostResult post(EventTap tap, const KeyEvent& event) override;
 
-  /// Controls of a test.
+  // Controls of a test.
   /// The user holds these modifiers (event flags, any of them).
   void holdModifiers(EventFlags flags) { held_ = flags; }
   void releaseModifiersAfter(std::chrono::milliseconds delay);

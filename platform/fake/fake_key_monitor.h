@@ -17,8 +17,8 @@ class FakeKeyMonitor : public KeyMonitor {
   [[nodiscard]] Registration addLocalKeyDownMonitor(
       std::function<KeyDisposition(const KeyDownEvent&)> handler) override;
 
-  /// Controls of a test.
-  /// A key reaches this application; passed on when no monitor consumed it.
+  // Controls of a test.
+  /// A key reaches this application. The result is passedOn when no monitor consumed it.
   KeyDisposition deliver(const KeyDownEvent& event);
   std::size_t installed() const { return handlers_.count(); }
 

@@ -4,7 +4,7 @@
 namespace lexwend::platform {
 namespace {
 
-/// Return, Tab and Space type the same everywhere; the keys of no layout type nothing.
+/// Return, Tab and Space type the same in every layout. Keys that are in no layout type nothing.
 std::map<int, FakeKey> commonKeys() {
   return {{36, {"\r", "\r"}}, {48, {"\t", "\x19"}}, {49, {" ", " "}}};
 }

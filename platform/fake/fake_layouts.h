@@ -13,8 +13,8 @@
 
 namespace lexwend::platform {
 
-/// What one key types. UTF-8, in which a surrogate may be written like any scalar: "\xED\xA0\x80" is a lone
-/// U+D800.
+/// What one key types. The texts are UTF-8 in which a surrogate may be encoded like any scalar:
+/// "\xED\xA0\x80" is a lone U+D800.
 struct FakeKey {
   std::string plain, shifted;
 };
@@ -27,7 +27,7 @@ struct FakeLayout {
   enum class Data { present, absent, empty, mistyped };
   Data data = Data::present;
   std::map<int, FakeKey> keys;  ///< by macOS virtual key code
-  /// (key code, with Shift): dead there, and the table's text is the accent that the next key would get.
+  /// (key code, with Shift): a dead key. Its text is the accent that the next key would get.
   std::set<std::pair<int, bool>> deadKeys;
   /// (key code, with Shift): the system reports an error.
   std::set<std::pair<int, bool>> brokenKeys;

@@ -25,9 +25,9 @@ class FakeLoginItem : public LoginItem {
     return true;
   }
 
-  /// Controls of a test.
+  // Controls of a test.
   void setStatus(LoginItemStatus status) { status_ = status; }
-  /// The state that a successful registration leads to: a system may want the user's approval first.
+  /// The status after a successful registration. A system may require the user's approval first.
   void setStatusAfterRegister(LoginItemStatus status) { afterRegister_ = status; }
 
  private:

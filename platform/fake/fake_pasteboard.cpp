@@ -7,7 +7,7 @@
 namespace lexwend::platform {
 namespace {
 
-/// One item as it stood when it was read.
+/// One item as it was when it was read.
 class FakePasteboardItem : public PasteboardItem {
  public:
   FakePasteboardItem(FakeSystem& system, FakePasteboard& pasteboard, std::size_t index)

@@ -18,7 +18,7 @@ inline constexpr std::string_view kPlainTextType = "public.utf8-plain-text";
 Bytes bytesOf(std::string_view text);
 std::string textOf(const Bytes& bytes);
 
-/// One type of an item. Data that is promised is fetched when somebody reads it.
+/// One type of an item. Promised data is fetched when it is read.
 struct FakePasteboardEntry {
   std::string type;
   std::optional<Bytes> bytes;              ///< nothing: a promise that its owner does not keep
@@ -37,7 +37,7 @@ struct FakePasteboardEntry {
 };
 using FakePasteboardItemContents = std::vector<FakePasteboardEntry>;
 
-/// A pasteboard in memory. An item that was read before a change is stale afterwards and gives no data.
+/// A pasteboard in memory. An item that was read before a change gives no data after it.
 class FakePasteboard : public Pasteboard {
  public:
   explicit FakePasteboard(FakeSystem& system) : system_(system) {}
@@ -50,20 +50,20 @@ class FakePasteboard : public Pasteboard {
   void setString(std::string_view text) override;
   void writeItems(const std::vector<PasteboardItemData>& items) override;
 
-  /// Controls of a test.
+  // Controls of a test.
   /// Another application replaces the contents.
   void otherAppWrites(std::vector<FakePasteboardItemContents> contents,
                       std::string owner = "another application");
   void otherAppCopies(std::string_view text) { otherAppWrites({{FakePasteboardEntry::text(text)}}); }
   void otherAppClears() { otherAppWrites({}); }
-  /// From now on the pasteboard reports no items at all instead of an empty list.
+  /// The pasteboard reports no list of items in place of an empty list.
   void reportNoItems(bool none) { reportsNone_ = none; }
   /// The system is one that may keep the contents from the program.
   void mayRefuseReading(bool may) { mayRefuse_ = may; }
   const std::vector<FakePasteboardItemContents>& contents() const { return contents_; }
-  /// Who wrote last: "the program" or the name of an application; empty at the start.
+  /// The last writer: "the program" or the name of an application; empty at the start.
   const std::string& owner() const { return owner_; }
-  /// The plain text without an entry in the call log.
+  /// The plain text. Makes no entry in the call log.
   std::optional<std::string> plainText() const;
 
  private:

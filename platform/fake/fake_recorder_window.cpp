@@ -6,8 +6,8 @@
 namespace lexwend::platform {
 namespace {
 
-/// Says that the window closes, and takes it off the screen. The window object may be gone afterwards; the
-/// state is held by the caller.
+/// Reports that the window closes, and takes it off the screen. The program may destroy the window object
+/// meanwhile; the caller keeps the state alive.
 void closeState(FakeSystem& system, const std::shared_ptr<FakeRecorderState>& state) {
   if (state->closed) return;
   state->closed = true;
@@ -65,7 +65,7 @@ std::unique_ptr<RecorderWindow> FakeRecorderWindows::create(const RecorderWindow
 const FakeRecorderState* FakeRecorderWindows::window() const {
   for (const auto& weak : states_) {
     const auto state = weak.lock();
-    // The state lives as long as its window, which outlives this call.
+    // The state lives as long as its window, and the window outlives this call.
     if (state && state->shown) return state.get();
   }
   return nullptr;

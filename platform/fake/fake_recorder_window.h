@@ -11,7 +11,7 @@
 
 namespace lexwend::platform {
 
-/// What the user sees of a recorder window.
+/// The state of a recorder window as the user sees it.
 struct FakeRecorderState {
   RecorderWindowLook look;
   std::string combination;
@@ -32,17 +32,18 @@ class FakeRecorderWindows : public RecorderWindows {
   std::unique_ptr<RecorderWindow> create(const RecorderWindowLook& look,
                                          RecorderWindowEvents events) override;
 
-  /// Controls of a test.
+  // Controls of a test.
   /// The window on the screen; null when none is.
   const FakeRecorderState* window() const;
   /// How many windows were ever made, and how many still exist.
   std::size_t made() const { return states_.size(); }
   std::size_t alive() const;
-  /// The user's clicks. On no window, or on a disabled button, they are a complaint and false.
+  /// The user clicks. Without a window, or on a disabled button, the click is a complaint and the result
+  /// false.
   bool clickSave();
   bool clickCancel();
   bool clickCloseBox();
-  /// Happens while the window on the screen closes, once the program has heard of it.
+  /// Runs while the window on the screen closes, after the program was told.
   void whileClosing(std::function<void()> meanwhile);
 
  private:

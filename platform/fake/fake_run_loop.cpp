@@ -28,7 +28,7 @@ class FakeTimer : public std::enable_shared_from_this<FakeTimer> {
     valid_ = false;
     --*live_;
     system_.called("timer.invalidate");
-    // A handler may invalidate its own timer: then it goes when it has returned.
+    // A handler may invalidate its own timer, which is then destroyed after the handler has returned.
     if (!firing_) handler_ = nullptr;
   }
 

@@ -18,7 +18,7 @@ class FakeRunLoop : public RunLoop {
                                        std::function<void()> handler) override;
   void sleep(std::chrono::microseconds duration) override;
 
-  /// Controls of a test.
+  // Controls of a test.
   /// Time passes and the run loop turns: timers and deferred work that are due run.
   void advance(std::chrono::milliseconds duration) { system_.clock.advance(duration); }
   std::chrono::microseconds now() const { return system_.clock.now(); }
@@ -27,9 +27,9 @@ class FakeRunLoop : public RunLoop {
     system_.clock.forgetDeferred();
     pendingWork_ = 0;
   }
-  /// Timers that are not invalidated.
+  /// The number of timers that are not invalidated.
   std::size_t liveTimers() const { return *liveTimers_; }
-  /// Deferred work that waits, timers not counted.
+  /// The amount of deferred work that waits, without timers.
   std::size_t pendingWork() const { return pendingWork_; }
 
  private:

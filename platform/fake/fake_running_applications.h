@@ -10,7 +10,7 @@
 
 namespace lexwend::platform {
 
-/// Who runs, as the test says.
+/// The processes that the test says are running.
 class FakeRunningApplications : public RunningApplications {
  public:
   explicit FakeRunningApplications(FakeSystem& system) : system_(system) {}
@@ -25,7 +25,7 @@ class FakeRunningApplications : public RunningApplications {
   }
   ProcessIdentifier ownProcessIdentifier() override { return own_; }
 
-  /// Controls of a test. At the start nobody runs, this process not either.
+  // Controls of a test. At the start no process is listed, not even this one.
   void add(std::string bundleIdentifier, ProcessIdentifier identifier) {
     processes_.push_back({std::move(bundleIdentifier), identifier});
   }

@@ -7,7 +7,7 @@
 
 namespace lexwend::platform {
 
-/// On while a password field has the focus or some program was told to hold it.
+/// Enabled while a password field has the focus or a program was told to hold it.
 class FakeSecureInput : public SecureInput {
  public:
   FakeSecureInput(FakeSystem& system, FakeApps& apps) : system_(system), apps_(apps) {}

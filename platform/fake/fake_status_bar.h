@@ -20,7 +20,7 @@ struct FakeSymbolImage : SymbolImage {
   bool isTemplate = false;
 };
 
-/// An entry of a menu with everything that was set on it.
+/// An entry of a menu, with everything that was set on it.
 struct FakeMenuItem : MenuItem {
   void setTitle(std::string_view text) override { title = text; }
   void setAction(std::function<void()> function) override { action = std::move(function); }
@@ -44,8 +44,8 @@ struct FakeMenu : Menu {
   void setAutoenablesItems(bool value) override { autoenablesItems = value; }
   void addItem(const MenuItemRef& item) override;
   void addSeparator() override;
-  /// Whether the user can choose it: a menu that enables by itself looks at the actions, any other at the
-  /// items.
+  /// Whether the user can choose the item. A menu that enables items by itself enables those with an action.
+  /// Any other menu leaves that to the item.
   bool canChoose(const FakeMenuItem& item) const;
 
   bool autoenablesItems = true;
@@ -74,8 +74,8 @@ class FakeStatusBar : public StatusBar {
   MenuItemRef makeMenuItem() override;
   SymbolImageRef symbolImage(std::string_view name, std::string_view accessibilityDescription) override;
 
-  /// Controls of a test.
-  /// The status item that was made last and still lives; null when there is none.
+  // Controls of a test.
+  /// The status item made last; null when it no longer exists.
   std::shared_ptr<FakeStatusItem> item() const { return item_.lock(); }
   /// Its menu; null when there is none.
   std::shared_ptr<FakeMenu> menu() const;
@@ -83,7 +83,7 @@ class FakeStatusBar : public StatusBar {
   std::string icon() const;
   /// The menu's item of exactly that title, or null.
   std::shared_ptr<FakeMenuItem> menuItem(std::string_view title) const;
-  /// The user chooses an item. One that is hidden, disabled or not there cannot be chosen: a complaint, and
+  /// The user chooses an item. An item that is hidden, disabled or absent is a complaint, and the result is
   /// false.
   bool choose(std::string_view title);
   bool choose(const std::shared_ptr<FakeMenuItem>& item);

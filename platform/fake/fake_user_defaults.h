@@ -42,7 +42,7 @@ class FakeUserDefaults : public UserDefaults {
     put(key, value);
   }
 
-  /// Controls of a test.
+  // Controls of a test.
   void put(std::string_view key, DefaultsValue value) {
     if (const auto* number = std::get_if<double>(&value)) value = defaultsNumber(*number);
     values_.insert_or_assign(std::string(key), std::move(value));
@@ -51,7 +51,7 @@ class FakeUserDefaults : public UserDefaults {
     const auto found = values_.find(key);
     if (found != values_.end()) values_.erase(found);
   }
-  /// Happens once, right after the next objectForKey of that key. A read that never comes is a complaint.
+  /// Runs once, right after the next objectForKey() of that key. A read that never happens is a complaint.
   void afterNextRead(std::string_view key, std::function<void()> what) {
     afterRead_.insert_or_assign(std::string(key), std::move(what));
   }

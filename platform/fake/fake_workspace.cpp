@@ -13,8 +13,8 @@ class FakeUrl : public Url {
   const std::string text;
 };
 
-/// RFC 3986: a scheme of letters, digits, plus, minus and dot that begins with a letter, a colon, and no
-/// blanks.
+/// RFC 3986: a scheme, a colon, and no spaces. A scheme begins with a letter and consists of letters, digits,
+/// plus, minus and dot.
 bool isUrl(std::string_view text) {
   const auto colon = text.find(':');
   if (colon == std::string_view::npos || colon == 0) return false;

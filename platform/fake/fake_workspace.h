@@ -22,7 +22,7 @@ class FakeWorkspace : public Workspace {
   void open(const UrlRef& url) override;
   Registration observeDidWake(std::function<void()> handler) override;
 
-  /// Controls of a test.
+  // Controls of a test.
   /// The machine wakes from sleep.
   void wake();
   /// The system forgets everything about this process.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Linked into a GoogleTest program: what the in-memory host complains of fails the running test.
+// Linked into a GoogleTest program: a complaint of the in-memory host fails the running test.
 #include <gtest/gtest.h>
 
 #include "platform/fake/fake_complaints.h"

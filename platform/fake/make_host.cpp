@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The in-memory host as the host of the program: it runs the whole agent without any desktop. One editor is
-// in front; its event loop reads commands from standard input and ends with it. "help" lists the commands.
+// The in-memory host as the host of the program. It runs the whole agent without a desktop. One editor is in
+// front. Its event loop reads commands from standard input and ends with the input. "help" lists the
+// commands.
 #include <charconv>
 #include <iostream>
 #include <string>

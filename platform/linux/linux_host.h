@@ -29,8 +29,8 @@
 
 namespace lexwend::platform {
 
-/// The X11 desktop. Nothing is connected, opened or read before the service that needs it is asked for, so a
-/// program that prints a report runs without a display, a bus, a home or a disk to write on.
+/// The X11 desktop. A connection, a file or a bus is opened when the service that needs it is first asked
+/// for. So a program that prints a report runs without a display, a bus, a home or a writable disk.
 class LinuxHost : public Host {
  public:
   LinuxHost() = default;
@@ -58,12 +58,12 @@ class LinuxHost : public Host {
   std::shared_ptr<Pasteboard> generalPasteboard() override;
 
  private:
-  /// The one connection of the services that share it; null without a display.
+  /// The connection that the services share; null without a display.
   const std::shared_ptr<X11Connection>& x11();
   const std::shared_ptr<LinuxPasteboard>& pasteboard();
   LinuxAccessibility& linuxAccessibility();
   LinuxRunLoop& linuxRunLoop();
-  /// At the end of the program: no fix begins any more, and one that has begun puts the clipboard back.
+  /// Ends the work of the program: no fix begins any more, and a fix that has begun puts the clipboard back.
   void finishWork();
 
   // Destroyed from the last to the first: deferred work goes before what it uses, grabs and held keys before

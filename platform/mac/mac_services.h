@@ -5,9 +5,9 @@
 
 #include "platform/host.h"
 
-/// How the host comes by its services: one function for each, defined in the file named after the service's
-/// header. Main thread only, but for user defaults, files and date formatters. A service does nothing to the
-/// system before it is asked to.
+/// One function for each service of the host. Each is defined in the file that is named after the service's
+/// header. Main thread only, except user defaults, files and date formatters. A service does nothing to the
+/// system before it is called.
 namespace lexwend::platform::mac {
 
 std::unique_ptr<InputSourceService> makeInputSourceService();

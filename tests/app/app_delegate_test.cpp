@@ -157,7 +157,7 @@ TEST(AgentMenu, statusItemIsSquareWithATemplateSymbolNamedAfterTheApplication) {
 
 TEST(AgentMenu, missingSymbolClearsTheIcon) {
   Agent a;
-  a.host.failNext(FakeOperation::symbolImage, -1, 2);
+  a.host.failNext(FakeOperation::symbolImage, {.times = 2});
   a.launch();
   EXPECT_EQ(a.host.statusBar().item()->image, nullptr);
 }

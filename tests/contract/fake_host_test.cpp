@@ -140,7 +140,7 @@ TEST(FakeHost, anAnswerThatTheAlertDoesNotOfferIsAComplaint) {
 
 TEST(FakeHost, aFailureMayWaitForLaterCalls) {
   FakeHost host;
-  host.failNext(FakeOperation::symbolImage, -1, 2, 1);
+  host.failNext(FakeOperation::symbolImage, {.times = 2, .after = 1});
   EXPECT_NE(host.statusBar().symbolImage("xmark", "x"), nullptr);
   EXPECT_EQ(host.statusBar().symbolImage("xmark", "x"), nullptr);
   EXPECT_EQ(host.statusBar().symbolImage("xmark", "x"), nullptr);

@@ -76,7 +76,7 @@ TEST_F(MacHotKeys, unregistersOneAndOnlyOne) {
 }
 
 TEST_F(MacHotKeys, leavesARegistrationStandingWithoutUnregistering) {
-  service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey.letStand();
+  service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey.detach();
   EXPECT_EQ(doubles::hot_keys::registered().size(), 1u);
 }
 

@@ -131,9 +131,10 @@ void FakeWorld::actOnSystem(Act act, const Words& arguments) {
                      arguments.size() > 1 ? static_cast<std::int32_t>(parseNumber(arguments[1])) : -1);
       return;
     case Act::failLater:
-      host_.failNext(failureOf(arguments[1]),
-                     arguments.size() > 2 ? static_cast<std::int32_t>(parseNumber(arguments[2])) : -1, 1,
-                     static_cast<int>(parseNumber(arguments[0])));
+      host_.failNext(
+          failureOf(arguments[1]),
+          {.code = arguments.size() > 2 ? static_cast<std::int32_t>(parseNumber(arguments[2])) : -1,
+           .after = static_cast<int>(parseNumber(arguments[0]))});
       return;
     case Act::alertAnswer:
       host_.alerts().answer(arguments[0]);

@@ -7,9 +7,9 @@
 
 namespace lexwend::platform {
 
-/// Latin-1 (the encoding of STRING) to UTF-8; every byte sequence has one.
+/// Converts Latin-1 (the encoding of STRING) to UTF-8. Never fails.
 std::string utf8FromLatin1(std::string_view latin1);
-/// UTF-8 to Latin-1; nothing when a character has none or the text is ill-formed.
+/// Converts UTF-8 to Latin-1. Nothing when a character is not in Latin-1 or the text is ill-formed.
 std::optional<std::string> latin1FromUtf8(std::string_view utf8);
 
 }  // namespace lexwend::platform

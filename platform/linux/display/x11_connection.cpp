@@ -14,7 +14,7 @@
 namespace lexwend::platform {
 namespace {
 
-// A window is nested a few levels deep; the bound only ends a walk through a tree that changes meanwhile.
+// Windows are nested a few levels deep. The bound ends a walk through a tree that changes meanwhile.
 constexpr int kMaxWindowDepth = 32;
 
 bool hasExtension(xcb_connection_t* connection, xcb_extension_t* extension) {
@@ -57,7 +57,7 @@ std::string atomName(xcb_connection_t* connection, xcb_atom_t atom) {
 std::optional<std::uint8_t> watchSelection(xcb_connection_t* connection, xcb_window_t root,
                                            xcb_atom_t selection) {
   if (!hasExtension(connection, &xcb_xfixes_id)) return std::nullopt;
-  // The server takes no other request before it has been told the version.
+  // The protocol requires the version request before any other.
   const XcbReply<xcb_xfixes_query_version_reply_t> version(
       xcb_xfixes_query_version_reply(connection, xcb_xfixes_query_version(connection, 1, 0), nullptr));
   xcb_xfixes_select_selection_input(connection, root, selection,
@@ -73,8 +73,8 @@ xcb_atom_t AtomCache::atom(std::string_view name) {
                                : atoms_.emplace(name, internAtom(connection_, name)).first->second;
 }
 
-/// The connection as a source of the main context. XCB reads events while it waits for replies, so the file
-/// descriptor alone does not tell that there is work: events are taken over into a queue before each poll.
+/// The connection as a source of the main context. XCB also reads events while it waits for replies, so the
+/// file descriptor does not tell whether events wait. They are moved into a queue before each poll.
 struct X11Connection::Source {
   GSource base;
   X11Connection* owner;
@@ -181,7 +181,7 @@ void X11Connection::selectRootEvents(std::uint32_t eventMask) {
 
 void X11Connection::selectKeymapEvents() {
   if (!hasXkb_) {
-    return;  // the core protocol sends MappingNotify unasked
+    return;  // the core protocol sends MappingNotify to every client
   }
   constexpr std::uint16_t kEvents = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
   constexpr std::uint16_t kMapParts =
@@ -194,18 +194,19 @@ void X11Connection::selectKeymapEvents() {
 bool X11Connection::isKeymapChange(const xcb_generic_event_t& event) const {
   if (eventType(event) == XCB_MAPPING_NOTIFY) return true;
   if (!hasXkb_ || eventType(event) != xkbFirstEvent_) return false;
-  // All XKB events share one type; which of them it is stands in the next byte.
+  // All XKB events share one type. The next byte says which event it is.
   return event.pad0 == XCB_XKB_NEW_KEYBOARD_NOTIFY || event.pad0 == XCB_XKB_MAP_NOTIFY;
 }
 
 void X11Connection::dispatchPending() {
   Source::fill(source_);
-  // Handlers may run the main loop, and so this function, again: each event leaves the queue first.
+  // A handler may run the main loop, and so this function, again. So each event leaves the queue before it is
+  // handled.
   while (!source_->queue->empty()) {
     const XcbReply<xcb_generic_event_t> event = std::move(source_->queue->front());
     source_->queue->pop_front();
     if (event->response_type == 0) {
-      continue;  // an error of an unchecked request, whose failure its sender accepted
+      continue;  // an error of an unchecked request, which its sender ignores
     }
     const std::vector<std::weak_ptr<EventHandler>> observers = observers_;
     for (const auto& weak : observers) {

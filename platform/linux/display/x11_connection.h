@@ -33,18 +33,19 @@ struct XcbDisconnect {
 };
 using XcbConnection = std::unique_ptr<xcb_connection_t, XcbDisconnect>;
 
-/// Opens a connection to the display that DISPLAY names; null when there is none. `screenNumber` receives
-/// the number of the default screen.
+/// Opens a connection to the display that DISPLAY names. Null when there is none. `screenNumber` receives the
+/// number of the default screen. Blocks until the server has answered.
 XcbConnection connectToDisplay(int& screenNumber);
 /// The screen with that number; null when the server has none.
 xcb_screen_t* screenOf(xcb_connection_t* connection, int screenNumber);
-/// XCB_ATOM_NONE when the connection is gone.
+/// The atom of a name; XCB_ATOM_NONE when the connection is broken. Blocks for one round trip.
 xcb_atom_t internAtom(xcb_connection_t* connection, std::string_view name);
-/// Empty when the server knows no such atom.
+/// The name of an atom; empty when the server knows no such atom. Blocks for one round trip.
 std::string atomName(xcb_connection_t* connection, xcb_atom_t atom);
 
-/// Selects the notifications of XFIXES for every claim of a selection and the end of its owner, and gives
-/// their event type; nothing without XFIXES. They are in force with the next reply.
+/// Selects the XFIXES notifications about the owner of a selection: a new owner, and the end of the old one.
+/// Returns their event type; nothing without XFIXES. Blocks for one round trip. The server has selected them
+/// when it answers the next request.
 std::optional<std::uint8_t> watchSelection(xcb_connection_t* connection, xcb_window_t root,
                                            xcb_atom_t selection);
 
@@ -59,8 +60,9 @@ class AtomCache {
   std::map<std::string, xcb_atom_t, std::less<>> atoms_;
 };
 
-/// The agent's connection to the X server. Its events are handled in the default main context of GLib, where
-/// the connection is watched for as long as it lives. Main thread only.
+/// The agent's connection to the X server. GLib's default main context watches it and handles its events
+/// while it lives. Main thread only. A method that asks the server blocks for a few round trips. When the
+/// connection is broken, it answers as if there were no such thing.
 class X11Connection {
  public:
   using EventHandler = std::function<void(const xcb_generic_event_t&)>;
@@ -75,7 +77,8 @@ class X11Connection {
     std::shared_ptr<EventHandler> handler_;
   };
 
-  /// Connects to the display that DISPLAY names; null when there is none.
+  /// Connects to the display that DISPLAY names. Null when there is none. Blocks until the server has
+  /// answered.
   static std::shared_ptr<X11Connection> open();
   ~X11Connection();
   X11Connection(const X11Connection&) = delete;
@@ -83,7 +86,7 @@ class X11Connection {
 
   xcb_connection_t* get() const { return connection_.get(); }
   xcb_window_t root() const { return root_; }
-  /// The atom of a name, interned once.
+  /// The atom of a name. The first call for a name blocks for one round trip.
   xcb_atom_t atom(std::string_view name) { return atoms_.atom(name); }
   void flush() { xcb_flush(connection_.get()); }
 
@@ -98,28 +101,29 @@ class X11Connection {
   [[nodiscard]] Observation observe(EventHandler handler);
   /// Adds to the events of the root window that this connection selects.
   void selectRootEvents(std::uint32_t eventMask);
-  /// Selects the events that announce another keymap; isKeymapChange() tells them.
+  /// Selects the events that announce a new keymap. isKeymapChange() recognises them.
   void selectKeymapEvents();
   bool isKeymapChange(const xcb_generic_event_t& event) const;
-  /// Handles what has arrived; the main context calls it, and so may a test.
+  /// Handles the events that have arrived. The main context calls it; a test may.
   void dispatchPending();
 
-  /// The window that has the keyboard: _NET_ACTIVE_WINDOW, without a window manager the input focus;
-  /// XCB_WINDOW_NONE when there is none.
+  /// The window that has the keyboard: _NET_ACTIVE_WINDOW (EWMH), or the input focus when there is no window
+  /// manager. XCB_WINDOW_NONE when there is none.
   xcb_window_t activeWindow();
-  /// The window that the server sends typed keys to; XCB_WINDOW_NONE when there is none.
+  /// The window that receives typed keys; XCB_WINDOW_NONE when there is none.
   xcb_window_t inputFocus();
-  /// _NET_WM_PID (EWMH) of that window; nothing when it does not tell.
+  /// _NET_WM_PID (EWMH) of that window; nothing when the window has none.
   std::optional<std::uint32_t> activeWindowProcess();
-  /// Gives that window the keyboard and brings it to the front, as a wish of the user's: whatever he last did
-  /// elsewhere does not count against it.
+  /// Asks the window manager to focus and raise a window (_NET_ACTIVE_WINDOW, EWMH). The source indication is
+  /// 2, as of a pager: the request then counts as the user's, whatever the user last did elsewhere. Does not
+  /// wait for the window manager.
   void activate(xcb_window_t window);
-  /// The class part of WM_CLASS (Latin-1 by the ICCCM) in UTF-8, of the window or the nearest ancestor that
-  /// has one.
+  /// The class part of WM_CLASS (Latin-1 by the ICCCM), in UTF-8. It is that of the window or of its nearest
+  /// ancestor that has one.
   std::optional<std::string> windowClass(xcb_window_t window);
   std::optional<std::string> activeWindowClass() { return windowClass(activeWindow()); }
-  /// The whole value of a property (any type, format 8 or 32), at most `maxBytes`; nothing when it is not
-  /// there.
+  /// The value of a property of any type with format 8 or 32, at most `maxBytes` of it. Nothing when the
+  /// property does not exist.
   std::optional<std::string> property(xcb_window_t window, xcb_atom_t name, std::uint32_t maxBytes = 65536);
 
  private:

@@ -11,7 +11,7 @@ namespace {
 constexpr char kService[] = "org.kde.keyboard";
 constexpr char kPath[] = "/Layouts";
 constexpr char kInterface[] = "org.kde.KeyboardLayouts";
-// Nobody waits for the answer; the limit only ends a call that will never have one. Milliseconds.
+// Milliseconds. Nobody waits for the answer; the deadline ends a call that gets none.
 constexpr int kCallTime = 2000;
 
 struct Wanted {

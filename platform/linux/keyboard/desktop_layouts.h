@@ -8,10 +8,10 @@
 
 namespace lexwend::platform {
 
-/// Tells a desktop that keeps its own list of layouts (KDE Plasma: org.kde.keyboard, /Layouts,
-/// org.kde.KeyboardLayouts) which of them was selected, so that its indicator and the keyboard agree. Returns
-/// at once; where there is no such desktop, nothing happens (GNOME offers programs no way to ask it).
-/// `occurrence` counts the layouts of the same name before it in the list.
+/// Tells KDE Plasma, which keeps a list of layouts of its own, which layout was selected, so that its
+/// indicator agrees with the keyboard (org.kde.keyboard, /Layouts, org.kde.KeyboardLayouts). Without Plasma
+/// nothing happens; GNOME has no such interface. Does not block, and reports no failure. `occurrence` is the
+/// number of earlier layouts of the same name in the list.
 void tellDesktopOfLayout(GDBusConnection* sessionBus, const std::string& layout, std::size_t occurrence);
 
 }  // namespace lexwend::platform

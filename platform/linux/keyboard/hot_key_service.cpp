@@ -12,11 +12,11 @@
 namespace lexwend::platform {
 namespace {
 
-// A repeating key is pressed again within this time; a press after a longer pause is a new one, and the
-// release between was lost (another console, say). Milliseconds of the server's clock.
+// Milliseconds of the server's clock. A key that repeats is pressed again within this time. A press after a
+// longer pause is a new one, whose release before was lost, for example to another console.
 constexpr xcb_timestamp_t kLongestRepeatPause = 3000;
-// Where releases cannot be seen at all, the pause alone tells: the usual delay of the first repetition, with
-// some room. A person presses a hot key again more slowly than that.
+// Used when releases cannot be seen. It is the usual delay of the first repetition with some room; a person
+// presses a hot key again more slowly.
 constexpr xcb_timestamp_t kRepeatPauseWithoutReleases = 750;
 
 struct HotKeyCombination {
@@ -60,14 +60,14 @@ struct LinuxHotKeyService::GrabbedKey {
   HotKeyCombination combination;
   std::uint8_t key = 0;
   std::uint16_t state = 0;  ///< the modifiers without any lock
-  bool grabbed = true;      ///< false when the key was lost to somebody else as the keymap changed
+  bool grabbed = true;      ///< false when a change of the keymap lost the key to another program
 };
 
 LinuxHotKeyService::LinuxHotKeyService(std::shared_ptr<X11Connection> x11) : x11_(std::move(x11)) {
   if (!x11_) return;
   masks_ = readModifierMasks(x11_->get());
   if (x11_->hasXkb()) {
-    // A held key then sends presses only, without a release before each.
+    // With detectable auto-repeat a held key sends presses only, without a release before each.
     constexpr std::uint32_t kDetectable = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
     xcb_discard_reply(x11_->get(), xcb_xkb_per_client_flags(x11_->get(), XCB_XKB_ID_USE_CORE_KBD, kDetectable,
                                                             kDetectable, 0, 0, 0)
@@ -104,7 +104,7 @@ HotKeyRegistration LinuxHotKeyService::registerHotKey(KeyCode keyCode, Modifiers
   hotKey->combination = {keyCode, modifiers};
   hotKey->key = *key;
   hotKey->state = *state;
-  // The server would let this client grab the same key twice.
+  // The server lets one client grab the same key twice.
   const bool ours = std::any_of(hotKeys_.begin(), hotKeys_.end(), [&](const auto& other) {
     return other->key == hotKey->key && other->state == hotKey->state;
   });
@@ -169,8 +169,8 @@ bool LinuxHotKeyService::grab(const GrabbedKey& hotKey) {
   return !taken;
 }
 
-/// Window managers may take their keys through XInput 2, and the server compares grabs of one kind only: such
-/// a grab is asked for as well, and given back at once.
+/// Whether another client has grabbed the key through XInput 2, as window managers may. The server compares a
+/// grab only with grabs of its own kind, so this asks for such a grab and releases it at once.
 bool LinuxHotKeyService::isHeldThroughXInput2(const GrabbedKey& hotKey) {
   const KeyboardDevices::Id keyboard = readKeyboardDevices(*x11_).core;
   if (keyboard == KeyboardDevices::kNone) return false;
@@ -187,7 +187,7 @@ bool LinuxHotKeyService::isHeldThroughXInput2(const GrabbedKey& hotKey) {
       XCB_INPUT_GRAB_OWNER_NO_OWNER, &kEvents, modifiers.data());
   xcb_input_xi_passive_ungrab_device(c, x11_->root(), hotKey.key, keyboard, count,
                                      XCB_INPUT_GRAB_TYPE_KEYCODE, modifiers.data());
-  // The answer lists the combinations that were refused.
+  // The reply lists the combinations that were refused.
   const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(
       xcb_input_xi_passive_grab_device_reply(c, cookie, nullptr));
   return reply != nullptr && reply->num_modifiers != 0;
@@ -226,8 +226,8 @@ void LinuxHotKeyService::handleEvent(const xcb_generic_event_t& event) {
 }
 
 void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
-  // The order is what makes the release certain to be seen: up to here it belongs to the grab, from the
-  // selection on it comes raw.
+  // This order ensures that the release is seen: before the selection it belongs to the grab, after it the
+  // server reports it raw.
   if (held_.empty()) selectRawReleases(true);
   xcb_ungrab_keyboard(x11_->get(), XCB_CURRENT_TIME);
   x11_->flush();
@@ -244,7 +244,7 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
     return candidate->key == event.detail && candidate->state == pressed;
   });
   if (found != hotKeys_.end() && handler_) {
-    // Copies, since the handler may unregister the key.
+    // Copies, because the handler may unregister the key.
     const LinuxHotKeyEvent hotKeyEvent((*found)->identity);
     const auto handler = handler_;
     handler(hotKeyEvent);
@@ -266,8 +266,8 @@ void LinuxHotKeyService::handleKeymapChange() {
     }
     masks_ = masks;
   }
-  // What somebody else has taken meanwhile, or has no modifier now, is tried again at the next change. The
-  // service has no way to tell the program of it.
+  // A key that another program has grabbed, or whose modifier no key sets now, is tried again at the next
+  // change. The service cannot report it to the program.
   for (const auto& hotKey : hotKeys_) {
     const auto state = stateOf(hotKey->combination.modifiers, masks_);
     if (!hotKey->grabbed && state) {

@@ -20,7 +20,7 @@
 namespace lexwend::platform {
 namespace {
 
-// Long enough for the burst of events of one setxkbmap, too short for a user to notice.
+// Long enough for all events of one setxkbmap, too short for a user to notice.
 constexpr guint kChangeDelayMilliseconds = 50;
 
 // The Carbon bit of Caps Lock (alphaLock).
@@ -148,14 +148,14 @@ std::vector<std::string> languagesOf(const XkbLayoutName& layout) {
   static const Registry kCommon = readRegistry(RXKB_CONTEXT_NO_FLAGS);
   auto entry = kCommon.find(layout.id());
   if (entry != kCommon.end()) return entry->second;
-  // Rare layouts stand in a second list, which takes its time to read.
+  // Rare layouts are in a second list, which takes long to read.
   static const Registry kAll = readRegistry(RXKB_CONTEXT_LOAD_EXOTIC_RULES);
   entry = kAll.find(layout.id());
   if (entry == kAll.end()) entry = kAll.find(layout.layout);
   return entry == kAll.end() ? std::vector<std::string>() : entry->second;
 }
 
-/// Watches the server's keymap and its names, and reports when what the layouts type has really changed.
+/// Watches the server's keymap and its names. Reports a change only when what the layouts type is different.
 class LinuxInputSources::Observer {
  public:
   explicit Observer(LinuxInputSources& owner) : owner_(owner), known_(owner.signature()) {
@@ -176,7 +176,7 @@ class LinuxInputSources::Observer {
   Observer& operator=(const Observer&) = delete;
 
   Registration add(std::function<void()> handler) { return handlers_.add(std::move(handler)); }
-  /// Reports now what it would report soon.
+  /// Reports a pending change now.
   void settle() {
     if (timer_ != 0) {
       stopTimer();
@@ -297,14 +297,14 @@ InputSourceRef LinuxInputSources::copyCurrentKeyboardLayoutInputSource() {
 void LinuxInputSources::select(const InputSourceRef& source) {
   const auto* xkbSource = dynamic_cast<const XkbInputSource*>(source.get());
   if (!x11_ || xkbSource == nullptr) return;
-  // The layouts may have been reordered since the source was listed: its name counts, not its old group.
+  // The layouts may have been reordered since the source was listed, so its name counts, not its old group.
   const std::vector<XkbLayoutName> names = enabledLayouts();
   std::size_t group = xkbSource->group;
   if (group >= names.size() || names[group] != xkbSource->name) {
     group = static_cast<std::size_t>(std::find(names.begin(), names.end(), xkbSource->name) - names.begin());
   }
   if (group >= names.size()) return;
-  // Waits until the server has done it: what the user types from now on is of that layout.
+  // Waits until the server has selected it, so that the next key that the user types is of that layout.
   const XcbReply<xcb_generic_error_t> error(xcb_request_check(
       x11_->get(), xcb_xkb_latch_lock_state_checked(x11_->get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 1,
                                                     static_cast<std::uint8_t>(group), 0, 0, 0)));
@@ -364,7 +364,7 @@ std::shared_ptr<xkb_keymap> LinuxInputSources::serverKeymap() {
   return keymap_;
 }
 
-/// What the enabled layouts are called and type, as bytes to compare.
+/// The names of the enabled layouts and what they type, as bytes to compare.
 std::string LinuxInputSources::signature() {
   std::string signature;
   const std::vector<XkbLayoutName> names = enabledLayouts();

@@ -17,33 +17,33 @@ struct xkb_keymap;
 
 namespace lexwend::platform {
 
-/// One layout of the X server's configuration, "us", "us(dvorak)", "il".
+/// One layout of the X server's configuration: "us", "us(dvorak)", "il".
 struct XkbLayoutName {
   std::string layout;
   std::string variant;
   bool operator==(const XkbLayoutName&) const = default;
-  /// The layout, and in parentheses the variant if there is one.
+  /// The layout, followed by the variant in parentheses if there is one.
   std::string id() const;
 };
 
-/// The value of _XKB_RULES_NAMES: rules, model, layouts, variants and options, each ended by a NUL, layouts
-/// and variants each a list with commas.
+/// Parses the value of _XKB_RULES_NAMES. It holds rules, model, layouts, variants and options, each ended by
+/// a NUL. Layouts and variants are lists with commas.
 std::vector<XkbLayoutName> parseRulesNames(std::string_view value);
 
-/// The languages of a layout by the registry of keyboard layouts, its ISO 639 codes turned into two-letter
-/// codes where there is one ("heb" is "he"). A variant without an entry has its layout's languages; a layout
-/// without an entry has none.
+/// The languages of a layout from the registry of keyboard layouts. An ISO 639 code becomes a two-letter code
+/// where there is one ("heb" is "he"). A variant without an entry has its layout's languages. A layout
+/// without an entry has none. The first call reads the registry from disk.
 std::vector<std::string> languagesOf(const XkbLayoutName& layout);
 
-/// Keyboard layouts are the groups of the XKB keymap of the user's keyboard, named by the configuration that
-/// produced it. The identifier of a layout is XkbLayoutName::id(). The keyboard type is always 0: XKB folds
-/// it into the keymap. Of the modifiers, translate() knows Shift and Caps Lock. Without a display there is no
-/// list. A layout is selected by locking its group; a desktop with a list of its own is told
-/// (desktop_layouts.h).
+/// Keyboard layouts are the groups of the XKB keymap of the user's keyboard. Their names are those of the
+/// configuration that produced the keymap, and their identifiers XkbLayoutName::id(). The keyboard type is
+/// always 0, because the keymap already depends on it. Of the modifiers, translate() knows Shift and Caps
+/// Lock. Without a display there is no list. Selecting a layout locks its group and tells a desktop that has
+/// a list of its own (desktop_layouts.h).
 class LinuxInputSources : public InputSourceService {
  public:
   using SessionBus = std::function<GDBusConnection*()>;
-  /// `sessionBus` is asked when a layout is selected; it may be null and may give null.
+  /// `sessionBus` is called when a layout is selected. It may be null and may return null.
   explicit LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus = nullptr);
   ~LinuxInputSources() override;
 
@@ -55,19 +55,19 @@ class LinuxInputSources : public InputSourceService {
   std::uint32_t keyboardType() override;
   std::optional<std::u16string> translate(const KeyLayoutData& data, const KeyTranslation& translation,
                                           std::uint32_t& deadKeyState) override;
-  /// Changes that follow each other within a twentieth of a second are one: replacing a keymap is announced
-  /// in many events. The handler is called earlier when the current layout is asked for meanwhile, so that a
-  /// fix right after a change knows the new layouts.
+  /// Replacing a keymap causes many events, so changes that follow each other within 50 ms are reported once.
+  /// Asking for the current layout meanwhile reports them at once, so that a fix right after a change knows
+  /// the new layouts.
   Registration observeEnabledLayoutsChanged(std::function<void()> handler) override;
 
  private:
   class Observer;
   std::vector<XkbLayoutName> enabledLayouts();
-  /// The keyboard that the user types on, as XKB requests name it: its keymap counts, whatever simulated keys
-  /// have made of the core keyboard's. Without XInput 2 that one.
+  /// The keyboard that the user types on, as XKB requests name it. Its keymap counts, since simulated keys
+  /// may replace the core keyboard's. Without XInput 2 it is the core keyboard.
   std::uint16_t usersKeyboard();
-  /// Fetched once, and again when the server announces another keymap, when the configuration has another
-  /// name, or for another keyboard.
+  /// Fetched once, and again when the server announces a new keymap, when the name of the configuration
+  /// differs, or for another keyboard.
   std::shared_ptr<xkb_keymap> serverKeymap();
   std::string signature();
 

@@ -38,7 +38,7 @@ class XTestKeyEvent : public KeyEvent {
     if (flags_ != kEventFlagCommand) return Shortcut::none;
     return macKeyCode_ == kKeyC ? Shortcut::copy : macKeyCode_ == kKeyV ? Shortcut::paste : Shortcut::none;
   }
-  /// The keys to hold, in the order of pressing, and last the key itself.
+  /// The modifier keys in the order of pressing, and the key itself last.
   std::vector<xcb_keycode_t> chord(const ShortcutKeys& keys) const {
     switch (shortcut()) {
       case Shortcut::copy:
@@ -108,9 +108,9 @@ PostResult LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   }
   std::vector<xcb_keycode_t> chord = keyEvent->chord(keys_);
   if (!keyEvent->down()) std::reverse(chord.begin(), chord.end());
-  // A hot key that is still held repeats, and each repetition grabs the keyboard anew: what is typed then
-  // would come back to this program. The server repeats only between two readings of a client's requests, so
-  // the ungrab and the keys go out together, with nothing that waits for an answer in between.
+  // A hot key that is still held repeats, and each repetition grabs the keyboard again. The keys would then
+  // come back to this program. The server repeats a key only between two reads of a client's requests, so the
+  // ungrab and the keys are sent together, and nothing in between waits for a reply.
   x11_->flush();
   xcb_ungrab_keyboard(c, XCB_CURRENT_TIME);
   const std::uint8_t type = keyEvent->down() ? XCB_KEY_PRESS : XCB_KEY_RELEASE;

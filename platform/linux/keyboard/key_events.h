@@ -12,44 +12,43 @@
 
 namespace lexwend::platform {
 
-/// What an event stands for.
+/// The shortcut that an event belongs to.
 enum class Shortcut { none, copy, paste };
 
 /// Keys simulated with XTEST. Command is Control here, Option is Alt, and Control is Super. Main thread only.
-/// The calls wait for the X server's answers and for nobody else.
+/// A call blocks until the X server has answered, and waits for nobody else.
 ///
-/// Command with C is played as Control+Insert, Command with V as Shift+Insert: the letters move with the
-/// active layout, and with a Hebrew layout alone most applications know neither Control+C nor Control+V. The
-/// key is the one that types Insert in the keymap that is used.
+/// Command with C is sent as Control+Insert, and Command with V as Shift+Insert. The places of the letters
+/// depend on the layout, and with only a Hebrew layout most applications know neither Control+C nor
+/// Control+V. The key is the one that types Insert in the keymap that is used.
 ///
-/// A shortcut is refused
-/// - when no key types Insert;
-/// - in a terminal, where the copy shortcut stops the running program or types an escape sequence, in a
-/// prompt
-///   for a password, and in an editor in which copying ends the selection (window_classes.h);
-/// - a copy, when `mayCopy` says no;
-/// - a paste, when another window is in front or has the input focus than when the copy was played.
+/// A shortcut is refused when no key types Insert. It is refused in a terminal, where the copy shortcut stops
+/// the running program or types an escape sequence. It is refused in a prompt for a password, and in an
+/// editor in which copying ends the selection (window_classes.h). A copy is refused when `mayCopy` returns
+/// false. A paste is refused when the window in front or the input focus is not the one at the time of the
+/// copy.
 ///
-/// A modifier that the user holds is released before a key is pressed: the key is to have its own modifiers
-/// only. It is not pressed again afterwards, since the user may have released it meanwhile and it would stay
-/// down. For the applications a held modifier is up until it is pressed anew.
+/// A modifier that the user holds is released before a key is pressed, because the key must have its own
+/// modifiers only. It is not pressed again afterwards: the user may have released it meanwhile, and it would
+/// stay down. So the applications see a held modifier as up until it is pressed again.
 ///
-/// The keys are played on the keyboard that was last used (keyboard_devices.h). Keys of the server's own
-/// keyboard of simulated keys, which may have no Hebrew, would take the selected layout away from the user.
+/// The keys are simulated on the keyboard that was last used (keyboard_devices.h). The server's own keyboard
+/// of simulated keys may have no Hebrew, and its keys would then change the selected layout.
 class LinuxKeyEvents : public KeyEvents {
  public:
-  /// `mayCopy` is asked right before a copy is played; without it every copy may be. Without a display no
-  /// event can be made.
+  /// `mayCopy` is called right before a copy; without it every copy is allowed. Without a display no event
+  /// can be made.
   explicit LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayCopy = {});
 
-  /// The modifier keys that are held; locked and latched modifiers do not count. Both states are the same.
+  /// The modifier keys that are held. Locked and latched modifiers do not count. Both states give the same
+  /// answer.
   EventFlags flagsState(EventSourceState state) override;
   EventSourceRef createSource(EventSourceState state) override;
   std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
                                                 bool keyDown) override;
   PostResult post(EventTap tap, const KeyEvent& event) override;
 
-  /// The copy and the paste that were played last.
+  /// The last copy and the last paste that were sent.
   const std::optional<PlayedShortcut>& lastCopy() const { return lastCopy_; }
   const std::optional<PlayedShortcut>& lastPaste() const { return lastPaste_; }
 
@@ -67,7 +66,7 @@ class LinuxKeyEvents : public KeyEvents {
 
   std::shared_ptr<X11Connection> x11_;
   std::function<bool()> mayCopy_;
-  // As they were when a key was pressed, so that its release lets the same keys go.
+  // As they were when a key was pressed, so that its release releases the same keys.
   KeyboardDevices devices_;
   ShortcutKeys keys_;
   std::optional<Front> copiedFrom_;

@@ -13,8 +13,8 @@ struct Row {
   std::uint16_t evdev;
 };
 
-// By place on the keyboard. The key between Shift and Z of ISO keyboards is macOS code 10, the one left of 1
-// is code 50. Help and Insert share their place, as Clear and Num Lock do.
+// By place on the keyboard. The key between Shift and Z on ISO keyboards is macOS code 10, and the key left
+// of 1 is code 50. Help is at the place of Insert, and Clear at that of Num Lock.
 constexpr Row kRows[] = {
     {0, KEY_A},           {1, KEY_S},          {2, KEY_D},           {3, KEY_F},
     {4, KEY_H},           {5, KEY_G},          {6, KEY_Z},           {7, KEY_X},

@@ -8,10 +8,10 @@
 
 namespace lexwend::platform {
 
-/// An X key code is the evdev key code of <linux/input-event-codes.h> plus this.
+/// An X key code is this plus the evdev code of <linux/input-event-codes.h>.
 inline constexpr std::uint16_t kXKeyCodeOffset = 8;
 
-/// The evdev code of the key at the place of a key code; nothing when a PC keyboard has none.
+/// The evdev code of the key at that place; nothing when a PC keyboard has no key there.
 std::optional<std::uint16_t> evdevFromMacKeyCode(KeyCode keyCode);
 /// The reverse.
 std::optional<KeyCode> macFromEvdevKeyCode(std::uint32_t evdevKeyCode);

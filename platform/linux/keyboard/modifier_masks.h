@@ -8,8 +8,7 @@
 
 namespace lexwend::platform {
 
-/// Which bits of a core modifier state stand for which keys, by the server's modifier map; 0 for a modifier
-/// that no key sets.
+/// The bits of a core modifier state, by the server's modifier map. 0 for a modifier that no key sets.
 struct ModifierMasks {
   std::uint16_t shift = XCB_MOD_MASK_SHIFT;
   std::uint16_t control = XCB_MOD_MASK_CONTROL;
@@ -25,8 +24,8 @@ struct ModifierMasks {
   std::vector<std::uint16_t> lockCombinations() const;
 };
 
-/// Asks the server and blocks until it answers. Where no answer comes, because the connection broke, the
-/// masks are those of a fresh ModifierMasks.
+/// Reads the masks from the server. Blocks for two replies. When a reply does not come because the connection
+/// is broken, the masks are those of a default ModifierMasks.
 ModifierMasks readModifierMasks(xcb_connection_t* connection);
 
 }  // namespace lexwend::platform

@@ -14,12 +14,12 @@
 namespace lexwend::platform {
 namespace {
 
-/// An ampersand would mark a key of the menu, a tab would begin the shortcut's column.
+/// An ampersand would mark a mnemonic, and a tab would begin the column of shortcuts.
 QString literally(const std::string& text) {
   return QString::fromStdString(text).replace('&', "&&").replace('\t', ' ');
 }
 
-/// Calls those observers that are still there and forgets the others.
+/// Calls the observers that still exist and removes the others.
 void tell(std::vector<std::weak_ptr<std::function<void()>>>& observers) {
   observers.erase(std::remove_if(observers.begin(), observers.end(),
                                  [](const auto& observer) { return observer.expired(); }),
@@ -75,14 +75,14 @@ void LinuxMenuItem::addTo(QMenu& menu) {
   shown_ = menu.addAction(QString());
   shown_->setShortcutVisibleInContextMenu(true);
   QObject::connect(shown_, &QAction::triggered, shown_, [this] {
-    if (checked_ && shown_) shown_->setChecked(*checked_);  // the mark follows the setting, not the click
+    if (checked_ && shown_) shown_->setChecked(*checked_);  // the setting decides, not the click
     choose();
   });
   show(*shown_);
 }
 
 void LinuxMenuItem::choose() const {
-  const auto action = terminates_ ? terminate_ : action_;  // a copy: it may let go of this item
+  const auto action = terminates_ ? terminate_ : action_;  // a copy, because it may destroy this item
   if (action) action();
 }
 
@@ -107,9 +107,9 @@ namespace {
 constexpr int kLineLightness = 400;  // of the background's, in per cent
 constexpr int kSeparatorMargin = 5;  // device-independent pixels
 
-/// A menu whose shortcuts work while it is open. The toolkit offers those of a menu to windows only, and the
-/// tray's menu belongs to none. The combination of keys at the end of a title is drawn in its order; the
-/// title itself, which a screen reader reads, stays as it is.
+/// A menu whose shortcuts work while it is open. The toolkit offers a menu's shortcuts to windows only, and
+/// the tray's menu belongs to no window. A combination of keys at the end of a title is drawn from left to
+/// right. The title itself, which a screen reader reads, is unchanged.
 class TrayMenu : public QMenu {
  protected:
   void initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const override {
@@ -147,8 +147,8 @@ class TrayMenu : public QMenu {
   }
 
  private:
-  /// Of separators, empty boxes and the edge in a dark theme, where the style has them darker still: between
-  /// the background and the text.
+  /// The color of separators, empty boxes and the edge in a dark theme, where the style draws them darker
+  /// than the background: a color between the background and the text.
   std::optional<QColor> lineColor() const {
     const QColor background = palette().color(QPalette::Base);
     if (background.lightness() >= palette().color(QPalette::Text).lightness()) return std::nullopt;
@@ -160,7 +160,7 @@ class TrayMenu : public QMenu {
 
 LinuxMenu::~LinuxMenu() {
   if (!menu_ || QCoreApplication::instance() == nullptr) return;
-  // One of its own items may be what takes the menu away: then the toolkit is still busy with it.
+  // An item of this menu may be destroying it, and the toolkit is then still using it.
   if (QThread::currentThread()->loopLevel() > 0) {
     menu_->close();
     menu_->deleteLater();

@@ -15,7 +15,8 @@
 
 namespace lexwend::platform {
 
-/// Plain data, and the action of the toolkit that shows it once there is an application object.
+/// The data of a menu item, and the toolkit's action that shows it. The action exists once there is an
+/// application object. Main thread only.
 class LinuxMenuItem : public MenuItem {
  public:
   /// `terminate` ends the application.
@@ -24,7 +25,7 @@ class LinuxMenuItem : public MenuItem {
   void setTitle(std::string_view title) override;
   void setAction(std::function<void()> action) override;
   void setTerminatesApplication() override;
-  /// One character, shown and used with Control.
+  /// One character. It is shown with Control and works with Control.
   void setKeyEquivalent(std::string_view key) override;
   void setChecked(bool checked) override;
   void setHidden(bool hidden) override;
@@ -36,11 +37,11 @@ class LinuxMenuItem : public MenuItem {
   std::optional<bool> checked() const { return checked_; }
   bool isHidden() const { return hidden_; }
   bool isEnabled() const { return enabled_; }
-  /// What the user's choice of the item does.
+  /// Does what the user's choice of the item does.
   void choose() const;
-  /// The title of an item that only informs: shown, disabled and without an action.
+  /// The title of an item that only informs: one that is shown, disabled and without an action.
   std::optional<std::string> information() const;
-  /// Calls the observer after every change, until the observer's owner is gone.
+  /// Calls the observer after every change for as long as the observer exists.
   void observe(std::weak_ptr<std::function<void()>> observer) { observers_.push_back(std::move(observer)); }
   /// Adds the item's action to the menu, which owns it.
   void addTo(QMenu& menu);
@@ -64,14 +65,14 @@ class LinuxMenuItem : public MenuItem {
 class LinuxMenu : public Menu {
  public:
   ~LinuxMenu() override;
-  /// Items are enabled by what is set on them, whatever this says.
+  /// Has no effect: what is set on an item enables it.
   void setAutoenablesItems(bool autoenables) override;
   void addItem(const MenuItemRef& item) override;
   void addSeparator() override;
 
-  /// The right-to-left menu that shows the items. The application object must exist.
+  /// The right-to-left menu of the toolkit. The application object must exist.
   QMenu& shown();
-  /// The first item that only informs.
+  /// The title of the first item that only informs.
   std::optional<std::string> information() const;
   /// Calls the observer after every change of an item and after each new entry.
   void observe(const std::weak_ptr<std::function<void()>>& observer);

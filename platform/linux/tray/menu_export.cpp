@@ -59,7 +59,7 @@ GVariantRef child(GVariant* container, gsize index) {
   return GVariantRef(g_variant_get_child_value(container, index));
 }
 
-/// An underscore would mark a key of the menu.
+/// An underscore would mark a mnemonic.
 std::string literally(const std::string& title) {
   return QString::fromStdString(title).replace('_', "__").toStdString();
 }
@@ -88,8 +88,8 @@ GVariant* shortcut(const std::string& keyEquivalent) {
   return g_variant_builder_end(&shortcuts);
 }
 
-/// Every one of them with its value, also where the protocol has a default: what went back to the default
-/// need not be taken back.
+/// Every property with its value, even where the value is the default of the protocol. A property that
+/// returns to its default then needs no removal.
 GVariantRef propertiesOf(const LinuxMenuItem& item) {
   Properties said;
   said.add("type", "standard");
@@ -114,7 +114,7 @@ GVariantRef propertiesOfMenu() {
   return said.end();
 }
 
-/// Those properties that are asked for by name; all where no name is given.
+/// The properties that are asked for by name; all of them when no name is given.
 GVariantRef named(GVariantRef properties, GVariant* names) {
   if (g_variant_n_children(names) == 0) return properties;
   Properties wanted;
@@ -251,7 +251,7 @@ void MenuExport::groupAsked(const std::string_view method, GVariant* arguments,
   }
   g_dbus_method_invocation_return_value(
       invocation, isOfEvents ? g_variant_new("(ai)", &unknown) : g_variant_new("(aiai)", nullptr, &unknown));
-  // Last: an item may take this menu away.
+  // Last, because an item may destroy this menu.
   for (const auto& entry : toChoose) {
     if (entry != nullptr) entry->choose();
   }
@@ -283,7 +283,7 @@ void MenuExport::entryAsked(std::string_view method, GVariant* arguments, GDBusM
     answer(g_variant_new("(b)", FALSE));  // every change was announced
   } else {
     answer(nullptr);
-    // Last: the item may take this menu away.
+    // Last, because the item may destroy this menu.
     const auto entry = chosen(id, g_variant_get_string(child(arguments, 1).get(), nullptr));
     if (entry != nullptr) entry->choose();
   }

@@ -14,8 +14,9 @@ namespace lexwend::platform {
 class LinuxMenu;
 class LinuxMenuItem;
 
-/// A menu on the session bus as com.canonical.dbusmenu describes it, for panels that draw the menu of an item
-/// themselves and never ask the item to open its own. Main thread only.
+/// A menu on the session bus, by the protocol com.canonical.dbusmenu. It is for panels that draw an item's
+/// menu themselves and never ask the item to open it. Main thread only. Nothing here blocks. Without a panel
+/// nobody reads it.
 class MenuExport {
  public:
   static constexpr char kPath[] = "/Menu";
@@ -25,7 +26,7 @@ class MenuExport {
   MenuExport(const MenuExport&) = delete;
   MenuExport& operator=(const MenuExport&) = delete;
 
-  /// The menu that is offered from now on, with every later change; null for an empty one.
+  /// Sets the menu to offer. Later changes of the menu are announced. Null offers an empty menu.
   void setMenu(std::shared_ptr<LinuxMenu> menu);
 
  private:
@@ -39,14 +40,14 @@ class MenuExport {
   GVariant* layout(std::int32_t id, std::int32_t depth, GVariant* names) const;
   GVariant* groupProperties(GVariant* ids, GVariant* names) const;
 
-  // Identifiers count up to end(): 0 is the menu itself, each other one an entry.
+  // Identifiers are below end(). 0 is the menu itself, every other one an entry.
   std::int32_t end() const;
   bool has(std::int32_t id) const { return id >= 0 && id < end(); }
   /// Null for the menu itself and for a separator.
   std::shared_ptr<LinuxMenuItem> item(std::int32_t id) const;
-  /// The item that such an event chooses, if it does.
+  /// The item that this event chooses; null when it chooses none.
   std::shared_ptr<LinuxMenuItem> chosen(std::int32_t id, const char* event) const;
-  /// All that is said of it.
+  /// All properties of an entry.
   GVariantRef properties(std::int32_t id) const;
 
   void changed();

@@ -31,7 +31,7 @@ bool isDock(X11Connection& x11, xcb_window_t window) {
   return false;
 }
 
-/// In device pixels of the root window; empty when the window is gone.
+/// The place of a window in device pixels of the root window; empty when the window no longer exists.
 QRect rectangleOf(X11Connection& x11, xcb_window_t window) {
   const XcbReply<xcb_get_geometry_reply_t> size(
       xcb_get_geometry_reply(x11.get(), xcb_get_geometry(x11.get(), window), nullptr));
@@ -41,7 +41,7 @@ QRect rectangleOf(X11Connection& x11, xcb_window_t window) {
   return {place->dst_x, place->dst_y, size->width, size->height};
 }
 
-/// The dock window that holds `icon`, or the largest one where no icon is known; empty when there is none.
+/// The dock window that holds `icon`, or the largest one when no icon is given; empty when there is none.
 QRect dockOf(X11Connection& x11, const std::optional<QRect>& icon) {
   QRect largest;
   for (const auto window : cardinals(x11, x11.root(), "_NET_CLIENT_LIST")) {
@@ -66,7 +66,7 @@ QImage pictureOf(const QRect& devicePixels) {
 }  // namespace
 
 QColor legibleOn(const QImage& panel) {
-  // The background is what most of a panel shows; icons and texts on it are the minority.
+  // Most pixels of a panel show its background; icons and texts are the minority.
   constexpr int kMiddleGray = 128;
   qint64 light = 0;
   qint64 dark = 0;
@@ -82,8 +82,8 @@ QColor usualForeground(std::string_view desktop, const QPalette& palette) {
 }
 
 QColor panelForeground(X11Connection* x11, const std::optional<QRect>& icon) {
-  // Never the icon's own place alone: a symbol that covers most of it would be taken for the panel, and the
-  // color would turn with each look.
+  // Never only the place of the icon: a symbol that covers most of it would be taken for the panel, and the
+  // color would change with each look.
   QImage panel;
   if (x11 != nullptr) panel = pictureOf(dockOf(*x11, icon));
   if (panel.isNull() && icon) panel = pictureOf(icon->adjusted(-icon->width(), 0, icon->width(), 0));

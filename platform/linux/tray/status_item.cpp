@@ -22,7 +22,8 @@
 namespace lexwend::platform {
 namespace {
 
-/// After this a panel that has just appeared, or has another theme, has drawn itself: its color can be seen.
+/// A panel that has just appeared, or has a new theme, has drawn itself by this time, so its color can be
+/// read.
 constexpr std::chrono::milliseconds kPanelDrawn(1000);
 
 /// Reports each change of the desktop's colors.
@@ -47,7 +48,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
 
   void appear() {
     watchForTrays();
-    // The panel follows the same theme, sooner or later.
+    // The panel follows the same theme, but perhaps later.
     theme_.emplace([this] {
       drawIcon();
       drawIconAgain();
@@ -98,7 +99,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
   }
 
   /// A tray announces itself with a message to the root window (System Tray Protocol Specification). The
-  /// toolkit moves into it by itself, but it may be of another color than the last one.
+  /// toolkit moves the icon into it, but the new tray may have another color.
   void watchForTrays() {
     const auto x11 = needs_.x11();
     if (x11 == nullptr) return;
@@ -128,7 +129,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
     }
   }
 
-  /// Where the icon stands in an XEmbed tray, in device pixels.
+  /// The place of the icon in an XEmbed tray, in device pixels.
   std::optional<QRect> embeddedPlace() const {
     if (!embedded_) return std::nullopt;
     const QRect place = embedded_->geometry();

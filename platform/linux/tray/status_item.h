@@ -12,20 +12,22 @@ namespace lexwend::platform {
 
 class X11Connection;
 
-/// The tray: a StatusNotifier item for panels that show such items, else an icon in an XEmbed tray; whichever
-/// is there, appears later or comes back. In both, a click opens the agent's own menu, drawn right to left,
-/// but where a panel insists on drawing the menu itself. The tooltip is the menu's first item that only
-/// informs.
+/// The tray. Where a panel shows StatusNotifier items, the agent has such an item. Otherwise it has an icon
+/// in an XEmbed tray. It moves from one to the other when a panel or tray appears or goes. Main thread only.
+/// No call waits for a panel or tray, and without one nothing is shown.
+///
+/// A click opens the agent's own menu, drawn from right to left, except where the panel draws the menu
+/// itself. The tooltip is the title of the menu's first item that only informs.
 class LinuxStatusBar : public StatusBar {
  public:
   struct Needs {
     std::function<void()> terminate;                      ///< ends the application
-    std::function<std::shared_ptr<X11Connection>()> x11;  ///< may give null
+    std::function<std::shared_ptr<X11Connection>()> x11;  ///< may return null
     std::function<RunLoop&()> runLoop;
   };
   explicit LinuxStatusBar(Needs needs) : needs_(std::move(needs)) {}
 
-  /// The application object must exist. Every length is that of the tray's own icons.
+  /// The application object must exist. `length` has no effect: the tray decides the size of its icons.
   StatusItemRef statusItem(double length) override;
   MenuRef makeMenu() override;
   MenuItemRef makeMenuItem() override;

@@ -40,7 +40,7 @@ GDBusInterfaceInfo* itemInterface() {
   return kNode->interfaces[0];
 }
 
-/// Not premultiplied ARGB in network byte order, row by row.
+/// ARGB that is not premultiplied, in network byte order, row by row.
 GVariant* pixmaps(const QList<QImage>& images) {
   GVariantBuilder builder;
   g_variant_builder_init(&builder, G_VARIANT_TYPE("a(iiay)"));

@@ -10,14 +10,15 @@
 
 namespace lexwend::platform {
 
-/// The agent's item on the session bus, as the StatusNotifierItem specification describes it, for panels that
-/// show such items. Most of them report a click, and then the menu shown is the agent's own, which is drawn
-/// right to left everywhere; others draw the menu that the item names (MenuExport). Main thread only.
+/// The agent's item on the session bus, by the StatusNotifierItem specification, for panels that show such
+/// items. Most panels report a click, and the agent then opens its own menu. Others draw the menu that the
+/// item names (MenuExport). Main thread only. Nothing here blocks. Without a panel `hostPresenceKnown` is
+/// called with false.
 class StatusNotifier {
  public:
   struct Events {
-    std::function<void()> clicked;                ///< with a button that opens no menu of the panel's
-    std::function<void(bool)> hostPresenceKnown;  ///< whether some panel shows items now; at every change
+    std::function<void()> clicked;                ///< with a button for which the panel opens no menu
+    std::function<void(bool)> hostPresenceKnown;  ///< whether a panel shows items now; called at every change
   };
 
   StatusNotifier(GDBusConnection* bus, Events events);

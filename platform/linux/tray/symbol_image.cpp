@@ -6,7 +6,8 @@
 #include <QPixmap>
 #include <QSvgRenderer>
 
-/// A static library's resources are not found before they are named; the macro wants the global namespace.
+/// The resources of a static library are found only after this macro has named them. It must be used in the
+/// global namespace.
 static void initializeSymbols() {
   Q_INIT_RESOURCE(symbols);
 }

@@ -12,7 +12,7 @@
 
 namespace lexwend::platform {
 
-/// One of the agent's own drawings, by the name that the symbol has in the interface.
+/// One of the agent's own drawings, under the name that the symbol has in StatusBar.
 class LinuxSymbolImage : public SymbolImage {
  public:
   /// Null when there is no drawing of that name.
@@ -20,7 +20,7 @@ class LinuxSymbolImage : public SymbolImage {
 
   void setTemplate(bool isTemplate) override { isTemplate_ = isTemplate; }
   const std::string& description() const { return description_; }
-  /// The drawing on a transparent square of `side` device pixels; a template image wholly in `color`.
+  /// The drawing on a transparent square of `side` device pixels. A template image is drawn in `color` only.
   QImage rendered(int side, const QColor& color) const;
   /// The same in all sizes that trays use.
   QIcon icon(const QColor& color) const;

@@ -17,10 +17,10 @@ QString text(const std::string& utf8) {
   return QString::fromStdString(utf8);
 }
 
-/// Wide enough that a sentence does not become a column; device-independent pixels.
+/// In device-independent pixels. Narrower texts would become a column of single words.
 constexpr int kTextWidth = 380;
 
-/// The message stands out from the explanation, as the desktop's own alerts have it.
+/// The message is set apart from the explanation, as in the desktop's own alerts.
 void layOut(QMessageBox& box) {
   if (auto* message = box.findChild<QLabel*>("qt_msgbox_label")) {
     QFont font = message->font();
@@ -32,7 +32,7 @@ void layOut(QMessageBox& box) {
   }
 }
 
-/// An ampersand would mark a key of the button.
+/// An ampersand would mark a mnemonic.
 QString buttonTitle(const std::string& title) {
   return text(title).replace('&', "&&");
 }
@@ -57,7 +57,7 @@ int LinuxAlerts::runModal(const Alert& alert) {
   box.setDefaultButton(buttons.first());
   box.setEscapeButton(buttons.last());
   layOut(box);
-  box.setModal(true);  // exec() is too late: a window that is shown already keeps its modality
+  box.setModal(true);  // a window that is shown keeps its modality, so exec() would be too late
   box.show();
   box.raise();
   box.activateWindow();

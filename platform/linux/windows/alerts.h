@@ -5,7 +5,7 @@
 
 namespace lexwend::platform {
 
-/// A message box, right to left, above other windows. The application object must exist.
+/// A message box, from right to left, above other windows. The application object must exist.
 class LinuxAlerts : public Alerts {
  public:
   int runModal(const Alert& alert) override;

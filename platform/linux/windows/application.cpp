@@ -95,8 +95,7 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
   QCoreApplication::setApplicationName(QString::fromLatin1(kDisplayName.data(), kDisplayName.size()));
   QCoreApplication::setApplicationVersion(LEXWEND_VERSION);
   QGuiApplication::setDesktopFileName(QString::fromLatin1(kIdentifier.data(), kIdentifier.size()));
-  // As arguments, since what is set in the environment would be inherited by the programs that the agent
-  // starts.
+  // Passed as arguments, because programs that the agent starts would inherit environment variables.
   static char programName[] = "lexwend";
   static char platformOption[] = "-platform";
   static char platform[] = "xcb";
@@ -107,7 +106,7 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
   QGuiApplication::setLayoutDirection(Qt::RightToLeft);
   QGuiApplication::setWindowIcon(applicationIcon());
   QGuiApplication::setQuitOnLastWindowClosed(false);
-  // The autostart entry starts the agent again, not the session manager as well.
+  // The autostart entry starts the agent again. The session manager must not do so as well.
   const auto neverRestart = [](QSessionManager& manager) {
     manager.setRestartHint(QSessionManager::RestartNever);
   };
@@ -136,13 +135,13 @@ void LinuxApplication::run() {
   if (end_request::descriptor() >= 0) {
     ending.source = g_unix_fd_add(end_request::descriptor(), G_IO_IN, &EndBySignal::heard, &ending);
   }
-  // From within the loop, where terminate() counts.
+  // From within the loop, because terminate() has no effect before it.
   QTimer::singleShot(0, application_.get(), [this] {
     busIsHidden_.reset();
     if (didFinishLaunching_) didFinishLaunching_();
   });
   QApplication::exec();
-  // Hidden, not closed: closing a window would be answered by work that the end makes vain.
+  // Hidden, not closed: the agent would react to a closed window with work that the end makes useless.
   for (QWidget* window : QApplication::topLevelWidgets()) window->hide();
   needs_.finishWork();
   if (ending.source != 0) g_source_remove(ending.source);
@@ -156,8 +155,8 @@ void LinuxApplication::activate(bool) {
   for (QWidget* window : QApplication::topLevelWidgets()) {
     if (!window->isVisible() || window->windowType() == Qt::Popup) continue;
     window->raise();
-    // The toolkit would ask as of the last event that it got, which is no longer granted once the user has
-    // been in another application.
+    // The toolkit would send the time of the last event that it got. The window manager refuses such a
+    // request once the user has used another application.
     if (const auto x11 = needs_.x11()) x11->activate(static_cast<xcb_window_t>(window->winId()));
   }
 }

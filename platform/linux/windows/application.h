@@ -39,10 +39,10 @@ class LinuxApplication : public Application {
   /// its memory. Where the session bus does not answer yet, the toolkit does without it for the whole run:
   /// this application's own windows are then silent to screen readers, and nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
-  /// In a Wayland session that has an X11 display: what works there.
+  /// In a Wayland session with an X11 display, says what works there.
   std::optional<std::string> notice() override;
   void setDelegate(std::function<void()> didFinishLaunching) override;
-  /// An agent without windows is an accessory on X11 anyway.
+  /// Has no effect: an agent without windows is an accessory on X11.
   void setActivationPolicy(ActivationPolicy policy) override;
   void run() override;
   void terminate() override;

@@ -16,8 +16,8 @@ namespace {
 /// The lock bit of an X11 modifier state.
 constexpr quint32 kXLockMask = 2;
 
-/// Modifier keys by their place: the symbol of one may be a switch of the layout (Alt, then Shift) or of
-/// something else that the toolkit has no name for.
+/// Modifier keys by their place. The symbol of a modifier key may be a switch of the layout (Alt, then Shift)
+/// or one that the toolkit has no name for.
 constexpr KeyCode kFirstModifierKeyCode{54};
 constexpr KeyCode kLastModifierKeyCode{62};
 
@@ -65,19 +65,20 @@ class Filter : public QObject {
 
   bool eventFilter(QObject* receiver, QEvent* event) override {
     if (event->type() != QEvent::ShortcutOverride && event->type() != QEvent::KeyPress) return false;
-    // An open menu and an alert have the keyboard for themselves.
+    // An open menu or alert gets all keys.
     if (QApplication::activePopupWidget() != nullptr || QApplication::activeModalWidget() != nullptr) {
       return false;
     }
     if (event->type() == QEvent::ShortcutOverride) {
-      event->accept();  // no shortcut takes the press away before it is delivered
+      event->accept();  // the press is delivered, not used as a shortcut
       return true;
     }
-    // The press comes to the window first and then, if it is passed on, to the widget: once is enough.
+    // The press is delivered to the window and then, if it is passed on, to the widget. It must be handled
+    // once.
     if (!receiver->isWindowType()) return false;
     const auto& press = *static_cast<QKeyEvent*>(event);
     const auto keyDown = keyDownEventOf(press);
-    if (!keyDown) return !isModifierKey(press);  // what cannot be told must not press a button either
+    if (!keyDown) return !isModifierKey(press);  // a key without a code must not press a button
     const auto handler = handler_;               // the handler may remove the monitor
     return handler(*keyDown) == KeyDisposition::consumed;
   }
@@ -102,7 +103,7 @@ Registration LinuxKeyMonitor::addLocalKeyDownMonitor(
   return Registration([filter] {
     if (!filter) return;
     if (auto* application = QCoreApplication::instance()) application->removeEventFilter(filter);
-    filter->deleteLater();  // it may be the one that is running
+    filter->deleteLater();  // it may be running
   });
 }
 

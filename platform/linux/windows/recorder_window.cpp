@@ -21,10 +21,10 @@
 namespace lexwend::platform {
 namespace {
 
-/// What the macOS colors of these names are of the label color.
+/// The macOS colors of these names as shares of the label color.
 constexpr double kSecondaryShare = 0.62;
 constexpr double kQuaternaryShare = 0.12;
-constexpr int kSmallestFont = 7;  // below this nobody reads it
+constexpr int kSmallestFont = 7;  // smaller text is not legible
 
 QString qtText(std::string_view utf8) {
   return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
@@ -65,13 +65,13 @@ QFont::Weight weightOf(FontWeight weight) {
   return QFont::Normal;
 }
 
-/// From the bottom-left corner to the top-left one.
+/// Converts from the bottom-left corner to the top-left corner.
 QRect geometryOf(const Frame& frame, const Frame& content) {
   return QRectF(frame.x, content.height - frame.y - frame.height, frame.width, frame.height).toRect();
 }
 
-/// The text with a line feed wherever it wraps at that width. Left to the toolkit, the blank at which a line
-/// of right-to-left text is broken stands at the line's visible edge and pushes it inwards.
+/// The text with a line feed wherever it wraps at that width. When the toolkit wraps right-to-left text, it
+/// keeps the space at the visible edge of the line, and the line moves inwards.
 QString wrapped(const QString& text, const QFont& font, int width) {
   QTextOption option;
   option.setWrapMode(QTextOption::WordWrap);
@@ -96,7 +96,7 @@ class Label : public QLabel {
     show(qtText(look.text), look.color);
   }
 
-  /// Where the text names the combination, that is drawn in its order; a screen reader gets the plain text.
+  /// A combination in the text is drawn from left to right. A screen reader gets the text unchanged.
   void show(const QString& text, ColorRole role, const QString& combination = {}) {
     role_ = role;
     setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
@@ -123,7 +123,7 @@ class Label : public QLabel {
   }
 
  private:
-  /// Right is the right-hand side here, whichever way the text runs.
+  /// Right is the right-hand side, whatever the direction of the text.
   Qt::Alignment alignment() const {
     const auto vertical = look_.wraps ? Qt::AlignTop : Qt::AlignVCenter;
     switch (look_.alignment) {
@@ -137,7 +137,7 @@ class Label : public QLabel {
     return vertical;
   }
 
-  /// Sets the text in the look's size, or in the largest smaller one in which it is seen completely.
+  /// Sets the text in the size of the look, or in the largest smaller size in which all of it fits.
   void fit(const QString& shown) {
     QFont font = QApplication::font();
     font.setWeight(weightOf(look_.fontWeight));
@@ -153,7 +153,7 @@ class Label : public QLabel {
   }
 
   void applyColor() {
-    coloring_ = true;  // a palette set here is no change of the desktop's
+    coloring_ = true;  // the desktop did not change this palette
     QPalette own = palette();
     own.setColor(QPalette::WindowText, colorOf(role_, window()->palette()));
     setPalette(own);
@@ -165,7 +165,7 @@ class Label : public QLabel {
   bool coloring_ = false;
 };
 
-/// The toolkit's window; it outlives the service's one while a button or a close is being handled.
+/// The toolkit's window. It outlives the service's window while a button or a close is handled.
 class Panel : public QWidget {
  public:
   Panel(const RecorderWindowLook& look, RecorderWindowEvents events)
@@ -202,7 +202,7 @@ class Panel : public QWidget {
     raise();
     activateWindow();
   }
-  /// The owner is gone: nothing is reported any more.
+  /// The owner no longer exists, so nothing is reported.
   void forget() {
     events_ = {};
     closed_ = true;
@@ -231,7 +231,7 @@ class Panel : public QWidget {
     button.setEnabled(look.enabled);
     button.setAccessibleName(button.text());
   }
-  /// The function may let go of this window.
+  /// The function may destroy this window.
   static void call(const std::function<void()>& function) {
     const auto copy = function;
     if (copy) copy();
@@ -273,7 +273,7 @@ class LinuxRecorderWindow : public RecorderWindow {
   void showAndMakeKey() override { panel_->showAndMakeKey(); }
   void close() override {
     const QPointer<Panel> panel = panel_;
-    // Not the toolkit's close(): that one reports nothing for a window that was never shown.
+    // The toolkit's close() reports nothing for a window that was never shown.
     QCloseEvent event;
     QCoreApplication::sendEvent(panel, &event);
     if (panel) panel->hide();

@@ -5,9 +5,9 @@
 
 namespace lexwend::platform {
 
-/// The recorder as a window of the toolkit, one point of the look being one device-independent pixel. Colors
-/// follow the desktop's palette. A text that does not fit its frame in the desktop's font is set smaller
-/// until it does. The application object must exist.
+/// The recorder as a window of the toolkit. One point of the look is one device-independent pixel. Colors
+/// follow the desktop's palette. A text that does not fit its frame is drawn smaller until it fits. The
+/// application object must exist.
 class LinuxRecorderWindows : public RecorderWindows {
  public:
   std::unique_ptr<RecorderWindow> create(const RecorderWindowLook& look,
