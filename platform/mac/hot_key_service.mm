@@ -63,7 +63,10 @@ bool wasPausedAt(EventTime time) { return pauses().running > 0 || time < pauses(
 
 class MacHotKeyService : public HotKeyService {
  public:
-  ~MacHotKeyService() override { installedHandler() = nullptr; }
+  ~MacHotKeyService() override {
+    installedHandler() = nullptr;
+    pauses() = {};
+  }
 
   OSStatus installHandler(PressHandler handler) override {
     installedHandler() = shared(std::move(handler));

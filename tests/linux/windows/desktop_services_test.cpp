@@ -217,20 +217,5 @@ TEST_F(WorkspaceOnTheDesktop, namesTheApplicationThatHasTheKeyboardAndNoneWhereN
   EXPECT_TRUE(pumpUntil([this] { return !workspace.frontmostApplication().has_value(); }));
 }
 
-TEST_F(Desktop, makesThisProcessKnownOnTheSessionBusWhenItIsAskedWhoRuns) {
-  BusPeer peer;
-  const auto isOwned = [&peer] {
-    const auto reply = peer.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                 "NameHasOwner", g_variant_new("(s)", "org.lexwend.Test"));
-    gboolean owned = FALSE;
-    g_variant_get(reply.get(), "(b)", &owned);
-    return owned != FALSE;
-  };
-  EXPECT_FALSE(isOwned());
-  EXPECT_EQ(host.runningApplications().withBundleIdentifier("org.lexwend.Test"),
-            std::vector<ProcessIdentifier>{host.runningApplications().ownProcessIdentifier()});
-  EXPECT_TRUE(isOwned());
-}
-
 }  // namespace
 }  // namespace lexwend::platform
