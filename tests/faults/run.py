@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Tries faults on private desktops: one line a fault, and a last line with the counts.
 
-usage: run.py AGENT QT6_EDITOR OWNER [--short] [--only TEXT] [--jobs N] [--list]
+usage: run.py AGENT QT6_EDITOR OWNER [--in-memory PROGRAM] [--short] [--only TEXT] [--jobs N] [--list]
 
 A fault that is inherent to the system is tried as well; its line tells the reason. Each desktop is a process of its own,
 which goes through its share of the faults; a fault that breaks the desktop, or is lost, is the last one there.
@@ -121,11 +121,23 @@ class Run:
             return left
 
 
+def try_in_memory(run, arguments):
+    """Passes the program's lines on, all except its count; returns how many faults it tried."""
+    lines = subprocess.run([arguments.in_memory], capture_output=True, text=True, check=False).stdout.splitlines()
+    told = [line for line in lines if line.startswith(('survived', 'LOST'))]
+    print('\n'.join(line for line in lines if not line.startswith('faults:')), flush=True)
+    run.tried += len(told)
+    run.lost += [line for line in told if line.startswith('LOST')]
+    assert told and lines[-1].startswith(f'faults: {len(told)} tried'), 'the faults in memory were not tried to their end'
+    return len(told)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument('agent')
     parser.add_argument('editor')
     parser.add_argument('owner')
+    parser.add_argument('--in-memory', help='a program that tries faults in memory and prints lines like these')
     parser.add_argument('--short', action='store_true', help='those of the short form')
     parser.add_argument('--only', default='', help='those whose line holds this text')
     parser.add_argument('--jobs', type=int, default=2, help='desktops at once')
@@ -140,6 +152,7 @@ def main():
         print('\n'.join(names))
         return 0
     run = Run(arguments, names)
+    in_memory = try_in_memory(run, arguments) if arguments.in_memory else 0
     desktops = [threading.Thread(target=run.desktop) for _ in range(arguments.jobs)]
     for desktop in desktops:
         desktop.start()
@@ -147,7 +160,7 @@ def main():
         desktop.join()
     survived = run.tried - len(run.lost)
     print(f'faults: {run.tried} tried, {survived} survived, {len(run.lost)} lost')
-    return 0 if names and run.tried == len(names) and not run.lost else 1
+    return 0 if names and run.tried == len(names) + in_memory and not run.lost else 1
 
 
 if __name__ == '__main__':
