@@ -350,11 +350,11 @@ class Session:
         self.keyboard = Keyboard(os.environ['DISPLAY'])
         if self.window_manager:
             self.start([self.window_manager])
-            until(self._window_manager_runs, 'the window manager')
+            until(self.window_manager_runs, 'the window manager')
         if self.panel:
             self.start(self.panel)
 
-    def _window_manager_runs(self):
+    def window_manager_runs(self):
         found = subprocess.run(['xprop', '-root', '_NET_SUPPORTING_WM_CHECK'], capture_output=True, text=True, check=False)
         return 'window id' in found.stdout
 
