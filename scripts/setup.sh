@@ -27,6 +27,9 @@ packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
 # The large applications of `./test --all`.
 packages_large="chromium firefox-esr libreoffice-writer libreoffice-gtk3 kate"
 
+# To make and check the Debian package.
+packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db"
+
 # The benchmarks of the preset `bench`.
 packages_bench="libbenchmark-dev"
 
@@ -47,6 +50,7 @@ setup_packages() {
       test) printf '%s\n' $packages_test ;;
       large) printf '%s\n' $packages_large ;;
       bench) printf '%s\n' $packages_bench ;;
+      package) printf '%s\n' $packages_package ;;
     esac
   done | sort -u
 }
@@ -152,8 +156,8 @@ lexwend_setup() {
   local set
   for set in "$@"; do
     case $set in
-      build | desktop | test | large | bench) ;;
-      *) setup_fail "there is no set of packages called '$set'; the sets are build, desktop, test, large and bench" ;;
+      build | desktop | test | large | bench | package) ;;
+      *) setup_fail "there is no set of packages called '$set'; the sets are build, desktop, test, large, bench and package" ;;
     esac
   done
   case $(uname -s) in
@@ -170,6 +174,6 @@ lexwend_setup() {
 if [ "${BASH_SOURCE[0]}" = "$0" ]; then
   set -u -o pipefail
   cd "$(dirname "$0")/.." || exit 1
-  [ $# -gt 0 ] || setup_fail "usage: scripts/setup.sh SET... (build, desktop, test, large, bench)"
+  [ $# -gt 0 ] || setup_fail "usage: scripts/setup.sh SET... (build, desktop, test, large, bench, package)"
   lexwend_setup "$@"
 fi
