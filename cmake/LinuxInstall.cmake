@@ -15,10 +15,34 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/org.lexwend.Lexwend.desktop"
 install(FILES packaging/linux/lexwend.conf DESTINATION "${CMAKE_INSTALL_DATADIR}/user-tmpfiles.d")
 install(FILES packaging/icons/org.lexwend.Lexwend.svg
   DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
-install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES packaging/icons/org.lexwend.Lexwend-symbolic.svg
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/symbolic/apps")
+set(LEXWEND_RELEASE_DATE "" CACHE STRING "The day of the release in the metainfo file, YYYY-MM-DD; today where it is empty")
+if(NOT LEXWEND_RELEASE_DATE)
+  string(TIMESTAMP today "%Y-%m-%d" UTC)
+  set(LEXWEND_RELEASE_DATE "${today}")
+endif()
+configure_file(packaging/linux/org.lexwend.Lexwend.metainfo.xml.in org.lexwend.Lexwend.metainfo.xml @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/org.lexwend.Lexwend.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
+install(FILES packaging/man/lexwend.1 packaging/man/lexwend-convert.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+install(FILES packaging/completions/lexwend.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME lexwend)
+install(FILES packaging/completions/lexwend-convert.bash
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME lexwend-convert)
+install(FILES packaging/completions/_lexwend packaging/completions/_lexwend-convert
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
+install(FILES packaging/completions/lexwend.fish packaging/completions/lexwend-convert.fish
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+install(FILES README.md CHANGELOG.md docs/using.md docs/applications.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+# A package of Debian says its licence in a file of its own.
+if(NOT DEFINED ENV{DEB_BUILD_ARCH})
+  install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+endif()
 # A package is built for nobody in particular, so it makes no folder in a home: there lexwend.conf asks for one at login.
 install(CODE [[
   if(NOT DEFINED ENV{DESTDIR} AND DEFINED ENV{HOME})
     file(MAKE_DIRECTORY "$ENV{HOME}/Library/Logs")
   endif()
 ]])
+
+# cmake --build build/release --target uninstall: takes out what the last installation put in.
+add_custom_target(uninstall COMMAND "${CMAKE_COMMAND}" -P "${CMAKE_CURRENT_SOURCE_DIR}/cmake/Uninstall.cmake" VERBATIM)

@@ -31,6 +31,9 @@ packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
 # The large applications of `./test --all`.
 packages_large="chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 kate"
 
+# To make and check the Debian package.
+packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db"
+
 # The benchmarks of the preset `bench`.
 packages_bench="libbenchmark-dev"
 
@@ -55,6 +58,7 @@ setup_packages() {
       test) printf '%s\n' $packages_test ;;
       large) printf '%s\n' $packages_large ;;
       bench) printf '%s\n' $packages_bench ;;
+      package) printf '%s\n' $packages_package ;;
     esac
   done | sort -u
 }
@@ -169,8 +173,8 @@ lexwend_setup() {
   local set
   for set in "$@"; do
     case $set in
-      fast | build | desktop | test | large | bench) ;;
-      *) setup_fail "there is no set of packages called '$set'; the sets are fast, build, desktop, test, large and bench" ;;
+      fast | build | desktop | test | large | bench | package) ;;
+      *) setup_fail "there is no set of packages called '$set'; the sets are fast, build, desktop, test, large, bench and package" ;;
     esac
   done
   case $(uname -s) in
@@ -187,6 +191,6 @@ lexwend_setup() {
 if [ "${BASH_SOURCE[0]}" = "$0" ]; then
   set -u -o pipefail
   cd "$(dirname "$0")/.." || exit 1
-  [ $# -gt 0 ] || setup_fail "usage: scripts/setup.sh SET... (fast, build, desktop, test, large, bench)"
+  [ $# -gt 0 ] || setup_fail "usage: scripts/setup.sh SET... (fast, build, desktop, test, large, bench, package)"
   lexwend_setup "$@"
 fi
