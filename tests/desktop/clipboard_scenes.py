@@ -6,8 +6,9 @@ usage: clipboard_scenes.py --list | clipboard_scenes.py SCENE AGENT QT6_EDITOR
 """
 import signal
 import subprocess
+import time
 
-from session import run_scene, until
+from session import DesktopError, run_scene, until
 from stage import HERE, main, scene
 
 HTML = '<b>kept – נשמר</b>'
@@ -27,10 +28,21 @@ def start_editor(stage, editor):
     stage.select_all()
 
 
-def fix_again(stage):
+def press_again(stage):
     """The keys reach the program after those of the first fix."""
     for keys in ('Control+Home', 'Control+Shift+End', 'F2'):
         stage.keyboard.press(keys)
+
+
+def fix_again(stage):
+    """A press in the first fix, which ends some moments after its last line, is dropped: then it is made once more."""
+    begun = stage.session.log().count('fix: front=')
+    press_again(stage)
+    while True:
+        try:
+            return until(lambda: stage.session.log().count('fix: front=') > begun, 'the next fix to begin', 1)
+        except DesktopError:
+            stage.keyboard.press('F2')
 
 
 def expect_clipboard_at_the_end(stage):
@@ -59,9 +71,10 @@ def pastes_the_second_text_though_the_first_fix_gives_back_the_clipboard(stage):
     start_editor(stage, 'mousepad')
     stage.keyboard.press('F2')
     until(lambda: stage.field.text() == 'שלום מה שלומך' and 'fix: success' in stage.session.log(), 'the first fix')
+    time.sleep(0.1)  # the end of the fix, or the press would be dropped
     stage.agent.send_signal(signal.SIGSTOP)
     try:
-        fix_again(stage)
+        press_again(stage)
     finally:
         stage.agent.send_signal(signal.SIGCONT)
     until(lambda: stage.field.text() == 'akuo nv akunl', 'the second fix')

@@ -65,7 +65,7 @@ struct Row {
 std::string lostBy(const Row& row) {
   Desk desk(row.compatible);
   row.prepare(desk);
-  desk.host.userPresses(kF2);
+  desk.host.userPresses(platform::kKeyF2);
   desk.host.advance(5s);
   const std::string text = desk.editor->windows.front().field->text();
   if (text != kGarbled && text != kMeant && !row.allowed.text) return "the text is " + text;
@@ -83,10 +83,10 @@ std::string lostBy(const Row& row) {
   desk.host.settle();
   desk.host.accessibility().setTrusted(true);
   desk.host.secureInput().hold(false);
-  desk.host.keyEvents().holdModifiers(0);
+  desk.host.keyEvents().holdModifiers(platform::kNoEventFlags);
   desk.host.inputSourceService().changeLayouts({platform::usLayout(), platform::hebrewLayout()});
   const auto next = desk.agent.openEditor(kGarbled);
-  desk.host.userPresses(kF2);
+  desk.host.userPresses(platform::kKeyF2);
   desk.host.advance(5s);
   const std::string served = next->windows.front().field->text();
   return served == kMeant ? "" : "the next fix came to " + served;
@@ -137,7 +137,11 @@ std::vector<Row> table() {
   addTimed(
       rows, "the field becomes read-only", [](Desk& d) { d.editor->focus()->editable = false; }, nothing);
   addTimed(
-      rows, "the permission is withdrawn", [](Desk& d) { d.host.accessibility().setTrusted(false); },
+      rows, "the permission is withdrawn",
+      [](Desk& d) {
+        d.host.accessibility().setTrusted(false);
+        d.host.alerts().answer("ביטול");
+      },
       nothing);
   addTimed(
       rows, "one layout is left",
@@ -145,7 +149,8 @@ std::vector<Row> table() {
   addTimed(
       rows, "no layout is left", [](Desk& d) { d.host.inputSourceService().changeLayouts({}); }, nothing);
   addTimed(
-      rows, "the user presses the hot key again", [](Desk& d) { d.host.userPresses(kF2); }, nothing);
+      rows, "the user presses the hot key again", [](Desk& d) { d.host.userPresses(platform::kKeyF2); },
+      nothing);
 
   for (const bool compatible : {false, true}) {
     const std::string path = compatible ? "clipboard" : "accessibility";
@@ -158,7 +163,7 @@ std::vector<Row> table() {
       for (const int after : {0, 1, 2, 5}) {
         rows.push_back(
             {std::string(platform::name(operation)) + " fails after " + std::to_string(after) + ": " + path,
-             compatible, [=](Desk& d) { d.host.failNext(operation, -1, 1, after); }, nothing});
+             compatible, [=](Desk& d) { d.host.failNext(operation, {.after = after}); }, nothing});
       }
     }
     for (const auto& [name, kind] : {std::pair{"nothing", FakeCopy::Kind::nothing},

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,6 +11,7 @@
 #include <unicode/uchar.h>
 
 #include "platform/linux/accessibility/replacement.h"
+#include "platform/linux/session/end_request.h"
 #include "platform/linux/session/foreign_text.h"
 
 namespace lexwend::platform {
@@ -39,6 +41,10 @@ namespace {
 constexpr AccessibilityError kCannotComplete = -25204;
 constexpr AccessibilityError kAttributeUnsupported = -25205;
 constexpr AccessibilityError kNoValue = -25212;
+
+// Keys that were pressed right before the hot key reach an application within some milliseconds; on a busy
+// machine a question on the bus was seen to overtake them.
+constexpr std::chrono::milliseconds kKeysArrive{80};
 
 class SystemWideElement final : public AccessibilityElement {};
 
@@ -136,6 +142,14 @@ bool LinuxAccessibility::showsAMask(const TextRange& selection) {
 void LinuxAccessibility::noteSelection(const Field& field) {
   selectionIsKnownEmpty_ = field.hasNothingSelected() && field.has(ATSPI_STATE_EDITABLE) &&
                            toolkitNamed(bus_.toolkitOf(field.object)) != Toolkit::unknown;
+}
+
+bool LinuxAccessibility::selectionIsKnownEmpty() {
+  if (!selectionIsKnownEmpty_) return false;
+  end_request::sleep(kKeysArrive);
+  bus_.joinRound();
+  if (const auto field = focusedField()) noteSelection(*field);
+  return selectionIsKnownEmpty_;
 }
 
 AttributeResult LinuxAccessibility::copyAttributeValue(const AccessibilityElementRef& element,

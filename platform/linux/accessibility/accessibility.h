@@ -52,8 +52,9 @@ class LinuxAccessibility final : public Accessibility {
   bool focusIsSecure();
   /// Whether nothing was selected in the field that the last fix has looked at, told by a toolkit that is
   /// known to tell the truth about that: then a copy shortcut copies nothing, or something else, as the line
-  /// of the caret. Asks nobody.
-  bool selectionIsKnownEmpty() const { return selectionIsKnownEmpty_; }
+  /// of the caret. Where it looked so, the field is asked once more after a moment, because the keys that
+  /// select may still be on their way to the application: then it waits for as long as any other question.
+  bool selectionIsKnownEmpty();
   /// How often the calls of the last fix waited for an application.
   int waitsOfFix() const { return bus_.waitsOfRound(); }
 

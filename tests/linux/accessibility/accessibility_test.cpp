@@ -359,6 +359,14 @@ TEST_F(AField, withNothingSelectedIsKnownToBeSoWhereTheToolkitTellsTheTruth) {
   EXPECT_FALSE(access->selectionIsKnownEmpty());
 }
 
+TEST_F(AField, whoseSelectionComesWithKeysThatAreStillOnTheirWayIsAskedOnceMore) {
+  restart(selected(u"akuo", {4, 4}));
+  ASSERT_TRUE(pumpUntil([this] { return focus().error != kNotConnected; }));
+  EXPECT_FALSE(access->focusIsSecure());
+  app->show(selected(u"akuo", {0, 4}));
+  EXPECT_FALSE(access->selectionIsKnownEmpty());
+}
+
 // ---- Fields that hide their text
 
 TEST_F(AField, forPasswordsIsToldWithoutItsText) {
