@@ -27,6 +27,8 @@ struct SimulatedKeys : testing::Test {
       event->setFlags(flags);
       keyEvents.post(EventTap::hid, *event);
     }
+    // A window reads on a connection of its own: by this answer the server has played the keys.
+    held();
   }
   bool canMakeEvent() { return keyEvents.createKeyboardEvent(nullptr, kKeyC, true) != nullptr; }
 };
