@@ -9,8 +9,9 @@
     check_style.py tidy DATABASE     clang-tidy accepts every source of the product in the compilation database, with its headers
     check_style.py tidy-canary       clang-tidy refuses the lines of scripts/canaries/*.cpp that say "denied", no others
 
-clang-tidy remembers in build/tidy-cache which translation units it has accepted, by a digest of everything that it
-reads, so that a second run looks at what has changed only.
+clang-tidy reads the sources of a folder as one unit, since most of its time goes into the headers. It remembers in
+build/tidy-cache which units it has accepted, by a digest of everything that it reads, so that a second run looks at what
+has changed only.
 """
 
 import concurrent.futures
@@ -30,10 +31,14 @@ CLANG_FORMAT = "clang-format-14"
 CLANG_TIDY = "clang-tidy-14"
 CLANG = "clang++-14"
 CACHE = ROOT / "build" / "tidy-cache"
+UNITS = CACHE / "units"
 
 # What the check looks at. Tests, benchmarks and fuzz targets are two thirds of the translation units and would take more
 # time than all builds together; the preset `tidy` looks at them as well.
 CHECKED = {"app", "core", "hotkey", "input", "platform", "support", "text", "tools"}
+
+# Of what the sources include, this is reported.
+REPORTED = f"^{re.escape(str(ROOT))}/({'|'.join(sorted(CHECKED))})/"
 
 
 def run(command, folder=ROOT):
@@ -57,30 +62,6 @@ def check_format_canary():
     refused = result.returncode != 0 and "-Wclang-format-violations" in result.stdout
     print("format: the canary was " + ("refused" if refused else "accepted, so the check is switched off:\n" + result.stdout))
     return refused
-
-
-def check_tidy_canaries():
-    """In each canary the lines that say "denied" must be refused by the check that the file stands for, and no others."""
-    return all([check_tidy_canary("naming.cpp", "readability-identifier-naming"),
-                check_tidy_canary("braces.cpp", "readability-braces-around-statements"),
-                check_tidy_canary("swappable.cpp", "bugprone-easily-swappable-parameters")])
-
-
-def check_tidy_canary(name, rule):
-    canary = CANARIES / name
-    lines = canary.read_text(encoding="utf-8").split("\n")
-    expected = {n for n, line in enumerate(lines, start=1) if line.endswith("// denied")}
-    result = run([CLANG_TIDY, "--quiet", str(canary), "--", "-std=c++20"])
-    refused = {int(n) for n in re.findall(rf"{re.escape(name)}:(\d+):\d+: error: .*\[{rule}", result.stdout)}
-    for number in sorted(expected - refused):
-        print(f"scripts/canaries/{name}:{number}: should be refused and was accepted")
-    for number in sorted(refused - expected):
-        print(f"scripts/canaries/{name}:{number}: should be accepted and was refused")
-    good = result.returncode != 0 and refused == expected and expected
-    if not good:
-        print(result.stdout)
-    print(f"tidy: {len(expected)} lines of {name} break {rule}, {len(expected & refused)} of them refused")
-    return bool(good)
 
 
 def options_by_file(database):
@@ -153,63 +134,124 @@ def check_headers_canary():
     return not complete
 
 
-def digest_of(entry):
-    """A digest of everything that decides what clang-tidy says about one entry; None when it does not even preprocess."""
-    command = shlex.split(entry["command"])
-    if "-o" in command:
-        at = command.index("-o")
-        del command[at:at + 2]
-    command = [part for part in command if part != "-c"]
-    text = subprocess.run([*command, "-E", "-C"], cwd=entry["directory"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                          stderr=subprocess.DEVNULL)
-    if text.returncode != 0:
-        return None
-    digest = hashlib.sha256()
-    for part in (run([CLANG_TIDY, "--version"]).stdout, (ROOT / ".clang-tidy").read_text(encoding="utf-8"), *command):
-        digest.update(part.encode() + b"\0")
-    digest.update(text.stdout)
-    return digest.hexdigest()
+class Unit:
+    """The sources of one folder, which clang-tidy reads as one: it looks through every header again for each unit. Their
+    texts stand one after the other in a file, because it follows the paths of what is in the main file only."""
+
+    def __init__(self, files, database):
+        self.files, self.database = files, database
+        self.name = f"{files[0].parent.relative_to(ROOT)} ({len(files)})" if len(files) > 1 else str(files[0].relative_to(ROOT))
+        self.origins = []  # of each line: its file and its number there
+        texts = []
+        for file in files:
+            lines = file.read_text(encoding="utf-8").split("\n")
+            texts += lines
+            self.origins += [(file, number) for number in range(1, len(lines) + 1)]
+        text = "\n".join(texts)
+        self.source = UNITS / f"{hashlib.sha256(str(files).encode()).hexdigest()[:16]}.cpp"
+        self.source.write_text(text, encoding="utf-8")
+        # What one of them is compiled with serves all: within a folder the commands differ in macros only.
+        self.options = list(dict.fromkeys(option for file in files for option in database[file]))
+
+    def halves(self):
+        middle = len(self.files) // 2
+        return [Unit(self.files[:middle], self.database), Unit(self.files[middle:], self.database)]
+
+    def compiles(self):
+        return run([CLANG, *self.options, "-w", "-fsyntax-only", str(self.source)]).returncode == 0
+
+    def digest(self):
+        """Of everything that decides what clang-tidy says; None when the sources do not even preprocess."""
+        text = subprocess.run([CLANG, *self.options, "-E", "-C", str(self.source)], cwd=ROOT, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        if text.returncode != 0:
+            return None
+        digest = hashlib.sha256()
+        for part in (run([CLANG_TIDY, "--version"]).stdout, (ROOT / ".clang-tidy").read_text(encoding="utf-8"), *self.options):
+            digest.update(part.encode() + b"\0")
+        digest.update(text.stdout)
+        return digest.hexdigest()
+
+    def judged(self):
+        """Whether clang-tidy accepts it, and what it says."""
+        result = run([CLANG_TIDY, "--quiet", f"--config-file={ROOT / '.clang-tidy'}", f"--header-filter={REPORTED}", str(self.source),
+                      "--", *self.options])
+        lines = [line for line in result.stdout.split("\n") if not re.match(r"^\d+ warnings? (generated|treated)", line)]
+        return result.returncode == 0, re.sub(rf"^{re.escape(str(self.source))}:(\d+):", self.origin, "\n".join(lines).strip(), flags=re.M)
+
+    def origin(self, place):
+        file, number = self.origins[int(place[1]) - 1]
+        return f"{file}:{number}:"
 
 
-def tidy_one(entry, database):
-    file = Path(entry["file"])
-    digest = digest_of(entry)
-    if digest and (CACHE / digest).exists():
-        return file, True, "", 0.0
+def tidy(unit):
+    """[(unit, accepted, what was said, seconds)]: more than one where the names of a folder's sources clash."""
     start = time.monotonic()
-    command = [CLANG_TIDY, "--quiet", "-p", str(database), str(file)]
-    result = run(command)
-    said = "\n".join(line for line in result.stdout.split("\n") if not re.match(r"^\d+ warnings? (generated|treated)", line)).strip()
-    good = result.returncode == 0
+    digest = unit.digest()
+    if digest and (CACHE / digest).exists():
+        return [(unit, True, "", 0.0)]
+    if len(unit.files) > 1 and not unit.compiles():
+        return [result for half in unit.halves() for result in tidy(half)]
+    good, said = unit.judged()
     if good and digest:
         (CACHE / digest).touch()
-    return file, good, said, time.monotonic() - start
+    return [(unit, good, said, time.monotonic() - start)]
+
+
+def units_of(database):
+    """The sources that are to be checked, by folder, the largest folder first."""
+    options, folders = options_by_file(database), {}
+    for file in options:
+        folders.setdefault(file.parent, []).append(file)
+    UNITS.mkdir(parents=True, exist_ok=True)
+    return [Unit(sorted(files), options) for files in sorted(folders.values(), key=len, reverse=True)]
 
 
 def check_tidy(database):
-    entries = {}
-    for entry in json.loads((database / "compile_commands.json").read_text(encoding="utf-8")):
-        entry["file"] = os.path.normpath(os.path.join(entry["directory"], entry["file"]))
-        file = Path(entry["file"])
-        if ROOT in file.parents and file.relative_to(ROOT).parts[0] in CHECKED:
-            entries.setdefault(entry["file"], entry)
-    if not entries:
+    units = units_of(database)
+    if not units:
         print(f"tidy: {database} names no source of the tree")
         return False
-    CACHE.mkdir(parents=True, exist_ok=True)
-    start, wrong, seconds = time.monotonic(), 0, []
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 2) as pool:
-        todo = [pool.submit(tidy_one, entry, database) for _, entry in sorted(entries.items())]
-        for done, future in enumerate(concurrent.futures.as_completed(todo), start=1):
-            file, good, said, took = future.result()
-            seconds.append((took, file.relative_to(ROOT)))
-            print(f"  [{done}/{len(entries)}] {file.relative_to(ROOT)}" + (f"  {took:.1f} s" if took else "  unchanged"))
-            if not good:
-                wrong += 1
-                print(said)
-    slowest = ", ".join(f"{file} {took:.1f} s" for took, file in sorted(seconds, reverse=True)[:3])
-    print(f"tidy: {len(entries)} files, {wrong} wrong, {time.monotonic() - start:.0f} s; slowest: {slowest}")
+    start, files, wrong, seconds = time.monotonic(), 0, 0, []
+    with concurrent.futures.ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
+        for done in concurrent.futures.as_completed([pool.submit(tidy, unit) for unit in units]):
+            for unit, good, said, took in done.result():
+                files += len(unit.files)
+                seconds.append((took, unit.name))
+                print(f"  {unit.name}  " + (f"{took:.1f} s" if took else "unchanged"), flush=True)
+                if not good:
+                    wrong += 1
+                    print(said)
+    slowest = ", ".join(f"{name} {took:.1f} s" for took, name in sorted(seconds, reverse=True)[:3])
+    print(f"tidy: {files} files in {len(seconds)} units, {wrong} wrong, {time.monotonic() - start:.0f} s; slowest: {slowest}")
     return wrong == 0
+
+
+def check_tidy_canaries():
+    """Read as one unit, as the sources of a folder are: the lines that say "denied" must be refused by the check that
+    their file stands for, and no others."""
+    rules = {"analysis.cpp": "clang-analyzer-core.NullDereference", "braces.cpp": "readability-braces-around-statements",
+             "naming.cpp": "readability-identifier-naming", "swappable.cpp": "bugprone-easily-swappable-parameters"}
+    UNITS.mkdir(parents=True, exist_ok=True)
+    good, said = Unit([CANARIES / name for name in rules], {CANARIES / name: ["-std=c++20"] for name in rules}).judged()
+    if good:
+        print("tidy: the canaries were accepted, so the check is switched off")
+    return all([check_tidy_canary(name, rule, said) for name, rule in rules.items()]) and not good
+
+
+def check_tidy_canary(name, rule, said):
+    lines = (CANARIES / name).read_text(encoding="utf-8").split("\n")
+    expected = {n for n, line in enumerate(lines, start=1) if line.endswith("// denied")}
+    refused = {int(n) for n in re.findall(rf"{re.escape(name)}:(\d+):\d+: error: .*\[{rule}", said)}
+    for number in sorted(expected - refused):
+        print(f"scripts/canaries/{name}:{number}: should be refused and was accepted")
+    for number in sorted(refused - expected):
+        print(f"scripts/canaries/{name}:{number}: should be accepted and was refused")
+    good = refused == expected and expected
+    if not good:
+        print(said)
+    print(f"tidy: {len(expected)} lines of {name} break {rule}, {len(expected & refused)} of them refused")
+    return bool(good)
 
 
 def main(arguments):

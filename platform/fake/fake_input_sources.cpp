@@ -135,8 +135,9 @@ std::optional<std::u16string> FakeInputSources::translate(const KeyLayoutData& d
   const std::pair<int, bool> place{keyCode, shifted};
   if (layout.brokenKeys.contains(place)) return std::nullopt;
   const auto key = layout.keys.find(keyCode);
-  if (key == layout.keys.end() || (translation.modifiers != kNoModifiers && !shifted))
+  if (key == layout.keys.end() || (translation.modifiers != kNoModifiers && !shifted)) {
     return std::u16string();
+  }
   const std::u16string text = utf16(shifted ? key->second.shifted : key->second.plain);
   if (layout.deadKeys.contains(place) && translation.options == 0) {
     deadKeyState = text.empty() ? 1 : text.front();
