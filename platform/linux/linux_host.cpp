@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "platform/linux/clipboard/reader.h"
+#include "platform/linux/selection/reader.h"
 #include "platform/linux/session/buses.h"
 
 namespace lexwend::platform {

@@ -12,9 +12,9 @@
 #include <optional>
 #include <thread>
 
-#include "platform/linux/clipboard/owner.h"
-#include "platform/linux/clipboard/targets.h"
 #include "platform/linux/display/x_application.h"
+#include "platform/linux/selection/owner.h"
+#include "platform/linux/selection/targets.h"
 
 namespace lexwend::platform {
 

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "platform/linux/clipboard/owner_thread.h"
-#include "platform/linux/clipboard/reader.h"
-#include "platform/linux/clipboard/targets.h"
 #include "platform/linux/display/x_application.h"
+#include "platform/linux/selection/reader.h"
+#include "platform/linux/selection/targets.h"
 #include "platform/pasteboard.h"
 
 namespace lexwend::platform {

@@ -4,6 +4,7 @@
 #include "platform/linux/display/x.h"
 #include "platform/linux/session/x.h"         // denied
 #include "platform/linux/keyboard/x.h"        // denied
+#include "platform/linux/selection/x.h"
 #include "platform/linux/accessibility/x.h"   // denied
 #include "platform/linux/tray/x.h"            // denied
 #include "platform/linux/windows/x.h"         // denied

@@ -3,6 +3,7 @@
 #include "platform/host.h"
 #include "platform/linux/display/x.h"         // denied
 #include "platform/linux/keyboard/x.h"        // denied
+#include "platform/linux/selection/x.h"       // denied
 #include "platform/linux/clipboard/x.h"       // denied
 #include "platform/linux/accessibility/x.h"   // denied
 #include "platform/linux/tray/x.h"            // denied

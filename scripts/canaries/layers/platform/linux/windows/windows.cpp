@@ -4,6 +4,7 @@
 #include "platform/linux/display/x.h"
 #include "platform/linux/session/x.h"
 #include "platform/linux/keyboard/x.h"
+#include "platform/linux/selection/x.h"       // denied
 #include "platform/linux/clipboard/x.h"       // denied
 #include "platform/linux/accessibility/x.h"   // denied
 #include "platform/linux/tray/x.h"

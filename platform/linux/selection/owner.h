@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/clipboard/targets.h"
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/display/x_application.h"
+#include "platform/linux/selection/targets.h"
 
 namespace lexwend::platform {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/clipboard/owner.h"
+#include "platform/linux/selection/owner.h"
 
 #include <algorithm>
 #include <array>

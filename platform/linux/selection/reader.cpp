@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/clipboard/reader.h"
+#include "platform/linux/selection/reader.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/clipboard/targets.h"
+#include "platform/linux/selection/targets.h"
 
 #include <algorithm>
 #include <array>
