@@ -19,10 +19,6 @@ constexpr std::chrono::milliseconds kClearDelay{5};
 // not press the next key so soon.
 constexpr std::chrono::milliseconds kKeyEventTolerance{50};
 
-// Programs with a history of the clipboard fetch what is new on it at once, as an editor was seen to. That is
-// no paste; at the end of this program it would leave the user without the contents.
-constexpr std::chrono::milliseconds kWatchersFetch{300};
-
 }  // namespace
 
 bool OwnerThread::isAnswerTo(const CopyShortcuts& shortcuts, const Change& change,
@@ -255,7 +251,7 @@ void OwnerThread::finish(const ClipboardContents& instead) {
   const Clock::time_point now = Clock::now();
   if (owner_->handOver(now + times_.handOver)) return;
   serveUntil(now + times_.lastServe,
-             [&] { return !owner_->owns() || owner_->wasFetched(now + kWatchersFetch); });
+             [&] { return !owner_->owns() || owner_->wasFetched(now + times_.watchers); });
 }
 
 }  // namespace lexwend::platform

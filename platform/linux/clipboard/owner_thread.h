@@ -25,6 +25,9 @@ struct OwnerTimes {
   /// At the end of the program, for a paste that has not been fetched yet, and again for anybody to fetch
   /// what is left where there is no clipboard manager.
   std::chrono::milliseconds lastServe{3000};
+  /// Programs with a history of the clipboard fetch what is new on it at once, as an editor was seen to. For
+  /// so long a fetch at the end of the program is theirs and no paste.
+  std::chrono::milliseconds watchers{300};
   /// How long passing contents stay at least, when it is not known who is to fetch them.
   std::chrono::milliseconds fetch{500};
   /// How long passing contents stay at most for the program that they were pasted to.
@@ -62,8 +65,8 @@ class OwnerThread {
   /// Null when there is no display or no XFIXES.
   static std::unique_ptr<OwnerThread> open(const OwnerTimes& times);
   /// Ends the thread, when what is owned has been handed over to a clipboard manager or, where there is none,
-  /// has been fetched by anybody. Blocks for at most OwnerTimes::lastServe and the longer of that and
-  /// OwnerTimes::handOver.
+  /// has been fetched by anybody since OwnerTimes::watchers. Blocks for at most OwnerTimes::lastServe and the
+  /// longer of that and OwnerTimes::handOver.
   ~OwnerThread();
   OwnerThread(const OwnerThread&) = delete;
   OwnerThread& operator=(const OwnerThread&) = delete;
