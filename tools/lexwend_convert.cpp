@@ -142,7 +142,7 @@ int convertInput(const ConvertOptions& options) {
     complain("no enabled Hebrew and English layouts found");
     return kFailure;
   }
-  Filter filter(Converter(std::move(*map)), options);
+  Filter filter(Converter(*map), options);
   try {
     filter.run();
   } catch (const ReadError& error) {

@@ -64,9 +64,11 @@ SecureInput& LinuxHost::secureInput() {
 KeyEvents& LinuxHost::keyEvents() {
   // A clipboard that cannot be given back must not be overwritten by a simulated copy. Where nothing is
   // selected some editors copy the line of the caret.
-  return made(keyEvents_, x11(), [this] {
-    return pasteboard()->canBeGivenBack() && !linuxAccessibility().selectionIsKnownEmpty();
-  });
+  // What somebody else has copied since must not be pasted in its place.
+  return made(
+      keyEvents_, x11(),
+      [this] { return pasteboard()->canBeGivenBack() && !linuxAccessibility().selectionIsKnownEmpty(); },
+      [this] { return pasteboard()->holdsPassingText(); });
 }
 
 HotKeyService& LinuxHost::hotKeyService() {

@@ -102,9 +102,9 @@ def own(*arguments, target='UTF8_STRING', clipboard=KEPT, may_be_refused=True):
         rig.wait_for_end()
         if clipboard is not None:
             rig.expect_clipboard(clipboard, target)
-        if not may_be_refused:
-            rig.expect_text(rig.stage.field, (MEANT,), 'the text')
-        rig.expect(clipboard=None)
+        rig.expect_text(rig.stage.field, (GARBLED, MEANT) if may_be_refused else (MEANT,), 'the text')
+        rig.own_clipboard('--target', 'UTF8_STRING', KEPT)  # a sound one, for the next fix
+        rig.expect()
     return run
 
 

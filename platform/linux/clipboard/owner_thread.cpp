@@ -15,6 +15,9 @@ namespace {
 
 constexpr std::chrono::milliseconds kClearDelay{5};
 
+// At the end of the program, when something may be over without an event.
+constexpr std::chrono::milliseconds kLookAgain{50};
+
 // A key event reaches the application with a time that may be a little later than its posting. A person does
 // not press the next key so soon.
 constexpr std::chrono::milliseconds kKeyEventTolerance{50};
@@ -112,9 +115,13 @@ void OwnerThread::run() {
       finishCommand();
     }
     answerLateCopy();
-    if (deferred_ && isDue()) carryOutDeferred();
-    owner_->handleEvents();
-    waitForWork();
+    // To look for what is due asks the server, and an answer may bring events with it: they are handled first.
+    std::optional<Clock::time_point> until;
+    do {
+      if (deferred_ && isDue()) carryOutDeferred();
+      until = nextDue();
+    } while (owner_->handleEvents());
+    waitForWork(until);
   }
 }
 
@@ -163,14 +170,19 @@ void OwnerThread::finishCommand() {
   finished_.notify_all();
 }
 
-/// Sleeps until an event or a command comes or something is due.
-void OwnerThread::waitForWork() {
+std::optional<OwnerThread::Clock::time_point> OwnerThread::nextDue() {
   std::optional<Clock::time_point> until;
   if (deferred_) {
-    until = waitsForFetch() ? deferred_->paste->time + times_.patience : deferred_->due;
+    until = deferred_->due;
+    if (waitsForFetch()) until = pasteIsOver().value_or(deferred_->paste->time + times_.patience);
     if (deferred_->due > Clock::now()) until = std::min(*until, deferred_->due);
   }
   if (lateCopy_) until = std::min(until.value_or(lateCopy_->until), lateCopy_->until);
+  return until;
+}
+
+/// Sleeps until an event or a command comes or the time has come.
+void OwnerThread::waitForWork(std::optional<Clock::time_point> until) {
   owner_->wait(wakeDescriptor_, until);
   std::uint64_t count = 0;
   if (read(wakeDescriptor_, &count, sizeof count) < 0) {
@@ -206,7 +218,13 @@ bool OwnerThread::isDue() {
   if (now < deferred_->due) return false;
   if (!deferred_->paste || !owner_->owns()) return true;
   return owner_->watchedIsGone() || now >= deferred_->paste->time + times_.patience ||
-         owner_->wasFetchedBy(deferred_->paste->application, deferred_->paste->time);
+         now >= pasteIsOver().value_or(Clock::time_point::max());
+}
+
+/// Nothing as long as the paste has not been fetched.
+std::optional<OwnerThread::Clock::time_point> OwnerThread::pasteIsOver() {
+  const auto fetched = owner_->firstFetchBy(deferred_->paste->application, deferred_->paste->time);
+  return fetched ? std::optional(*fetched + times_.secondFetch) : std::nullopt;
 }
 
 /// By the time of the request, so that the server ignores it when somebody has copied since.
@@ -235,7 +253,7 @@ void OwnerThread::answerLateCopy() {
 void OwnerThread::serveUntil(Clock::time_point end, const std::function<bool()>& enough) {
   owner_->handleEvents();
   while (owner_->connected() && Clock::now() < end && !enough()) {
-    owner_->wait(-1, end);
+    owner_->wait(-1, std::min(end, Clock::now() + kLookAgain));
     owner_->handleEvents();
   }
 }

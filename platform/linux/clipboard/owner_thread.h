@@ -32,6 +32,10 @@ struct OwnerTimes {
   std::chrono::milliseconds fetch{500};
   /// How long passing contents stay at most for the program that they were pasted to.
   std::chrono::seconds patience{30};
+  /// How long passing contents stay after they were fetched. A program with a history of the clipboard
+  /// fetches twice: what is new, and what is pasted. One that was held up does both at once, after the paste
+  /// shortcut.
+  std::chrono::milliseconds secondFetch{200};
   /// How long the answer to a copy shortcut is watched for after nobody has waited for it any more.
   std::chrono::seconds lateCopy{30};
 };
@@ -129,12 +133,14 @@ class OwnerThread {
   std::optional<Command> takeCommand();
   void carryOut(Command& command);
   void finishCommand();
-  void waitForWork();
+  std::optional<Clock::time_point> nextDue();
+  void waitForWork(std::optional<Clock::time_point> until);
   void noteChange(const SelectionOwner::Change& change);
   void defer(ClipboardContents contents, std::chrono::milliseconds atLeast,
              std::optional<PlayedShortcut> paste);
   bool waitsForFetch() const { return deferred_ && deferred_->paste; }
   bool isDue();
+  std::optional<Clock::time_point> pasteIsOver();
   void carryOutDeferred();
   void answerLateCopy();
   void serveUntil(Clock::time_point end, const std::function<bool()>& enough);

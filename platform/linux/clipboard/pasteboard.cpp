@@ -142,6 +142,10 @@ bool LinuxPasteboard::passingTextStands() {
          reader_->readText({kTakenOverTime, kTakenOverTime, budget_.bytes}) == passing_->text;
 }
 
+bool LinuxPasteboard::holdsPassingText() {
+  return owner_ && (owner_->lastChange().isOwn || passingTextStands());
+}
+
 /// Of a fix only: whoever clears or writes at another time wants what is there to go.
 bool LinuxPasteboard::somebodyElseHasCopied() {
   const OwnerThread::Change change = owner_->lastChange();

@@ -86,6 +86,9 @@ class LinuxPasteboard : public Pasteboard {
 
   /// Whether what the last items() found is held whole.
   bool canBeGivenBack() const { return canBeGivenBack_; }
+  /// Whether a paste now would paste the text of setString(): nobody has copied something else since. Where
+  /// another program owns the clipboard, waits for its answer as string() does.
+  bool holdsPassingText();
 
  private:
   using Clock = std::chrono::steady_clock;

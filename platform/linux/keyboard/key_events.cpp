@@ -65,8 +65,9 @@ class XTestKeyEvent : public KeyEvent {
 
 }  // namespace
 
-LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayCopy)
-    : x11_(std::move(x11)), mayCopy_(std::move(mayCopy)) {}
+LinuxKeyEvents::LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayCopy,
+                               std::function<bool()> mayPaste)
+    : x11_(std::move(x11)), mayCopy_(std::move(mayCopy)), mayPaste_(std::move(mayPaste)) {}
 
 EventFlags LinuxKeyEvents::flagsState(EventSourceState /*state*/) {
   if (!x11_ || !x11_->hasXkb()) return kNoEventFlags;
@@ -125,7 +126,9 @@ LinuxKeyEvents::Front LinuxKeyEvents::front() {
 
 bool LinuxKeyEvents::mayPlay(Shortcut shortcut, const Front& front) {
   if (!keys_.insert) return false;
-  if (shortcut == Shortcut::paste) return !copiedFrom_ || front == copiedFrom_;
+  if (shortcut == Shortcut::paste) {
+    return (!copiedFrom_ || front == copiedFrom_) && (!mayPaste_ || mayPaste_());
+  }
   const auto windowClass = x11_->windowClass(front.active);
   if (windowClass && (isTerminalClass(*windowClass) || isPasswordPromptClass(*windowClass) ||
                       copyEndsSelectionInClass(*windowClass))) {

@@ -25,8 +25,8 @@ enum class Shortcut { none, copy, paste };
 /// A shortcut is refused when no key types Insert. It is refused in a terminal, where the copy shortcut stops
 /// the running program or types an escape sequence. It is refused in a prompt for a password, and in an
 /// editor in which copying ends the selection (window_classes.h). A copy is refused when `mayCopy` returns
-/// false. A paste is refused when the window in front or the input focus is not the one at the time of the
-/// copy.
+/// false, a paste when `mayPaste` does. A paste is refused when the window in front or the input focus is not
+/// the one at the time of the copy.
 ///
 /// A modifier that the user holds is released before a key is pressed, because the key must have its own
 /// modifiers only. It is not pressed again afterwards: the user may have released it meanwhile, and it would
@@ -36,9 +36,10 @@ enum class Shortcut { none, copy, paste };
 /// of simulated keys may have no Hebrew, and its keys would then change the selected layout.
 class LinuxKeyEvents : public KeyEvents {
  public:
-  /// `mayCopy` is called right before a copy; without it every copy is allowed. Without a display no event
-  /// can be made.
-  explicit LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayCopy = {});
+  /// `mayCopy` is called right before a copy and `mayPaste` right before a paste; without them each is
+  /// allowed. Without a display no event can be made.
+  explicit LinuxKeyEvents(std::shared_ptr<X11Connection> x11, std::function<bool()> mayCopy = {},
+                          std::function<bool()> mayPaste = {});
 
   /// The modifier keys that are held. Locked and latched modifiers do not count. Both states give the same
   /// answer.
@@ -66,6 +67,7 @@ class LinuxKeyEvents : public KeyEvents {
 
   std::shared_ptr<X11Connection> x11_;
   std::function<bool()> mayCopy_;
+  std::function<bool()> mayPaste_;
   // As they were when a key was pressed, so that its release releases the same keys.
   KeyboardDevices devices_;
   ShortcutKeys keys_;

@@ -112,12 +112,15 @@ const SelectionOwner::OwnedTargets& SelectionOwner::contentsFor(xcb_window_t req
   return forOthers_ && !mayBeTheSame(application(requestor), exempt_) ? *forOthers_ : owned_;
 }
 
-void SelectionOwner::handleEvents() {
+bool SelectionOwner::handleEvents() {
+  bool any = false;
   while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
     handleEvent(*event);
+    any = true;
   }
   dropStalledTransfers();
   xcb_flush(connection_.get());
+  return any;
 }
 
 void SelectionOwner::wait(int descriptor, std::optional<Clock::time_point> until) {
@@ -277,13 +280,16 @@ void SelectionOwner::noteFetch(xcb_window_t requestor, const OwnedTarget& owned)
   if (fetches_.size() > kMaxFetches) fetches_.pop_front();
 }
 
-bool SelectionOwner::wasFetchedBy(const XApplication& by, Clock::time_point since) {
+std::optional<SelectionOwner::Clock::time_point> SelectionOwner::firstFetchBy(const XApplication& by,
+                                                                              Clock::time_point since) {
   const auto isBy = [&](xcb_window_t requestor) { return mayBeTheSame(application(requestor), by); };
-  return std::any_of(
-             fetches_.begin(), fetches_.end(),
-             [&](const Fetch& each) { return each.isText && each.time >= since && isBy(each.requestor); }) &&
-         std::none_of(transfers_.begin(), transfers_.end(),
-                      [&](const Transfer& each) { return isBy(each.requestor); });
+  const bool isUnderWay = std::any_of(transfers_.begin(), transfers_.end(),
+                                      [&](const Transfer& each) { return isBy(each.requestor); });
+  if (isUnderWay) return std::nullopt;
+  const auto first = std::find_if(fetches_.begin(), fetches_.end(), [&](const Fetch& each) {
+    return each.isText && each.time >= since && isBy(each.requestor);
+  });
+  return first == fetches_.end() ? std::nullopt : std::optional(first->time);
 }
 
 bool SelectionOwner::wasFetched(Clock::time_point since) const {

@@ -47,13 +47,14 @@ class SelectionOwner {
   void serveOthers(const ClipboardContents& contents, const XApplication& exempt);
 
   /// Handles what has arrived, without waiting for more.
-  void handleEvents();
+  bool handleEvents();
   /// Waits for events, or until the descriptor is readable (-1: none), or until the time; handles nothing.
   void wait(int descriptor, std::optional<Clock::time_point> until);
   bool connected() const { return xcb_connection_has_error(connection_.get()) == 0; }
 
-  /// Whether the program has fetched text from the present claim since then, and nothing is on its way to it.
-  bool wasFetchedBy(const XApplication& application, Clock::time_point since);
+  /// When the program first fetched text from the present claim since then. A fetch in pieces counts at its
+  /// end.
+  std::optional<Clock::time_point> firstFetchBy(const XApplication& application, Clock::time_point since);
   /// Whether anybody has fetched contents since then.
   bool wasFetched(Clock::time_point since) const;
   /// Watches a window of another program from now on, one at a time.

@@ -15,7 +15,8 @@ struct SimulatedKeys : testing::Test {
   Typist typist;
   std::shared_ptr<X11Connection> x11 = X11Connection::open();
   bool mayCopy = true;
-  LinuxKeyEvents keyEvents{x11, [this] { return mayCopy; }};
+  bool mayPaste = true;
+  LinuxKeyEvents keyEvents{x11, [this] { return mayCopy; }, [this] { return mayPaste; }};
 
   SimulatedKeys() { display.setLayouts("us,il"); }
   EventFlags held() { return keyEvents.flagsState(EventSourceState::combinedSession); }
@@ -205,6 +206,16 @@ TEST_F(SimulatedKeys, copyNothingWhenTheHostSaysSo) {
   EXPECT_EQ(play(kKeyC), PostResult::refused);
   EXPECT_EQ(window.keys(), "");
   EXPECT_FALSE(keyEvents.lastCopy());
+}
+
+TEST_F(SimulatedKeys, pasteNothingWhenTheHostSaysSo) {
+  FocusedWindow window("Mousepad");
+  EXPECT_EQ(play(kKeyC), PostResult::posted);
+  EXPECT_TRUE(pumpUntil([&] { return window.keys() == "+37 +118 -118 -37"; })) << window.keys();
+  mayPaste = false;
+  EXPECT_EQ(play(kKeyV), PostResult::refused);
+  EXPECT_EQ(window.keys(), "+37 +118 -118 -37");
+  EXPECT_FALSE(keyEvents.lastPaste());
 }
 
 TEST_F(SimulatedKeys, arePastedOnlyWhereTheyWereCopied) {
