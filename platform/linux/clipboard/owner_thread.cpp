@@ -115,7 +115,8 @@ void OwnerThread::run() {
       finishCommand();
     }
     answerLateCopy();
-    // To look for what is due asks the server, and an answer may bring events with it: they are handled first.
+    // To look for what is due asks the server, and an answer may bring events with it: they are handled
+    // first.
     std::optional<Clock::time_point> until;
     do {
       if (deferred_ && isDue()) carryOutDeferred();
