@@ -35,7 +35,7 @@ struct OwnerTimes {
   /// How long passing contents stay after they were fetched. A program with a history of the clipboard
   /// fetches twice: what is new, and what is pasted. One that was held up does both at once, after the paste
   /// shortcut.
-  std::chrono::milliseconds secondFetch{200};
+  std::chrono::milliseconds secondFetch{600};
   /// How long the answer to a copy shortcut is watched for after nobody has waited for it any more.
   std::chrono::seconds lateCopy{30};
 };

@@ -56,6 +56,7 @@ std::string bigValue(std::size_t size) {
   return value;
 }
 
+#ifndef LEXWEND_SANITIZED
 std::size_t residentBytes() {
   std::ifstream status("/proc/self/statm");
   std::size_t size = 0;
@@ -63,6 +64,7 @@ std::size_t residentBytes() {
   status >> size >> resident;
   return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
+#endif
 
 bool becomes(const std::function<bool()>& condition) {
   const auto deadline = Clock::now() + std::chrono::seconds(10);
