@@ -32,7 +32,10 @@ install(FILES packaging/completions/_lexwend packaging/completions/_lexwend-conv
   DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
 install(FILES packaging/completions/lexwend.fish packaging/completions/lexwend-convert.fish
   DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
-install(FILES README.md CHANGELOG.md docs/using.md docs/applications.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+# As they stand in the tree, so that their links and pictures are found.
+install(FILES README.md README.he.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES docs/using.md docs/applications.md docs/privacy.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(DIRECTORY docs/he docs/pictures DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 # A package of Debian says its licence in a file of its own.
 if(NOT DEFINED ENV{DEB_BUILD_ARCH})
   install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")

@@ -31,8 +31,8 @@ packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
 # The large applications of `./test --all`.
 packages_large="chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 kate"
 
-# To make and check the Debian package.
-packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db"
+# To make and check the Debian package, and to try it in a fresh root.
+packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db mmdebstrap xvfb x11-xkb-utils"
 
 # The benchmarks of the preset `bench`.
 packages_bench="libbenchmark-dev"
@@ -63,12 +63,12 @@ setup_packages() {
   done | sort -u
 }
 
-# Reads package names, prints those that are not installed.
+# Reads package names, prints those that are not installed. Needs no /dev/fd, which a bare root may lack.
 setup_missing() {
   local wanted installed
   wanted=$(cat)
   installed=$(dpkg-query -W -f '${Package} ${db:Status-Status}\n' $wanted 2>/dev/null | sed -n 's/ installed$//p' | sort -u)
-  comm -23 <(printf '%s\n' "$wanted" | sort -u) <(printf '%s\n' "$installed")
+  printf '%s\n' "$wanted" | sort -u | grep -vxF "$installed"
 }
 
 # Runs a command as root: apt-get's questions are switched off, a lock held by another program is waited for.

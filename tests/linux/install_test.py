@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""What cmake --install puts where, for a user and for a package.
+"""What cmake --install puts where, for a user and for a package, and what the target uninstall takes away again.
 
 usage: install_test.py CMAKE BUILD
 """
@@ -38,12 +38,21 @@ def expect_installed(root, prefix):
     assert '\nd %h/Library/Logs ' in folders, folders
 
 
+def files(folder):
+    return {path for path in folder.rglob('*') if not path.is_dir()}
+
+
 with tempfile.TemporaryDirectory() as name:
     folder = Path(name)
     own = folder / 'the user' / '.local'
+    other = own / 'share' / 'applications' / 'of-another-program.desktop'
+    other.parent.mkdir(parents=True)
+    other.touch()
     install(own, folder / 'home')
     expect_installed(own, own)
     assert (folder / 'home' / 'Library' / 'Logs').is_dir()
+    subprocess.run([sys.argv[1], '--build', sys.argv[2], '--target', 'uninstall'], check=True, stdout=subprocess.DEVNULL)
+    assert files(own) == {other}, files(own)
 
     install('/usr', folder / 'builder', DESTDIR=str(folder / 'package'))
     expect_installed(folder / 'package' / 'usr', '/usr')
