@@ -26,7 +26,7 @@ ARCHIVES = ROOT / "build" / "package" / "archives"
 OLDER = "0.0.1"
 USER = 1000
 STARTED = time.monotonic()
-PROGRAMS = ("lexwend", "lexwend-convert")
+PROGRAMS = ("lexwend", "lexwend-convert", "lexwend-doctor")
 # Of what the package must have. What it has besides is compared with its own list.
 EXPECTED = [f"usr/bin/{program}" for program in PROGRAMS] + [f"usr/share/man/man1/{program}.1.gz" for program in PROGRAMS] + [
     f"usr/share/{place}" for program in PROGRAMS

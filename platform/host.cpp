@@ -8,6 +8,7 @@
 #include "platform/alerts.h"
 #include "platform/application.h"
 #include "platform/date_formatter.h"
+#include "platform/diagnosis.h"
 #include "platform/files.h"
 #include "platform/hot_key_service.h"
 #include "platform/input_sources.h"
@@ -107,6 +108,9 @@ DateFormatters& dateFormatters() {
 }
 PasteboardRef generalPasteboard() {
   return installedHost().generalPasteboard();
+}
+Diagnosis& diagnosis() {
+  return installedHost().diagnosis();
 }
 
 }  // namespace lexwend::platform

@@ -24,6 +24,7 @@ class Application;
 class Files;
 class DateFormatters;
 class Pasteboard;
+class Diagnosis;
 
 /// One operating system: the owner of all its services. A service is made when it is first asked for, so a
 /// program that needs no display never looks for one. The first call may block while the service connects to
@@ -51,6 +52,7 @@ class Host {
   virtual Files& files() = 0;
   virtual DateFormatters& dateFormatters() = 0;
   virtual std::shared_ptr<Pasteboard> generalPasteboard() = 0;
+  virtual Diagnosis& diagnosis() = 0;
 };
 
 /// The host of this program. Each host defines this function once; linking chooses one of them.

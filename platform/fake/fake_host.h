@@ -11,6 +11,7 @@
 #include "platform/fake/fake_application.h"
 #include "platform/fake/fake_apps.h"
 #include "platform/fake/fake_date_formatter.h"
+#include "platform/fake/fake_diagnosis.h"
 #include "platform/fake/fake_files.h"
 #include "platform/fake/fake_hot_keys.h"
 #include "platform/fake/fake_input_sources.h"
@@ -71,6 +72,7 @@ class FakeHost : public Host {
   FakeFiles& files() override { return files_; }
   FakeDateFormatters& dateFormatters() override { return dateFormatters_; }
   std::shared_ptr<Pasteboard> generalPasteboard() override { return pasteboard_; }
+  FakeDiagnosis& diagnosis() override { return diagnosis_; }
 
   // Controls of a test.
   FakePasteboard& pasteboard() { return *pasteboard_; }
@@ -127,6 +129,7 @@ class FakeHost : public Host {
   FakeRunLoop runLoop_;
   FakeFiles files_;
   FakeDateFormatters dateFormatters_;
+  FakeDiagnosis diagnosis_;
   bool settled_ = false;
 };
 

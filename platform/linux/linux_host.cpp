@@ -5,6 +5,7 @@
 
 #include "platform/linux/selection/reader.h"
 #include "platform/linux/session/buses.h"
+#include "platform/linux/session/identity.h"
 
 namespace lexwend::platform {
 namespace {
@@ -128,6 +129,14 @@ DateFormatters& LinuxHost::dateFormatters() {
 
 std::shared_ptr<Pasteboard> LinuxHost::generalPasteboard() {
   return pasteboard();
+}
+
+Diagnosis& LinuxHost::diagnosis() {
+  return made(diagnosis_,
+              LinuxDiagnosis::Needs{
+                  .x11 = [this] { return x11(); },
+                  .accessibilityIsConnected = [this] { return linuxAccessibility().isConnected(); },
+                  .runningAgent = [this] { return runningApplications_.holderOfLock(kIdentifier); }});
 }
 
 const std::shared_ptr<X11Connection>& LinuxHost::x11() {

@@ -9,6 +9,7 @@
 #include "platform/linux/accessibility/accessibility.h"
 #include "platform/linux/accessibility/secure_input.h"
 #include "platform/linux/clipboard/pasteboard.h"
+#include "platform/linux/diagnosis/diagnosis.h"
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/keyboard/hot_key_service.h"
 #include "platform/linux/keyboard/input_sources.h"
@@ -56,6 +57,7 @@ class LinuxHost : public Host {
   Files& files() override;
   DateFormatters& dateFormatters() override;
   std::shared_ptr<Pasteboard> generalPasteboard() override;
+  Diagnosis& diagnosis() override;
 
  private:
   /// The connection that the services share; null without a display.
@@ -88,6 +90,7 @@ class LinuxHost : public Host {
   std::optional<LinuxStatusBar> statusBar_;
   std::optional<LinuxKeyEvents> keyEvents_;
   std::optional<LinuxHotKeyService> hotKeyService_;
+  std::optional<LinuxDiagnosis> diagnosis_;
   std::optional<LinuxRunLoop> runLoop_;
 };
 

@@ -25,7 +25,7 @@ def expect_installed(root, prefix):
     entry = shown.read_text(encoding='utf-8').splitlines()
     assert f'Exec="{prefix}/bin/lexwend"' in entry, entry
     assert f'Icon={IDENTIFIER}' in entry, entry
-    for program in ('lexwend', 'lexwend-convert'):
+    for program in ('lexwend', 'lexwend-convert', 'lexwend-doctor'):
         assert os.access(root / 'bin' / program, os.X_OK), program
         run = subprocess.run([root / 'bin' / program, '--version'], stdout=subprocess.PIPE, text=True, check=True)
         assert run.stdout.startswith(program + ' '), run.stdout
