@@ -17,6 +17,7 @@
 #include "core/converter.h"
 #include "tools/byte_stream.h"
 #include "tools/convert_options.h"
+#include "tools/progress.h"
 #include "tools/record_splitter.h"
 #include "tools/system_layout_map.h"
 
@@ -92,6 +93,7 @@ class Filter {
   void readInput(OnChunk onChunk) {
     static const std::vector<std::string> kStandardInput{"-"};
     std::string chunk;
+    Progress progress;
     for (const std::string& file : options_.files.empty() ? kStandardInput : options_.files) {
       std::optional<ByteReader> reader;
       const auto next = [&] {
@@ -102,7 +104,10 @@ class Filter {
           throw ReadError{file == "-" ? "standard input" : file, error.code().message()};
         }
       };
-      while (next()) onChunk(chunk);
+      while (next()) {
+        progress.add(chunk.size());
+        onChunk(chunk);
+      }
     }
   }
 

@@ -25,9 +25,8 @@ constexpr int kWrongArguments = 2;
 
 constexpr const char* kUsage =
     "usage: lexwend-doctor [--try] [--after SECONDS] [--json]\n"
-    "Tells why a fix does not work here, and what to do about it. Nothing of your text is read or shown.\n"
-    "  --try            also opens a field of its own, fixes a text in it by each path, and says how long it "
-    "took\n"
+    "Tells why a fix does not work here, and what to do about it. Reads and shows nothing of your text.\n"
+    "  --try            also opens a field of its own, fixes a text in it by each path, and times it\n"
     "  --after SECONDS  looks after so many seconds; meanwhile click into the window where a fix fails\n"
     "  --json           the same for tools, in English\n"
     "  -h, --help       print this\n"
@@ -36,10 +35,10 @@ constexpr const char* kUsage =
     "  lexwend-doctor\n"
     "  lexwend-doctor --after 5\n"
     "  lexwend-doctor --json | python3 -m json.tool\n"
-    "Files: ~/Library/Logs/Lexwend.log, ~/.config/lexwend/settings,\n"
-    "       ~/.config/autostart/org.lexwend.Lexwend.desktop (it only reads them; --try writes to the log)\n"
-    "It speaks Hebrew where the locale is Hebrew. Exit status: 0 all is well, 1 findings, 2 wrong "
-    "arguments.\n";
+    "Files, which it only reads (--try writes to the log): ~/Library/Logs/Lexwend.log,\n"
+    "  ~/.config/lexwend/settings, ~/.config/autostart/org.lexwend.Lexwend.desktop\n"
+    "It speaks Hebrew where the locale is Hebrew.\n"
+    "Exit status: 0 all is well, 1 findings, 2 wrong arguments.\n";
 
 struct Options {
   bool tries = false;

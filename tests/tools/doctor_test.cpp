@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "platform/fake/fake_host.h"
 #include "support/settings.h"
@@ -62,7 +63,7 @@ struct Doctor : ::testing::Test {
   }
   void writeLog(const std::string& text) { std::ofstream(home / "Library/Logs/Lexwend.log") << text; }
 
-  fs::path home = fs::path(::testing::TempDir()) / "lexwend-doctor-test";
+  fs::path home = fs::path(::testing::TempDir()) / ("lexwend-doctor-" + std::to_string(getpid()));
   platform::FakeHost host;
   platform::HostScope scope{host};
   platform::SessionFacts& session = host.diagnosis().session;
