@@ -33,7 +33,7 @@ foreach(program lexwend lexwend-convert lexwend-doctor)
 endforeach()
 # As they stand in the tree, so that their links and pictures are found.
 install(FILES README.md README.he.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(FILES docs/using.md docs/applications.md docs/privacy.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(FILES docs/using.md docs/applications.md docs/editors.md docs/privacy.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY docs/he docs/pictures DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 # A package of Debian says its licence in a file of its own.
 if(NOT DEFINED ENV{DEB_BUILD_ARCH})
