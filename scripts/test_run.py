@@ -187,10 +187,10 @@ def main():
         if linux:
             check(tally, "format", python, "scripts/check_style.py", "format")
             check(tally, "canary of the format", python, "scripts/check_style.py", "format-canary")
-            check(tally, "headers", python, "scripts/check_style.py", "headers", "build/asan")
+            check(tally, "headers", python, "scripts/check_style.py", "headers", "build/dev")
             check(tally, "canary of the headers", python, "scripts/check_style.py", "headers-canary")
             check(tally, "canaries of clang-tidy", python, "scripts/check_style.py", "tidy-canary")
-            check(tally, "clang-tidy", python, "-u", "scripts/check_style.py", "tidy", "build/asan")
+            check(tally, "clang-tidy", python, "-u", "scripts/check_style.py", "tidy-deep" if wanted.all else "tidy", "build/dev")
     return tally.close()
 
 
