@@ -28,7 +28,7 @@ struct Direction {
 /// Text of one script is converted away from it; all other text away from the layout that is active.
 Direction directionOf(Letters letters, bool currentLayoutIsHebrew);
 
-/// Adds what letters `text` holds to `letters`; looks no further once both are there.
+/// Adds the kinds of letters in `text` to `letters`. Stops reading once both are found.
 void findLetters(std::string_view text, Letters& letters);
 
 /// The conversion by a plain map: one pass over each word.
@@ -37,8 +37,8 @@ class PlainConverter {
   /// The table must fit the direction, and outlive the converter.
   PlainConverter(const PlainTable& table, Direction direction) : table_(table), direction_(direction) {}
 
-  /// Converts a text that begins at a character and a word. Gives the output pieces of a few kilobytes.
-  /// Returns whether anything changed.
+  /// Converts a text whose start is the start of a character and of a word. Hands the output pieces of at
+  /// most 16 KiB. Returns whether anything changed.
   bool convert(std::string_view text, TextOutput& output);
 
  private:
