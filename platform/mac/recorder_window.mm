@@ -171,7 +171,6 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
                       events:(lexwend::platform::RecorderWindowEvents)events {
   using namespace lexwend::platform::mac;
   self = [super initWithWindow:makeWindow(look)];
-  if (self == nil) return nil;
   self.window.delegate = self;
   events_ = std::move(events);
 

@@ -131,6 +131,22 @@ TEST_F(LayoutObservers, hearAtOnceAndAgainWhenTheApplicationBecomesActive) {
   EXPECT_EQ(changes, 3) << "those held back become one";
 }
 
+TEST_F(LayoutObservers, areSilentOnceTheirRegistrationEnded) {
+  observer.cancel();
+  doubles::input_sources::postEnabledSourcesChanged();
+  host->application().activate(true);
+  doubles::time::advance(0ms);
+  EXPECT_EQ(changes, 0);
+}
+
+TEST_F(LayoutObservers, hearEachForItself) {
+  int others = 0;
+  const auto other = host->inputSourceService().observeEnabledLayoutsChanged([&] { ++others; });
+  doubles::input_sources::postEnabledSourcesChanged();
+  EXPECT_EQ(changes, 1);
+  EXPECT_EQ(others, 1);
+}
+
 TEST_F(LayoutObservers, mayEndTheHostThatHoldsThem) {
   const auto held = std::make_shared<int>(0);
   host = makeHost();
@@ -313,6 +329,17 @@ TEST_F(AgentOnARealMac, dropsThePressesThatWaitedForItsMenuToClose) {
     doubles::time::advance(1ms);
     EXPECT_EQ(doubles::hot_keys::press(kF2, 0), 0);
     EXPECT_EQ(desktop.editorText(), "שלום");
+  });
+}
+
+TEST_F(AgentOnARealMac, dropsThePressThatWaitedForAFixToEnd) {
+  doubles::defaults::set("compatMode", true);
+  run([&] {
+    doubles::time::later(3ms, [] { doubles::hot_keys::press(kF2, 0); });
+    doubles::hot_keys::press(kF2, 0);
+    doubles::time::advance(1s);
+    EXPECT_EQ(desktop.editorText(), "שלום");
+    EXPECT_EQ(doubles::callsNamed("GetEventParameter").size(), 1u);
   });
 }
 

@@ -85,7 +85,6 @@ TEST_F(MacRunLoopService, schedulesATimerThatGoesOnWhileAnAlertIsOpen) {
   const auto scheduled = doubles::callsNamed("+[NSTimer scheduledTimerWithTimeInterval:repeats:block:]");
   ASSERT_EQ(scheduled.size(), 1u);
   EXPECT_EQ(scheduled[0].arguments, "2, repeats=true");
-  EXPECT_TRUE(doubles::callsNamed("+[NSRunLoop currentRunLoop]").empty()) << "not by name the main thread's";
   timer.cancel();
 }
 

@@ -34,7 +34,7 @@ struct State {
   // Handles stay for the session, so that one that is used too late is recognised.
   std::vector<std::unique_ptr<OpaqueEventHotKeyRef>> hotKeys;
   std::vector<std::unique_ptr<OpaqueEventRef>> events;
-  std::vector<OpaqueEventRef*> queued;  // pressed while the agent's menu is open
+  std::vector<OpaqueEventRef*> queued;  // pressed while the agent's menu is open or its main thread blocked
   std::int32_t nextRegistrationStatus = noErr;
   bool isNextReferenceNull = false;
   std::int32_t nextParameterStatus = noErr;
@@ -93,7 +93,7 @@ std::optional<std::int32_t> dispatch(std::uint32_t signature, std::uint32_t id) 
   state().events.push_back(
       std::make_unique<OpaqueEventRef>(OpaqueEventRef{{signature, id}, secondsSinceStartup(), true}));
   OpaqueEventRef* event = state().events.back().get();
-  if (isMenuOpen()) {
+  if (isMenuOpen() || isMainThreadBlocked()) {
     state().queued.push_back(event);
     return std::nullopt;
   }
@@ -103,6 +103,7 @@ std::optional<std::int32_t> dispatch(std::uint32_t signature, std::uint32_t id) 
 }  // namespace lexwend::doubles::hot_keys
 
 void lexwend::doubles::deliverQueuedPresses() {
+  if (isMenuOpen()) return;
   for (OpaqueEventRef* event : std::exchange(state().queued, {})) deliver(event);
 }
 

@@ -307,6 +307,7 @@ struct Alert {
 /// The user answers the next alert after that time. An alert without a prepared answer ends the process.
 void answerNext(long response, std::chrono::microseconds after = {});
 void answerNextWithEscape();  ///< presses the button that has Escape, of which there must be one
+void answerNextWithReturn();  ///< the same with Return
 /// Answers every alert for which nothing else is prepared.
 void answerWith(std::function<long(const Alert&)> answer);
 std::vector<Alert> shown();

@@ -59,6 +59,7 @@ struct TimeState {
   bool isWoken = false;                   // its next turn comes at once, not with whatever happens next
   std::vector<NSTimer*> timers;           // retained while they are scheduled and valid
   bool isModal = false;                   // the run loop is in the mode of a modal panel
+  bool isBlocked = false;                 // the main thread sleeps, and no event reaches it
   std::size_t activities = 0;
 };
 TimeState& timeState() {
@@ -145,10 +146,12 @@ void runOuterDue() {
 /// Time passes while the main thread is blocked: only the outer world moves.
 void sleepFor(microseconds duration) {
   const microseconds end = timeState().now + duration;
+  const bool wasBlocked = std::exchange(timeState().isBlocked, true);
   while (earliestOuter() <= end) {
     timeState().now = std::max(timeState().now, earliestOuter());
     runOuterDue();
   }
+  timeState().isBlocked = wasBlocked;
   timeState().now = end;
 }
 
@@ -176,7 +179,9 @@ void requireMainQueue(dispatch_queue_t queue, const char* what) {
 
 namespace lexwend::doubles {
 
+bool isMainThreadBlocked() { return timeState().isBlocked; }
 void runMainQueueAndTimersDue() {
+  deliverQueuedPresses();
   runOuterDue();
   while (earliestInRunLoop() <= timeState().now) {
     @autoreleasepool {
@@ -315,8 +320,7 @@ NSRunLoopMode const NSRunLoopCommonModes = @"kCFRunLoopCommonModes";
   return the;
 }
 + (NSRunLoop*)currentRunLoop {
-  called();
-  return [self mainRunLoop];
+  die("the run loop of whatever thread asks for it; the main one has a name");
 }
 - (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode {
   if (!timer->isValid_) die("-[NSRunLoop addTimer:forMode:] with a timer that is no longer valid");
@@ -598,10 +602,8 @@ void deliverHeldNotifications() {
     });
   }
 }
-double secondsSinceStartup() {
-  constexpr double kAtStart = 1000;
-  return kAtStart + static_cast<double>(timeState().now.count()) / 1e6;
-}
+/// The session begins with the system.
+double secondsSinceStartup() { return static_cast<double>(timeState().now.count()) / 1e6; }
 void postTo(NSNotificationCenter* center, NSString* name) { [center postNotificationName:name object:nil]; }
 namespace workspace {
 std::size_t observers() {

@@ -249,6 +249,7 @@ const ProcessEndHook kProcessEnd([] { state().isMenuOpen = false; });
 - (void)removeStatusItem:(NSStatusItem*)item {
   record();
   if (std::erase(state().items, item) == 0) die("-[NSStatusBar removeStatusItem:]: no such item");
+  state().isMenuOpen = false;  // its menu goes with it, without a word to the delegate
 }
 @end
 

@@ -24,12 +24,12 @@ using namespace lexwend::doubles;
 
 namespace {
 void lastWindowMayHaveClosed();
-constexpr long kEscape = -1;
+constexpr long kEscape = -1, kReturn = -2;
 struct State {
   std::vector<NSWindow*> windows;  // not retained
   NSWindow* key = nil;
   std::vector<LXWKeyMonitor*> monitors;
-  std::vector<std::pair<long, std::chrono::microseconds>> alertAnswers;  // kEscape: by that key
+  std::vector<std::pair<long, std::chrono::microseconds>> alertAnswers;  // kEscape, kReturn: by that key
   std::vector<alerts::Alert> alertsShown;
   std::function<long(const alerts::Alert&)> alertAnswer;
 };
@@ -332,11 +332,13 @@ void lexwend::doubles::appearanceChanged() {
   const auto [answer, after] = state().alertAnswers.front();
   state().alertAnswers.erase(state().alertAnswers.begin());
   time::advanceInModalPanel(after);
-  if (answer != kEscape) return answer;
+  if (answer != kEscape && answer != kReturn) return answer;
   for (NSUInteger i = 0; i < buttons_.count; ++i) {
-    if ([[buttons_[i] keyEquivalent] isEqualToString:@"\033"]) return NSAlertFirstButtonReturn + (long)i;
+    if ([[buttons_[i] keyEquivalent] isEqualToString:answer == kEscape ? @"\033" : @"\r"]) {
+      return NSAlertFirstButtonReturn + (long)i;
+    }
   }
-  die("the alert does not hear Escape: " + shown.messageText);
+  die("the alert does not hear the key: " + shown.messageText);
 }
 @end
 
@@ -382,6 +384,7 @@ void lexwend::doubles::appearanceChanged() {
   requireApplication();
   requireNonnull((void*)block);
   record(std::to_string(mask));
+  if (takeFailure()) return nil;
   LXWKeyMonitor* monitor = [[LXWKeyMonitor alloc] init];
   monitor->block = (NSEvent * (^)(NSEvent*))[(id)block copy];
   monitor->mask = mask;
@@ -518,6 +521,7 @@ void answerNext(long response, std::chrono::microseconds after) {
   state().alertAnswers.push_back({response, after});
 }
 void answerNextWithEscape() { answerNext(kEscape); }
+void answerNextWithReturn() { answerNext(kReturn); }
 void answerWith(std::function<long(const Alert&)> answer) { state().alertAnswer = std::move(answer); }
 std::vector<Alert> shown() { return state().alertsShown; }
 }  // namespace lexwend::doubles::alerts
