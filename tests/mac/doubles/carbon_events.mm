@@ -184,13 +184,6 @@ OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, Ite
   if (handlerRef != nullptr) *handlerRef = state().handlers.back().get();
   return noErr;
 }
-OSStatus RemoveEventHandler(EventHandlerRef handlerRef) {
-  record();
-  const auto removed =
-      std::erase_if(state().handlers, [&](const auto& each) { return each.get() == handlerRef; });
-  if (removed == 0) die("RemoveEventHandler: no such handler");
-  return noErr;
-}
 
 OSStatus RegisterEventHotKey(UInt32 hotKeyCode, UInt32 hotKeyModifiers, EventHotKeyID hotKeyId,
                              EventTargetRef target, OptionBits options, EventHotKeyRef* hotKeyRef) {
@@ -256,12 +249,10 @@ OSStatus GetEventParameter(EventRef event, EventParamName name, EventParamType d
   if (actualSize != nullptr) *actualSize = sizeof(EventHotKeyID);
   return noErr;
 }
-OSType GetEventClass(EventRef) { return kEventClassKeyboard; }
 EventTime GetEventTime(EventRef event) {
   requireNonnull(event, "GetEventTime: the event");
   if (!event->isDelivered) die("GetEventTime: the event is gone");
   return event->time;
 }
 EventTime GetCurrentEventTime() { return secondsSinceStartup(); }
-UInt32 GetEventKind(EventRef) { return kEventHotKeyPressed; }
 }

@@ -86,10 +86,6 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   pasteboard::Item* item = contentsOf(self);
   return item == nullptr ? nil : dataIn(*item, utf8(type));
 }
-- (NSString*)stringForType:(NSPasteboardType)type {
-  NSData* data = [self dataForType:type];
-  return data == nil ? nil : [[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease];
-}
 - (BOOL)setData:(NSData*)data forType:(NSPasteboardType)type {
   requireKind(data, [NSData class]);
   requireKind(type, [NSString class]);
@@ -97,18 +93,6 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   if (place_ || wasWritten_) die("-[NSPasteboardItem setData:forType:] on an item that a pasteboard holds");
   setDataIn(own_, utf8(type), data);
   return YES;
-}
-- (BOOL)setString:(NSString*)text forType:(NSPasteboardType)type {
-  return [self setData:[text dataUsingEncoding:NSUTF8StringEncoding] forType:type];
-}
-- (BOOL)setDataProvider:(id<NSPasteboardItemDataProvider>)provider forTypes:(NSArray*)types {
-  die("promised data is not written by the host");
-}
-- (NSArray*)writableTypesForPasteboard:(NSPasteboard*)pasteboard {
-  return self.types;
-}
-- (id)pasteboardPropertyListForType:(NSPasteboardType)type {
-  return [self dataForType:type];
 }
 @end
 
@@ -142,15 +126,6 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
     [item release];
   }
   return items;
-}
-- (NSArray*)types {
-  NSMutableArray* types = [NSMutableArray array];
-  for (const auto& item : state().items) {
-    for (id type in typesIn(item)) {
-      if (![types containsObject:type]) [types addObject:type];
-    }
-  }
-  return types;
 }
 - (NSInteger)clearContents {
   called();
@@ -190,12 +165,6 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   requireKind(type, [NSString class]);
   record(utf8(type));
   return [self setData:[text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES] forType:type];
-}
-- (NSData*)dataForType:(NSPasteboardType)type {
-  for (auto& item : state().items) {
-    if (NSData* data = dataIn(item, utf8(type))) return data;
-  }
-  return nil;
 }
 - (BOOL)setData:(NSData*)data forType:(NSPasteboardType)type {
   if (!state().isOwnedHere) return NO;
