@@ -435,6 +435,21 @@ TEST_F(RefusedPasteboard, isLeftAsItIs) {
   EXPECT_THAT(log(), Not(HasSubstr("copy produced nothing")));
 }
 
+TEST_F(RefusedPasteboard, isReadOnceThePersonHasAllowedIt) {
+  doubles::pasteboard::setAccessBehavior(kAsk);
+  for (const bool isAllowed : {false, true}) {
+    doubles::pasteboard::askBeforeReading(30s, isAllowed);
+    run([&] {
+      doubles::hot_keys::press(kF2, 0);
+      doubles::time::advance(1s);
+    });
+    EXPECT_EQ(desktop.editorText(), isAllowed ? "שלום" : "akuo");
+    EXPECT_EQ(doubles::pasteboard::contents().at(0).at(0).data, picture.at(0).at(0).data);
+    doubles::process::end();
+    host = makeHost();
+  }
+}
+
 TEST_F(RefusedPasteboard, isTakenForOneThatCannotBeHadWhereNobodyRefuses) {
   doubles::pasteboard::otherAppCopies({{{"public.png", std::nullopt}}});
   doubles::pasteboard::setAccessBehavior(kAlwaysAllow);

@@ -181,6 +181,8 @@ std::int64_t changeCount();
 void setAccessBehavior(long behavior);
 /// The user says no from now on: items come with their types and without data.
 void refuseReading(bool refused);
+/// The next read of data asks the user, and waits for the answer that long.
+void askBeforeReading(std::chrono::microseconds answerAfter, bool isAllowed);
 int promisesKept();  ///< how often promised data was asked for
 }  // namespace pasteboard
 

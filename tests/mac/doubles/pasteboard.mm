@@ -20,6 +20,7 @@ struct State {
   bool areItemsAbsent = false;
   std::optional<long> accessBehavior;
   bool isReadingRefused = false;
+  std::optional<std::pair<std::chrono::microseconds, bool>> question;  // how long the answer takes; its yes
   int promisesKept = 0;
 };
 State& state() {
@@ -37,6 +38,10 @@ pasteboard::Representation* representation(pasteboard::Item& item, const std::st
 
 NSData* dataIn(pasteboard::Item& item, const std::string& type) {
   const auto* found = representation(item, type);
+  if (const auto asked = state().isOwnedHere ? std::nullopt : std::exchange(state().question, std::nullopt)) {
+    time::block(asked->first);
+    state().isReadingRefused = !asked->second;
+  }
   if (state().isReadingRefused && !state().isOwnedHere) return nil;
   if (found == nullptr || !found->data) return nil;
   if (found->isPromised) ++state().promisesKept;
@@ -189,6 +194,9 @@ std::vector<Item> contents() { return state().items; }
 std::int64_t changeCount() { return state().changeCount; }
 void setAccessBehavior(long behavior) { state().accessBehavior = behavior; }
 void refuseReading(bool refused) { state().isReadingRefused = refused; }
+void askBeforeReading(std::chrono::microseconds answerAfter, bool isAllowed) {
+  state().question = {answerAfter, isAllowed};
+}
 int promisesKept() { return state().promisesKept; }
 
 }  // namespace lexwend::doubles::pasteboard
