@@ -36,7 +36,7 @@ NSColor* nsColor(ColorRole role) {
 NSTextAlignment nsAlignment(TextAlignment alignment) {
   switch (alignment) {
     case TextAlignment::natural:
-      return NSTextAlignmentNatural;
+      break;
     case TextAlignment::right:
       return NSTextAlignmentRight;
     case TextAlignment::center:
@@ -48,7 +48,7 @@ NSTextAlignment nsAlignment(TextAlignment alignment) {
 NSFontWeight nsWeight(FontWeight weight) {
   switch (weight) {
     case FontWeight::regular:
-      return NSFontWeightRegular;
+      break;
     case FontWeight::medium:
       return NSFontWeightMedium;
     case FontWeight::semibold:
@@ -60,7 +60,7 @@ NSFontWeight nsWeight(FontWeight weight) {
 NSBezelStyle nsBezel(BezelStyle bezel) {
   switch (bezel) {
     case BezelStyle::rounded:
-      return NSBezelStyleRounded;
+      break;
   }
   return NSBezelStyleRounded;
 }
