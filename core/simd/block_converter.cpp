@@ -160,7 +160,8 @@ HWY_INLINE Pairs pairsOf(const Block& block, Bits notAscii) {
     pairs.trails |= points;
     pairs.joiningLeads = (points | (lowTrails & ~bitsWhere(isSign, block.bytes))) >> 1;
   }
-  pairs.unknown = notAscii & ~(pairs.trails | pairs.trails >> 1);
+  const Bits parted = (letterLeads | pointLeads) & ~bitsBelow(kBlock - 1);  // the last byte, never put out
+  pairs.unknown = notAscii & ~(pairs.trails | pairs.trails >> 1 | parted);
   return pairs;
 }
 
@@ -187,9 +188,8 @@ HWY_INLINE Decision decide(const ByteTable& table, Words words, const Block& blo
   const Bits alone = ~(pairs.joiningLeads >> 1);
   const Bits excepted =
       characters & bitsWhere([](Vector v) { return is(v, ByteTable::kNotInBlocks); }, block.mapped);
-  // The last byte may begin a pair, and is never put out.
-  const Bits strange =
-      (pairs.unknown | excepted | (excepted & pairs.letterTrails) >> 1) & bitsBelow(kBlock - 1);
+  const Bits strange = pairs.unknown | excepted | (excepted & pairs.letterTrails) >> 1;
+
   // Where the next block begins hangs on as little as it can: that is what the processor waits for.
   Decision decision;
   Bits selected = ~Bits{0};
