@@ -34,6 +34,9 @@ packages_large="chromium firefox-esr libreoffice-writer libreoffice-calc libreof
 # To make and check the Debian package.
 packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db"
 
+# For the figures of fixes in real applications, beside the set `desktop`.
+packages_figures="xclip featherpad"
+
 # The benchmarks of the preset `bench`.
 packages_bench="libbenchmark-dev"
 
@@ -57,6 +60,7 @@ setup_packages() {
       desktop) printf '%s\n' $packages_desktop ;;
       test) printf '%s\n' $packages_test ;;
       large) printf '%s\n' $packages_large ;;
+      figures) printf '%s\n' $packages_figures ;;
       bench) printf '%s\n' $packages_bench ;;
       package) printf '%s\n' $packages_package ;;
     esac
@@ -173,8 +177,8 @@ lexwend_setup() {
   local set
   for set in "$@"; do
     case $set in
-      fast | build | desktop | test | large | bench | package) ;;
-      *) setup_fail "there is no set of packages called '$set'; the sets are fast, build, desktop, test, large, bench and package" ;;
+      fast | build | desktop | test | large | figures | bench | package) ;;
+      *) setup_fail "there is no set of packages called '$set'; the sets are fast, build, desktop, test, large, figures, bench and package" ;;
     esac
   done
   case $(uname -s) in
