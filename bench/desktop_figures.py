@@ -5,8 +5,9 @@
 usage: desktop_figures.py AGENT [--qt6-editor PROGRAM] [--only NAME]... [--samples N] [--fixes N] [--idle SECONDS] [--no-install]
 
 Each figure is printed with its goal and the verdict, and with the machine's load average at that moment. Exits 1 when one
-misses its goal. On a machine that does other work too, `chrt -r 5` in front of it keeps that out. What the figures need beyond ./run is installed first (scripts/setup.sh desktop figures). The figure
-`applications` has no goals, needs `scripts/setup.sh test large`, and is taken only when it is named.
+misses its goal. On a machine that does other work too, `chrt -r 5` in front of the command keeps that out. What the figures
+need beyond ./run is installed first (scripts/setup.sh desktop figures). The figure `applications` has no goals, needs
+`scripts/setup.sh test large`, and is taken only when it is named.
 """
 import argparse
 import os
