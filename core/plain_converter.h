@@ -6,30 +6,17 @@
 #include <string>
 #include <string_view>
 
+#include "core/direction.h"
 #include "core/plain_table.h"
 #include "core/text_output.h"
 
 namespace lexwend {
 
-/// Which letters a text holds.
-struct Letters {
-  bool hebrew = false;
-  bool latin = false;
+/// Converter::findLetters() by a plain map.
+void findPlainLetters(std::string_view text, Letters& letters);
 
-  bool both() const { return hebrew && latin; }
-};
-
-/// Which way a text is converted.
-struct Direction {
-  bool sourceIsHebrew = false;
-  bool isUniform = true;  ///< The text keeps to one script, so that every word is converted.
-};
-
-/// Text of one script is converted away from it; all other text away from the layout that is active.
-Direction directionOf(Letters letters, bool currentLayoutIsHebrew);
-
-/// Adds the kinds of letters in `text` to `letters`. Stops reading once both are found.
-void findLetters(std::string_view text, Letters& letters);
+/// Converter::lastCut() by a plain map.
+std::size_t lastPlainCut(std::string_view text, std::size_t searched, bool betweenWords);
 
 /// The conversion by a plain map: one pass over each word.
 class PlainConverter {

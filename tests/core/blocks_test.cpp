@@ -100,6 +100,20 @@ TEST_P(Blocks, convertTheSameAtEveryAddress) {
   }
 }
 
+TEST_P(Blocks, endBeforeACharacterThatIsNotThereWhole) {
+  const LayoutMap map = LayoutMap::fallback();
+  const Converter converter(map);
+  for (const char* const last : {"\xD7", "\x97", "\xD6", "\xE2", "\xE2\x80", "ש\x97", "\xD7\xD7", "ש"}) {
+    for (std::size_t length = 50; length < 70; ++length) {
+      for (const char* const next : {"ש", "\x90", "\u05B0", "a", "\u0301"}) {
+        expectAsReference(map, converter, std::string(length, '.') + last + next + std::string(80, '.'));
+        expectAsReference(map, converter,
+                          "היי akuo " + std::string(length, '.') + last + next + std::string(80, ' '));
+      }
+    }
+  }
+}
+
 // The conversion in blocks has its own idea of which Hebrew scalars join the one before them.
 TEST_P(Blocks, knowThePointsAndAccents) {
   const LayoutMap map = LayoutMap::fallback();
