@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "platform/linux/selection/reader.h"
+#include "platform/linux/selection/selections.h"
 #include "platform/linux/session/buses.h"
 
 namespace lexwend::platform {
@@ -27,7 +27,7 @@ class PrimaryReader {
     // As long as for any other question about the focused field. A masked entry holds a password, not a book.
     constexpr std::chrono::milliseconds kTime{250};
     constexpr std::size_t kMaxBytes = 4096;
-    if (!reader_) reader_ = ClipboardReader::open("PRIMARY");
+    if (!reader_) reader_ = selectionsOfX().openReader("PRIMARY");
     return reader_ ? reader_->readText({kTime, kTime, kMaxBytes}) : std::nullopt;
   }
 
