@@ -7,7 +7,7 @@
 
 #include "platform/linux/display/xcb_xkb.h"
 #include "platform/linux/keyboard/keyboard_devices.h"
-#include "platform/linux/keyboard/mac_key_codes.h"
+#include "platform/linux/keymap/mac_key_codes.h"
 
 namespace lexwend::platform {
 namespace {

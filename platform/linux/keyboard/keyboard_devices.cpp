@@ -9,7 +9,7 @@
 #include <xcb/xinput.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
-#include "platform/linux/keyboard/mac_key_codes.h"
+#include "platform/linux/keymap/mac_key_codes.h"
 
 namespace lexwend::platform {
 namespace {
