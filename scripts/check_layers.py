@@ -43,6 +43,8 @@ LINUX_ROOMS = {
     "keyboard": {"display", "session", "keymap"},
     "selection": {"display"},
     "clipboard": {"selection", "display"},
+    "wayland": {"selection", "display", "session", "keymap"},
+    "sway": {"session", "keymap"},
     "accessibility": {"session"},
     "tray": {"display", "session"},
     "windows": {"tray", "keymap", "display", "session"},

@@ -41,18 +41,6 @@ std::optional<std::uint16_t> stateOf(Modifiers modifiers, const ModifierMasks& m
   return state;
 }
 
-class LinuxHotKeyEvent : public HotKeyEvent {
- public:
-  explicit LinuxHotKeyEvent(HotKeyID identity) : identity_(identity) {}
-  OSStatus hotKeyID(HotKeyID& out) const override {
-    out = identity_;
-    return kNoErr;
-  }
-
- private:
-  HotKeyID identity_;
-};
-
 }  // namespace
 
 struct LinuxHotKeyService::GrabbedKey {
@@ -245,7 +233,7 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   });
   if (found != hotKeys_.end() && handler_) {
     // Copies, because the handler may unregister the key.
-    const LinuxHotKeyEvent hotKeyEvent((*found)->identity);
+    const KnownHotKeyEvent hotKeyEvent((*found)->identity);
     const auto handler = handler_;
     handler(hotKeyEvent);
   }

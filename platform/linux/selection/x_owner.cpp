@@ -2,7 +2,6 @@
 #include "platform/linux/selection/x_owner.h"
 
 #include <algorithm>
-#include <array>
 
 #include <poll.h>
 #include <xcb/xfixes.h>
@@ -28,9 +27,6 @@ constexpr std::size_t kMaxFetches = 256;
 constexpr std::uint32_t kRequestorEvents = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
 constexpr int kWaitForever = -1;
-
-constexpr std::array<std::string_view, 5> kTextTargets = {"UTF8_STRING", "text/plain;charset=utf-8",
-                                                          "text/plain", "TEXT", "STRING"};
 
 }  // namespace
 
@@ -101,9 +97,8 @@ void XSelectionOwner::serveOthers(const ClipboardContents& contents, const XAppl
 XSelectionOwner::OwnedTargets XSelectionOwner::ownedTargets(const ClipboardContents& contents) {
   OwnedTargets owned;
   for (const ClipboardTarget& target : contents) {
-    const bool isText =
-        std::find(kTextTargets.begin(), kTextTargets.end(), target.name) != kTextTargets.end();
-    owned.push_back({atom(target.name), atom(target.propertyType), target.format, isText, target.bytes});
+    owned.push_back({atom(target.name), atom(target.propertyType), target.format, isTextTarget(target.name),
+                     target.bytes});
   }
   return owned;
 }
