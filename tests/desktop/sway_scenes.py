@@ -6,8 +6,10 @@ display, and what is sway's own.
 usage: sway_scenes.py --list | sway_scenes.py SCENE AGENT QT6_EDITOR
 """
 import os
+import shutil
 import subprocess
 import time
+from pathlib import Path
 
 # These fill SCENES.
 import clipboard_scenes  # noqa: F401
@@ -76,6 +78,38 @@ def keeps_a_picture(stage):
     stage.fix('שלום')
     until(lambda: stage.clipboard_targets() == ['image/png'], 'the picture to come back')
     assert stage.clipboard_bytes('image/png') == picture.read_bytes(), 'the picture has changed'
+
+
+def processes_of(program):
+    """Those that run that file."""
+    found = []
+    for folder in Path('/proc').glob('[0-9]*'):
+        try:
+            found += [int(folder.name)] if os.readlink(folder / 'exe') == str(program) else []
+        except OSError:
+            pass  # has ended
+    return found
+
+
+@scene
+def keeps_the_clipboard_after_its_end(stage):
+    """Also where it ends before the paste, and only until somebody else copies."""
+    stage.agent_path = shutil.copy(stage.agent_path, stage.session.folder / 'agent')  # other tests run the same program
+    stage.start_agent(compatMode=True)
+    stage.open('mousepad', 'akuo')
+    stage.put_on_clipboard('kept', 'text/html')
+    targets = stage.clipboard_targets()
+    stage.select_all()
+    stage.keyboard.press('F2')
+    until(lambda: 'clipboard: pasted' in stage.session.log(), 'the paste')
+    assert stage.session.end(stage.agent) == 0
+    stage.expect_text('שלום')
+    assert stage.clipboard('text/html') == 'kept', stage.clipboard('text/html')
+    assert stage.clipboard_targets() == targets, stage.clipboard_targets()
+    assert len(processes_of(stage.agent_path)) == 1, processes_of(stage.agent_path)
+    stage.start_agent()
+    stage.put_on_clipboard('copied since')
+    until(lambda: processes_of(stage.agent_path) == [stage.agent.pid], 'the process that has kept it to end')
 
 
 @scene

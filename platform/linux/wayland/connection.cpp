@@ -65,6 +65,10 @@ bool WaylandConnection::isConnected() const {
   return !isLost_ && wl_display_get_error(display_) == 0;
 }
 
+int WaylandConnection::descriptor() const {
+  return wl_display_get_fd(display_);
+}
+
 void WaylandConnection::flush() {
   if (isConnected()) wl_display_flush(display_);
 }

@@ -41,6 +41,10 @@ class WaylandConnection {
 
   /// False after the connection was lost, for whatever reason.
   bool isConnected() const;
+  /// For somebody who takes it over.
+  int descriptor() const;
+  /// From now on the connection counts as lost.
+  void abandon() { isLost_ = true; }
   /// Sends what was requested, without waiting.
   void flush();
   /// Handles what has arrived, without waiting; whether there was anything.

@@ -2,6 +2,10 @@
 #include "platform/linux/wayland/data_control_owner.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <limits>
 
 #include <data-control.h>
 #include <fcntl.h>
@@ -169,7 +173,47 @@ bool DataControlOwner::wasFetched(Clock::time_point since) const {
 }
 
 bool DataControlOwner::handOver(Clock::time_point /*until*/) {
-  return false;
+  if (!stillOwns()) return false;
+  const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+  const pid_t process = nothing < 0 ? -1 : fork();
+  if (process == 0) {
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, standard);
+    serveForGood();
+  }
+  if (process > 0) {
+    // The connection is the other process's now. What this one would still send must not come there.
+    dup2(nothing, control_->connection().descriptor());
+    control_->connection().abandon();
+    for (const Transfer& transfer : transfers_) close(transfer.descriptor);
+    transfers_.clear();
+    source_ = nullptr;
+  }
+  if (nothing >= 0) close(nothing);
+  return process > 0;
+}
+
+/// Runs in a copy of this process that has this thread only.
+void DataControlOwner::serveForGood() {
+  setsid();
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) ::signal(signal, SIG_DFL);
+  ::signal(SIGPIPE, SIG_IGN);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+  // What else is open is the program's: its lock, its log, its connections.
+  const auto connection = static_cast<unsigned>(control_->connection().descriptor());
+  std::vector<unsigned> kept = {STDERR_FILENO, connection};
+  for (const Transfer& transfer : transfers_) kept.push_back(static_cast<unsigned>(transfer.descriptor));
+  std::sort(kept.begin(), kept.end());
+  for (std::size_t i = 0; i < kept.size(); ++i) {
+    const unsigned next = i + 1 < kept.size() ? kept[i + 1] : std::numeric_limits<unsigned>::max();
+    if (kept[i] + 1 < next) close_range(kept[i] + 1, next - 1, 0);
+  }
+  while (connected() && (owns() || !transfers_.empty())) {
+    wait(-1, std::nullopt);
+    handleEvents();
+  }
+  _exit(EXIT_SUCCESS);
 }
 
 xcb_timestamp_t DataControlOwner::serverTime() {

@@ -46,6 +46,9 @@ class DataControlOwner : public SelectionOwner {
   bool watchedIsGone() const override { return false; }
   XApplication application(xcb_window_t /*window*/) override { return {}; }
 
+  /// To a process of its own, which serves what is owned until somebody else copies or the compositor is
+  /// gone, and does nothing else: no compositor keeps what a program has copied. Here nothing is owned
+  /// afterwards.
   bool handOver(Clock::time_point until) override;
 
   xcb_timestamp_t serverTime() override;
@@ -71,6 +74,7 @@ class DataControlOwner : public SelectionOwner {
   void letGo();
   void clipboardChanges(bool isEmpty);
   void noteOthersChange(bool isEmpty);
+  [[noreturn]] void serveForGood();
   /// Writes what the pipe takes; true when the transfer is over.
   bool advance(Transfer& transfer);
 
