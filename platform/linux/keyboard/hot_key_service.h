@@ -10,12 +10,9 @@
 #include "platform/hot_key_service.h"
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/keyboard/modifier_masks.h"
+#include "platform/linux/keymap/hot_key.h"
 
 namespace lexwend::platform {
-
-/// Statuses of a refused registration: eventHotKeyExistsErr and eventHotKeyInvalidErr of Carbon.
-inline constexpr OSStatus kHotKeyExistsErr = -9878;
-inline constexpr OSStatus kHotKeyInvalidErr = -9879;
 
 /// Passive key grabs on the root window, one for each combination of Caps Lock, Num Lock and Scroll Lock. A
 /// key is taken when another client has grabbed it, in the core protocol or through XInput 2. Command is

@@ -9,8 +9,8 @@
 #include <xcb/xinput.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
-#include "platform/linux/keyboard/mac_key_codes.h"
 #include "platform/linux/keyboard/modifier_masks.h"
+#include "platform/linux/keymap/mac_key_codes.h"
 
 namespace lexwend::platform {
 namespace {
