@@ -64,7 +64,9 @@ Check checkAgent(const SessionFacts& facts) {
 
 Check checkSession(const SessionFacts& facts) {
   const std::string desktop = facts.desktop.empty() ? "" : " (" + facts.desktop + ")";
-  if (!facts.limit) return good("session", with("", {"a session of X11", "סביבת X11"}, desktop));
+  if (!facts.limit)
+    return good("session",
+                with("", {"fixes work in a session of this type", "תיקונים עובדים בסביבה כזאת"}, desktop));
   return finding("session", with("", *facts.limit, desktop),
                  {"at the login screen choose the session on X11 (Xorg)",
                   "במסך הכניסה למחשב לבחור בסביבה שעובדת ב־X11 ‏(Xorg)"});

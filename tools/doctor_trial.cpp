@@ -33,7 +33,7 @@ using std::chrono::steady_clock;
 constexpr std::string_view kSample = "akuo nv akunl";
 constexpr std::string_view kReady = "ready";
 constexpr milliseconds kField(10000);    // for a window to come up on a slow machine
-constexpr milliseconds kFix(3000);       // what follows a fix comes sooner
+constexpr milliseconds kFix(7000);       // as long as a fix may take on a slow machine
 constexpr milliseconds kRestored(1500);  // the clipboard comes back half a second after a paste
 constexpr milliseconds kStep(5);
 constexpr milliseconds kTryAgain(250);

@@ -113,9 +113,11 @@ SessionFacts LinuxDiagnosis::facts() {
   facts.desktop = environment("XDG_CURRENT_DESKTOP");
   facts.display = environment("DISPLAY");
   const auto x11 = needs_.x11();
-  facts.displayAnswers = x11 != nullptr;
+  const bool isCompositor = needs_.compositorServes();
+  facts.displayAnswers = x11 != nullptr || isCompositor;
+  if (isCompositor) facts.display = environment("WAYLAND_DISPLAY");
   if (x11 != nullptr) facts.missingExtensions = missingExtensions(*x11);
-  if (sessionIsWayland()) {
+  if (sessionIsWayland() && !isCompositor) {
     const SessionNotice& notice = x11 != nullptr ? kWaylandWithX11 : kWaylandOnly;
     facts.limit = Sentence{std::string(notice.english), std::string(notice.hebrew)};
   }

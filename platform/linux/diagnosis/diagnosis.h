@@ -14,8 +14,9 @@ class LinuxDiagnosis : public Diagnosis {
  public:
   /// What this service needs of its host.
   struct Needs {
-    std::function<std::shared_ptr<X11Connection>()> x11;        ///< null without a display
-    std::function<bool()> accessibilityIsConnected;             ///< begins to connect when first asked
+    std::function<std::shared_ptr<X11Connection>()> x11;  ///< null without a display
+    std::function<bool()> compositorServes;          ///< a Wayland compositor does what the display would
+    std::function<bool()> accessibilityIsConnected;  ///< begins to connect when first asked
     std::function<std::optional<std::int64_t>()> runningAgent;  ///< of this user
   };
 
