@@ -24,8 +24,8 @@ class PlainConverter {
   /// The table must fit the direction, and outlive the converter.
   PlainConverter(const PlainTable& table, Direction direction) : table_(table), direction_(direction) {}
 
-  /// Converts a text that begins at a character and a word. Gives the output pieces of a few kilobytes.
-  /// Returns whether anything changed.
+  /// Converts a text whose start is the start of a character and of a word. Hands the output pieces of at
+  /// most 16 KiB. Returns whether anything changed.
   bool convert(std::string_view text, TextOutput& output);
 
  private:

@@ -18,7 +18,7 @@
 namespace lexwend {
 namespace {
 
-constexpr std::uint64_t kSeed = 20'240'301;
+constexpr std::uint64_t kBlocksSeed = 20'240'301;
 
 // The processor is taken to have the vectors of the parameter.
 struct Blocks : testing::TestWithParam<std::string_view> {
@@ -49,7 +49,7 @@ void expectAsReference(const LayoutMap& map, const Converter& converter, const s
 TEST_P(Blocks, convertProseAsTheReferenceDoes) {
   const LayoutMap map = LayoutMap::fallback();
   const Converter converter(map);
-  RandomText random(kSeed);
+  RandomText random(kBlocksSeed);
   for (int round = 0; round < 400; ++round) {
     expectAsReference(map, converter, random.prose(random.below(600)));
     if (HasFatalFailure()) return;
@@ -57,7 +57,7 @@ TEST_P(Blocks, convertProseAsTheReferenceDoes) {
 }
 
 TEST_P(Blocks, convertByAnyKeyboardAsTheReferenceDoes) {
-  RandomText random(kSeed + 1);
+  RandomText random(kBlocksSeed + 1);
   for (int round = 0; round < 400; ++round) {
     const LayoutMap map = random.keyboardMap();
     expectAsReference(map, Converter(map), random.prose(random.below(400)));
@@ -89,7 +89,7 @@ TEST_P(Blocks, meetAnythingAtAnyPlace) {
 TEST_P(Blocks, convertTheSameAtEveryAddress) {
   const LayoutMap map = LayoutMap::fallback();
   const Converter converter(map);
-  RandomText random(kSeed + 2);
+  RandomText random(kBlocksSeed + 2);
   for (int round = 0; round < 10; ++round) {
     const std::string text = random.prose(300);
     const Converter::Result expected = reference::convert(map, text, true);
