@@ -154,11 +154,11 @@ class Stage:
         """The owner ends as soon as another takes the clipboard."""
         return self.owner.poll() is None
 
-    def clipboard(self, target='UTF8_STRING'):
-        """What the clipboard holds; nothing where its owner does not answer, which may be about to change."""
+    def clipboard(self, target='UTF8_STRING', seconds=ANSWER_SECONDS):
+        """What the clipboard holds; nothing where its owner does not answer in time, which may be about to change."""
         try:
             found = subprocess.run(['xclip', '-o', '-selection', 'clipboard', '-t', target], capture_output=True, check=False,
-                                   timeout=ANSWER_SECONDS)
+                                   timeout=seconds)
         except subprocess.TimeoutExpired:
             return None
         return found.stdout.decode() if found.returncode == 0 else None

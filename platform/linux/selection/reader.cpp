@@ -242,6 +242,16 @@ ClipboardReader::Answer ClipboardReader::readTextOnce(Limits& limits, std::optio
   return Answer::given;
 }
 
+/// What was answered so that it cannot be given back counts as refused.
+ClipboardReader::Answer ClipboardReader::refused(ClipboardTarget& answer) {
+  answer = {std::move(answer.name), {}, 0, {}};
+  return Answer::refused;
+}
+
+ClipboardReader::Answer ClipboardReader::checked(ClipboardTarget& answer) {
+  return canBeNamed(answer) ? Answer::given : refused(answer);
+}
+
 ClipboardReader::Answer ClipboardReader::convert(xcb_atom_t target, Limits& limits, ClipboardTarget& answer) {
   xcb_connection_t* c = connection_.get();
   xcb_delete_property(c, window_, property_);
@@ -264,7 +274,7 @@ ClipboardReader::Answer ClipboardReader::convert(xcb_atom_t target, Limits& limi
     answer.bytes = Bytes(first, first + size);
     answer.propertyType = nameOf(reply->type);
     answer.format = reply->format;
-    return Answer::given;
+    return checked(answer);
   }
   return Answer::overBudget;
 }
@@ -273,6 +283,7 @@ ClipboardReader::Answer ClipboardReader::convert(xcb_atom_t target, Limits& limi
 /// piece is the end (ICCCM 2.7.2).
 ClipboardReader::Answer ClipboardReader::receiveIncrementally(Limits& limits, ClipboardTarget& answer) {
   std::vector<std::byte> bytes;
+  bool isOfOneFormat = true;
   Clock::time_point deadline = limits.nextDeadline();
   while (const auto event = nextEvent(deadline)) {
     if (tellsOfOwnerChange(*event)) return Answer::ownerChanged;
@@ -288,9 +299,10 @@ ClipboardReader::Answer ClipboardReader::receiveIncrementally(Limits& limits, Cl
       answer.propertyType = nameOf(piece->type);
       answer.format = piece->format;
     }
+    isOfOneFormat = isOfOneFormat && piece->format == answer.format;
     if (size == 0) {
-      answer.bytes = Bytes(std::move(bytes));
-      return Answer::given;
+      if (isOfOneFormat) answer.bytes = Bytes(std::move(bytes));
+      return isOfOneFormat ? checked(answer) : refused(answer);
     }
     if (size > limits.bytesLeft || piece->bytes_after != 0) return Answer::overBudget;
     limits.bytesLeft -= size;

@@ -90,6 +90,8 @@ class ClipboardReader {
   Answer readTargetNames(Limits& limits, std::vector<std::string>& names);
   Answer readTextOnce(Limits& limits, std::optional<std::string>& text);
   Answer convert(xcb_atom_t target, Limits& limits, ClipboardTarget& answer);
+  static Answer refused(ClipboardTarget& answer);
+  static Answer checked(ClipboardTarget& answer);
   Answer receiveIncrementally(Limits& limits, ClipboardTarget& answer);
   XcbReply<xcb_get_property_reply_t> takeProperty(const Limits& limits);
   XcbReply<xcb_generic_event_t> nextEvent(Clock::time_point deadline);
