@@ -181,6 +181,8 @@ def main():
     if not wanted.quick:
         # The second compiler and the sanitizers in one build: each finds what it finds without the other too.
         build_and_test(tally, "asan", [*mac_host, *clang], ["-LE", "desktop"])
+        if linux:
+            check(tally, "fuzzing, 20 s a target", python, "-u", "fuzz/run.py")
         check(tally, "layers", python, "scripts/check_layers.py")
         check(tally, "canary of the layers", python, "scripts/check_layers.py", "--canaries")
         # Style is judged by one version of the tools, the one that Debian 12 has.
