@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -39,9 +40,13 @@ constexpr const char* kBuses[] = {"", ":1.999", "org.a11y.atspi.Registry", "not 
                                   "org.lexwend.Nobody"};
 constexpr const char* kNowhere[] = {"/org/a11y/atspi/null", "/", "/field"};
 
-void require(bool truth) {
-  if (!truth) std::abort();
+/// With the line, which is not to be seen in the trace of an optimised program.
+void requireAt(int line, bool truth) {
+  if (truth) return;
+  std::fprintf(stderr, "not so: line %d\n", line);
+  std::abort();
 }
+#define require(truth) requireAt(__LINE__, truth)
 
 template <typename T, std::size_t N>
 T oneOf(FuzzedDataProvider& bytes, const T (&choices)[N]) {

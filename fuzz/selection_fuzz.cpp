@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -18,7 +19,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 #include <poll.h>
 
-#include "platform/linux/selection/reader.h"
+#include "platform/linux/selection/x_reader.h"
 #include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::platform {
@@ -164,9 +165,13 @@ class Owner {
   std::thread thread_;
 };
 
-void require(bool truth) {
-  if (!truth) std::abort();
+/// With the line, which is not to be seen in the trace of an optimised program.
+void requireAt(int line, bool truth) {
+  if (truth) return;
+  std::fprintf(stderr, "not so: line %d\n", line);
+  std::abort();
 }
+#define require(truth) requireAt(__LINE__, truth)
 
 void checkContents(const ClipboardContents& contents) {
   std::size_t total = 0;
@@ -192,7 +197,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace lexwend::platform;
   static const VirtualDisplay kDisplay;
   static auto* const kOwner = new Owner;
-  static const auto kReader = ClipboardReader::open();
+  static const auto kReader = XClipboardReader::open();
   kOwner->behaveAs(data, size);
   const ClipboardReader::Result result = kReader->readAll(kBudget);
   checkContents(result.contents);

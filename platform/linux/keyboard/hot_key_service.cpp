@@ -7,7 +7,7 @@
 
 #include "platform/linux/display/xcb_xkb.h"
 #include "platform/linux/keyboard/keyboard_devices.h"
-#include "platform/linux/keyboard/mac_key_codes.h"
+#include "platform/linux/keymap/mac_key_codes.h"
 
 namespace lexwend::platform {
 namespace {
@@ -40,18 +40,6 @@ std::optional<std::uint16_t> stateOf(Modifiers modifiers, const ModifierMasks& m
   }
   return state;
 }
-
-class LinuxHotKeyEvent : public HotKeyEvent {
- public:
-  explicit LinuxHotKeyEvent(HotKeyID identity) : identity_(identity) {}
-  OSStatus hotKeyID(HotKeyID& out) const override {
-    out = identity_;
-    return kNoErr;
-  }
-
- private:
-  HotKeyID identity_;
-};
 
 }  // namespace
 
@@ -245,7 +233,7 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   });
   if (found != hotKeys_.end() && handler_) {
     // Copies, because the handler may unregister the key.
-    const LinuxHotKeyEvent hotKeyEvent((*found)->identity);
+    const KnownHotKeyEvent hotKeyEvent((*found)->identity);
     const auto handler = handler_;
     handler(hotKeyEvent);
   }

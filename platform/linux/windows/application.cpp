@@ -82,7 +82,7 @@ std::optional<std::string> LinuxApplication::shortVersionString() {
 std::optional<std::string> LinuxApplication::takeSharedApplication() {
   if (application_ != nullptr) return std::nullopt;
   // Qt ends the process where it finds no display.
-  if (!x11DisplayOpens()) {
+  if (!needs_.isWayland() && !x11DisplayOpens()) {
     const SessionNotice& reason = sessionIsWayland() ? kWaylandOnly : kNoDisplay;
     notifyUser(reason.hebrew);
     return std::string(reason.english);
@@ -98,8 +98,10 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
   // Passed as arguments, because programs that the agent starts would inherit environment variables.
   static char programName[] = "lexwend";
   static char platformOption[] = "-platform";
-  static char platform[] = "xcb";
-  static char* arguments[] = {programName, platformOption, platform, nullptr};
+  static char platformOfX[] = "xcb";
+  static char platformsOfWayland[] = "wayland;xcb";  // the second where the first is not installed
+  static char* arguments[] = {programName, platformOption,
+                              needs_.isWayland() ? platformsOfWayland : platformOfX, nullptr};
   static int argumentCount = 3;
   if (sessionBus() == nullptr) busIsHidden_ = std::make_unique<HiddenBus>();
   application_ = std::make_unique<QApplication>(argumentCount, arguments);
@@ -114,12 +116,12 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
                    Qt::DirectConnection);
   QObject::connect(application_.get(), &QGuiApplication::saveStateRequest, application_.get(), neverRestart,
                    Qt::DirectConnection);
-  if (sessionIsWayland()) notifyUser(kWaylandWithX11.hebrew);
+  if (notice()) notifyUser(kWaylandWithX11.hebrew);
   return std::nullopt;
 }
 
 std::optional<std::string> LinuxApplication::notice() {
-  if (!sessionIsWayland()) return std::nullopt;
+  if (!sessionIsWayland() || needs_.isWayland()) return std::nullopt;
   return std::string(kWaylandWithX11.english);
 }
 
@@ -155,6 +157,7 @@ void LinuxApplication::activate(bool) {
   for (QWidget* window : QApplication::topLevelWidgets()) {
     if (!window->isVisible() || window->windowType() == Qt::Popup) continue;
     window->raise();
+    if (needs_.isWayland()) needs_.focusOwnWindow();
     // The toolkit would send the time of the last event that it got. The window manager refuses such a
     // request once the user has used another application.
     if (const auto x11 = needs_.x11()) x11->activate(static_cast<xcb_window_t>(window->winId()));

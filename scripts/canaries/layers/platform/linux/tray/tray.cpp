@@ -8,4 +8,7 @@
 #include "platform/linux/clipboard/x.h"       // denied
 #include "platform/linux/accessibility/x.h"   // denied
 #include "platform/linux/windows/x.h"         // denied
+#include "platform/linux/keymap/x.h"          // denied
+#include "platform/linux/wayland/x.h"         // denied
+#include "platform/linux/sway/x.h"            // denied
 #include "platform/linux/linux_host.h"        // denied
