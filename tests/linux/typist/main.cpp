@@ -5,12 +5,12 @@
 //   key EVDEV_CODE 1|0                a key goes down or up
 //   modifiers DEPRESSED LOCKED GROUP  the state that the keys make, as bits of the core protocol, and the
 //   layout
-#include "tests/linux/typist/wayland_typist.h"
-
 #include <exception>
 #include <iostream>
 #include <sstream>
 #include <string>
+
+#include "tests/linux/typist/wayland_typist.h"
 
 int main() try {
   lexwend::platform::WaylandTypist typist;
