@@ -9,15 +9,17 @@ namespace lexwend {
 
 class HotKeyCenter;
 
-/// Prints what --help or --version asks for, unless --selftest comes first. False when it printed nothing.
-/// Needs no host.
+/// Prints what --help or --version asks for, and returns true. Prints nothing and returns false when neither
+/// is among the arguments, or --selftest comes before them. Needs no host.
 bool printNotice(const std::vector<std::string>& arguments, std::ostream& out);
 
-/// The program, on the main thread: reports and exits when one of --selftest, --help and --version is among
-/// the arguments (the first of these three wins, whatever their order), else runs the agent, of which one
-/// instance per user stays. Other arguments are ignored. `arguments` starts with the program's path. Needs an
-/// installed host; the three reports need no display. Returns the exit status: 0, also for a second instance,
-/// which leaves silently; 1 with a line on `err` and in the log when no agent can run here.
+/// The program. Main thread only. Needs an installed host. `arguments` starts with the program's path.
+///
+/// The first of --selftest, --help and --version among the arguments is printed, without a display. Other
+/// arguments are ignored. Without any of the three the agent runs, one instance per user. A second instance
+/// ends silently.
+///
+/// Returns the exit status: 1, with a line on `err` and in the log, when no agent can run here, else 0.
 int runEntry(const std::vector<std::string>& arguments, HotKeyCenter& hotKeyCenter, std::ostream& out,
              std::ostream& err);
 

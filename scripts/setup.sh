@@ -25,7 +25,7 @@ packages_desktop="xvfb x11-utils x11-xkb-utils xkb-data dbus at-spi2-core openbo
 # compiled, linked and packed with on Linux, and the other applications of the desktop tests.
 packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
   clang-14 clang-format-14 clang-tidy-14 lld-14 llvm-14 libclang-rt-14-dev libc++-14-dev libc++abi-14-dev musl-dev libblocksruntime-dev
-  icnsutils zip tint2 xfce4-panel gnome-text-editor featherpad l3afpad bluefish xterm xfonts-base xclip xdotool strace
+  libbenchmark-dev icnsutils zip tint2 xfce4-panel gnome-text-editor featherpad l3afpad bluefish xterm xfonts-base xclip xdotool strace
   x11-xserver-utils libglib2.0-bin foot xwayland qtwayland5 kate
   gir1.2-gtk-3.0 gir1.2-gtk-4.0 gir1.2-vte-2.91"
 
@@ -34,6 +34,9 @@ packages_large="chromium firefox-esr libreoffice-writer libreoffice-calc libreof
 
 # To make and check the Debian package.
 packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db"
+
+# For the figures of fixes in real applications, beside the set `desktop`.
+packages_figures="xclip featherpad"
 
 # The benchmarks of the preset `bench`.
 packages_bench="libbenchmark-dev"
@@ -58,6 +61,7 @@ setup_packages() {
       desktop) printf '%s\n' $packages_desktop ;;
       test) printf '%s\n' $packages_test ;;
       large) printf '%s\n' $packages_large ;;
+      figures) printf '%s\n' $packages_figures ;;
       bench) printf '%s\n' $packages_bench ;;
       package) printf '%s\n' $packages_package ;;
     esac
@@ -174,8 +178,8 @@ lexwend_setup() {
   local set
   for set in "$@"; do
     case $set in
-      fast | build | desktop | test | large | bench | package) ;;
-      *) setup_fail "there is no set of packages called '$set'; the sets are fast, build, desktop, test, large, bench and package" ;;
+      fast | build | desktop | test | large | figures | bench | package) ;;
+      *) setup_fail "there is no set of packages called '$set'; the sets are fast, build, desktop, test, large, figures, bench and package" ;;
     esac
   done
   case $(uname -s) in

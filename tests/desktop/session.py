@@ -287,6 +287,9 @@ class Session:
     def __enter__(self):
         self.folder = Path(tempfile.mkdtemp(prefix='lexwend-desktop-'))
         self.home = self.folder / 'home'
+        # What this process catches its programs take as usual. Ignored signals, those of a run in the background, they inherit.
+        signal.signal(signal.SIGINT, signal.default_int_handler)
+        signal.signal(signal.SIGHUP, signal.SIG_DFL)
         try:
             self._start()
         except BaseException:

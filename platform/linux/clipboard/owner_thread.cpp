@@ -203,6 +203,8 @@ void OwnerThread::noteChange(const SelectionOwner::Change& change) {
 void OwnerThread::defer(ClipboardContents contents, std::chrono::milliseconds atLeast,
                         std::optional<PlayedShortcut> paste) {
   const bool mustWait = owner_->owns() && passing_;
+  // The fix before has put back what it had to while this one's paste waits to be fetched.
+  if (!paste && deferred_) paste = deferred_->paste;
   if (!mustWait || (paste && paste->time < passedAt_)) paste.reset();
   Clock::time_point due = Clock::now() + atLeast;
   if (mustWait && !paste) due = std::max(due, passedAt_ + times_.fetch);

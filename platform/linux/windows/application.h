@@ -14,10 +14,10 @@ namespace lexwend::platform {
 
 class X11Connection;
 
-/// The agent as an application of Qt, on an X11 display or a Wayland compositor. SIGTERM, SIGINT, SIGHUP
-/// (end_request.h), the end of the session and terminate() all end the event loop in the same way. The
-/// windows are hidden without a question. The host finishes what it has begun, so that the clipboard is put
-/// back. Then run() returns, and the services release what they hold.
+/// The agent as a Qt application on an X11 display or a Wayland compositor. SIGTERM, SIGINT, SIGHUP
+/// (end_request.h), the end of the session and terminate() all end the event loop in the same way: the
+/// windows are hidden without a question, the host finishes the fix that runs and puts the clipboard back,
+/// run() returns, and the services release what they hold.
 class LinuxApplication : public Application {
  public:
   struct Needs {
@@ -35,13 +35,13 @@ class LinuxApplication : public Application {
   std::string displayName() override;
   std::optional<std::string> shortVersionString() override;
 
-  /// Fails without a display. What it says, or notice() will, it shows as a notification as well.
+  /// Fails without a display. A notification shows the same message, and the one of notice().
   ///
-  /// From then on the system makes no core dump of this process, and no other process of the user can read
-  /// its memory. Where the session bus does not answer yet, the toolkit does without it for the whole run:
-  /// this application's own windows are then silent to screen readers, and nothing else depends on it.
+  /// After this call the system makes no core dump of this process, and no other process of the user can read
+  /// its memory. When the session bus does not answer yet, the toolkit does without it for the whole run. The
+  /// windows of this application are then silent to screen readers. Nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
-  /// Where the services are those of X11 in a Wayland session, says what works there.
+  /// When the services are those of X11 in a Wayland session: a sentence about what works there.
   std::optional<std::string> notice() override;
   void setDelegate(std::function<void()> didFinishLaunching) override;
   /// Has no effect: an agent without windows is an accessory here.

@@ -40,7 +40,7 @@ struct Keyboard : testing::Test {
     return ids;
   }
   void handleWhatTheServerHasSent() {
-    std::free(xcb_get_input_focus_reply(x11->get(), xcb_get_input_focus(x11->get()), nullptr));
+    roundTrip(x11->get());
     x11->dispatchPending();
   }
   /// Handles what the server has sent and the check that it may have put off: a timer that is longer than
