@@ -195,7 +195,8 @@ std::size_t PlainConverter::convertStretch(std::string_view text, std::size_t be
     ScalarUnit unit = scalarUnitAt(text, begin);
     do {
       const ScalarUnit next = scalarUnitAt(text, begin + unit.length);
-      const bool isCharacter = !joined && (next.facts & kJoinsBefore) == 0 && (unit.facts & kIllFormed) == 0;
+      // No key is anything but plain.
+      const bool isCharacter = (unit.facts & kPlain) != 0 && !joined && (next.facts & kJoinsBefore) == 0;
       const bool isLookedUp = isCharacter && (lookup == Lookup::all || (unit.facts & sourceLetter) != 0);
       if (const PlainTable::Entry* const entry = isLookedUp ? table_.find(unit.scalar) : nullptr) {
         std::memcpy(output, entry->bytes.data(), kLongestUnit);

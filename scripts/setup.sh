@@ -25,7 +25,7 @@ packages_desktop="xvfb x11-utils x11-xkb-utils xkb-data dbus at-spi2-core openbo
 # compiled, linked and packed with on Linux, and the other applications of the desktop tests.
 packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
   clang-14 clang-format-14 clang-tidy-14 lld-14 llvm-14 libclang-rt-14-dev libc++-14-dev libc++abi-14-dev musl-dev libblocksruntime-dev
-  libbenchmark-dev icnsutils zip vim tint2 xfce4-panel xfwm4 gnome-text-editor featherpad l3afpad bluefish xterm xfonts-base xclip xdotool strace
+  libbenchmark-dev icnsutils zip vim tint2 xfce4-panel xfwm4 gnome-text-editor featherpad l3afpad bluefish xterm xfonts-base xclip xdotool strace valgrind
   x11-xserver-utils libglib2.0-bin foot xwayland qtwayland5 kate
   gir1.2-gtk-3.0 gir1.2-gtk-4.0 gir1.2-vte-2.91"
 

@@ -10,9 +10,8 @@ namespace {
 
 template <platform::KeyValue T>
 T keyValue(std::string_view key, T defaultValue) {
-  const auto object = d().objectForKey(key);
-  if (!object) return defaultValue;
-  const auto* integer = std::get_if<std::int64_t>(&*object);
+  const auto object = d().objectForKey(key).value_or(platform::OtherDefaultsValue{});
+  const auto* integer = std::get_if<std::int64_t>(&object);
   if (integer == nullptr) return defaultValue;
   if (*integer < 0 || *integer > std::numeric_limits<std::uint32_t>::max()) {
     fatal("a stored hot-key number does not fit into 32 unsigned bits");
@@ -21,9 +20,8 @@ T keyValue(std::string_view key, T defaultValue) {
 }
 
 bool boolValue(std::string_view key, bool defaultValue) {
-  const auto object = d().objectForKey(key);
-  if (!object) return defaultValue;
-  const auto* truth = std::get_if<bool>(&*object);
+  const auto object = d().objectForKey(key).value_or(platform::OtherDefaultsValue{});
+  const auto* truth = std::get_if<bool>(&object);
   return truth != nullptr ? *truth : defaultValue;
 }
 

@@ -26,8 +26,17 @@ std::unique_ptr<Host> load() {
   return std::unique_ptr<Host>(reinterpret_cast<Host* (*)()>(maker)());
 }
 
-/// The layouts where no display is named: there are none. It answers as the loaded host would, which opens no
-/// display either then, and spares the self-test the desktop's libraries.
+// The environment names an X server, or a compositor that tells its layouts.
+bool desktopIsNamed() {
+  const auto isSet = [](const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr && *value != '\0';
+  };
+  return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("SWAYSOCK");
+}
+
+/// The layouts where no desktop is named: there are none. It answers as the loaded host would, which reaches
+/// no desktop either then, and spares the self-test the desktop's libraries.
 class NoInputSources : public InputSourceService {
  public:
   std::optional<std::vector<InputSourceRef>> createInputSourceList(const InputSourceFilter& /*filter*/,
@@ -51,9 +60,7 @@ class NoInputSources : public InputSourceService {
 class HostOfPrograms : public Host {
  public:
   InputSourceService& inputSourceService() override {
-    const char* const display = std::getenv("DISPLAY");
-    const bool namesADisplay = display != nullptr && *display != '\0';
-    return namesADisplay ? loaded().inputSourceService() : noInputSources_;
+    return desktopIsNamed() ? loaded().inputSourceService() : noInputSources_;
   }
   Accessibility& accessibility() override { return loaded().accessibility(); }
   SecureInput& secureInput() override { return loaded().secureInput(); }

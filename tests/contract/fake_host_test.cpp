@@ -224,6 +224,16 @@ TEST(FakeApps, aCopyLandsAfterItsDelayAndAPasteReadsWhatIsThereThen) {
   EXPECT_EQ(editor->focus()->text(), "one 2");
 }
 
+TEST(FakeApps, aCopiedPictureIsNoText) {
+  FakeHost host;
+  host.apps().open("Viewer", std::nullopt, "")->copies.kind = FakeCopy::Kind::image;
+  host.userPresses(kKeyC, kCmdKey);
+  ASSERT_EQ(host.pasteboard().contents().size(), 1U);
+  ASSERT_EQ(host.pasteboard().contents()[0].size(), 1U);
+  EXPECT_EQ(host.pasteboard().contents()[0][0].type, "public.png");
+  EXPECT_EQ(host.pasteboard().contents()[0][0].bytes, bytesOf("\x89PNG"));
+}
+
 TEST(FakeApps, aPasswordFieldIsSecureAndGivesNothingToCopy) {
   FakeHost host;
   const auto field = host.apps().open("Login", std::nullopt, "secret")->focus();

@@ -46,6 +46,8 @@ class HostUnderTest {
   virtual std::optional<std::string> otherApplicationPastes() = 0;
   /// Types in order with the data that is given when somebody asks for it; nothing: the promise is broken.
   using Promises = std::vector<std::pair<std::string, std::optional<std::string>>>;
+  /// Whether the system tells a promise that is broken from data of no length.
+  virtual bool tellsBrokenPromises() const { return true; }
   /// Another application copies one item of promised data.
   virtual void otherApplicationPromises(const Promises& item) = 0;
 
@@ -62,6 +64,9 @@ class HostUnderTest {
   virtual void otherProgramTakesHotKey(platform::KeyCode keyCode, platform::Modifiers modifiers) = 0;
   /// Whether a press then reaches both programs, instead of the later one being refused.
   virtual bool sharesHotKeys() const { return false; }
+
+  /// Whether the system tells a program that is not in front which modifiers the user holds.
+  virtual bool tellsHeldModifiers() const { return true; }
 
   /// The set of enabled layouts changes: only the Latin one stays.
   virtual void disableHebrew() = 0;
@@ -92,6 +97,8 @@ class HostUnderTest {
   /// Whether this application is in front, before the editor that was opened.
   virtual bool isInFront() = 0;
   virtual int beeps() = 0;
+  /// Whether the system has an alert sound.
+  virtual bool hasBell() const { return true; }
   /// The URLs of the scheme "lexwend-contract" that came to the program that opens such.
   virtual std::vector<std::string> openedUrls() = 0;
 

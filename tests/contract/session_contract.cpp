@@ -309,7 +309,8 @@ TEST_F(ApplicationContract, beepsOncePerCall) {
   EXPECT_EQ(underTest->beeps(), 0);
   application().beep();
   application().beep();
-  EXPECT_TRUE(underTest->waitUntil([&] { return underTest->beeps() == 2; }));
+  const int heard = underTest->hasBell() ? 2 : 0;
+  EXPECT_TRUE(underTest->waitUntil([&] { return underTest->beeps() == heard; }));
 }
 
 }  // namespace

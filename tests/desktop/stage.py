@@ -158,13 +158,13 @@ class Stage:
         """The owner ends as soon as another takes the clipboard."""
         return self.owner.poll() is None
 
-    def clipboard(self, target='UTF8_STRING'):
-        """What the clipboard holds; nothing where its owner does not answer, which may be about to change."""
-        return self._output(self.session.paste(target))
+    def clipboard(self, target='UTF8_STRING', seconds=ANSWER_SECONDS):
+        """What the clipboard holds; nothing where its owner does not answer in time, which may be about to change."""
+        return self._output(self.session.paste(target), seconds)
 
-    def _output(self, command):
+    def _output(self, command, seconds=ANSWER_SECONDS):
         try:
-            found = subprocess.run(command, capture_output=True, check=False, timeout=ANSWER_SECONDS)
+            found = subprocess.run(command, capture_output=True, check=False, timeout=seconds)
         except subprocess.TimeoutExpired:
             return None
         return found.stdout.decode() if found.returncode == 0 else None

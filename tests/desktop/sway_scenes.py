@@ -160,5 +160,9 @@ def keeps_its_hot_key_when_the_configuration_is_read_again(stage):
     stage.fix('שלום')
 
 
+def make_session(programs, **options):
+    return SwaySession(programs.parent / 'linux' / 'typist' / 'wayland_typist', **options)
+
+
 if __name__ == '__main__':
-    run_scene(lambda: main(__doc__, lambda programs, **options: SwaySession(programs / 'wayland_typist', **options)))
+    run_scene(lambda: main(__doc__, make_session))

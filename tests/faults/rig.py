@@ -21,6 +21,7 @@ GARBLED, MEANT = 'akuo nv akunl', 'שלום מה שלומך'
 KEPT = 'what the user has copied'
 FIX_SECONDS = 8.0  # the longest fix, its restore, and a busy machine
 SERVE_SECONDS = 10.0
+SLOW_ANSWER_SECONDS = 6.0
 
 
 class Lost(Exception):
@@ -199,8 +200,9 @@ class Rig:
         self.expect_soon(held, lambda: f'{name} is {field.text()!r}')
 
     def expect_clipboard(self, wanted, target):
-        self.expect_soon(lambda: self.stage.clipboard(target) == wanted,
-                     lambda: f'the clipboard holds {str(self.stage.clipboard(target))[:60]!r}')
+        """Also of an owner that takes its time for the answer."""
+        self.expect_soon(lambda: self.stage.clipboard(target, SLOW_ANSWER_SECONDS) == wanted,
+                     lambda: f'the clipboard holds {str(self.stage.clipboard(target))[:60]!r}', SERVE_SECONDS)
 
     def expect_service(self):
         """A fix in a sound editor, by the same path."""

@@ -37,14 +37,17 @@ TEST(ProgramWithNothing, testsItselfWithTheBuiltInTable) {
 }
 
 TEST(ProgramWithNothing, loadsTheDesktopOnlyWhereItIsAsked) {
-  const auto loadedFor = [](const std::string& option) {
-    return runProgram("/usr/bin/env", {"-i", "HOME=/nonexistent", "LD_DEBUG=files", LEXWEND_PROGRAM, option},
-                      "")
+  const auto loadedFor = [](const std::string& option, const std::string& desktop = "NONE=") {
+    return runProgram("/usr/bin/env",
+                      {"-i", "HOME=/nonexistent", desktop, "LD_DEBUG=files", LEXWEND_PROGRAM, option}, "")
         .errors;
   };
   EXPECT_THAT(loadedFor("--selftest"), testing::Not(testing::HasSubstr("lexwend-host.so")));
   EXPECT_THAT(loadedFor("--version"), testing::Not(testing::HasSubstr("lexwend-host.so")));
   EXPECT_THAT(loadedFor("--quiet"), testing::HasSubstr("lexwend-host.so"));
+  for (const char* const desktop : {"DISPLAY=:nowhere", "WAYLAND_DISPLAY=nowhere", "SWAYSOCK=/nonexistent"}) {
+    EXPECT_THAT(loadedFor("--selftest", desktop), testing::HasSubstr("lexwend-host.so")) << desktop;
+  }
 }
 
 TEST(ProgramWithNothing, tellsItsUsageAndItsVersion) {

@@ -154,6 +154,23 @@ TEST_F(MacHotKeys, hearsPressesAfterAMenuWentThatWasOpen) {
   EXPECT_EQ(presses, 1);
 }
 
+TEST_F(MacHotKeys, hearsAPressThatWasMadeBeforeTheMenuOpened) {
+  int presses = 0;
+  service.installHandler([&](const HotKeyEvent&) {
+    ++presses;
+    return kNoErr;
+  });
+  const Registration key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey;
+  StatusItemRef item = host->statusBar().statusItem(kSquareStatusItemLength);
+  item->setMenu(host->statusBar().makeMenu());
+  doubles::time::later(std::chrono::milliseconds(1), [] { doubles::hot_keys::press(120, 0); });
+  host->runLoop().sleep(std::chrono::milliseconds(2));
+  doubles::status_bar::openMenu();
+  EXPECT_EQ(presses, 0);
+  doubles::status_bar::closeMenu();
+  EXPECT_EQ(presses, 1);
+}
+
 TEST_F(MacHotKeys, runsNoHandlerOnceTheServiceIsGone) {
   int presses = 0;
   service.installHandler([&](const HotKeyEvent&) {

@@ -44,6 +44,10 @@ std::string encodedTypeName(const ClipboardTarget& target) {
   return target.name + kSeparator + target.propertyType + kSeparator + std::to_string(target.format);
 }
 
+bool canBeNamed(const ClipboardTarget& target) {
+  return target.propertyType.find(kSeparator) == std::string::npos;
+}
+
 ClipboardTarget targetOfTypeName(std::string_view typeName) {
   ClipboardTarget target;
   const std::size_t last = typeName.rfind(kSeparator);

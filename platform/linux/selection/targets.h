@@ -28,6 +28,8 @@ using ClipboardContents = std::vector<ClipboardTarget>;
 /// Otherwise the name is followed by a tab, the property type, a tab and the format:
 /// "TEXT\tCOMPOUND_TEXT\t8".
 std::string encodedTypeName(const ClipboardTarget& target);
+/// False for the answer of a property type that such a name cannot carry, because it has a tab in it.
+bool canBeNamed(const ClipboardTarget& target);
 /// The reverse, without bytes.
 ClipboardTarget targetOfTypeName(std::string_view typeName);
 

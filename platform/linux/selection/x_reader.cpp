@@ -80,6 +80,16 @@ ClipboardReader::Answer XClipboardReader::readTargetNames(Limits& limits, std::v
   return Answer::given;
 }
 
+/// What was answered so that it cannot be given back counts as refused.
+ClipboardReader::Answer XClipboardReader::refused(ClipboardTarget& answer) {
+  answer = {std::move(answer.name), {}, 0, {}};
+  return Answer::refused;
+}
+
+ClipboardReader::Answer XClipboardReader::checked(ClipboardTarget& answer) {
+  return canBeNamed(answer) ? Answer::given : refused(answer);
+}
+
 ClipboardReader::Answer XClipboardReader::convert(const std::string& name, Limits& limits,
                                                   ClipboardTarget& answer) {
   const xcb_atom_t target = atom(name);
@@ -104,7 +114,7 @@ ClipboardReader::Answer XClipboardReader::convert(const std::string& name, Limit
     answer.bytes = Bytes(first, first + size);
     answer.propertyType = nameOf(reply->type);
     answer.format = reply->format;
-    return Answer::given;
+    return checked(answer);
   }
   return Answer::overBudget;
 }
@@ -113,6 +123,7 @@ ClipboardReader::Answer XClipboardReader::convert(const std::string& name, Limit
 /// piece is the end (ICCCM 2.7.2).
 ClipboardReader::Answer XClipboardReader::receiveIncrementally(Limits& limits, ClipboardTarget& answer) {
   std::vector<std::byte> bytes;
+  bool isOfOneFormat = true;
   Clock::time_point deadline = limits.nextDeadline();
   while (const auto event = nextEvent(deadline)) {
     if (tellsOfOwnerChange(*event)) return Answer::ownerChanged;
@@ -128,9 +139,10 @@ ClipboardReader::Answer XClipboardReader::receiveIncrementally(Limits& limits, C
       answer.propertyType = nameOf(piece->type);
       answer.format = piece->format;
     }
+    isOfOneFormat = isOfOneFormat && piece->format == answer.format;
     if (size == 0) {
-      answer.bytes = Bytes(std::move(bytes));
-      return Answer::given;
+      if (isOfOneFormat) answer.bytes = Bytes(std::move(bytes));
+      return isOfOneFormat ? checked(answer) : refused(answer);
     }
     if (size > limits.bytesLeft || piece->bytes_after != 0) return Answer::overBudget;
     limits.bytesLeft -= size;

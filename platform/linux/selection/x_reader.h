@@ -36,6 +36,8 @@ class XClipboardReader : public ClipboardReader {
   Answer convert(const std::string& target, Limits& limits, ClipboardTarget& answer) override;
   void useFreshWindow();
   xcb_window_t ownerOf(xcb_atom_t selection);
+  static Answer refused(ClipboardTarget& answer);
+  static Answer checked(ClipboardTarget& answer);
   Answer receiveIncrementally(Limits& limits, ClipboardTarget& answer);
   XcbReply<xcb_get_property_reply_t> takeProperty(const Limits& limits);
   XcbReply<xcb_generic_event_t> nextEvent(Clock::time_point deadline);

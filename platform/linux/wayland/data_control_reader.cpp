@@ -82,7 +82,6 @@ ClipboardReader::Answer DataControlReader::readToEnd(int descriptor, Limits& lim
   Clock::time_point deadline = limits.nextDeadline();
   while (Clock::now() < deadline) {
     const ssize_t count = read(descriptor, piece.data(), piece.size());
-    if (count == 0 && bytes.empty()) return Answer::refused;
     if (count == 0) {
       answer = Bytes(std::move(bytes));
       return Answer::given;

@@ -11,8 +11,8 @@
 
 namespace lexwend::platform {
 
-/// A clipboard of a Wayland compositor. A type of which nothing comes counts as
-/// refused. Between
+/// A clipboard of a Wayland compositor. A type that its owner promises and does
+/// not give is empty. Between
 /// reads the compositor tells this program nothing. Everybody is one and the same XApplication.
 class DataControlReader : public ClipboardReader {
  public:

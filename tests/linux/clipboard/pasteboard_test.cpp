@@ -257,6 +257,11 @@ TEST_F(ClipboardPasteboard, leavesOutATargetThatIsOfferedButRefused) {
   EXPECT_TRUE(pasteboard.canBeGivenBack());
 }
 
+TEST_F(ClipboardPasteboard, leavesOutAnAnswerOfATypeThatNoNameCanCarry) {
+  CopyingApplication user({{{"TEXT", {"a\tATOM\t32", 8, "x"}}, {"UTF8_STRING", {"UTF8_STRING", 8, "kept"}}}});
+  EXPECT_EQ(snapshot(), std::vector<PasteboardItemData>({{{"UTF8_STRING", bytesOf("kept")}}}));
+}
+
 TEST_F(ClipboardPasteboard, readsTheTextOfAnOwnerTooOldForTargets) {
   CopyingApplication::Behaviour behaviour{{{"STRING", {"STRING", 8, "old"}}}};
   behaviour.answersTargets = false;

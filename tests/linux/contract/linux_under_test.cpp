@@ -26,6 +26,7 @@
 #include "platform/linux/session/glib_ref.h"
 #include "platform/run_loop.h"
 #include "tests/linux/contract/url_opener.h"
+#include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::contract {
 namespace {
@@ -67,8 +68,8 @@ void enterSession(const std::string& home) {
   for (const auto& [name, place] : folders) ::setenv(name, (home + place).c_str(), 1);
   ::setenv("QT_IM_MODULE", "none", 1);
   ::setenv("GSETTINGS_BACKEND", "memory", 1);
-  for (const char* name : {"WAYLAND_DISPLAY", "XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM",
-                           "QT_ACCESSIBILITY", "AT_SPI_BUS_ADDRESS"}) {
+  for (const char* name :
+       {"XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP", "QT_ACCESSIBILITY", "AT_SPI_BUS_ADDRESS"}) {
     ::unsetenv(name);
   }
   if (!session()->bus) session()->bus.emplace();
@@ -76,11 +77,12 @@ void enterSession(const std::string& home) {
 }
 
 /// Programs that the bus starts come to this test's display.
-void tellBusOfDisplay(BusPeer& peer) {
+void tellBusOfDisplay(BusPeer& peer, std::vector<std::string> names) {
+  names.emplace_back("HOME");
   GVariantBuilder variables;
   g_variant_builder_init(&variables, G_VARIANT_TYPE("a{ss}"));
-  for (const char* name : {"DISPLAY", "HOME"}) {
-    g_variant_builder_add(&variables, "{ss}", name, std::getenv(name));
+  for (const std::string& name : names) {
+    g_variant_builder_add(&variables, "{ss}", name.c_str(), std::getenv(name.c_str()));
   }
   peer.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
             "UpdateActivationEnvironment", g_variant_new("(a{ss})", &variables));
@@ -97,17 +99,28 @@ bool accessibilityIsOn(BusPeer& peer) {
   return on;
 }
 
-/// One modifier in the three ways in which it is spoken of. Where macOS has Command, X11 has Control.
+/// One modifier in the ways in which it is spoken of. Where macOS has Command, a PC has Control.
 struct Modifier {
   Modifiers carbon;
   EventFlags flag;
   int evdevKey;
-  std::uint16_t xMask;
 };
-constexpr Modifier kModifiers[] = {{kCmdKey, kEventFlagCommand, KEY_LEFTCTRL, XCB_MOD_MASK_CONTROL},
-                                   {kShiftKey, kEventFlagShift, KEY_LEFTSHIFT, XCB_MOD_MASK_SHIFT},
-                                   {kOptionKey, kEventFlagOption, KEY_LEFTALT, XCB_MOD_MASK_1},
-                                   {kControlKey, kEventFlagControl, KEY_LEFTMETA, XCB_MOD_MASK_4}};
+constexpr Modifier kModifiers[] = {{kCmdKey, kEventFlagCommand, KEY_LEFTCTRL},
+                                   {kShiftKey, kEventFlagShift, KEY_LEFTSHIFT},
+                                   {kOptionKey, kEventFlagOption, KEY_LEFTALT},
+                                   {kControlKey, kEventFlagControl, KEY_LEFTMETA}};
+
+/// Iterates the main context by way of the toolkit, which sends some of what it has for the display only
+/// then.
+bool pump(const std::function<bool()>& condition,
+          std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+  return pumpUntil(
+      [&] {
+        QCoreApplication::processEvents();
+        return condition();
+      },
+      limit);
+}
 
 QWidget* recorderWindow() {
   QWidget* window = QApplication::activeWindow();
@@ -123,11 +136,10 @@ bool isOnTheScreen(const QWidget& window) {
 }  // namespace
 
 LinuxUnderTest::LinuxUnderTest() {
-  VirtualDisplay::setLayouts("us,il");
   enterSession(home_.path());
   sleepManager_ = std::make_unique<BusPeer>();
   sleepManager_->ownName(kSleepManagerName);
-  tellBusOfDisplay(*sleepManager_);
+  tellBusOfDisplay(*sleepManager_, surroundings_->variables());
   restart();
 }
 
@@ -142,7 +154,7 @@ void LinuxUnderTest::restart() {
 }
 
 bool LinuxUnderTest::waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-  return pumpUntil(condition, limit);
+  return pump(condition, limit);
 }
 
 void LinuxUnderTest::bringToFront(std::unique_ptr<OtherEditor>& place, OtherEditor::Kind kind,
@@ -150,9 +162,9 @@ void LinuxUnderTest::bringToFront(std::unique_ptr<OtherEditor>& place, OtherEdit
   // Applications look once, when they start, whether anybody wants to read them; the agent wants it from its
   // start.
   ASSERT_TRUE(host_->accessibility().isProcessTrusted());
-  ASSERT_TRUE(pumpUntil([this] { return accessibilityIsOn(*sleepManager_); }));
+  ASSERT_TRUE(pump([this] { return accessibilityIsOn(*sleepManager_); }));
   place = std::make_unique<OtherEditor>(kind, text);
-  ASSERT_TRUE(pumpUntil([&place] { return place->isReady(); }, kProgramStart));
+  ASSERT_TRUE(pump([&place] { return place->isReady(); }, kProgramStart));
 }
 
 void LinuxUnderTest::openEditor(std::string_view text) {
@@ -167,39 +179,16 @@ void LinuxUnderTest::focusPasswordField() {
   bringToFront(passwordField_, OtherEditor::Kind::password, "secret");
 }
 
-void LinuxUnderTest::otherApplicationCopies(std::string_view text) {
-  CopyingApplication::Behaviour behaviour;
-  behaviour.targets = {{"UTF8_STRING", {"UTF8_STRING", 8, std::string(text)}}};
-  // The one before goes after the new one has the clipboard, so that there is one change.
-  copying_ = std::make_unique<CopyingApplication>(behaviour);
-}
-
-std::optional<std::string> LinuxUnderTest::otherApplicationPastes() {
-  PastingApplication pasting;
-  const auto value = pasting.paste("UTF8_STRING");
-  return value ? std::optional(value->bytes) : std::nullopt;
-}
-
-void LinuxUnderTest::otherApplicationPromises(const Promises& item) {
-  // A selection's owner is asked for everything; nothing is handed over beforehand.
-  CopyingApplication::Behaviour behaviour;
-  for (const auto& [type, bytes] : item) {
-    behaviour.targets.push_back({type, {type, 8, bytes.value_or("")}});
-    if (!bytes) behaviour.refusedTargets.insert(type);
-  }
-  copying_ = std::make_unique<CopyingApplication>(behaviour);
-}
-
 void LinuxUnderTest::userPresses(KeyCode keyCode, Modifiers modifiers) {
   const auto key = evdevFromMacKeyCode(keyCode);
   ASSERT_TRUE(key.has_value()) << number(keyCode);
   for (const auto& modifier : kModifiers) {
-    if (overlap(modifiers, modifier.carbon)) typist_.pressPhysically(modifier.evdevKey);
+    if (overlap(modifiers, modifier.carbon)) surroundings_->press(modifier.evdevKey);
   }
-  typist_.pressPhysically(*key);
-  typist_.releasePhysically(*key);
+  surroundings_->press(*key);
+  surroundings_->release(*key);
   for (const auto& modifier : kModifiers) {
-    if (overlap(modifiers, modifier.carbon)) typist_.releasePhysically(modifier.evdevKey);
+    if (overlap(modifiers, modifier.carbon)) surroundings_->release(modifier.evdevKey);
   }
 }
 
@@ -208,33 +197,13 @@ void LinuxUnderTest::userHolds(EventFlags modifiers) {
     const bool holds = heldKeys_.count(modifier.evdevKey) != 0;
     const bool shallHold = overlap(modifiers, modifier.flag);
     if (shallHold && !holds) {
-      typist_.pressPhysically(modifier.evdevKey);
+      surroundings_->press(modifier.evdevKey);
       heldKeys_.insert(modifier.evdevKey);
     } else if (!shallHold && holds) {
-      typist_.releasePhysically(modifier.evdevKey);
+      surroundings_->release(modifier.evdevKey);
       heldKeys_.erase(modifier.evdevKey);
     }
   }
-}
-
-void LinuxUnderTest::otherProgramTakesHotKey(KeyCode keyCode, Modifiers modifiers) {
-  const auto key = xFromMacKeyCode(keyCode);
-  ASSERT_TRUE(key.has_value()) << number(keyCode);
-  std::uint16_t mask = 0;
-  for (const auto& modifier : kModifiers) {
-    if (overlap(modifiers, modifier.carbon)) mask = static_cast<std::uint16_t>(mask | modifier.xMask);
-  }
-  // Taken on the connection of the keyboard's user, which is another client of the server than the host's.
-  auto* connection = typist_.connection();
-  xcb_generic_error_t* refusal =
-      xcb_request_check(connection, xcb_grab_key_checked(connection, 0, typist_.root(), mask, *key,
-                                                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
-  EXPECT_EQ(refusal, nullptr);
-  std::free(refusal);
-}
-
-void LinuxUnderTest::disableHebrew() {
-  VirtualDisplay::setLayouts("us");
 }
 
 void LinuxUnderTest::wakeFromSleep() {
@@ -260,13 +229,23 @@ bool LinuxUnderTest::statusItemIsShown() {
   return panel().showsItem();
 }
 
+bool LinuxUnderTest::clickOn(const QWidget& widget, QPoint place) {
+  // The window may still be on its way to its place: the pointer follows.
+  const bool noticed = pump([&] {
+    surroundings_->pointAt(widget, place);
+    return widget.underMouse();
+  });
+  if (noticed) surroundings_->click();
+  return noticed;
+}
+
 QMenu* LinuxUnderTest::openMenu() {
   const auto open = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
   if (open() == nullptr) {
-    if (!pumpUntil([this] { return !panel().item().empty(); })) return nullptr;
+    if (!pump([this] { return !panel().item().empty(); })) return nullptr;
     panel().click();
   }
-  return pumpUntil([&] { return open() != nullptr && isOnTheScreen(*open()); }) ? open() : nullptr;
+  return pump([&] { return open() != nullptr && isOnTheScreen(*open()); }) ? open() : nullptr;
 }
 
 std::vector<std::string> LinuxUnderTest::visibleMenu() {
@@ -291,7 +270,7 @@ bool LinuxUnderTest::chooseMenuEntry(std::string_view title) {
     if (entry->text().replace("&&", "&").toStdString() != title || !entry->isVisible()) continue;
     const bool canBeChosen = entry->isEnabled();
     // Also where it cannot: the click then must do nothing.
-    return pointer_.clickOn(*menu, menu->actionGeometry(entry).center()) && canBeChosen;
+    return clickOn(*menu, menu->actionGeometry(entry).center()) && canBeChosen;
   }
   return false;
 }
@@ -312,17 +291,17 @@ bool LinuxUnderTest::clickRecorder(RecorderButton which) {
   QWidget* window = recorderWindow();
   if (window == nullptr) return false;
   if (which == RecorderButton::closeBox) {
-    pointer_.closeBox(*window);
+    surroundings_->close(*window);
     return true;
   }
   const QString title = which == RecorderButton::save ? "שמור" : "ביטול";
   for (const auto* button : window->findChildren<QPushButton*>()) {
     if (button->text() != title) continue;
     const bool canBeClicked = button->isEnabled();
-    if (canBeClicked) return pointer_.clickOn(*button, button->rect().center());
+    if (canBeClicked) return clickOn(*button, button->rect().center());
     // The toolkit tells a disabled button nothing of the pointer; a click there must do nothing.
-    pointer_.moveTo(*button, button->rect().center());
-    pointer_.click();
+    surroundings_->pointAt(*button, button->rect().center());
+    surroundings_->click();
     return false;
   }
   return false;
@@ -335,7 +314,7 @@ void LinuxUnderTest::answerNextAlert(std::optional<std::size_t> button, std::fun
     if (box == nullptr || !isOnTheScreen(*box) || !when()) return;
     if (!button) {
       answering_.cancel();
-      pointer_.closeBox(*box);
+      surroundings_->close(*box);
       return;
     }
     const auto buttons = box->buttons();
@@ -344,11 +323,11 @@ void LinuxUnderTest::answerNextAlert(std::optional<std::size_t> button, std::fun
     const QAbstractButton& wanted = *buttons[index];
     if (!wanted.underMouse()) {
       // The window may still be on its way to its place: the pointer follows.
-      pointer_.moveTo(wanted, wanted.rect().center());
+      surroundings_->pointAt(wanted, wanted.rect().center());
       return;
     }
     answering_.cancel();
-    pointer_.click();
+    surroundings_->click();
   });
 }
 

@@ -4,7 +4,6 @@
 #include <xcb/xtest.h>
 
 #include "platform/linux/display/x11_connection.h"
-#include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::contract {
 namespace {
@@ -20,16 +19,6 @@ void Pointer::moveTo(const QWidget& widget, QPoint place) {
 void Pointer::click() {
   fake(XCB_BUTTON_PRESS, kFirstButton);
   fake(XCB_BUTTON_RELEASE, kFirstButton);
-}
-
-bool Pointer::clickOn(const QWidget& widget, QPoint place) {
-  // The window may still be on its way to its place: the pointer follows.
-  const bool noticed = platform::pumpUntil([&] {
-    moveTo(widget, place);
-    return widget.underMouse();
-  });
-  if (noticed) click();
-  return noticed;
 }
 
 void Pointer::closeBox(const QWidget& window) {

@@ -17,9 +17,6 @@ class Pointer {
   void moveTo(const QWidget& widget, QPoint place);
   /// Presses and releases the first button.
   void click();
-  /// Moves to a place of a widget's and clicks as soon as the widget has noticed the pointer; false when it
-  /// does not. Iterates the main context.
-  bool clickOn(const QWidget& widget, QPoint place);
   /// What the close box of a window manager's title bar does (ICCCM 4.2.8.1).
   void closeBox(const QWidget& window);
 

@@ -153,6 +153,9 @@ GVariant* ScriptedApplication::answer(const std::string& path, const std::string
                                       GVariant* arguments) {
   if (method == "GetAddress") return g_variant_new("(s)", std::getenv("DBUS_SESSION_BUS_ADDRESS"));
   if (method == "Set" || method == "RegisterEvent") return g_variant_new("()");
+  if (field_.strangeAnswer) {
+    if (GVariant* strange = field_.strangeAnswer(path, method)) return strange;
+  }
   if (path == field_.path && field_.broken.count(method) != 0) return nullptr;
   if (path == field_.path && field_.answersNonsense.count(method) != 0) {
     return method.starts_with("Get ") ? property(g_variant_new_double(0.5)) : g_variant_new("(d)", 0.5);

@@ -49,6 +49,8 @@ struct ScriptedField {
       application;  // bus name and path that it names as its own
   /// What happens just before the first call of a method is done.
   std::map<std::string, std::function<void(ScriptedField&)>> meanwhile;
+  /// An answer instead of the right one, a tuple; null for none. On the application's thread.
+  std::function<GVariant*(const std::string& path, const std::string& method)> strangeAnswer;
   int answersUnfocused = 0;  // of GetState, before it answers as it is
   std::string stopsBefore;   // the method at which the application stops to answer
 };

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/linux/wayland/data_control_owner.h"
+#include "platform/linux/wayland/data_control_reader.h"
+#include "tests/linux/testing/private_sway.h"
+
+namespace lexwend::platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr ClipboardReader::Budget kBudget{1000ms, 400ms, std::size_t{1} << 26};
+
+Bytes bytesOf(const std::string& text) {
+  const auto* first = reinterpret_cast<const std::byte*>(text.data());
+  return {first, first + text.size()};
+}
+
+ClipboardContents text(const std::string& text) {
+  return {{"UTF8_STRING", "UTF8_STRING", 8, bytesOf(text)}};
+}
+
+struct DataControlClipboard : testing::Test {
+  std::unique_ptr<SelectionOwner> open(std::vector<bool>& changes) {
+    return DataControlOwner::open([&changes, this](const SelectionOwner::Change& change) {
+      changes.push_back(change.owner != XCB_WINDOW_NONE && another->isOwnWindow(change.owner));
+    });
+  }
+  /// What another program finds there, while `owner` serves.
+  std::optional<std::string> read(SelectionOwner& owner) {
+    std::optional<std::string> found;
+    std::atomic<bool> isDone = false;
+    std::thread reading([&] {
+      found = DataControlReader::open("CLIPBOARD")->readText(kBudget);
+      isDone = true;
+    });
+    while (!isDone) {
+      owner.wait(-1, SelectionOwner::Clock::now() + 5ms);
+      owner.handleEvents();
+    }
+    reading.join();
+    return found;
+  }
+
+  PrivateSway sway;
+  std::unique_ptr<SelectionOwner> another = DataControlOwner::open([](const SelectionOwner::Change&) {});
+};
+
+TEST_F(DataControlClipboard, tellsItsOwnClaimFromThoseOfOthers) {
+  std::vector<bool> areOwn;
+  const auto owner = open(areOwn);
+  owner->claim(text("own"), owner->serverTime());
+  EXPECT_TRUE(owner->owns());
+  another->claim(text("another's"), another->serverTime());
+  EXPECT_FALSE(owner->stillOwns());
+  EXPECT_EQ(areOwn, (std::vector<bool>{true, false}));
+}
+
+TEST_F(DataControlClipboard, isLeftToWhomeverHasCopiedSinceTheTimeOfAClaim) {
+  std::vector<bool> areOwn;
+  const auto owner = open(areOwn);
+  const auto time = owner->serverTime();
+  another->claim(text("copied since"), another->serverTime());
+  owner->claim(text("late"), time);
+  EXPECT_FALSE(owner->owns());
+  EXPECT_EQ(read(*another), "copied since");
+}
+
+TEST_F(DataControlClipboard, tellsWhenItsTextWasFetched) {
+  std::vector<bool> areOwn;
+  const auto owner = open(areOwn);
+  owner->claim(text(std::string(1 << 20, 'a')), owner->serverTime());
+  const auto before = SelectionOwner::Clock::now();
+  EXPECT_FALSE(owner->firstFetchBy({}, before).has_value());
+  EXPECT_EQ(read(*owner), std::string(1 << 20, 'a'));
+  EXPECT_TRUE(owner->firstFetchBy({}, before).has_value());
+  EXPECT_FALSE(owner->firstFetchBy({}, SelectionOwner::Clock::now()).has_value());
+}
+
+TEST_F(DataControlClipboard, isEmptyAfterAClaimOfNothing) {
+  std::vector<bool> areOwn;
+  const auto owner = open(areOwn);
+  owner->claim(text("own"), owner->serverTime());
+  owner->claim({}, owner->serverTime());
+  EXPECT_EQ(read(*owner), std::nullopt);
+  EXPECT_EQ(areOwn.size(), 2U);
+}
+
+TEST_F(DataControlClipboard, ofAnOwnerThatDoesNotAnswerIsGivenUpInTime) {
+  another->claim(text("promised"), another->serverTime());
+  const auto begin = SelectionOwner::Clock::now();
+  const auto result = DataControlReader::open("CLIPBOARD")->readAll(kBudget);
+  EXPECT_EQ(result.outcome, ClipboardReader::Outcome::overBudget);
+  EXPECT_LT(SelectionOwner::Clock::now() - begin, 2s);
+}
+
+TEST(WithoutACompositor, thereIsNoDataControl) {
+  const test::EnvironmentVariable none("WAYLAND_DISPLAY", "nonexistent");
+  EXPECT_EQ(DataControlOwner::open([](const SelectionOwner::Change&) {}), nullptr);
+  EXPECT_EQ(DataControlReader::open("CLIPBOARD"), nullptr);
+}
+
+}  // namespace
+}  // namespace lexwend::platform
