@@ -119,11 +119,11 @@ class FreshRoot:
         return self.run("dpkg-query", "-W", "-f", "${Version}", "lexwend")
 
     def own_files(self):
-        """Everything with the name of the program, except what apt and its log keep of it."""
+        """Everything with the name of the program, except what users and apt keep of it."""
         found = set()
         for folder, folders, files in os.walk(self.path):
             place = Path(folder).relative_to(self.path)
-            if str(place) in ("proc", "sys", "home", "var/log", "var/cache/apt", "var/lib/apt"):
+            if str(place) in ("proc", "sys", "home", "tmp", "var/log", "var/cache/apt", "var/lib/apt"):
                 folders.clear()
                 continue
             found |= {str(place / name) for name in (*folders, *files) if "lexwend" in name.lower()}
@@ -147,7 +147,7 @@ def older_package(package, folder):
 def display():
     """An X server of this machine. The programs in the root reach it by its abstract socket."""
     read, write = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "800x600x24", "-nolisten", "tcp", "-ac"], pass_fds=[write],
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "800x600x24", "-nolisten", "tcp", "-noreset", "-ac"], pass_fds=[write],
                               stderr=subprocess.DEVNULL)
     os.close(write)
     try:
