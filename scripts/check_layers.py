@@ -39,6 +39,7 @@ LINUX = "platform/linux"
 LINUX_ROOMS = {
     "display": set(),
     "session": set(),
+    "instance": {"session"},
     "keyboard": {"display", "session"},
     "selection": {"display"},
     "clipboard": {"selection", "display"},

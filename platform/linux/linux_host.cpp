@@ -76,9 +76,7 @@ HotKeyService& LinuxHost::hotKeyService() {
 }
 
 StatusBar& LinuxHost::statusBar() {
-  return made(statusBar_,
-              LinuxStatusBar::Needs{[this] { application().terminate(); }, [this] { return x11(); },
-                                    [this]() -> RunLoop& { return runLoop(); }});
+  return made(statusBar_, [this] { application().terminate(); });
 }
 
 RecorderWindows& LinuxHost::recorderWindows() {
@@ -99,6 +97,10 @@ Workspace& LinuxHost::workspace() {
 
 RunningApplications& LinuxHost::runningApplications() {
   return runningApplications_;
+}
+
+RunningInstance& LinuxHost::runningInstance() {
+  return made(runningInstance_, &LinuxStatusBar::menuIsOpen);
 }
 
 UserDefaults& LinuxHost::standardUserDefaults() {

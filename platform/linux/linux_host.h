@@ -10,6 +10,7 @@
 #include "platform/linux/accessibility/secure_input.h"
 #include "platform/linux/clipboard/pasteboard.h"
 #include "platform/linux/display/x11_connection.h"
+#include "platform/linux/instance/running_instance.h"
 #include "platform/linux/keyboard/hot_key_service.h"
 #include "platform/linux/keyboard/input_sources.h"
 #include "platform/linux/keyboard/key_events.h"
@@ -49,6 +50,7 @@ class LinuxHost : public Host {
   Alerts& alerts() override;
   Workspace& workspace() override;
   RunningApplications& runningApplications() override;
+  RunningInstance& runningInstance() override;
   UserDefaults& standardUserDefaults() override;
   LoginItem& loginItem() override;
   RunLoop& runLoop() override;
@@ -86,6 +88,7 @@ class LinuxHost : public Host {
   LinuxKeyMonitor keyMonitor_;
   LinuxRecorderWindows recorderWindows_;
   std::optional<LinuxStatusBar> statusBar_;
+  std::optional<LinuxRunningInstance> runningInstance_;
   std::optional<LinuxKeyEvents> keyEvents_;
   std::optional<LinuxHotKeyService> hotKeyService_;
   std::optional<LinuxRunLoop> runLoop_;

@@ -141,6 +141,18 @@ bool LinuxHotKeyService::wasPausedAt(const xcb_key_press_event_t& event) const {
   return static_cast<std::int32_t>(numbered.full_sequence - *pauses_->lastEnd) < 0;
 }
 
+const KeyNames& LinuxHotKeyService::keyNames() {
+  static constexpr KeyNames kNames = {
+      .modifiers = {{{kControlKey, "Super"}, {kCmdKey, "Ctrl"}, {kOptionKey, "Alt"}, {kShiftKey, "Shift"}}},
+      .joint = "+",
+      .returnKey = "Enter",
+      .tab = "Tab",
+      .space = "Space",
+      .backspace = "Backspace",
+      .functionKeysNeedGlobe = false};
+  return kNames;
+}
+
 void LinuxHotKeyService::stop() {
   stopped_ = true;
   for (const auto& hotKey : hotKeys_) ungrab(*hotKey);

@@ -36,6 +36,8 @@ class LinuxHotKeyService : public HotKeyService {
   /// The end of a pause is a request to the server, which marks every event with the last request before it:
   /// so a press is placed before or after the end exactly, however late it is read.
   Registration ignorePresses() override;
+  /// As they are printed on keyboards: Super, Ctrl, Alt and Shift, joined by a plus sign.
+  const KeyNames& keyNames() override;
   /// For the end of the program: gives every key back and refuses any other.
   void stop();
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/application.h"
 
@@ -39,7 +40,8 @@ class LinuxApplication : public Application {
   /// its memory. Where the session bus does not answer yet, the toolkit does without it for the whole run:
   /// this application's own windows are then silent to screen readers, and nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
-  /// In a Wayland session with an X11 display, says what works there.
+  /// In a Wayland session with an X11 display, says what works there. Else says when no font has Hebrew
+  /// letters, without which the menu and the windows are empty.
   std::optional<std::string> notice() override;
   void setDelegate(std::function<void()> didFinishLaunching) override;
   /// Has no effect: an agent without windows is an accessory on X11.
@@ -50,6 +52,7 @@ class LinuxApplication : public Application {
   void activate(bool ignoringOtherApps) override;
   /// The X server's bell, which desktops turn into their alert sound.
   void beep() override;
+  void notifyUser(std::string_view sentence) override;
 
  private:
   class HiddenBus;
