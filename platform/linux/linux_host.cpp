@@ -76,7 +76,9 @@ HotKeyService& LinuxHost::hotKeyService() {
 }
 
 StatusBar& LinuxHost::statusBar() {
-  return made(statusBar_, [this] { application().terminate(); });
+  return made(statusBar_,
+              LinuxStatusBar::Needs{[this] { application().terminate(); }, [this] { return x11(); },
+                                    [this]() -> RunLoop& { return runLoop(); }});
 }
 
 RecorderWindows& LinuxHost::recorderWindows() {

@@ -6,11 +6,13 @@ usage: inside.py DESKTOP PREFIX
 
 Each step says what it has seen. Pictures of the screen go to /pictures, to be looked at.
 """
+import ctypes
 import os
 import shutil
 import signal
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 CHECKOUT = Path(__file__).resolve().parent.parent.parent
@@ -31,11 +33,13 @@ TAKEN = 'הצירוף תפוס'
 class Desktop:
     """How one desktop is started, and where its things are."""
 
-    def __init__(self, session, editor, panel_class, dark, light, taken='Alt+F2', **environment):
+    def __init__(self, session, log_out, editor, panel_class, dark, light, taken='Alt+F2', colors_icons=True, **environment):
         self.session = session
+        self.log_out = log_out
         self.editor = editor
         self.panel_class = panel_class
         self.dark, self.light = dark, light  # commands that change the theme
+        self.colors_icons = colors_icons  # the panel, by its own theme
         self.taken = taken  # a combination that the desktop holds
         self.environment = environment
 
@@ -55,10 +59,11 @@ def lxqt_theme(name):
 
 
 DESKTOPS = {
-    'xfce': Desktop(['xfce4-session'], ['mousepad'], 'xfce4-panel', xfce_theme('Adwaita-dark'), xfce_theme('Adwaita')),
-    'mate': Desktop(['mate-session'], ['pluma'], 'mate-panel', gsettings('org.mate.interface', 'gtk-theme', 'BlackMATE'),
+    'xfce': Desktop(['xfce4-session'], ['xfce4-session-logout', '--logout', '--fast'], ['mousepad'], 'xfce4-panel', xfce_theme('Greybird-dark'), xfce_theme('Greybird')),
+    'mate': Desktop(['mate-session'], ['mate-session-save', '--force-logout'], ['pluma'], 'mate-panel', gsettings('org.mate.interface', 'gtk-theme', 'BlackMATE'),
                     gsettings('org.mate.interface', 'gtk-theme', 'Menta')),
-    'lxqt': Desktop(['startlxqt'], ['featherpad', '--standalone'], 'lxqt-panel', lxqt_theme('dark'), lxqt_theme('light'),
+    'lxqt': Desktop(['startlxqt'], ['lxqt-leave', '--logout'], ['featherpad', '--standalone'], 'lxqt-panel', lxqt_theme('dark'), lxqt_theme('light'),
+                    colors_icons=False,
                     XDG_CONFIG_DIRS='/etc:/etc/xdg:/usr/share'),
 }
 
@@ -81,9 +86,9 @@ class Login:
     def begin(self):
         os.environ.update(DISPLAY=':7', DBUS_SESSION_BUS_ADDRESS='unix:path=/run/user/1000/bus', XDG_SESSION_TYPE='x11',
                           XDG_SESSION_CLASS='user', XDG_SESSION_ID='c1', XDG_SEAT='seat0', GDK_BACKEND='x11',
-                          LIBGL_ALWAYS_SOFTWARE='1', XDG_CONFIG_DIRS='/etc/xdg', XDG_DATA_DIRS='/usr/local/share:/usr/share',
-                          **self.desktop.environment)
-        self.start(['Xvfb', ':7', '-screen', '0', '1280x800x24', '-nolisten', 'tcp', '-noreset'])
+                          LIBGL_ALWAYS_SOFTWARE='1', QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', XDG_CONFIG_DIRS='/etc/xdg', XDG_DATA_DIRS='/usr/local/share:/usr/share')
+        os.environ.update(self.desktop.environment)
+        self.display = self.start(['Xvfb', ':7', '-screen', '0', '1280x800x24', '-nolisten', 'tcp', '-noreset'])
         until(Path('/tmp/.X11-unix/X7').exists, 'the display')
         subprocess.run(['setxkbmap', '-model', 'pc105', '-layout', 'us,il', '-option', 'grp:alt_shift_toggle'], check=True)
         self.start(['dbus-daemon', '--session', '--nofork', f'--address={os.environ["DBUS_SESSION_BUS_ADDRESS"]}'])
@@ -108,7 +113,7 @@ class Login:
 
     def agent(self):
         """The process of the agent; nothing while none runs."""
-        found = subprocess.run(['pgrep', '-x', 'lexwend'], capture_output=True, text=True, check=False).stdout.split()
+        found = subprocess.run(['pgrep', '-x', '-r', 'R,S,D', 'lexwend'], capture_output=True, text=True, check=False).stdout.split()
         return int(found[0]) if found else None
 
 
@@ -127,10 +132,71 @@ def write_entry(program):
     settings.write_text('[Settings]\ndidRegisterLoginItem=true\n', encoding='utf-8')
 
 
-def pixels(path, place):
-    x, y, width, height = place
-    return subprocess.run(['convert', str(path), '-crop', f'{width}x{height}+{x}+{y}', '-depth', '8', 'gray:-'],
-                          capture_output=True, check=True).stdout
+class XImage(ctypes.Structure):
+    """The head of an image of Xlib."""
+    _fields_ = [('width', ctypes.c_int), ('height', ctypes.c_int), ('offset', ctypes.c_int), ('format', ctypes.c_int),
+                ('data', ctypes.c_void_p), ('byte_order', ctypes.c_int), ('unit', ctypes.c_int), ('bit_order', ctypes.c_int),
+                ('pad', ctypes.c_int), ('depth', ctypes.c_int), ('bytes_per_line', ctypes.c_int)]
+
+
+class Screen:
+    """The pixels of the screen, fast enough to see a sign that is shown for less than a second."""
+    WIDTH, HEIGHT, BYTES = 1280, 800, 4
+    SMALLEST, LARGEST = 6, 40  # sides of an icon
+    STILL_SECONDS = 2
+
+    def __init__(self, keyboard):
+        self.x11, self.display = keyboard.x11, keyboard.display
+        self.x11.XGetImage.restype = ctypes.POINTER(XImage)
+        self.x11.XDefaultRootWindow.restype = ctypes.c_ulong
+        self.root = ctypes.c_ulong(self.x11.XDefaultRootWindow(self.display))
+
+    def look(self):
+        """The rows of the screen."""
+        all_planes, z_pixmap = ctypes.c_ulong(-1), 2
+        image = self.x11.XGetImage(self.display, self.root, 0, 0, self.WIDTH, self.HEIGHT, all_planes, z_pixmap)
+        line = image.contents.bytes_per_line
+        data = ctypes.string_at(image.contents.data, line * self.HEIGHT)
+        self.x11.XFree(ctypes.c_void_p(image.contents.data))
+        self.x11.XFree(image)
+        return [data[row * line:row * line + self.WIDTH * self.BYTES] for row in range(self.HEIGHT)]
+
+    def still_look(self):
+        """The rows of a screen that has not changed for some time: nothing of the session is still being drawn."""
+        first = self.look()
+        seen = time.monotonic()
+
+        def still():
+            nonlocal first, seen
+            now = self.look()
+            if now != first:
+                first, seen = now, time.monotonic()
+            return time.monotonic() - seen > self.STILL_SECONDS
+        until(still, 'the screen to be still', LOGIN_SECONDS)
+        return first
+
+    def _changed(self, before):
+        """The places that differ, as pairs of column and row."""
+        now = self.look()
+        return [(x, y) for y, (old, new) in enumerate(zip(before, now)) if old != new
+                for x in range(self.WIDTH) if old[x * 4:x * 4 + 3] != new[x * 4:x * 4 + 3]]
+
+    def changed_pixels(self, before):
+        return len(self._changed(before))
+
+    def small_change(self, before):
+        """The rectangle that holds everything that differs, where it is as small as an icon; nothing otherwise."""
+        changed = self._changed(before)
+        if not changed:
+            return None
+        columns, rows = [x for x, _ in changed], [y for _, y in changed]
+        place = (min(columns), min(rows), max(columns) - min(columns) + 1, max(rows) - min(rows) + 1)
+        return place if all(self.SMALLEST <= side <= self.LARGEST for side in place[2:]) else None
+
+    def grays(self, place):
+        x, y, width, height = place
+        rows = self.look()[y:y + height]
+        return [sum(row[4 * c:4 * c + 3]) // 3 for row in rows for c in range(x, x + width)]
 
 
 class Scenes:
@@ -140,6 +206,7 @@ class Scenes:
         self.login = login
         self.program = program
         self.keyboard = login.keyboard
+        self.screen = Screen(login.keyboard)
 
     def says(self, sentence):
         print(f'{self.login.name}: {sentence}', flush=True)
@@ -153,33 +220,23 @@ class Scenes:
 
     def one_icon_is_in_the_panel(self):
         until(lambda: len(self.panel.items()) == 1, 'one item in the panel')
-        assert self.panel.item('IconName') == 'org.lexwend.Lexwend-symbolic', self.panel.item('IconName')
+        wanted = 'org.lexwend.Lexwend-symbolic' if self.login.desktop.colors_icons else ''
+        assert self.panel.item('IconName') == wanted, self.panel.item('IconName')
         self.place = self.find_icon()
         self.login.picture('icon')
         self.says(f'one icon, at {self.place}')
 
     def find_icon(self):
-        """The icon's place: what changes on the screen when the cross is shown after a press with nothing selected."""
-        def changed():
-            before = self.login.picture('before')
-            failures = self.login.log().count('fix: failed')
+        """The icon's place: what changes in the panel while the cross is shown after a press with nothing selected, and
+        changes back. A clock that changes meanwhile is no icon."""
+        def found():
+            before = self.screen.still_look()
             self.keyboard.press('F2')
-            until(lambda: self.login.log().count('fix: failed') > failures, 'the fix to fail')
-            for _ in range(20):
-                after = self.login.picture('cross')
-                box = subprocess.run(['convert', str(before), str(after), '-compose', 'difference', '-composite', '-threshold', '10%',
-                                      '-trim', '-format', '%w %h %X %Y', 'info:'], capture_output=True, text=True,
-                                     check=False).stdout.replace('+', ' ').split()
-                after.unlink()
-                self.login.pictures -= 1
-                if len(box) == 4 and 6 <= int(box[0]) <= 40 and 6 <= int(box[1]) <= 40:
-                    before.unlink()
-                    self.login.pictures -= 1
-                    return int(box[2]), int(box[3]), int(box[0]), int(box[1])
-            before.unlink()
-            self.login.pictures -= 1
-            return None
-        return until(changed, 'the cross on the icon', 60)
+            shown = until(lambda: self.screen.small_change(before), 'something to change in the panel')
+            until(lambda: 'fix: failed' in self.login.log(), 'the fix to fail')
+            until(lambda: not self.screen.small_change(before) or self.screen.small_change(before) != shown, 'the cross to go')
+            return shown if not self.screen.small_change(before) else None
+        return until(found, 'the cross on the icon', 60)
 
     def click_icon(self, button=1):
         x, y, width, height = self.place
@@ -188,18 +245,17 @@ class Scenes:
     def the_icon_is_legible_while_the_theme_changes(self):
         for name, command in (('dark', self.login.desktop.dark), ('light', self.login.desktop.light)):
             subprocess.run(command, check=True)
-            until(lambda: self._contrast() > 60, f'an icon that is legible with the {name} theme')
+            until(lambda n=name: self._looks(n == 'dark'), f'an icon that is legible on the {name} panel')
             self.login.picture(f'theme-{name}')
         self.says('the icon is legible with the dark and with the light theme')
 
-    def _contrast(self):
-        """Between the lightest and the darkest tenth of the icon's pixels."""
-        path = PICTURES / 'look.png'
-        subprocess.run(['import', '-silent', '-window', 'root', str(path)], check=True)
-        levels = sorted(pixels(path, self.place))
-        path.unlink()
+    def _looks(self, dark):
+        """Whether the panel is dark, or light, and the lightest and the darkest tenth of the icon's pixels differ."""
+        x, y, width, height = self.place
+        panel = self.screen.grays((x - 1, y + height // 2, 1, 2))  # beside the icon
+        levels = sorted(self.screen.grays(self.place))
         tenth = max(1, len(levels) // 10)
-        return levels[-tenth] - levels[tenth]
+        return (max(panel) < 110 if dark else min(panel) > 150) and levels[-tenth] - levels[tenth] > 60
 
     def both_buttons_open_the_menu(self):
         self.click_icon()
@@ -210,20 +266,10 @@ class Scenes:
         self.login.picture('menu-left')
         self.keyboard.press('Escape')
         until(self.reader.menu_is_closed, 'the menu to close')
-        before = self.login.picture('before')
+        before = self.screen.look()
         self.click_icon(3)
-
-        def opened():
-            path = self.login.picture('menu-right')
-            differ = subprocess.run(['compare', '-metric', 'AE', '-fuzz', '10%', str(before), str(path), 'null:'],
-                                    capture_output=True, text=True, check=False).stderr
-            if float(differ) > 20000:
-                return True
-            path.unlink()
-            self.login.pictures -= 1
-            return False
-        until(opened, 'the menu of the second button')
-        before.unlink()
+        until(lambda: self.screen.changed_pixels(before) > 20000, 'the menu of the second button')
+        self.login.picture('menu-right')
         self.keyboard.press('Escape')
         self.says('both buttons open the menu')
 
@@ -274,13 +320,12 @@ class Scenes:
         self.says('a command opens the menu')
 
     def the_log_out_ends_the_agent(self):
-        process = self.login.agent()
-        self.login.session.send_signal(signal.SIGTERM)
-        self.login.session.wait(30)
-        for other in self.login.processes:
-            if other.poll() is None and other.args[0] == 'Xvfb':
-                other.terminate()
-        until(lambda: self.login.agent() != process, 'the agent to end with the session')
+        assert self.login.agent(), 'the agent has ended before'
+        self.login.start(self.login.desktop.log_out)
+        until(lambda: self.login.session.poll() is not None, 'the session to end', LOGIN_SECONDS)
+        # As the program that asks for the password does: the display is started anew.
+        self.login.display.terminate()
+        until(lambda: not self.login.agent(), 'the agent to end with the session')
         self.says('the log-out ends the agent')
 
 
@@ -304,7 +349,8 @@ def main():
         scenes.the_icon_is_legible_while_the_theme_changes()
         scenes.the_log_out_ends_the_agent()
     except BaseException:
-        login.picture('failure')
+        if login.display.poll() is None:
+            login.picture('failure')
         print(login.log(), file=sys.stderr)
         raise
 

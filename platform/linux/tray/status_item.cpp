@@ -5,7 +5,10 @@
 #include <QCursor>
 #include <QMenu>
 #include <QSystemTrayIcon>
+#include <chrono>
+#include <cstdlib>
 #include <optional>
+#include <string_view>
 
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/identity.h"
@@ -13,13 +16,28 @@
 #include "platform/linux/tray/menu_export.h"
 #include "platform/linux/tray/status_notifier.h"
 #include "platform/linux/tray/symbol_image.h"
+#include "platform/linux/tray/theme_watch.h"
 
 namespace lexwend::platform {
 namespace {
 
-class TrayItem : public StatusItem {
+/// A panel has drawn itself in its new theme by this time.
+constexpr std::chrono::milliseconds kPanelDrawn{1000};
+/// A panel has taken notice of a change of the icon by this time.
+constexpr std::chrono::milliseconds kIconTaken{300};
+
+/// LXQt's panel draws a symbolic icon in the color of its file.
+bool panelColorsIcons() {
+  const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
+  return desktop == nullptr || std::string_view(desktop).find("LXQt") == std::string_view::npos;
+}
+
+class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem> {
  public:
+  explicit TrayItem(LinuxStatusBar::Needs needs) : needs_(std::move(needs)) {}
+
   void appear() {
+    theme_.emplace(needs_.x11(), [this] { drawIconAnew(); });
     bus_ = observeSessionBus([this](GDBusConnection* bus) { busChanged(bus); });
   }
 
@@ -81,10 +99,33 @@ class TrayItem : public StatusItem {
     }
   }
 
+  /// Xfce's panel keeps the color that an icon had when its name was told.
+  void drawIconAnew() {
+    if (isDrawingAnew_) return;
+    isDrawingAnew_ = true;
+    later(kPanelDrawn, [](TrayItem& self) {
+      if (self.notifier_) {
+        StatusNotifier::Icon picture = iconOf(self.image_.get());
+        picture.name.clear();
+        self.notifier_->setIcon(std::move(picture));
+      }
+      self.later(kIconTaken, [](TrayItem& item) {
+        item.isDrawingAnew_ = false;
+        item.drawIcon();
+      });
+    });
+  }
+
+  void later(std::chrono::milliseconds delay, void (*work)(TrayItem&)) {
+    needs_.runLoop().dispatchAfter(delay, [weak = weak_from_this(), work] {
+      if (const auto self = weak.lock()) work(*self);
+    });
+  }
+
   static StatusNotifier::Icon iconOf(const LinuxSymbolImage* image) {
     StatusNotifier::Icon icon;
     if (image == nullptr) return icon;
-    icon.themePath = folderOfInstalledIcon(image->themeName());
+    if (panelColorsIcons()) icon.themePath = folderOfInstalledIcon(image->themeName());
     if (!icon.themePath.empty()) icon.name = image->themeName();
     for (const int side : kTrayIconSides) icon.sizes.append(image->rendered(side));
     icon.description = image->description();
@@ -107,9 +148,12 @@ class TrayItem : public StatusItem {
     }
   }
 
+  LinuxStatusBar::Needs needs_;
   std::shared_ptr<LinuxSymbolImage> image_;
   std::shared_ptr<LinuxMenu> menu_;
   std::shared_ptr<std::function<void()>> menuChanged_;
+  std::optional<ThemeWatch> theme_;
+  bool isDrawingAnew_ = false;
   bool isInPanel_ = false;
   std::optional<MenuExport> exported_;
   std::optional<StatusNotifier> notifier_;
@@ -120,7 +164,7 @@ class TrayItem : public StatusItem {
 }  // namespace
 
 StatusItemRef LinuxStatusBar::statusItem(double) {
-  const auto item = std::make_shared<TrayItem>();
+  const auto item = std::make_shared<TrayItem>(needs_);
   item->appear();
   return item;
 }
@@ -134,7 +178,7 @@ MenuRef LinuxStatusBar::makeMenu() {
 }
 
 MenuItemRef LinuxStatusBar::makeMenuItem() {
-  return std::make_shared<LinuxMenuItem>(terminate_);
+  return std::make_shared<LinuxMenuItem>(needs_.terminate);
 }
 
 SymbolImageRef LinuxStatusBar::symbolImage(std::string_view name, std::string_view accessibilityDescription) {

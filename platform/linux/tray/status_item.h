@@ -5,9 +5,12 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/run_loop.h"
 #include "platform/status_item.h"
 
 namespace lexwend::platform {
+
+class X11Connection;
 
 /// The tray. Where a panel shows StatusNotifier items, the agent has such an item. Otherwise it has an icon
 /// in an XEmbed tray. It moves from one to the other when a panel or tray appears or goes. Main thread only.
@@ -18,8 +21,12 @@ namespace lexwend::platform {
 /// legible on every color. The tooltip is the title of the menu's first item that only informs.
 class LinuxStatusBar : public StatusBar {
  public:
-  /// `terminate` ends the application.
-  explicit LinuxStatusBar(std::function<void()> terminate) : terminate_(std::move(terminate)) {}
+  struct Needs {
+    std::function<void()> terminate;                      ///< ends the application
+    std::function<std::shared_ptr<X11Connection>()> x11;  ///< may return null
+    std::function<RunLoop&()> runLoop;
+  };
+  explicit LinuxStatusBar(Needs needs) : needs_(std::move(needs)) {}
 
   /// The application object must exist. `length` has no effect: the tray decides the size of its icons.
   StatusItemRef statusItem(double length) override;
@@ -31,7 +38,7 @@ class LinuxStatusBar : public StatusBar {
   static bool menuIsOpen();
 
  private:
-  std::function<void()> terminate_;
+  Needs needs_;
 };
 
 }  // namespace lexwend::platform

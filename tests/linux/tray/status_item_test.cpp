@@ -279,6 +279,46 @@ TEST_F(Tray, itemNamesItsInstalledIconForThePanelToColor) {
   EXPECT_EQ(panel.text("IconName"), "");
 }
 
+TEST_F(Tray, itemTellsItsIconAnewWhenTheThemeChanges) {
+  const test::TemporaryFolder folder;
+  const std::string place = folder.file("icons/hicolor/symbolic/apps");
+  std::filesystem::create_directories(place);
+  test::putContents(place + "/org.lexwend.Lexwend-symbolic.svg", "<svg/>");
+  const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
+  const auto x11 = X11Connection::open();
+  const auto window = xcb_generate_id(x11->get());
+  xcb_create_window(x11->get(), XCB_COPY_FROM_PARENT, window, x11->root(), 0, 0, 1, 1, 0,
+                    XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+  xcb_set_selection_owner(x11->get(), window, x11->atom("_XSETTINGS_S0"), XCB_CURRENT_TIME);
+  x11->flush();
+  Panel panel;
+  panel.appear();
+  const auto item = bar.statusItem(kSquareStatusItemLength);
+  item->setImage(bar.symbolImage("keyboard", "Lexwend"));
+  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+  ASSERT_NE(panel.text("IconName"), "");
+  xcb_change_property(x11->get(), XCB_PROP_MODE_REPLACE, window, x11->atom("_XSETTINGS_SETTINGS"),
+                      x11->atom("_XSETTINGS_SETTINGS"), 8, 4, "dark");
+  x11->flush();
+  EXPECT_TRUE(pumpUntil([&] { return panel.text("IconName").empty(); }));
+  EXPECT_TRUE(pumpUntil([&] { return panel.text("IconName") == "org.lexwend.Lexwend-symbolic"; }));
+}
+
+TEST_F(Tray, itemHasNoNameForAPanelThatColorsNone) {
+  const test::TemporaryFolder folder;
+  const std::string place = folder.file("icons/hicolor/symbolic/apps");
+  std::filesystem::create_directories(place);
+  test::putContents(place + "/org.lexwend.Lexwend-symbolic.svg", "<svg/>");
+  const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
+  const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "LXQt");
+  Panel panel;
+  panel.appear();
+  const auto item = bar.statusItem(kSquareStatusItemLength);
+  item->setImage(bar.symbolImage("keyboard", "Lexwend"));
+  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+  EXPECT_EQ(panel.text("IconName"), "");
+}
+
 TEST_F(Tray, itemWaitsForAPanelThatIsBusyAndMakesNoSecondIcon) {
   const EmbeddingTray tray;
   Panel panel;
