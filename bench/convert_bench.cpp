@@ -48,7 +48,7 @@ std::string illFormed() {
 void convert(benchmark::State& state, const std::string& text) {
   const Converter converter(LayoutMap::fallback());
   for (auto _ : state) benchmark::DoNotOptimize(converter.convert(text, true));
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
 // The comparison at its worst: the first character changes its bytes but not its meaning, so all the rest is
@@ -60,7 +60,7 @@ void convertEquivalently(benchmark::State& state, const std::string& text) {
   std::string input = "\u2126 ";
   input += text;
   for (auto _ : state) benchmark::DoNotOptimize(converter.convert(input, false));
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * input.size()));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(input.size()));
 }
 
 // A whole fix: the converter is made afresh from the current map.
@@ -72,7 +72,7 @@ void makeConverterAndConvert(benchmark::State& state) {
 
 void countCharacters(benchmark::State& state, const std::string& text) {
   for (auto _ : state) benchmark::DoNotOptimize(characterCount(text));
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
 BENCHMARK_CAPTURE(convert, hebrew, hebrew());

@@ -21,6 +21,7 @@ from session import DesktopError, Session, until  # noqa: E402
 from stage import Stage  # noqa: E402
 
 FIXES_PER_DOCUMENT = 20
+FIXES_PER_LINE = 500  # of what this prints
 FIXES_PER_AGENT = 400  # then another is started, for the other path
 WARM_UP = 100  # fixes after which caches and allocators have settled
 GROWTH_KILOBYTES = 4096
@@ -47,7 +48,7 @@ class Worker:
     """One desktop: fixes texts until its share is done, and compares after each."""
 
     def __init__(self, session, arguments, number):
-        self.session, self.arguments = session, arguments
+        self.session, self.arguments, self.number = session, arguments, number
         self.dice = random.Random(arguments.seed * 1000 + number)
         self.stage = Stage(session, arguments.agent, arguments.editor)
         self.wrong = []
@@ -68,7 +69,10 @@ class Worker:
                 self.session.end(self.stage.agent)
                 self.start(not self.compatible)
             self.look_at_memory()
+            before = self.done
             self.document(min(FIXES_PER_DOCUMENT, share - self.done))
+            if self.done // FIXES_PER_LINE > before // FIXES_PER_LINE:
+                print(f'desktop {self.number}: {self.done} fixes so far, {len(self.wrong)} wrong', flush=True)
         self.look_at_memory()
 
     def start(self, compatible):

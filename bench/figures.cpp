@@ -77,7 +77,7 @@ int throughput(const std::string& textKind, std::size_t bytes, const std::string
   std::string copy(text.size(), ' ');
   double converting = std::numeric_limits<double>::max();
   double copying = converting;
-  constexpr int kRounds = 8;  // the first warms up; the best counts
+  constexpr int kRounds = 16;  // the first warms up; the best counts
   for (int round = 0; round < kRounds; ++round) {
     converting = std::min(converting, secondsOf([&] { keep(converter.convert(text, true).text.data()); }));
     copying = std::min(copying, secondsOf([&] { keep(std::memcpy(copy.data(), text.data(), text.size())); }));

@@ -51,47 +51,62 @@ Converter::Result Converter::convert(std::string_view text, bool currentLayoutIs
 
 Converter::Result Converter::convertTo(TextOutput& output, std::string_view text,
                                        bool currentLayoutIsHebrew) const {
-  if (!tables_->isPlain()) {
-    Result result = convertCharacters(text, currentLayoutIsHebrew);
-    output.take(std::exchange(result.text, {}));
-    return result;
-  }
   Letters letters;
   findLetters(text, letters);
   const Direction direction = directionOf(letters, currentLayoutIsHebrew);
   Result result;
   result.targetIsHebrew = !direction.sourceIsHebrew;
-  result.changed = PlainConverter(tables_->from(direction.sourceIsHebrew), direction).convert(text, output);
+  result.changed = convertPart(output, text, direction);
   return result;
 }
 
-// The conversion by any map, character by character.
-Converter::Result Converter::convertCharacters(std::string_view text, bool currentLayoutIsHebrew) const {
-  Letters letters;
-  tokenize(text, [&](const Token& token) {
+void Converter::findLetters(std::string_view part, Letters& letters) const {
+  if (tables_->isPlain()) {
+    findPlainLetters(part, letters);
+    return;
+  }
+  tokenize(part, [&](const Token& token) {
     if (token.isSpace) return;
     const LetterCounts counts = letterCounts(token.text);
     letters.hebrew = letters.hebrew || counts.hebrew != 0;
     letters.latin = letters.latin || counts.latin != 0;
   });
-  const auto [sourceIsHebrew, isUniform] = directionOf(letters, currentLayoutIsHebrew);
+}
 
-  Result result;
-  result.targetIsHebrew = !sourceIsHebrew;
-  result.text.reserve(text.size());
-  tokenize(text, [&, sourceIsHebrew = sourceIsHebrew, isUniform = isUniform](const Token& token) {
+bool Converter::convertPart(TextOutput& output, std::string_view part, Direction direction) const {
+  if (tables_->isPlain()) {
+    return PlainConverter(tables_->from(direction.sourceIsHebrew), direction).convert(part, output);
+  }
+  const std::string converted = convertCharacters(part, direction);
+  output.take(converted);
+  return converted != part && !canonicallyEquivalent(part, converted);
+}
+
+std::size_t Converter::lastCut(std::string_view text, std::size_t searched, bool betweenWords) const {
+  if (tables_->isPlain()) return lastPlainCut(text, searched, betweenWords);
+  // A line feed is a character of its own, whatever stands beside it, except behind a carriage return.
+  const std::size_t lineFeed = text.substr(searched).rfind('\n');
+  return lineFeed == std::string_view::npos ? 0 : searched + lineFeed + 1;
+}
+
+// The conversion by any map, character by character.
+std::string Converter::convertCharacters(std::string_view text, Direction direction) const {
+  const bool sourceIsHebrew = direction.sourceIsHebrew;
+  const bool isUniform = direction.isUniform;
+  std::string converted;
+  converted.reserve(text.size());
+  tokenize(text, [&](const Token& token) {
     const LetterCounts counts = letterCounts(token.text);
     const bool hasLetters = counts.hebrew != 0 || counts.latin != 0;
     const bool bothScripts = counts.hebrew != 0 && counts.latin != 0;
     const bool hasSourceLetters = (sourceIsHebrew ? counts.hebrew : counts.latin) != 0;
     if (!token.isSpace && (hasSourceLetters || (!hasLetters && isUniform))) {
-      convertToken(token.text, sourceIsHebrew, bothScripts, result.text);
+      convertToken(token.text, sourceIsHebrew, bothScripts, converted);
     } else {
-      result.text += token.text;
+      converted += token.text;
     }
   });
-  result.changed = result.text != text && !canonicallyEquivalent(text, result.text);
-  return result;
+  return converted;
 }
 
 template <typename OnToken>

@@ -11,13 +11,18 @@ namespace {
 
 constexpr std::size_t kLongestUnit = 4;  // bytes
 
-bool joinsWhatFollows(std::string_view text, std::size_t end) {
-  // Only a whole scalar can be a Prepend, and its first byte starts a unit wherever it stands.
-  for (std::size_t length = 2; length <= kLongestUnit && length <= end; ++length) {
+// The scalar that ends at `end`: its first byte starts a unit wherever it stands. Of no bytes where none
+// does.
+ScalarUnit scalarBefore(std::string_view text, std::size_t end) {
+  for (std::size_t length = 1; length <= kLongestUnit && length <= end; ++length) {
     const ScalarUnit unit = scalarUnitAt(text, end - length);
-    if (unit.length == length) return (unit.facts & kJoinsAfter) != 0;
+    if (unit.length == length && (unit.facts & kIllFormed) == 0) return unit;
   }
-  return false;
+  return {};
+}
+
+bool joinsWhatFollows(std::string_view text, std::size_t end) {
+  return (scalarBefore(text, end).facts & kJoinsAfter) != 0;
 }
 
 bool joinsWhatPrecedes(std::string_view text, std::size_t begin) {
@@ -60,14 +65,35 @@ bool hasLatinLetter(std::string_view text, std::size_t begin, std::size_t end) {
   return false;
 }
 
-}  // namespace
-
-Direction directionOf(Letters letters, bool currentLayoutIsHebrew) {
-  if (letters.hebrew == letters.latin) return {currentLayoutIsHebrew, !letters.both()};
-  return {letters.hebrew, true};
+// Whether a text may be cut here, when its words are no matter. Neither of two scalars that are never looked
+// up cares for the other.
+bool partsCharacters(std::string_view text, std::size_t place) {
+  if ((text[place] & 0xC0) == 0x80) return false;  // maybe not the start of a unit
+  const ScalarFacts before = scalarBefore(text, place).facts;
+  const ScalarFacts after = scalarUnitAt(text, place).facts;
+  if (((before | after) & kPlain) == 0) return true;
+  return (before & kJoinsAfter) == 0 && (after & kJoinsBefore) == 0;
 }
 
-void findLetters(std::string_view text, Letters& letters) {
+// Whether a word ends here, in white space that stands before `place`.
+bool partsWordsAt(std::string_view text, std::size_t place) {
+  const ScalarUnit space = scalarBefore(text, place);
+  return partsWords(space.facts, joinsWhatFollows(text, place - space.length));
+}
+
+}  // namespace
+
+std::size_t lastPlainCut(std::string_view text, std::size_t searched, bool betweenWords) {
+  // The scalar behind a cut between characters must be there whole.
+  const std::size_t behind = betweenWords ? 0 : kLongestUnit;
+  for (std::size_t place = text.size() - std::min(behind, text.size());
+       place > 0 && place + behind > searched; --place) {
+    if (betweenWords ? partsWordsAt(text, place) : partsCharacters(text, place)) return place;
+  }
+  return 0;
+}
+
+void findPlainLetters(std::string_view text, Letters& letters) {
   constexpr std::size_t kStretch = 4096;  // mixed text shows both soon
   for (std::size_t begin = 0; begin < text.size() && !letters.both(); begin += kStretch) {
     const std::size_t end = std::min(begin + kStretch, text.size());

@@ -6,30 +6,17 @@
 #include <string>
 #include <string_view>
 
+#include "core/direction.h"
 #include "core/plain_table.h"
 #include "core/text_output.h"
 
 namespace lexwend {
 
-/// Which letters a text holds.
-struct Letters {
-  bool hebrew = false;
-  bool latin = false;
+/// Converter::findLetters() by a plain map.
+void findPlainLetters(std::string_view text, Letters& letters);
 
-  bool both() const { return hebrew && latin; }
-};
-
-/// Which way a text is converted.
-struct Direction {
-  bool sourceIsHebrew = false;
-  bool isUniform = true;  ///< The text keeps to one script, so that every word is converted.
-};
-
-/// Text of one script is converted away from it; all other text away from the layout that is active.
-Direction directionOf(Letters letters, bool currentLayoutIsHebrew);
-
-/// Adds what letters `text` holds to `letters`; looks no further once both are there.
-void findLetters(std::string_view text, Letters& letters);
+/// Converter::lastCut() by a plain map.
+std::size_t lastPlainCut(std::string_view text, std::size_t searched, bool betweenWords);
 
 /// The conversion by a plain map: one pass over each word.
 class PlainConverter {
@@ -37,8 +24,8 @@ class PlainConverter {
   /// The table must fit the direction, and outlive the converter.
   PlainConverter(const PlainTable& table, Direction direction) : table_(table), direction_(direction) {}
 
-  /// Converts a text that begins at a character and a word. Gives the output pieces of a few kilobytes.
-  /// Returns whether anything changed.
+  /// Converts a text whose start is the start of a character and of a word. Hands the output pieces of at
+  /// most 16 KiB. Returns whether anything changed.
   bool convert(std::string_view text, TextOutput& output);
 
  private:

@@ -8,8 +8,8 @@
 
 namespace lexwend {
 
-/// One scalar of a text, or one maximal subpart of an ill-formed subsequence (The Unicode Standard, chapter
-/// 3, "Conformance", U+FFFD Substitution of Maximal Subparts). Any thread.
+/// One scalar of a text, or one maximal subpart of an ill-formed subsequence (The Unicode Standard, section
+/// 3.9, "U+FFFD Substitution of Maximal Subparts"). Any thread.
 struct Utf8Unit {
   static constexpr char32_t kIllFormed = 0x110000;  // above every scalar
 
@@ -19,7 +19,7 @@ struct Utf8Unit {
   bool isWellFormed() const { return scalar != kIllFormed; }
 };
 
-/// The unit at `position`, which must be a place where a unit starts, inside the text.
+/// The unit that starts at `position`. A unit must start there, inside the text.
 inline Utf8Unit utf8UnitAt(std::string_view text, std::size_t position) {
   const auto byteAt = [&](std::size_t place) { return static_cast<unsigned char>(text[position + place]); };
   const char32_t first = byteAt(0);
@@ -27,8 +27,8 @@ inline Utf8Unit utf8UnitAt(std::string_view text, std::size_t position) {
   if (first < 0xC2 || first > 0xF4) return {Utf8Unit::kIllFormed, 1};
   const std::size_t left = text.size() - position;
   if (left < 2) return {Utf8Unit::kIllFormed, 1};
-  // The bounds of the second byte keep out overlong forms, surrogates and everything above U+10FFFF (the
-  // Unicode Standard, table 3-7); every later byte is 80 to BF.
+  // The bounds of the second byte exclude overlong forms, surrogates and values above U+10FFFF (The Unicode
+  // Standard, table 3-7). Every later byte is 80 to BF.
   const char32_t second = byteAt(1);
   const char32_t lowest = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
   const char32_t highest = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
@@ -41,7 +41,7 @@ inline Utf8Unit utf8UnitAt(std::string_view text, std::size_t position) {
   return {(first & 0x07) << 18 | upper << 6 | (byteAt(3) & 0x3FU), 4};
 }
 
-/// The one scalar that the text consists of; none when it is empty, longer, or ill-formed.
+/// The scalar of a text of exactly one well-formed scalar, else nothing.
 std::optional<char32_t> singleScalar(std::string_view text);
 
 }  // namespace lexwend

@@ -34,19 +34,20 @@ class HotKeyEvent {
   virtual OSStatus hotKeyID(HotKeyID& out) const = 0;
 };
 
-/// System-wide hot keys. Main thread only; the handler is called there, from the run loop, once per press: a
-/// held key does not repeat. A registered key does not reach the application in front. No call waits for
-/// another application. A press that the system
-/// holds back until the agent's own menu has closed is dropped.
+/// System-wide hot keys. Main thread only. No call waits for another application.
+///
+/// The run loop calls the handler once per press. A held key does not repeat. A registered key does not reach
+/// the application in front. A press that the system holds back until the agent's own menu has closed is
+/// dropped.
 class HotKeyService {
  public:
   virtual ~HotKeyService() = default;
-  /// Installs the handler of all hot keys of this process. Called once. The handler's result goes to the
-  /// system.
+  /// Installs the handler of all hot keys of this process. Called once. The result of the handler goes to
+  /// the system.
   virtual OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) = 0;
-  /// Key code and mask go to the system as given. A host may refuse a combination that another program holds,
-  /// with a non-zero status, or let the key reach both.
-  /// The end of the registration unregisters the key; whether the system could do so is not told.
+  /// The system gets the key code and the mask as they are. When another program holds the combination, the
+  /// host either refuses it with a non-zero status or lets the key reach both.
+  /// The end of the registration unregisters the key. A failure of that is not reported.
   virtual HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) = 0;
   /// A press that is made while the result lives is never reported, however late the system delivers it.
   /// Pauses may overlap. Does not block.

@@ -33,51 +33,50 @@ class Bytes {
   std::shared_ptr<const std::vector<std::byte>> bytes_;
 };
 
-/// One item of the pasteboard as it stands now, read piece by piece.
+/// One item of the pasteboard. Its data is read from the pasteboard when it is asked for.
 class PasteboardItem {
  public:
   virtual ~PasteboardItem() = default;
-  /// Type identifiers in the item's order; a type may stand twice, and then has the data of the first.
+  /// Type identifiers in the item's order. Of a type that stands there twice, data() gives the first.
   virtual std::vector<std::string> types() = 0;
-  /// The bytes of a type, promised data fetched from its owner; nothing when they cannot be had.
+  /// The bytes of a type. Promised data is fetched from its owner. Nothing when that fails.
   virtual std::optional<Bytes> data(const std::string& type) = 0;
 };
 
-/// One item to write: types, each once, with their bytes, in the order in which they are to be set.
+/// One item to write: its types, each once, with their bytes. They are set in this order.
 using PasteboardItemData = std::vector<std::pair<std::string, Bytes>>;
 
-/// A pasteboard. Main thread only. A host serves what it wrote while the main thread sleeps, too.
+/// A pasteboard. Main thread only. A host also serves what it wrote while the main thread sleeps.
 ///
-/// A call that needs another application's answer blocks until it comes or a time limit has passed; what has
-/// not come by then counts as missing. On macOS the limit is the system's. On Linux it is 2.75 seconds for
-/// items(), which fetches all data, a second for string() (of a fix all of them together), and a quarter of a
-/// second each for clearContents() and writeItems().
+/// A call that needs another application's answer blocks until the answer comes or a time limit has passed.
+/// Data that has not come by then counts as missing. On macOS the system sets the limit. On Linux it is 2.75
+/// seconds for items(), which fetches all data, one second for all string() calls of a fix together, and a
+/// quarter of a second for each clearContents() and writeItems().
 ///
-/// On Linux what the user or another program has copied since a copy shortcut was played stays:
-/// clearContents() and writeItems() leave it alone. What follows a setString() comes no sooner than the
-/// application that got the paste shortcut has fetched the text, or after 30 seconds; all other programs get
-/// it at once.
+/// On Linux clearContents() and writeItems() change nothing when the user or another program has copied since
+/// the copy shortcut. After a setString() the application that got the paste shortcut keeps getting that text
+/// until it has fetched it, for at most 30 seconds. All other programs get later contents at once.
 class Pasteboard {
  public:
   virtual ~Pasteboard() = default;
-  /// The items in order; nothing when the pasteboard reports none. On Linux, as long as text of setString()
-  /// is on the pasteboard, these are the items that it replaced.
+  /// The items in order. Nothing when the pasteboard reports none. On Linux, while text of setString() is on
+  /// the pasteboard, these are the items that it replaced.
   virtual std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() = 0;
-  /// Types that the last items() left out because there was no time for them and they can be done without:
-  /// further encodings of a picture. For the log: printable ASCII, each at most 200 bytes.
+  /// Types that the last items() left out for lack of time: further encodings of a picture that it has in
+  /// another one. For the log: printable ASCII, each at most 200 bytes.
   virtual std::vector<std::string> typesLeftOut() { return {}; }
-  /// True when the system may keep the contents from this program, as macOS 15.4 and later do when the user
-  /// says no: items of which nothing can be read were refused then.
+  /// True when the system may refuse this program the contents, as macOS 15.4 and later do when the user
+  /// says no. Items without readable data then mean a refusal.
   virtual bool mayRefuseReading() { return false; }
   /// Grows with every change of the contents, whoever made it.
   virtual std::int64_t changeCount() = 0;
   /// Empties the pasteboard and makes this process its owner.
   virtual void clearContents() = 0;
-  /// The plain text (UTF-8), or nothing when there is none. On Linux, after a copy shortcut, what the
-  /// application that got it has copied and nobody else; a copy of files has none.
+  /// The plain text (UTF-8), or nothing when there is none. On Linux, after a copy shortcut, only what the
+  /// application that got the shortcut has copied counts. A copy of files has no text.
   virtual std::optional<std::string> string() = 0;
-  /// Writes transient plain text, after a clearContents(). On Linux, and nowhere else, it carries the mark
-  /// that keeps it out of clipboard histories.
+  /// Writes transient plain text, after a clearContents(). Only on Linux it carries the mark that keeps it
+  /// out of clipboard histories.
   virtual void setString(std::string_view text) = 0;
   /// Makes an item of each entry and writes all of them at once, after a clearContents(). Where a pasteboard
   /// holds one item only, they become one.
@@ -85,8 +84,7 @@ class Pasteboard {
 };
 using PasteboardRef = std::shared_ptr<Pasteboard>;
 
-/// The general pasteboard of the installed host, the one of Copy and Paste. The reference may outlive the
-/// call.
+/// The general pasteboard of the installed host, the one of Copy and Paste. The caller shares its ownership.
 PasteboardRef generalPasteboard();
 
 }  // namespace lexwend::platform

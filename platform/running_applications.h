@@ -9,12 +9,12 @@ namespace lexwend::platform {
 
 using ProcessIdentifier = std::int64_t;
 
-/// The programs of this user's session. Main thread only. Waits for nobody.
+/// The programs of this user's session. Main thread only. No call blocks.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;
-  /// Processes with that bundle identifier (UTF-8), in the system's order; this process may be among them.
-  /// Where the system keeps no such list, asking also makes this process known under the identifier.
+  /// Processes with that bundle identifier (UTF-8), in the system's order. This process may be among them.
+  /// Where the system keeps no such list, the call also registers this process under the identifier.
   virtual std::vector<ProcessIdentifier> withBundleIdentifier(std::string_view identifier) = 0;
   virtual ProcessIdentifier ownProcessIdentifier() = 0;
 };

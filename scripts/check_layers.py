@@ -40,12 +40,15 @@ LINUX_ROOMS = {
     "display": set(),
     "session": set(),
     "instance": {"session"},
-    "keyboard": {"display", "session"},
+    "keymap": set(),
+    "keyboard": {"display", "session", "keymap"},
     "selection": {"display"},
     "clipboard": {"selection", "display"},
+    "wayland": {"selection", "display", "session", "keymap"},
+    "sway": {"session", "keymap"},
     "accessibility": {"session"},
     "tray": {"display", "session"},
-    "windows": {"tray", "keyboard", "display", "session"},
+    "windows": {"tray", "keymap", "display", "session"},
 }
 POSIX = {"dlfcn.h", "fcntl.h", "poll.h", "sys/stat.h", "unistd.h"}
 ICU_ROOMS = {"core", "support", "input", "text", "hotkey", "app"}

@@ -13,26 +13,30 @@ packages_fast="g++ cmake ninja-build libicu-dev libhwy-dev libgtest-dev libgmock
 # To compile the agent and the command-line tools.
 packages_build="g++ cmake ninja-build pkg-config libicu-dev libhwy-dev qt6-base-dev qt6-svg-dev libglib2.0-dev
   libxcb1-dev libxcb-ewmh-dev libxcb-res0-dev libxcb-xfixes0-dev libxcb-xinput-dev libxcb-xkb-dev libxcb-xtest0-dev
-  libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev libatspi2.0-dev"
+  libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev libatspi2.0-dev libwayland-dev libjson-glib-dev"
 
 # To run a fix in a private session and look at it: a display, a bus, a window manager, an editor, fonts with Hebrew,
 # the accessibility interface and raw key events from Python, and screenshots.
 packages_desktop="xvfb x11-utils x11-xkb-utils xkb-data dbus at-spi2-core openbox mousepad fonts-dejavu-core
-  imagemagick python3 python3-gi gir1.2-atspi-2.0 libx11-6 libxtst6"
+  imagemagick python3 python3-gi gir1.2-atspi-2.0 libx11-6 libxtst6
+  sway grim wl-clipboard qt6-wayland"
 
 # For the test run: GoogleTest, Unicode's own test data, the second compiler with its tools, what the macOS host is
 # compiled, linked and packed with on Linux, and the other applications of the desktop tests.
 packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
   clang-14 clang-format-14 clang-tidy-14 lld-14 llvm-14 libclang-rt-14-dev libc++-14-dev libc++abi-14-dev musl-dev libblocksruntime-dev
-  icnsutils zip tint2 xfce4-panel gnome-text-editor featherpad l3afpad bluefish xterm xfonts-base xclip xdotool strace
-  x11-xserver-utils libglib2.0-bin
+  libbenchmark-dev icnsutils zip tint2 xfce4-panel gnome-text-editor featherpad l3afpad bluefish xterm xfonts-base xclip xdotool strace
+  x11-xserver-utils libglib2.0-bin foot xwayland qtwayland5 kate
   gir1.2-gtk-3.0 gir1.2-gtk-4.0 gir1.2-vte-2.91"
 
-# The large applications of `./test --all`.
-packages_large="chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 kate"
+# The large applications of `./test --all`, and what makes the roots of its desktops.
+packages_large="chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 kate mmdebstrap"
 
 # To make and check the Debian package.
 packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db"
+
+# For the figures of fixes in real applications, beside the set `desktop`.
+packages_figures="xclip featherpad"
 
 # The benchmarks of the preset `bench`.
 packages_bench="libbenchmark-dev"
@@ -57,6 +61,7 @@ setup_packages() {
       desktop) printf '%s\n' $packages_desktop ;;
       test) printf '%s\n' $packages_test ;;
       large) printf '%s\n' $packages_large ;;
+      figures) printf '%s\n' $packages_figures ;;
       bench) printf '%s\n' $packages_bench ;;
       package) printf '%s\n' $packages_package ;;
     esac
@@ -173,8 +178,8 @@ lexwend_setup() {
   local set
   for set in "$@"; do
     case $set in
-      fast | build | desktop | test | large | bench | package) ;;
-      *) setup_fail "there is no set of packages called '$set'; the sets are fast, build, desktop, test, large, bench and package" ;;
+      fast | build | desktop | test | large | figures | bench | package) ;;
+      *) setup_fail "there is no set of packages called '$set'; the sets are fast, build, desktop, test, large, figures, bench and package" ;;
     esac
   done
   case $(uname -s) in

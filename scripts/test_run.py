@@ -22,7 +22,8 @@ BOLD, RED, GREEN = 1, 31, 32
 # How many wrong changes are tried in which rooms. Those of core and platform/linux have slow tests.
 SHARED_ROOMS = ["support", "input", "text", "hotkey", "app"]
 CHANGES = [["20", "platform/mac", *SHARED_ROOMS]]
-CHANGES_OF_ALL = [["300", "platform/mac"], ["60", "core", "platform/fake", *SHARED_ROOMS], ["12", "platform/linux"]]
+CHANGES_OF_ALL = [["300", "platform/mac"], ["20", "platform/mac/cf_ref.h", "platform/mac/callback.h"],
+                  ["60", "core", "platform/fake", *SHARED_ROOMS], ["12", "platform/linux"]]
 SKIPPED = ("SKIP_REGULAR_EXPRESSION_MATCHED", "SKIP_RETURN_CODE")
 
 
@@ -156,6 +157,8 @@ def main():
 
     # Without the tools that execute and link the macOS host here, its tests would be gone without a word.
     mac_host = ["-DLEXWEND_REQUIRE_MAC=ON"] if linux and platform.machine() == "x86_64" else []
+    # The benchmarks are only compiled. Their library is no package there.
+    bench = ["-DLEXWEND_BENCH=ON"] if linux else []
     # The preset names the clang of Debian 12; macOS has one of its own.
     clang = ["-DCMAKE_C_COMPILER=clang", "-DCMAKE_CXX_COMPILER=clang++"] if macos else []
 
@@ -166,31 +169,31 @@ def main():
         # The desktop tests drive real applications; one build of them is enough. The same build counts the lines that
         # the other tests reach: instrumented code runs a little slower, a build of its own would take minutes.
         large = f"-DLEXWEND_LARGE_APPS={'ON' if wanted.all else 'OFF'}"
-        if build(tally, "dev", large, "-DLEXWEND_COVERAGE=ON", *mac_host):
+        if build(tally, "dev", large, "-DLEXWEND_COVERAGE=ON", *mac_host, *bench):
             check(tally, "coverage counters at zero", "scripts/coverage.sh", "--reset", "build/dev")
             tests(tally, "dev", "-LE", "desktop")
             check(tally, "coverage", "scripts/coverage.sh", "--report", "build/dev")
             tests(tally, "dev", "-L", "desktop")
             if not wanted.quick:
                 for count, *rooms in CHANGES_OF_ALL if wanted.all else CHANGES:
-                    rooms = [room for room in rooms if mac_host or room != "platform/mac"]
+                    rooms = [room for room in rooms if mac_host or not room.startswith("platform/mac")]
                     if rooms:
                         check(tally, f"changes are noticed: {', '.join(rooms)}", python, "-u", "scripts/mutate.py", "--count", count, *rooms)
     else:
         build_and_test(tally, "dev")
     if not wanted.quick:
         # The second compiler and the sanitizers in one build: each finds what it finds without the other too.
-        build_and_test(tally, "asan", [*mac_host, *clang], ["-LE", "desktop"])
+        build_and_test(tally, "asan", [*mac_host, *clang, *bench], ["-LE", "desktop"])
         check(tally, "layers", python, "scripts/check_layers.py")
         check(tally, "canary of the layers", python, "scripts/check_layers.py", "--canaries")
         # Style is judged by one version of the tools, the one that Debian 12 has.
         if linux:
             check(tally, "format", python, "scripts/check_style.py", "format")
             check(tally, "canary of the format", python, "scripts/check_style.py", "format-canary")
-            check(tally, "headers", python, "scripts/check_style.py", "headers", "build/asan")
+            check(tally, "headers", python, "scripts/check_style.py", "headers", "build/dev")
             check(tally, "canary of the headers", python, "scripts/check_style.py", "headers-canary")
             check(tally, "canaries of clang-tidy", python, "scripts/check_style.py", "tidy-canary")
-            check(tally, "clang-tidy", python, "-u", "scripts/check_style.py", "tidy", "build/asan")
+            check(tally, "clang-tidy", python, "-u", "scripts/check_style.py", "tidy-deep" if wanted.all else "tidy", "build/dev")
     return tally.close()
 
 

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace lexwend {
@@ -34,27 +35,35 @@ int openForReading(const std::string& path) {
 
 }  // namespace
 
+bool ByteReader::canRewind(const std::string& path) {
+  struct stat facts {};
+  const int failed = path == "-" ? fstat(STDIN_FILENO, &facts) : stat(path.c_str(), &facts);
+  return failed == 0 && S_ISREG(facts.st_mode) && facts.st_size > 0;
+}
+
 ByteReader::ByteReader(const std::string& path)
-    : descriptor_(path == "-" ? STDIN_FILENO : openForReading(path)), owned_(path != "-") {}
+    : descriptor_(path == "-" ? STDIN_FILENO : openForReading(path)),
+      owned_(path != "-"),
+      begin_(lseek(descriptor_, 0, SEEK_CUR)) {}
 
 ByteReader::~ByteReader() {
   if (owned_) close(descriptor_);
 }
 
-bool ByteReader::read(std::string& chunk) {
-  chunk.resize(kChunkSize);
+std::size_t ByteReader::read(char* bytes, std::size_t room) {
   while (true) {
-    const ssize_t count = ::read(descriptor_, chunk.data(), chunk.size());
-    if (count >= 0) {
-      chunk.resize(static_cast<std::size_t>(count));
-      return count > 0;
-    }
+    const ssize_t count = ::read(descriptor_, bytes, room);
+    if (count >= 0) return static_cast<std::size_t>(count);
     if (wouldBlock()) {
       waitFor(descriptor_, POLLIN);
     } else if (errno != EINTR) {
       fail();
     }
   }
+}
+
+void ByteReader::rewind() {
+  if (lseek(descriptor_, static_cast<off_t>(begin_), SEEK_SET) < 0) fail();
 }
 
 ByteWriter::ByteWriter(Target target)

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // lexwend-convert: the conversion as a filter for pipes, editors and scripts.
 //
-// Several files are read as one, as cat would give them. A failure ends the run. Lines and records that were
-// complete by then are written. A text that could not be read to its end is not.
+// Several files are read as one, as cat would give them. A failure ends the run; what was converted by then
+// is written. A text is converted once its direction is known. Where that takes all of it, a file is read
+// twice, and what else it is, a pipe for example, kept in memory until then.
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <new>
@@ -15,8 +17,10 @@
 #include <vector>
 
 #include "core/converter.h"
+#include "tools/byte_buffer.h"
 #include "tools/byte_stream.h"
 #include "tools/convert_options.h"
+#include "tools/input.h"
 #include "tools/record_splitter.h"
 #include "tools/system_layout_map.h"
 
@@ -30,12 +34,6 @@ constexpr int kWrongArguments = 2;
 void complain(const std::string& message) {
   std::fprintf(stderr, "lexwend-convert: %s\n", message.c_str());
 }
-
-// A file that could not be read, by its name.
-struct ReadError {
-  std::string file;
-  std::string reason;
-};
 
 // Hands converted text on as it comes, so that it is never whole in memory.
 class WrittenOutput : public TextOutput {
@@ -69,58 +67,82 @@ class Filter {
     report_.flush();
   }
 
- private:
-  void runOverWholeInput() {
-    std::string text;
-    readInput([&](std::string_view chunk) { text += chunk; });
-    convert(text);
-  }
-
-  void runOverRecords(char separator) {
-    RecordSplitter splitter(separator);
-    readInput([&](std::string_view chunk) {
-      splitter.feed(chunk, [&](std::string_view record) {
-        convert(record);
-        output_.write({&separator, 1});
-      });
-      flush();  // the reader of these records must not wait for more input
-    });
-    if (!splitter.unfinished().empty()) convert(splitter.unfinished());
-  }
-
-  template <typename OnChunk>
-  void readInput(OnChunk onChunk) {
-    static const std::vector<std::string> kStandardInput{"-"};
-    std::string chunk;
-    for (const std::string& file : options_.files.empty() ? kStandardInput : options_.files) {
-      std::optional<ByteReader> reader;
-      const auto next = [&] {
-        try {
-          if (!reader) reader.emplace(file);
-          return reader->read(chunk);
-        } catch (const std::system_error& error) {
-          throw ReadError{file == "-" ? "standard input" : file, error.code().message()};
-        }
-      };
-      while (next()) onChunk(chunk);
-    }
-  }
-
-  void convert(std::string_view text) {
-    const Converter::Result result = converter_.convertTo(converted_, text, options_.currentLayoutIsHebrew);
-    if (options_.report) {
-      report_.write(result.targetIsHebrew ? "target=he" : "target=en");
-      report_.write(result.changed ? " changed=true\n" : " changed=false\n");
-    }
-  }
-
+  // Writes what is converted.
   void flush() {
     output_.flush();
     report_.flush();
   }
 
+ private:
+  void runOverWholeInput() {
+    const Direction direction = findDirection();
+    bool changed = false;
+    if (input_.canBeReadAgain()) {
+      text_.drop(text_.bytes().size());
+      input_.readAgain();
+    }
+    std::size_t searched = 0;
+    do {
+      const std::size_t cut = converter_.lastCut(text_.bytes(), searched, !direction.isUniform);
+      changed |= convertPart(cut, direction);
+      searched = text_.bytes().size();
+    } while (input_.read(text_));
+    changed |= convertPart(text_.bytes().size(), direction);
+    report(direction, changed);
+  }
+
+  // Reads as far as that takes. What was read is kept, except where it can be read again.
+  Direction findDirection() {
+    Letters letters;
+    std::size_t seen = 0;
+    std::size_t searched = 0;
+    while (!letters.both() && input_.read(text_)) {
+      const std::size_t cut = std::max(seen, converter_.lastCut(text_.bytes(), searched, false));
+      converter_.findLetters(text_.bytes().substr(seen, cut - seen), letters);
+      seen = cut;
+      if (input_.canBeReadAgain()) text_.drop(std::exchange(seen, 0));
+      searched = text_.bytes().size();
+    }
+    if (!letters.both()) converter_.findLetters(text_.bytes().substr(seen), letters);
+    return directionOf(letters, options_.currentLayoutIsHebrew);
+  }
+
+  bool convertPart(std::size_t size, Direction direction) {
+    const bool changed = converter_.convertPart(converted_, text_.bytes().substr(0, size), direction);
+    text_.drop(size);
+    return changed;
+  }
+
+  void runOverRecords(char separator) {
+    RecordSplitter splitter(separator);
+    while (input_.read(text_)) {
+      splitter.feed(text_.bytes(), [&](std::string_view record) {
+        convert(record);
+        output_.write({&separator, 1});
+      });
+      text_.drop(text_.bytes().size());
+      flush();  // the reader of these records must not wait for more input
+    }
+    if (!splitter.unfinished().empty()) convert(splitter.unfinished());
+  }
+
+  void convert(std::string_view text) {
+    Letters letters;
+    converter_.findLetters(text, letters);
+    const Direction direction = directionOf(letters, options_.currentLayoutIsHebrew);
+    report(direction, converter_.convertPart(converted_, text, direction));
+  }
+
+  void report(Direction direction, bool changed) {
+    if (!options_.report) return;
+    report_.write(direction.sourceIsHebrew ? "target=en" : "target=he");
+    report_.write(changed ? " changed=true\n" : " changed=false\n");
+  }
+
   Converter converter_;
   const ConvertOptions& options_;
+  Input input_{options_.files};
+  ByteBuffer text_;  // what was read and is not converted yet
   ByteWriter output_{ByteWriter::Target::standardOutput};
   WrittenOutput converted_{output_};
   ByteWriter report_{ByteWriter::Target::standardError};
@@ -146,6 +168,7 @@ int convertInput(const ConvertOptions& options) {
   try {
     filter.run();
   } catch (const ReadError& error) {
+    filter.flush();
     complain(error.file + ": " + error.reason);
     return kFailure;
   }

@@ -54,13 +54,14 @@ alignas(64) constexpr auto kGrowths = [] {
   return growths;
 }();
 
-constexpr Bits bitsBelow(std::size_t place) {
+HWY_INLINE constexpr Bits bitsBelow(std::size_t place) {
   return place >= kBlock ? ~Bits{0} : (Bits{1} << place) - 1;
 }
 
 struct Block {
   alignas(kBlock) std::array<std::uint8_t, kBlock> bytes;
   alignas(kBlock) std::array<std::uint8_t, kBlock> mapped;  // with every entry of the table applied
+  std::size_t lastCharacter;                                // where the last one that is there whole begins
 };
 
 /// What is to be done with a block.
@@ -84,31 +85,31 @@ HWY_INLINE Bits bitsWhere(Question question, const Bytes&... bytes) {
   return bits;
 }
 
-auto is(Vector bytes, std::uint8_t byte) {
+HWY_INLINE auto is(Vector bytes, std::uint8_t byte) {
   return hn::Eq(bytes, hn::Set(Tag(), byte));
 }
 
 // Bytes of 80 and more are negative as signed ones, which every processor compares.
-auto isLess(Vector bytes, std::int8_t bound) {
+HWY_INLINE auto isLess(Vector bytes, std::int8_t bound) {
   const hn::RebindToSigned<Tag> d;
   return hn::RebindMask(Tag(), hn::Lt(hn::BitCast(d, bytes), hn::Set(d, bound)));
 }
 
-auto isNotAscii(Vector bytes) {
+HWY_INLINE auto isNotAscii(Vector bytes) {
   return isLess(bytes, 0);
 }
 
-auto isTrail(Vector bytes) {
+HWY_INLINE auto isTrail(Vector bytes) {
   return isLess(bytes, -64);  // 80 to BF
 }
 
-auto isBetween(Vector bytes, std::uint8_t lowest, std::uint8_t highest) {
+HWY_INLINE auto isBetween(Vector bytes, std::uint8_t lowest, std::uint8_t highest) {
   const Tag d;
   const Vector above = hn::Sub(bytes, hn::Set(d, lowest));
   return hn::Eq(above, hn::Min(above, hn::Set(d, static_cast<std::uint8_t>(highest - lowest))));
 }
 
-auto isLatin(Vector bytes) {
+HWY_INLINE auto isLatin(Vector bytes) {
   return isBetween(hn::Or(bytes, hn::Set(Tag(), std::uint8_t{0x20})), 'a', 'z');
 }
 
@@ -159,8 +160,25 @@ HWY_INLINE Pairs pairsOf(const Block& block, Bits notAscii) {
     pairs.trails |= points;
     pairs.joiningLeads = (points | (lowTrails & ~bitsWhere(isSign, block.bytes))) >> 1;
   }
-  pairs.unknown = notAscii & ~(pairs.trails | pairs.trails >> 1);
+  const Bits parted = (letterLeads | pointLeads) & ~bitsBelow(kBlock - 1);  // the last byte, never put out
+  pairs.unknown = notAscii & ~(pairs.trails | pairs.trails >> 1 | parted);
   return pairs;
+}
+
+/// Where the last whole character begins in bytes that end in ASCII or in pairs.
+HWY_INLINE std::size_t lastCharacter(std::string_view bytes) {
+  const auto isTrail = [&](std::size_t place) { return (bytes[place] & 0xC0) == 0x80; };
+  const auto isLead = [&](std::size_t place) { return (bytes[place] & 0xC0) == 0xC0; };
+  const std::size_t last = bytes.size() - (isLead(bytes.size() - 1) ? 2 : 1);
+  return isTrail(last) ? last - 1 : last;
+}
+
+/// How much can be put out of what stands before the first strange byte.
+HWY_INLINE std::size_t settledBefore(Bits strange, Bits trails) {
+  const auto known = static_cast<std::size_t>(std::countr_zero(strange));
+  if (known == 0) return 0;
+  const std::size_t settled = known - 1;
+  return settled != 0 && (trails >> settled & 1) != 0 ? settled - 1 : settled;
 }
 
 HWY_INLINE Decision decide(const ByteTable& table, Words words, const Block& block) {
@@ -171,18 +189,19 @@ HWY_INLINE Decision decide(const ByteTable& table, Words words, const Block& blo
   const Bits excepted =
       characters & bitsWhere([](Vector v) { return is(v, ByteTable::kNotInBlocks); }, block.mapped);
   const Bits strange = pairs.unknown | excepted | (excepted & pairs.letterTrails) >> 1;
-  const auto known = static_cast<std::size_t>(std::countr_zero(strange));
 
+  // Where the next block begins hangs on as little as it can: that is what the processor waits for.
   Decision decision;
   Bits selected = ~Bits{0};
   if (words == Words::every) {
     // The last known character may go with what follows it.
-    decision.settled = known == 0 ? 0 : known - 1;
-    if (decision.settled != 0 && (pairs.trails >> decision.settled & 1) != 0) --decision.settled;
+    decision.settled = block.lastCharacter;
+    if (HWY_UNLIKELY(strange != 0)) decision.settled = settledBefore(strange, pairs.trails);
   } else {
     const auto isSpace = [](Vector v) { return hn::Or(is(v, ' '), isBetween(v, '\t', '\r')); };
     const auto isAlefToTav = [](Vector v) { return isBetween(v, 0x90, 0xAA); };
-    const Bits spaces = bitsWhere(isSpace, block.bytes) & bitsBelow(known);
+    Bits spaces = bitsWhere(isSpace, block.bytes);
+    if (HWY_UNLIKELY(strange != 0)) spaces &= bitsBelow(static_cast<std::size_t>(std::countr_zero(strange)));
     decision.settled = kBlock - static_cast<std::size_t>(std::countl_zero(spaces));
     const Bits inWords = ~spaces & bitsBelow(decision.settled);
     const Bits latin = bitsWhere([](Vector v) { return isLatin(v); }, block.bytes) & alone & inWords;
@@ -198,7 +217,7 @@ HWY_INLINE Decision decide(const ByteTable& table, Words words, const Block& blo
   return decision;
 }
 
-const std::uint8_t* bytesOf(const Bits& bits) {
+HWY_INLINE const std::uint8_t* bytesOf(const Bits& bits) {
   return reinterpret_cast<const std::uint8_t*>(&bits);
 }
 
@@ -260,6 +279,7 @@ BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_vie
   auto* const out = reinterpret_cast<std::uint8_t*>(output);
   while (text.size() - progress.read >= kBlock && room - progress.written >= kRoomOfBlock) {
     Block block;
+    block.lastCharacter = lastCharacter(text.substr(progress.read, kBlock));
     for (std::size_t place = 0; place < kBlock; place += hn::Lanes(d)) {
       const Vector bytes =
           hn::LoadU(d, reinterpret_cast<const std::uint8_t*>(text.data()) + progress.read + place);

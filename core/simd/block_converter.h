@@ -13,11 +13,10 @@ namespace lexwend::simd {
 /// characters, 80 to BF, the last bytes of U+05C0 to U+05FF, for those.
 class ByteTable {
  public:
-  static constexpr std::uint8_t kNotInBlocks =
-      0xFF;  ///< What a byte becomes that only the plain way converts.
+  /// The target of a byte that only the plain way converts.
+  static constexpr std::uint8_t kNotInBlocks = 0xFF;
 
-  /// The sixteen bytes whose upper half is `high`: what each differs by from what it becomes, 0 when it
-  /// stays.
+  /// The sixteen bytes whose upper half is `high`: of each the difference to its target, 0 when it stays.
   struct Row {
     alignas(16) std::array<std::uint8_t, 16> differences{};
     std::uint8_t high = 0;
@@ -50,28 +49,28 @@ struct BlockProgress {
   bool changed = false;     ///< Whether the two differ.
 };
 
-constexpr std::size_t kBlock = 64;  ///< What is read at once, in bytes.
-constexpr std::size_t kRoomOfBlock =
-    2 * kBlock + 64;  ///< What a block may need: its bytes, and room to scribble.
+/// Bytes that are read at once.
+constexpr std::size_t kBlock = 64;
+/// Bytes of output that a block may touch: its own at most twice, and 64 that are overwritten later.
+constexpr std::size_t kRoomOfBlock = 2 * kBlock + 64;
 
-/// Converts from the start of a text as far as it is made of ASCII, Hebrew letters, points and accents, whole
-/// blocks of it, and while `room` holds what a block may need. It stops early at everything else; the caller
-/// goes on from there, one scalar after the other, and that way defines what a block becomes. The text must
-/// begin at a character and, where only some words are converted, at a word, or at a space.
+/// Converts whole blocks from the start of a text, as long as they hold only ASCII, Hebrew letters, points
+/// and accents and `room` is at least kRoomOfBlock. The caller converts the rest scalar by scalar. That
+/// conversion defines the result of this one. The text must begin at a character. When only some words are
+/// converted, it must begin at a word or at a space.
 ///
-/// Where the processor has no vectors, or the build none, it reads nothing. Any thread.
+/// Reads nothing when the processor or the build has no vectors. Any thread.
 BlockProgress convertBlocks(const ByteTable& table, Words words, std::string_view text, char* output,
                             std::size_t room);
 
-/// A place at `from` or behind it that no byte A to Z or a to z stands before, and a block behind which one
-/// does, or the text ends. Without vectors it is `from`.
+/// Skips whole blocks from `from` on that hold no Latin letter of ASCII. Without vectors it returns `from`.
 std::size_t skipToLatin(std::string_view text, std::size_t from);
 
-/// The kinds of vectors that there are here, best first; the last one is "none".
+/// The kinds of vectors of this processor and build, best first. The last one is "none".
 std::vector<std::string_view> vectorKinds();
 
-/// Uses that kind from now on; false when it is not there. For tests and benchmarks: the best is used unless
-/// told otherwise.
+/// Uses that kind from now on; false when it is not there. For tests and benchmarks: otherwise the best kind
+/// is used.
 bool useVectors(std::string_view name);
 
 }  // namespace lexwend::simd

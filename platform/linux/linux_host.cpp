@@ -2,9 +2,17 @@
 #include "platform/linux/linux_host.h"
 
 #include <chrono>
+#include <string>
 
-#include "platform/linux/selection/reader.h"
+#include <unistd.h>
+
+#include "platform/linux/selection/selections.h"
 #include "platform/linux/session/buses.h"
+#include "platform/linux/sway/front_window.h"
+#include "platform/linux/wayland/connection.h"
+#include "platform/linux/wayland/data_control.h"
+#include "platform/linux/wayland/selections.h"
+#include "platform/linux/wayland/virtual_keyboard.h"
 
 namespace lexwend::platform {
 namespace {
@@ -23,30 +31,30 @@ Service& made(std::optional<Service>& service, Arguments&&... arguments) {
 /// Reads the PRIMARY selection over a connection that is made for the first reading and kept.
 class PrimaryReader {
  public:
+  explicit PrimaryReader(Selections selections) : selections_(std::move(selections)) {}
   std::optional<std::string> read() {
     // As long as for any other question about the focused field. A masked entry holds a password, not a book.
     constexpr std::chrono::milliseconds kTime{250};
     constexpr std::size_t kMaxBytes = 4096;
-    if (!reader_) reader_ = ClipboardReader::open("PRIMARY");
+    if (!reader_) reader_ = selections_.openReader("PRIMARY");
     return reader_ ? reader_->readText({kTime, kTime, kMaxBytes}) : std::nullopt;
   }
 
  private:
+  Selections selections_;
   std::unique_ptr<ClipboardReader> reader_;
 };
 
-LinuxAccessibility::Display displayOf(const std::shared_ptr<X11Connection>& x11) {
-  return {
-      .mayControl = [x11] { return x11 != nullptr && x11->hasXTest() && x11->hasXFixes() && x11->hasXkb(); },
-      .frontProcess = [x11] { return x11 != nullptr ? x11->activeWindowProcess() : std::nullopt; },
-      .frontWindowClass = [x11] { return x11 != nullptr ? x11->activeWindowClass() : std::nullopt; },
-      .primarySelection = [reader = std::make_shared<PrimaryReader>()] { return reader->read(); },
-  };
+/// Whether the compositor, if there is one, lets a program use the clipboard and press keys.
+bool compositorOffersEnough() {
+  const auto connection = WaylandConnection::open();
+  return connection && DataControl::isOffered(*connection) && VirtualKeyboard::isOffered(*connection);
 }
 
 }  // namespace
 
 InputSourceService& LinuxHost::inputSourceService() {
+  if (sway()) return made(swayInputSources_, sway(), VirtualKeyboard::kLayoutName);
   return made(inputSources_, x11(), sessionBus);
 }
 
@@ -55,23 +63,27 @@ Accessibility& LinuxHost::accessibility() {
 }
 
 SecureInput& LinuxHost::secureInput() {
-  return made(
-      secureInput_,
-      LinuxSecureInput::Needs{[this] { return x11() != nullptr ? x11()->activeWindowClass() : std::nullopt; },
-                              [this] { return linuxAccessibility().focusIsSecure(); }});
+  return made(secureInput_, LinuxSecureInput::Needs{[this] { return frontWindowClass(); },
+                                                    [this] { return linuxAccessibility().focusIsSecure(); }});
 }
 
 KeyEvents& LinuxHost::keyEvents() {
   // A clipboard that cannot be given back must not be overwritten by a simulated copy. Where nothing is
   // selected some editors copy the line of the caret.
   // What somebody else has copied since must not be pasted in its place.
-  return made(
-      keyEvents_, x11(),
-      [this] { return pasteboard()->canBeGivenBack() && !linuxAccessibility().selectionIsKnownEmpty(); },
-      [this] { return pasteboard()->holdsPassingText(); });
+  const auto mayCopy = [this] {
+    return pasteboard()->canBeGivenBack() && !linuxAccessibility().selectionIsKnownEmpty();
+  };
+  const auto mayPaste = [this] { return pasteboard()->holdsPassingText(); };
+  if (sway()) {
+    return made(waylandKeyEvents_,
+                WaylandKeyEvents::Needs{[this] { return frontWindowOf(*sway()); }, mayCopy, mayPaste});
+  }
+  return made(keyEvents_, x11(), mayCopy, mayPaste);
 }
 
 HotKeyService& LinuxHost::hotKeyService() {
+  if (sway()) return made(swayHotKeyService_, sway());
   return made(hotKeyService_, x11());
 }
 
@@ -94,7 +106,7 @@ Alerts& LinuxHost::alerts() {
 }
 
 Workspace& LinuxHost::workspace() {
-  return made(workspace_, [this] { return x11() != nullptr ? x11()->activeWindowClass() : std::nullopt; });
+  return made(workspace_, [this] { return frontWindowClass(); });
 }
 
 RunningApplications& LinuxHost::runningApplications() {
@@ -119,7 +131,10 @@ RunLoop& LinuxHost::runLoop() {
 }
 
 Application& LinuxHost::application() {
-  return made(application_, LinuxApplication::Needs{[this] { finishWork(); }, [this] { return x11(); }});
+  return made(application_,
+              LinuxApplication::Needs{
+                  [this] { finishWork(); }, [this] { return sway() != nullptr; }, [this] { return x11(); },
+                  [this] { sway()->run("[pid=" + std::to_string(getpid()) + "] focus"); }});
 }
 
 Files& LinuxHost::files() {
@@ -134,25 +149,61 @@ std::shared_ptr<Pasteboard> LinuxHost::generalPasteboard() {
   return pasteboard();
 }
 
+const std::shared_ptr<SwayIpc>& LinuxHost::sway() {
+  if (!sway_) {
+    sway_ = SwayIpc::open();
+    if (*sway_ && !compositorOffersEnough()) sway_->reset();
+  }
+  return *sway_;
+}
+
 const std::shared_ptr<X11Connection>& LinuxHost::x11() {
-  if (!x11_) x11_ = X11Connection::open();
+  if (!x11_) x11_ = sway() ? nullptr : X11Connection::open();
   return *x11_;
+}
+
+std::optional<std::uint32_t> LinuxHost::frontProcess() {
+  if (!sway()) return x11() ? x11()->activeWindowProcess() : std::nullopt;
+  const auto window = frontWindowOf(*sway());
+  return window ? window->process : std::nullopt;
+}
+
+std::optional<std::string> LinuxHost::frontWindowClass() {
+  if (!sway()) return x11() ? x11()->activeWindowClass() : std::nullopt;
+  const auto window = frontWindowOf(*sway());
+  return window ? window->windowClass : std::nullopt;
+}
+
+LinuxAccessibility::Display LinuxHost::displayOfAccessibility() {
+  return {
+      .mayControl =
+          [this] { return sway() || (x11() && x11()->hasXTest() && x11()->hasXFixes() && x11()->hasXkb()); },
+      .frontProcess = [this] { return frontProcess(); },
+      .frontWindowClass = [this] { return frontWindowClass(); },
+      .primarySelection = [reader = std::make_shared<PrimaryReader>(
+                               sway() ? selectionsOfWayland() : selectionsOfX())] { return reader->read(); },
+  };
 }
 
 const std::shared_ptr<LinuxPasteboard>& LinuxHost::pasteboard() {
   if (pasteboard_ == nullptr) {
+    const auto lastOf = [this](bool isCopy) -> std::optional<PlayedShortcut> {
+      if (keyEvents_) return isCopy ? keyEvents_->lastCopy() : keyEvents_->lastPaste();
+      if (waylandKeyEvents_) return isCopy ? waylandKeyEvents_->lastCopy() : waylandKeyEvents_->lastPaste();
+      return std::nullopt;
+    };
     pasteboard_ = std::make_shared<LinuxPasteboard>(
         PasteboardBudget{},
-        LinuxPasteboard::Needs{
-            .lastCopy = [this] { return keyEvents_ ? keyEvents_->lastCopy() : std::nullopt; },
-            .lastPaste = [this] { return keyEvents_ ? keyEvents_->lastPaste() : std::nullopt; }});
+        LinuxPasteboard::Needs{.lastCopy = [lastOf] { return lastOf(true); },
+                               .lastPaste = [lastOf] { return lastOf(false); }},
+        OwnerTimes{}, sway() ? selectionsOfWayland() : selectionsOfX());
   }
   return pasteboard_;
 }
 
 LinuxAccessibility& LinuxHost::linuxAccessibility() {
   if (!accessibility_) {
-    accessibility_.emplace(displayOf(x11()));
+    accessibility_.emplace(displayOfAccessibility());
     // The way to the accessibility bus begins at the session bus, whenever that comes.
     sessionBus_ = observeSessionBus([this](GDBusConnection* bus) {
       if (bus != nullptr) accessibility_->start();
@@ -167,6 +218,7 @@ LinuxRunLoop& LinuxHost::linuxRunLoop() {
 
 void LinuxHost::finishWork() {
   if (hotKeyService_) hotKeyService_->stop();
+  if (swayHotKeyService_) swayHotKeyService_->stop();
   linuxRunLoop().finishPending(kLastWork);
 }
 

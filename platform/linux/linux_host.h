@@ -22,7 +22,11 @@
 #include "platform/linux/session/running_applications.h"
 #include "platform/linux/session/user_defaults.h"
 #include "platform/linux/session/workspace.h"
+#include "platform/linux/sway/hot_key_service.h"
+#include "platform/linux/sway/input_sources.h"
+#include "platform/linux/sway/ipc.h"
 #include "platform/linux/tray/status_item.h"
+#include "platform/linux/wayland/key_events.h"
 #include "platform/linux/windows/alerts.h"
 #include "platform/linux/windows/application.h"
 #include "platform/linux/windows/key_monitor.h"
@@ -30,8 +34,10 @@
 
 namespace lexwend::platform {
 
-/// The X11 desktop. A connection, a file or a bus is opened when the service that needs it is first asked
-/// for. So a program that prints a report runs without a display, a bus, a home or a writable disk.
+/// The desktop: an X11 display, or the compositor sway of Wayland where that is there and offers what the
+/// services need; its X11 windows are windows like the others then. A connection, a file or a bus is opened
+/// when the service that needs it is first asked for. So a program that prints a report runs without a
+/// display, a bus, a home or a writable disk.
 class LinuxHost : public Host {
  public:
   LinuxHost() = default;
@@ -60,8 +66,14 @@ class LinuxHost : public Host {
   std::shared_ptr<Pasteboard> generalPasteboard() override;
 
  private:
-  /// The connection that the services share; null without a display.
+  /// The compositor; null where this is no session of sway, or one that offers less than the services need.
+  const std::shared_ptr<SwayIpc>& sway();
+  /// The connection that the services share; null without a display and where there is a compositor.
   const std::shared_ptr<X11Connection>& x11();
+  /// The window that has the keyboard.
+  std::optional<std::uint32_t> frontProcess();
+  std::optional<std::string> frontWindowClass();
+  LinuxAccessibility::Display displayOfAccessibility();
   const std::shared_ptr<LinuxPasteboard>& pasteboard();
   LinuxAccessibility& linuxAccessibility();
   LinuxRunLoop& linuxRunLoop();
@@ -70,6 +82,7 @@ class LinuxHost : public Host {
 
   // Destroyed from the last to the first: deferred work goes before what it uses, grabs and held keys before
   // the clipboard is handed over, and the toolkit and the display at the end.
+  std::optional<std::shared_ptr<SwayIpc>> sway_;
   std::optional<std::shared_ptr<X11Connection>> x11_;
   LinuxFiles files_;
   LinuxDateFormatters dateFormatters_;
@@ -80,6 +93,7 @@ class LinuxHost : public Host {
   std::optional<LinuxApplication> application_;
   std::shared_ptr<LinuxPasteboard> pasteboard_;
   std::optional<LinuxInputSources> inputSources_;
+  std::optional<SwayInputSources> swayInputSources_;
   std::optional<LinuxAccessibility> accessibility_;
   BusObservation sessionBus_;
   std::optional<LinuxSecureInput> secureInput_;
@@ -90,7 +104,9 @@ class LinuxHost : public Host {
   std::optional<LinuxStatusBar> statusBar_;
   std::optional<LinuxRunningInstance> runningInstance_;
   std::optional<LinuxKeyEvents> keyEvents_;
+  std::optional<WaylandKeyEvents> waylandKeyEvents_;
   std::optional<LinuxHotKeyService> hotKeyService_;
+  std::optional<SwayHotKeyService> swayHotKeyService_;
   std::optional<LinuxRunLoop> runLoop_;
 };
 

@@ -61,8 +61,9 @@ class MacAccessibility : public Accessibility {
     const AXError error =
         AXUIElementCopyAttributeValue(axElement(element), cfTextOrEmpty(attribute).get(), &copied);
     const auto value = CFRef<CFTypeRef>::adopt(copied);
-    if (error != kAXErrorSuccess) return {.error = error, .value = {}};
-    return {.error = error, .value = accessibilityValue(value.get())};
+    AttributeResult result{.error = error, .value = {}};
+    if (error == kAXErrorSuccess) result.value = accessibilityValue(value.get());
+    return result;
   }
 
   SettableResult isAttributeSettable(const AccessibilityElementRef& element,

@@ -9,22 +9,16 @@
 #include "platform/mac/cf_text.h"
 #include "platform/mac/mac_services.h"
 
-@interface LXWApplicationDelegate : NSObject <NSApplicationDelegate>
-- (instancetype)initWithDidFinishLaunching:(std::function<void()>)didFinishLaunching;
+@interface LXWApplicationDelegate : NSObject <NSApplicationDelegate> {
+ @public
+  std::function<void()> didFinishLaunching;
+}
 @end
 
-@implementation LXWApplicationDelegate {
-  std::function<void()> didFinishLaunching_;
-}
-
-- (instancetype)initWithDidFinishLaunching:(std::function<void()>)didFinishLaunching {
-  self = [super init];
-  if (self != nil) didFinishLaunching_ = std::move(didFinishLaunching);
-  return self;
-}
+@implementation LXWApplicationDelegate
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
-  lexwend::platform::mac::guarded(didFinishLaunching_);
+  lexwend::platform::mac::guarded(didFinishLaunching);
 }
 
 /// Nothing is restored; who does not say so is warned about in the system's log at every start.
@@ -66,7 +60,8 @@ class MacApplication : public Application {
   }
   std::optional<std::string> notice() override { return std::nullopt; }
   void setDelegate(std::function<void()> didFinishLaunching) override {
-    delegate_ = [[LXWApplicationDelegate alloc] initWithDidFinishLaunching:std::move(didFinishLaunching)];
+    delegate_ = [[LXWApplicationDelegate alloc] init];
+    delegate_->didFinishLaunching = std::move(didFinishLaunching);
     application_.delegate = delegate_;
   }
   void setActivationPolicy(ActivationPolicy policy) override {

@@ -38,16 +38,16 @@ void appendUtf8(std::string& bytes, char32_t scalar) {
 // put into their texts; so it is done here.
 std::string utf8(CFStringRef text) {
   const CFIndex length = CFStringGetLength(text);
-  std::vector<UniChar> units(static_cast<std::size_t>(length));
+  std::vector<UniChar> units(static_cast<std::size_t>(length) + 1);  // each has a next one
   CFStringGetCharacters(text, CFRangeMake(0, length), units.data());
 
   std::string bytes;
   bytes.reserve(units.size());
-  for (std::size_t index = 0; index < units.size(); ++index) {
+  for (std::size_t index = 0; index + 1 < units.size(); ++index) {
     char32_t scalar = units[index];
-    const char32_t next = index + 1 < units.size() ? units[index + 1] : 0;
+    const char32_t next = units[index + 1];
     if (isHighSurrogate(scalar) && isLowSurrogate(next)) {
-      scalar = 0x10000 + ((scalar - 0xD800) << 10) + (next - 0xDC00);
+      scalar = 0x10000 + ((scalar & 0x3FF) << 10 | (next & 0x3FF));
       ++index;
     } else if (isHighSurrogate(scalar) || isLowSurrogate(scalar)) {
       scalar = kReplacementCharacter;

@@ -79,9 +79,11 @@ class MacHotKeyService : public HotKeyService {
     const ::OSStatus status = RegisterEventHotKey(
         number(keyCode), number(modifiers), EventHotKeyID{identity.signature, identity.id},
         GetApplicationEventTarget(), kEventHotKeyNoOptions, &registration);
-    if (status != noErr || registration == nullptr) return {.status = status, .hotKey = {}};
-    return {.status = status,
-            .hotKey = Registration([registration] { UnregisterEventHotKey(registration); })};
+    HotKeyRegistration registered{.status = status, .hotKey = {}};
+    if (status == noErr && registration != nullptr) {
+      registered.hotKey = Registration([registration] { UnregisterEventHotKey(registration); });
+    }
+    return registered;
   }
 
   Registration ignorePresses() override {

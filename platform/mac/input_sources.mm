@@ -15,23 +15,16 @@
 
 /// Hears of a change of the enabled layouts also while the application is not active. The center of the
 /// notifications holds it weakly.
-@interface LXWLayoutsObserver : NSObject
-/// The handler is held weakly.
-- (instancetype)initWithHandler:(std::weak_ptr<std::function<void()>>)handler;
+@interface LXWLayoutsObserver : NSObject {
+ @public
+  std::weak_ptr<std::function<void()>> handler;
+}
 @end
 
-@implementation LXWLayoutsObserver {
-  std::weak_ptr<std::function<void()>> handler_;
-}
-
-- (instancetype)initWithHandler:(std::weak_ptr<std::function<void()>>)handler {
-  self = [super init];
-  if (self != nil) handler_ = std::move(handler);
-  return self;
-}
+@implementation LXWLayoutsObserver
 
 - (void)layoutsChanged:(NSNotification*)notification {
-  if (const auto handler = handler_.lock()) lexwend::platform::mac::guarded(*handler);
+  if (const auto running = handler.lock()) lexwend::platform::mac::guarded(*running);
 }
 
 @end
@@ -206,8 +199,10 @@ class MacInputSourceService : public InputSourceService {
     [center addObserverForName:name object:nil queue:[NSOperationQueue mainQueue] usingBlock:changed];
     // The system holds back what the one above observes as long as the application is not active, and this
     // one hardly ever is. While it is active, both hear of the change.
-    observers_.push_back([[LXWLayoutsObserver alloc] initWithHandler:kept]);
-    [center addObserver:observers_.back()
+    LXWLayoutsObserver* immediate = [[LXWLayoutsObserver alloc] init];
+    immediate->handler = observer;
+    observers_.push_back(immediate);
+    [center addObserver:immediate
                   selector:@selector(layoutsChanged:)
                       name:name
                     object:nil

@@ -36,7 +36,7 @@ NSColor* nsColor(ColorRole role) {
 NSTextAlignment nsAlignment(TextAlignment alignment) {
   switch (alignment) {
     case TextAlignment::natural:
-      return NSTextAlignmentNatural;
+      break;
     case TextAlignment::right:
       return NSTextAlignmentRight;
     case TextAlignment::center:
@@ -48,7 +48,7 @@ NSTextAlignment nsAlignment(TextAlignment alignment) {
 NSFontWeight nsWeight(FontWeight weight) {
   switch (weight) {
     case FontWeight::regular:
-      return NSFontWeightRegular;
+      break;
     case FontWeight::medium:
       return NSFontWeightMedium;
     case FontWeight::semibold:
@@ -60,7 +60,7 @@ NSFontWeight nsWeight(FontWeight weight) {
 NSBezelStyle nsBezel(BezelStyle bezel) {
   switch (bezel) {
     case BezelStyle::rounded:
-      return NSBezelStyleRounded;
+      break;
   }
   return NSBezelStyleRounded;
 }
@@ -171,7 +171,6 @@ NSButton* makeButton(const ButtonLook& look, id target, SEL action) {
                       events:(lexwend::platform::RecorderWindowEvents)events {
   using namespace lexwend::platform::mac;
   self = [super initWithWindow:makeWindow(look)];
-  if (self == nil) return nil;
   self.window.delegate = self;
   events_ = std::move(events);
 

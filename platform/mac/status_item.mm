@@ -14,25 +14,19 @@
 #include "platform/mac/own_menu.h"
 
 /// What a chosen menu item sends its action to. The item holds it weakly.
-@interface LXWMenuItemTarget : NSObject
-- (instancetype)initWithAction:(std::function<void()>)action;
+@interface LXWMenuItemTarget : NSObject {
+ @public
+  std::shared_ptr<std::function<void()>> action;
+}
 - (void)choose:(id)sender;
 @end
 
-@implementation LXWMenuItemTarget {
-  std::shared_ptr<std::function<void()>> action_;
-}
-
-- (instancetype)initWithAction:(std::function<void()>)action {
-  self = [super init];
-  if (self != nil) action_ = lexwend::platform::mac::shared(std::move(action));
-  return self;
-}
+@implementation LXWMenuItemTarget
 
 - (void)choose:(id)sender {
   // The action may replace this very target.
-  const auto action = action_;
-  lexwend::platform::mac::guarded(*action);
+  const auto running = action;
+  lexwend::platform::mac::guarded(*running);
 }
 
 @end
@@ -95,7 +89,8 @@ class MacMenuItem : public MenuItem {
     item_.title = (__bridge NSString*)cfTextOrEmpty(title).get();
   }
   void setAction(std::function<void()> action) override {
-    target_ = [[LXWMenuItemTarget alloc] initWithAction:std::move(action)];
+    target_ = [[LXWMenuItemTarget alloc] init];
+    target_->action = shared(std::move(action));
     item_.target = target_;
     item_.action = @selector(choose:);
   }
@@ -126,6 +121,10 @@ class MacMenu : public Menu {
     menu_.userInterfaceLayoutDirection = NSUserInterfaceLayoutDirectionRightToLeft;
     menu_.delegate = watcher_;
   }
+  /// One that goes while it is open is not told that it closes.
+  ~MacMenu() override { menuTimes() = {}; }
+  MacMenu(const MacMenu&) = delete;
+  MacMenu& operator=(const MacMenu&) = delete;
   void setAutoenablesItems(bool autoenables) override { menu_.autoenablesItems = autoenables; }
   void addItem(const MenuItemRef& item) override {
     [menu_ addItem:static_cast<const MacMenuItem&>(*item).get()];

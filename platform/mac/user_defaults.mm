@@ -13,9 +13,7 @@ DefaultsValue numberValue(CFNumberRef number) {
   std::int64_t whole = 0;
   // Succeeds exactly when nothing of the value is lost.
   if (!CFNumberIsFloatType(number) && CFNumberGetValue(number, kCFNumberSInt64Type, &whole)) return whole;
-  double real = 0;
-  CFNumberGetValue(number, kCFNumberFloat64Type, &real);
-  return defaultsNumber(real);
+  return defaultsNumber([(__bridge NSNumber*)number doubleValue]);
 }
 
 /// A truth value and a number are both NSNumber; only their Core Foundation types tell them apart.

@@ -18,7 +18,7 @@
 namespace lexwend {
 namespace {
 
-constexpr std::uint64_t kSeed = 20'240'301;
+constexpr std::uint64_t kBlocksSeed = 20'240'301;
 
 // The processor is taken to have the vectors of the parameter.
 struct Blocks : testing::TestWithParam<std::string_view> {
@@ -49,7 +49,7 @@ void expectAsReference(const LayoutMap& map, const Converter& converter, const s
 TEST_P(Blocks, convertProseAsTheReferenceDoes) {
   const LayoutMap map = LayoutMap::fallback();
   const Converter converter(map);
-  RandomText random(kSeed);
+  RandomText random(kBlocksSeed);
   for (int round = 0; round < 400; ++round) {
     expectAsReference(map, converter, random.prose(random.below(600)));
     if (HasFatalFailure()) return;
@@ -57,7 +57,7 @@ TEST_P(Blocks, convertProseAsTheReferenceDoes) {
 }
 
 TEST_P(Blocks, convertByAnyKeyboardAsTheReferenceDoes) {
-  RandomText random(kSeed + 1);
+  RandomText random(kBlocksSeed + 1);
   for (int round = 0; round < 400; ++round) {
     const LayoutMap map = random.keyboardMap();
     expectAsReference(map, Converter(map), random.prose(random.below(400)));
@@ -89,13 +89,27 @@ TEST_P(Blocks, meetAnythingAtAnyPlace) {
 TEST_P(Blocks, convertTheSameAtEveryAddress) {
   const LayoutMap map = LayoutMap::fallback();
   const Converter converter(map);
-  RandomText random(kSeed + 2);
+  RandomText random(kBlocksSeed + 2);
   for (int round = 0; round < 10; ++round) {
     const std::string text = random.prose(300);
     const Converter::Result expected = reference::convert(map, text, true);
     for (std::size_t offset = 0; offset < simd::kBlock; ++offset) {
       const std::string moved = std::string(offset, 'x') + text;
       ASSERT_EQ(converter.convert(std::string_view(moved).substr(offset), true), expected) << offset;
+    }
+  }
+}
+
+TEST_P(Blocks, endBeforeACharacterThatIsNotThereWhole) {
+  const LayoutMap map = LayoutMap::fallback();
+  const Converter converter(map);
+  for (const char* const last : {"\xD7", "\x97", "\xD6", "\xE2", "\xE2\x80", "ש\x97", "\xD7\xD7", "ש"}) {
+    for (std::size_t length = 50; length < 70; ++length) {
+      for (const char* const next : {"ש", "\x90", "\u05B0", "a", "\u0301"}) {
+        expectAsReference(map, converter, std::string(length, '.') + last + next + std::string(80, '.'));
+        expectAsReference(map, converter,
+                          "היי akuo " + std::string(length, '.') + last + next + std::string(80, ' '));
+      }
     }
   }
 }

@@ -6,14 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/core/characters_of.h"
+
 namespace lexwend {
 namespace {
-
-std::vector<std::string> charactersOf(std::string_view text) {
-  std::vector<std::string> characters;
-  for (CharacterReader reader(text); !reader.atEnd();) characters.emplace_back(reader.next());
-  return characters;
-}
 
 using Characters = std::vector<std::string>;
 

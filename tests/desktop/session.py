@@ -287,6 +287,9 @@ class Session:
     def __enter__(self):
         self.folder = Path(tempfile.mkdtemp(prefix='lexwend-desktop-'))
         self.home = self.folder / 'home'
+        # What this process catches its programs take as usual. Ignored signals, those of a run in the background, they inherit.
+        signal.signal(signal.SIGINT, signal.default_int_handler)
+        signal.signal(signal.SIGHUP, signal.SIG_DFL)
         try:
             self._start()
         except BaseException:
@@ -322,15 +325,23 @@ class Session:
         print('The desktop is still there. Return ends it.', flush=True)
         sys.stdin.readline()
 
-    def _start(self):
+    def _enter_home(self, **variables):
+        """The environment of a fresh user; gives the folder of what runs."""
         runtime = self.folder / 'run'
         (self.home / 'Library' / 'Logs').mkdir(parents=True)
         runtime.mkdir(mode=0o700)
-        for name in [n for n in os.environ if n.startswith(('XDG_', 'DBUS_', 'WAYLAND_', 'GTK_', 'QT_'))]:
+        for name in [n for n in os.environ if n.startswith(('XDG_', 'DBUS_', 'WAYLAND_', 'GTK_', 'QT_', 'SWAY'))]:
             del os.environ[name]
         os.environ.update(HOME=str(self.home), XDG_RUNTIME_DIR=str(runtime), GSETTINGS_BACKEND='memory', LANG='C.UTF-8',
-                          LC_ALL='C.UTF-8', XDG_SESSION_TYPE='x11', GDK_BACKEND='x11', NO_AT_BRIDGE='0',
-                          LIBGL_ALWAYS_SOFTWARE='1')
+                          LC_ALL='C.UTF-8', NO_AT_BRIDGE='0', LIBGL_ALWAYS_SOFTWARE='1', **variables)
+        return runtime
+
+    def _start_bus(self):
+        bus = self.start(['dbus-daemon', '--session', '--nofork', '--print-address=1'], stdout=subprocess.PIPE, text=True)
+        os.environ['DBUS_SESSION_BUS_ADDRESS'] = bus.stdout.readline().strip()
+
+    def _start(self):
+        self._enter_home(XDG_SESSION_TYPE='x11', GDK_BACKEND='x11')
 
         read_end, write_end = os.pipe()
         self.start(['Xvfb', '-displayfd', str(write_end), '-screen', '0', self.size, '-nolisten', 'tcp', '-noreset',
@@ -343,9 +354,7 @@ class Session:
             raise DesktopError('Xvfb did not start')
         self.display = os.environ['DISPLAY'] = f':{number}'
 
-        bus = self.start(['dbus-daemon', '--session', '--nofork', '--print-address=1'], stdout=subprocess.PIPE, text=True)
-        os.environ['DBUS_SESSION_BUS_ADDRESS'] = bus.stdout.readline().strip()
-
+        self._start_bus()
         self.set_layouts(self.layouts)
         self.keyboard = Keyboard(os.environ['DISPLAY'])
         if self.window_manager:
@@ -362,15 +371,33 @@ class Session:
         """Starts a program of this desktop; it ends with the session."""
         options.setdefault('stdout', subprocess.DEVNULL)
         options.setdefault('stderr', None if os.environ.get('LEXWEND_DESKTOP_VERBOSE') else subprocess.DEVNULL)
-        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, start_new_session=True, **options)
+        options.setdefault('stdin', subprocess.DEVNULL)
+        process = subprocess.Popen(command, start_new_session=True, **options)
         self.processes.append(process)
         return process
 
     def start_in_front(self, command, **options):
         """The same, and waits until a window of the program has the keyboard: keys pressed before that go astray."""
         program = self.start(command, **options)
-        until(lambda: _session_of(active_process()) == program.pid, f'a window of {command[0]} to have the keyboard')
+        until(lambda: _session_of(self.active_process()) == program.pid, f'a window of {command[0]} to have the keyboard')
         return program
+
+    def active_process(self):
+        return active_process()
+
+    def copy(self, target):
+        """The program that copies its standard input as that type and stays until another one copies; `paste` and the two
+        below are the programs that write what is there to their standard output."""
+        return ['xclip', '-quiet', '-selection', 'clipboard', '-t', target]
+
+    def paste(self, target):
+        return ['xclip', '-o', '-selection', 'clipboard', '-t', target]
+
+    def paste_primary(self):
+        return ['xclip', '-o', '-selection', 'primary', '-t', 'UTF8_STRING']
+
+    def paste_targets(self):
+        return self.paste('TARGETS')
 
     def end(self, process, seconds=5.0):
         """Asks a program to end and returns its exit status; insists when it does not."""

@@ -139,14 +139,18 @@ class Stage:
         until(lambda: self.keyboard.group() == group, f'keyboard group {group} to be active')
 
     def put_on_clipboard(self, text, target='UTF8_STRING'):
-        self._feed(text, target)
+        self._feed(text.encode(), target)
         until(lambda: self.clipboard(target) == text, 'the clipboard to hold its contents')
 
-    def _feed(self, text, target):
-        program = subprocess.Popen(['xclip', '-quiet', '-selection', 'clipboard', '-t', target], stdin=subprocess.PIPE,
+    def put_file_on_clipboard(self, path, target):
+        self._feed(path.read_bytes(), target)
+        until(lambda: self.clipboard_targets() == [target], 'the clipboard to hold its contents')
+
+    def _feed(self, data, target):
+        program = subprocess.Popen(self.session.copy(target), stdin=subprocess.PIPE,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
         self.session.processes.append(program)
-        program.stdin.write(text.encode())
+        program.stdin.write(data)
         program.stdin.close()
         self.owner = program
 
@@ -156,21 +160,23 @@ class Stage:
 
     def clipboard(self, target='UTF8_STRING'):
         """What the clipboard holds; nothing where its owner does not answer, which may be about to change."""
+        return self._output(self.session.paste(target))
+
+    def _output(self, command):
         try:
-            found = subprocess.run(['xclip', '-o', '-selection', 'clipboard', '-t', target], capture_output=True, check=False,
-                                   timeout=ANSWER_SECONDS)
+            found = subprocess.run(command, capture_output=True, check=False, timeout=ANSWER_SECONDS)
         except subprocess.TimeoutExpired:
             return None
         return found.stdout.decode() if found.returncode == 0 else None
 
     def clipboard_bytes(self, target):
         """The same of something large, byte for byte."""
-        return subprocess.run(['xclip', '-o', '-selection', 'clipboard', '-t', target], capture_output=True, check=True,
+        return subprocess.run(self.session.paste(target), capture_output=True, check=True,
                               timeout=DEADLINE_SECONDS).stdout
 
     def clipboard_targets(self):
         """What the clipboard offers, without the targets that are part of the protocol."""
-        return sorted(set((self.clipboard('TARGETS') or '').split()) - {'TARGETS', 'MULTIPLE', 'TIMESTAMP', 'SAVE_TARGETS'})
+        return sorted(set((self._output(self.session.paste_targets()) or '').split()) - {'TARGETS', 'MULTIPLE', 'TIMESTAMP', 'SAVE_TARGETS'})
 
 
 def in_each_editor(function):
@@ -185,7 +191,8 @@ def active_title():
     return active_window_says('-f', '_NET_WM_NAME', '8u', '_NET_WM_NAME').partition(' = ')[2].strip()
 
 
-def main(usage):
+def main(usage, make_session=lambda _, **options: Session(**options)):
+    """Runs the scene that the command line names; its session is made of the folder of the test programs and options."""
     if sys.argv[1:] == ['--list']:
         print('\n'.join(SCENES))
         return
@@ -193,5 +200,5 @@ def main(usage):
         print(usage.strip(), file=sys.stderr)
         sys.exit(2)
     name, agent, qt6_editor = sys.argv[1], Path(sys.argv[2]).resolve(), Path(sys.argv[3]).resolve()
-    with Session(**DESKTOPS.get(name, {})) as session:
+    with make_session(qt6_editor.parent, **DESKTOPS.get(name, {})) as session:
         SCENES[name](Stage(session, agent, qt6_editor))

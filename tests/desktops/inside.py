@@ -253,7 +253,7 @@ class Scenes:
     def _looks(self, dark):
         """Whether the panel is dark, or light, and the lightest and the darkest tenth of the icon's pixels differ."""
         x, y, width, height = self.place
-        panel = self.screen.grays((x - 1, y + height // 2, 1, 2))  # beside the icon
+        panel = self.screen.grays((x - 4, y + height // 2, 1, 2))  # beside the icon, which may move by a pixel
         levels = sorted(self.screen.grays(self.place))
         tenth = max(1, len(levels) // 10)
         return (max(panel) < 110 if dark else min(panel) > 150) and levels[-tenth] - levels[tenth] > 60

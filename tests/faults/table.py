@@ -282,19 +282,20 @@ for _path in PATHS:
 
 
 def type_after(milliseconds, path):
-    """What is typed right after the hot key lands behind the text; nothing of the text is lost."""
+    """What is typed right after the hot key lands beside the text. As long as the text is still selected it takes its
+    place, as it would without the agent: then undo brings the text back."""
     def run(rig):
         rig.prepare(path)
         rig.press()
         time.sleep(milliseconds / 1000)
         rig.keyboard.press('1')
         rig.wait_for_end()
-        text = until(rig.stage.field.text, 'the text')
-        letters = text.replace('1', '')
-        if letters not in (MEANT, GARBLED, ''):
+        text = rig.stage.field.text()
+        if text == '1':
+            rig.keyboard.press('Control+z')
+            rig.expect_text(rig.stage.field, (GARBLED,), 'after undo the text')
+        elif text not in [where for whole in (MEANT, GARBLED) for where in (whole + '1', '1' + whole)]:
             raise Lost(f'the text is {text!r}')
-        if letters == '':
-            raise Lost(f'the text is gone, {text!r} is left')
         rig.close_editor()
         rig.expect(text=None)
     return run
@@ -302,7 +303,8 @@ def type_after(milliseconds, path):
 
 for _path in PATHS:
     for _ms in (0, 20, 60, 120, 200):
-        fault(f'a letter is typed {_ms} ms after the hot key: {_path}')(type_after(_ms, _path))
+        fault(f'a letter is typed {_ms} ms after the hot key: {_path}',
+              inherent='a letter takes the place of what is selected' if _ms <= 60 else '')(type_after(_ms, _path))
 
 
 # -- the services of the desktop

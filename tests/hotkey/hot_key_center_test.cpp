@@ -31,7 +31,6 @@ using tests::inOrder;
 using platform::KeyCode;
 using platform::Modifiers;
 constexpr KeyCode kF2 = platform::kKeyF2;
-constexpr KeyCode kF5 = platform::kKeyF5;
 constexpr Modifiers kNone = platform::kNoModifiers;
 constexpr std::uint32_t kSignature = 0x544B5652;
 
@@ -49,10 +48,10 @@ struct Center {
 
 TEST(HotKeyCenter, registersTheCombinationAsGivenUnderItsOwnIdentity) {
   Center c;
-  EXPECT_TRUE(c.add(kF5, Modifiers{0x1F00}));
+  EXPECT_TRUE(c.add(platform::kKeyF5, Modifiers{0x1F00}));
   ASSERT_EQ(c.system().registered().size(), 1U);
   const auto& [combination, identity] = *c.system().registered().begin();
-  EXPECT_EQ(combination, (platform::FakeHotKeys::Combination{kF5, Modifiers{0x1F00}}));
+  EXPECT_EQ(combination, (platform::FakeHotKeys::Combination{platform::kKeyF5, Modifiers{0x1F00}}));
   EXPECT_EQ(identity, (HotKeyID{kSignature, 1}));
 }
 
@@ -72,8 +71,8 @@ TEST(HotKeyCenter, successWithoutAReferenceCountsAsRefused) {
   EXPECT_FALSE(c.add(kF2));
   c.system().dispatch({kSignature, 1});
   EXPECT_EQ(c.pressed, 0);
-  EXPECT_TRUE(c.add(kF5));
-  EXPECT_EQ(c.system().registered().at({kF5, kNone}).id, 2U);
+  EXPECT_TRUE(c.add(platform::kKeyF5));
+  EXPECT_EQ(c.system().registered().at({platform::kKeyF5, kNone}).id, 2U);
 }
 
 TEST(HotKeyCenter, failureWithAReferenceCountsAsRefused) {
@@ -84,15 +83,15 @@ TEST(HotKeyCenter, failureWithAReferenceCountsAsRefused) {
   EXPECT_EQ(c.pressed, 0);
   c.center.unregisterAll();
   EXPECT_EQ(c.host.calls().count("hotKeys.unregisterHotKey"), 0U);
-  EXPECT_TRUE(c.add(kF5));
-  EXPECT_EQ(c.system().registered().at({kF5, kNone}).id, 2U);
+  EXPECT_TRUE(c.add(platform::kKeyF5));
+  EXPECT_EQ(c.system().registered().at({platform::kKeyF5, kNone}).id, 2U);
 }
 
 TEST(HotKeyCenter, installsItsHandlerOnceAndBeforeTheFirstRegistration) {
   Center c;
   EXPECT_EQ(c.system().handlerInstallations(), 0U);
   c.add(kF2);
-  c.add(kF5);
+  c.add(platform::kKeyF5);
   c.center.unregisterAll();
   c.add(kF2);
   EXPECT_EQ(c.system().handlerInstallations(), 1U);
@@ -103,14 +102,14 @@ TEST(HotKeyCenter, failedInstallationIsIgnoredAndNotTriedAgain) {
   Center c;
   c.host.failNext(FakeOperation::installHotKeyHandler);
   EXPECT_TRUE(c.add(kF2));
-  EXPECT_TRUE(c.add(kF5));
+  EXPECT_TRUE(c.add(platform::kKeyF5));
   EXPECT_EQ(c.system().handlerInstallations(), 1U);
 }
 
 TEST(HotKeyCenter, unregisterAllGivesBackEveryRegistrationAndForgetsTheActions) {
   Center c;
   c.add(kF2);
-  c.add(kF5);
+  c.add(platform::kKeyF5);
   c.center.unregisterAll();
   EXPECT_TRUE(c.system().registered().empty());
   EXPECT_EQ(c.host.calls().count("hotKeys.unregisterHotKey"), 2U);
@@ -147,8 +146,8 @@ TEST(HotKeyCenter, eachRegistrationRunsItsOwnAction) {
   Center c;
   std::vector<std::string> ran;
   c.center.registerHotKey(kF2, kNone, [&] { ran.emplace_back("F2"); });
-  c.center.registerHotKey(kF5, kNone, [&] { ran.emplace_back("F5"); });
-  c.system().press(kF5, kNone);
+  c.center.registerHotKey(platform::kKeyF5, kNone, [&] { ran.emplace_back("F5"); });
+  c.system().press(platform::kKeyF5, kNone);
   c.system().press(kF2, kNone);
   EXPECT_THAT(ran, ElementsAre("F5", "F2"));
 }
@@ -158,14 +157,14 @@ TEST(HotKeyCenter, anActionMayUnregisterItselfAndRegisterAnother) {
   auto alive = std::make_shared<int>(0);
   c.center.registerHotKey(kF2, kNone, [&c, alive] {
     c.center.unregisterAll();
-    c.add(kF5);
+    c.add(platform::kKeyF5);
     ++*alive;  // what the action holds outlives its registration until it returns
   });
   c.system().press(kF2, kNone);
   EXPECT_EQ(*alive, 1);
   EXPECT_EQ(alive.use_count(), 1);
   EXPECT_FALSE(c.system().holds(kF2, kNone));
-  c.system().press(kF5, kNone);
+  c.system().press(platform::kKeyF5, kNone);
   EXPECT_EQ(c.pressed, 1);
 }
 
@@ -193,7 +192,7 @@ TEST(HotKeyCenterDeathTest, runningOutOfIdsStopsTheProcess) {
   HotKeyCenterPeer::setNextId(c.center, kLast - 1);
   EXPECT_TRUE(c.add(kF2));
   EXPECT_EQ(c.system().offered().back().id, kLast - 1);
-  EXPECT_DEATH(c.add(kF5), "ids of hot keys ran out");
+  EXPECT_DEATH(c.add(platform::kKeyF5), "ids of hot keys ran out");
 }
 
 // Display names.
@@ -239,9 +238,9 @@ TEST(HotKeyDisplayName, everyMaskPutsItsSymbolsInFrontInOneOrder) {
     if ((mask & 0x0800) != 0) expected += "⌥";
     if ((mask & 0x0200) != 0) expected += "⇧";
     if ((mask & 0x0100) != 0) expected += "⌘";
-    ASSERT_EQ(HotKeyCenter::displayName(kF5, Modifiers{mask}), expected + "F5") << mask;
+    ASSERT_EQ(HotKeyCenter::displayName(platform::kKeyF5, Modifiers{mask}), expected + "F5") << mask;
   }
-  EXPECT_EQ(HotKeyCenter::displayName(kF5, Modifiers{0xFFFFFFFF}), "⌃⌥⇧⌘F5");
+  EXPECT_EQ(HotKeyCenter::displayName(platform::kKeyF5, Modifiers{0xFFFFFFFF}), "⌃⌥⇧⌘F5");
 }
 
 }  // namespace

@@ -36,6 +36,17 @@ TEST(ProgramWithNothing, testsItselfWithTheBuiltInTable) {
   EXPECT_EQ(outcome.errors, "");
 }
 
+TEST(ProgramWithNothing, loadsTheDesktopOnlyWhereItIsAsked) {
+  const auto loadedFor = [](const std::string& option) {
+    return runProgram("/usr/bin/env", {"-i", "HOME=/nonexistent", "LD_DEBUG=files", LEXWEND_PROGRAM, option},
+                      "")
+        .errors;
+  };
+  EXPECT_THAT(loadedFor("--selftest"), testing::Not(testing::HasSubstr("lexwend-host.so")));
+  EXPECT_THAT(loadedFor("--version"), testing::Not(testing::HasSubstr("lexwend-host.so")));
+  EXPECT_THAT(loadedFor("--quiet"), testing::HasSubstr("lexwend-host.so"));
+}
+
 TEST(ProgramWithNothing, tellsItsUsageAndItsVersion) {
   const Outcome help = runWithNothing("--help");
   EXPECT_EQ(help.status, 0);

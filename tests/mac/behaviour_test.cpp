@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What a real Mac does beyond the plain answers of its interfaces, and that the agent lives with it.
+// What a real Mac does beyond the plain answers of its interfaces, that the agent lives with it, and what no
+// script says of the whole agent.
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -19,10 +20,12 @@ namespace lexwend::platform::mac {
 namespace {
 
 using namespace std::chrono_literals;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
 constexpr std::uint32_t kF2 = 120;
+constexpr std::uint32_t kSignature = 0x544B5652;
 constexpr std::uint16_t kKeyK = 40, kEscape = 53;
 constexpr std::uint64_t kControlFlag = 0x40000;
 constexpr long kFirst = 1000, kSecond = 1001;
@@ -80,9 +83,64 @@ struct AgentOnARealMac : ::testing::Test {
     const auto front = workspace().frontmostApplication();
     return front ? front->bundleIdentifier.value_or("?") : "?";
   }
+  static std::string icon() { return doubles::status_bar::items().at(0).image.value().symbol; }
   static void openRecorder() { doubles::status_bar::choose(kChangeKey); }
   static doubles::windows::Window recorder() { return doubles::windows::all().at(0); }
 };
+
+TEST_F(AgentOnARealMac, launchesIntoTheMenuBarInItsOrder) {
+  run([&] {
+    EXPECT_EQ(doubles::app::activationPolicy(), 1);
+    std::vector<std::string> steps;
+    for (const doubles::Call& call : doubles::calls()) {
+      for (const char* step : {"+[NSApplication sharedApplication]", "-[NSApplication setDelegate:]",
+                               "-[NSApplication setActivationPolicy:]", "-[NSApplication run]",
+                               "-[NSStatusBar statusItemWithLength:]", "RegisterEventHotKey",
+                               "-[SMAppService registerAndReturnError:]"}) {
+        if (call.name == step) steps.push_back(call.name);
+      }
+    }
+    EXPECT_THAT(steps, ElementsAre("+[NSApplication sharedApplication]", "-[NSApplication setDelegate:]",
+                                   "-[NSApplication setActivationPolicy:]", "-[NSApplication run]",
+                                   "-[NSStatusBar statusItemWithLength:]", "RegisterEventHotKey",
+                                   "-[SMAppService registerAndReturnError:]"));
+    EXPECT_THAT(doubles::hot_keys::registered(),
+                ElementsAre(doubles::hot_keys::Registered{kF2, 0, kSignature, 1}));
+    EXPECT_EQ(doubles::workspace::observers(), 2u);
+    EXPECT_EQ(doubles::time::scheduledTimers(), 0u);
+    EXPECT_EQ(doubles::accessibility::promptsShown(), 0);
+  });
+  EXPECT_THAT(log(), HasSubstr(" hotkey: register F2 ok=true\n"));
+}
+
+TEST_F(AgentOnARealMac, standsInTheMenuBarUntilItIsToQuit) {
+  run([&] {
+    const auto item = doubles::status_bar::items().at(0);
+    EXPECT_EQ(item.length, -2);
+    EXPECT_FALSE(item.menuAutoenables);
+    EXPECT_EQ(item.image, (doubles::status_bar::Image{"keyboard", "Lexwend", true}));
+    doubles::status_bar::choose("יציאה");
+    EXPECT_TRUE(doubles::app::isTerminated());
+  });
+}
+
+TEST_F(AgentOnARealMac, goesOnWhileTheAlertOfAFixFromTheMenuIsOpen) {
+  doubles::accessibility::setTrusted(false);
+  run([] {
+    doubles::forgetCalls();
+    doubles::time::later(10s, [] { doubles::workspace::postDidWake(); });
+    doubles::time::later(20s, [] {
+      EXPECT_EQ(doubles::callsNamed("RegisterEventHotKey").size(), 1u);
+      doubles::accessibility::setTrusted(true);
+    });
+    doubles::time::later(30s, [] { EXPECT_EQ(icon(), "keyboard"); });
+    doubles::alerts::answerNext(1001, 1min);
+    doubles::status_bar::choose("תקן טקסט מסומן    F2");
+    doubles::time::advance(300ms);
+    EXPECT_EQ(doubles::alerts::shown().size(), 1u);
+    EXPECT_GT(doubles::time::now(), 1min);
+  });
+}
 
 // -------------------------------------------------------------------------------------------------------
 // Another application is the active one nearly always
@@ -129,6 +187,22 @@ TEST_F(LayoutObservers, hearAtOnceAndAgainWhenTheApplicationBecomesActive) {
   host->application().activate(true);
   doubles::time::advance(0ms);
   EXPECT_EQ(changes, 3) << "those held back become one";
+}
+
+TEST_F(LayoutObservers, areSilentOnceTheirRegistrationEnded) {
+  observer.cancel();
+  doubles::input_sources::postEnabledSourcesChanged();
+  host->application().activate(true);
+  doubles::time::advance(0ms);
+  EXPECT_EQ(changes, 0);
+}
+
+TEST_F(LayoutObservers, hearEachForItself) {
+  int others = 0;
+  const auto other = host->inputSourceService().observeEnabledLayoutsChanged([&] { ++others; });
+  doubles::input_sources::postEnabledSourcesChanged();
+  EXPECT_EQ(changes, 1);
+  EXPECT_EQ(others, 1);
 }
 
 TEST_F(LayoutObservers, mayEndTheHostThatHoldsThem) {
@@ -316,6 +390,17 @@ TEST_F(AgentOnARealMac, dropsThePressesThatWaitedForItsMenuToClose) {
   });
 }
 
+TEST_F(AgentOnARealMac, dropsThePressThatWaitedForAFixToEnd) {
+  doubles::defaults::set("compatMode", true);
+  run([&] {
+    doubles::time::later(3ms, [] { doubles::hot_keys::press(kF2, 0); });
+    doubles::hot_keys::press(kF2, 0);
+    doubles::time::advance(1s);
+    EXPECT_EQ(desktop.editorText(), "שלום");
+    EXPECT_EQ(doubles::callsNamed("GetEventParameter").size(), 1u);
+  });
+}
+
 // -------------------------------------------------------------------------------------------------------
 // The pasteboard
 
@@ -348,6 +433,21 @@ TEST_F(RefusedPasteboard, isLeftAsItIs) {
   EXPECT_THAT(log(), HasSubstr("clipboard: the system refuses to let the clipboard be read\n"));
   EXPECT_THAT(log(), HasSubstr("fix: failed noSelection\n"));
   EXPECT_THAT(log(), Not(HasSubstr("copy produced nothing")));
+}
+
+TEST_F(RefusedPasteboard, isReadOnceThePersonHasAllowedIt) {
+  doubles::pasteboard::setAccessBehavior(kAsk);
+  for (const bool isAllowed : {false, true}) {
+    doubles::pasteboard::askBeforeReading(30s, isAllowed);
+    run([&] {
+      doubles::hot_keys::press(kF2, 0);
+      doubles::time::advance(1s);
+    });
+    EXPECT_EQ(desktop.editorText(), isAllowed ? "שלום" : "akuo");
+    EXPECT_EQ(doubles::pasteboard::contents().at(0).at(0).data, picture.at(0).at(0).data);
+    doubles::process::end();
+    host = makeHost();
+  }
 }
 
 TEST_F(RefusedPasteboard, isTakenForOneThatCannotBeHadWhereNobodyRefuses) {

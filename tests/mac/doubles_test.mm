@@ -250,7 +250,7 @@ TEST(Doubles, accessibilityAnswersAreScripted) {
 
 void writeAnItemTwice() {
   NSPasteboardItem* item = [[NSPasteboardItem alloc] init];
-  [item setString:@"x" forType:NSPasteboardTypeString];
+  [item setData:[@"x" dataUsingEncoding:NSUTF8StringEncoding] forType:NSPasteboardTypeString];
   [NSPasteboard.generalPasteboard clearContents];
   [NSPasteboard.generalPasteboard writeObjects:@[ item ]];
   [NSPasteboard.generalPasteboard writeObjects:@[ item ]];

@@ -284,6 +284,8 @@ TEST_F(MacDateFormattersService, keepsOneFormatterForEachPattern) {
   DateFormatter& log = service.withPattern("yyyy-MM-dd HH:mm:ss.SSS");
   EXPECT_EQ(&service.withPattern("yyyy-MM-dd HH:mm:ss.SSS"), &log);
   EXPECT_NE(&service.withPattern("yyyy"), &log);
+  EXPECT_EQ(&service.withPattern("yyyy-MM-dd HH:mm:ss.SSS"), &log);
+  EXPECT_EQ(doubles::callsNamed("-[NSDateFormatter setDateFormat:]").size(), 2u);
 }
 
 TEST_F(MacDateFormattersService, rendersThisMomentInTheUsersTimeZone) {

@@ -62,6 +62,9 @@ TEST_F(MacInputSources, listsTheEnabledKeyboardLayoutsInTheSystemsOrder) {
               ElementsAre("com.apple.keylayout.US", "com.apple.keylayout.Hebrew"));
   EXPECT_THAT(listedIds({.type = InputSourceType::keyboardLayout, .isEnabled = false}, true),
               ElementsAre("com.apple.keylayout.French"));
+  EXPECT_THAT(
+      listedIds({.type = {}, .isEnabled = true}, false),
+      ElementsAre("com.apple.keylayout.US", "com.apple.CharacterPaletteIM", "com.apple.keylayout.Hebrew"));
 }
 
 TEST_F(MacInputSources, filtersByExactlyTheEntriesThatAreSet) {
@@ -121,6 +124,7 @@ TEST_F(MacInputSources, readsEveryPairOfSurrogatesAndReplacesEveryHalf) {
       {u"\xDE00\xD83D", "\uFFFD\uFFFD"},
       {u"\xDC00\xDC00", "\uFFFD\uFFFD"},
       {u"\xD83Dz", "\uFFFDz"},
+      {u"\xD83D\xDBFF", "\uFFFD\uFFFD"},
       {u"\xD83D\xE000", "\uFFFD\uE000"},
       {u"\xD7FF\xE000", "\uD7FF\uE000"},
       {u"\x7F\x80\x7FF\x800\xFFFF", "\x7F\u0080\u07FF\u0800\uFFFF"}};
@@ -219,6 +223,14 @@ TEST_F(MacInputSources, reportsAFailedTranslationAsNothing) {
   const auto data = dataOf({{{0, 0}, {.text = u"a", .error = -50}}});
   std::uint32_t deadKeyState = 0;
   EXPECT_EQ(service.translate(*data, keyDown(0, kNoModifiers), deadKeyState), std::nullopt);
+}
+
+TEST_F(MacInputSources, givesNothingForAKeyCodeThatTheSystemDoesNotHave) {
+  const auto data = dataOf({{{0, 0}, {.text = u"a"}}});
+  KeyTranslation beyond = keyDown(0, kNoModifiers);
+  beyond.keyCode = KeyCode{0x10000};
+  std::uint32_t deadKeyState = 0;
+  EXPECT_EQ(service.translate(*data, beyond, deadKeyState), std::nullopt);
 }
 
 TEST_F(MacInputSources, asksForTheKeyboardTypeEachTime) {

@@ -139,6 +139,21 @@ TEST_F(MacHotKeys, givesTheHandlersStatusBackAndZeroWhenItThrows) {
   EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
 }
 
+TEST_F(MacHotKeys, hearsPressesAfterAMenuWentThatWasOpen) {
+  int presses = 0;
+  service.installHandler([&](const HotKeyEvent&) {
+    ++presses;
+    return kNoErr;
+  });
+  const Registration key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey;
+  StatusItemRef item = host->statusBar().statusItem(kSquareStatusItemLength);
+  item->setMenu(host->statusBar().makeMenu());
+  doubles::status_bar::openMenu();
+  item = nullptr;
+  doubles::hot_keys::press(120, 0);
+  EXPECT_EQ(presses, 1);
+}
+
 TEST_F(MacHotKeys, runsNoHandlerOnceTheServiceIsGone) {
   int presses = 0;
   service.installHandler([&](const HotKeyEvent&) {
@@ -187,6 +202,11 @@ TEST_F(MacKeyMonitorService, letsAPressPassWhoseHandlerThrows) {
   const auto token = service.addLocalKeyDownMonitor(
       [](const KeyDownEvent&) -> KeyDisposition { throw std::runtime_error("from the handler"); });
   EXPECT_FALSE(doubles::windows::pressKey(0, 0));
+}
+
+TEST_F(MacKeyMonitorService, hasNothingToRemoveWhereTheSystemGivesNoMonitor) {
+  doubles::failures::failNext("+[NSEvent addLocalMonitorForEventsMatchingMask:handler:]");
+  EXPECT_FALSE(service.addLocalKeyDownMonitor([](const KeyDownEvent&) { return KeyDisposition::consumed; }));
 }
 
 TEST_F(MacKeyMonitorService, isRemovedWithItsToken) {

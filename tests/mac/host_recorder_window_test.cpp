@@ -278,5 +278,16 @@ TEST_F(MacAlertsService, showsTextsAndButtonsAndGivesEachAnswer) {
   EXPECT_THAT(shown[0].buttons, ElementsAre("פתח הגדרות", "ביטול"));
 }
 
+TEST_F(MacAlertsService, hearsReturnForTheFirstButtonAndEscapeForTheLastOfSeveral) {
+  Alert alert = {.messageText = "שאלה", .informativeText = "", .buttons = {"כן"}};
+  doubles::alerts::answerNextWithReturn();
+  EXPECT_EQ(service.runModal(alert), kAlertFirstButtonReturn);
+  alert.buttons.emplace_back("לא");
+  doubles::alerts::answerNextWithReturn();
+  EXPECT_EQ(service.runModal(alert), kAlertFirstButtonReturn);
+  doubles::alerts::answerNextWithEscape();
+  EXPECT_EQ(service.runModal(alert), kAlertFirstButtonReturn + 1);
+}
+
 }  // namespace
 }  // namespace lexwend::platform::mac

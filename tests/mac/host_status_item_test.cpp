@@ -53,6 +53,12 @@ TEST_F(MacStatusBarService, showsASymbolAsATemplateAndClearsIt) {
   EXPECT_EQ(dbl::items()[0].image, std::nullopt);
 }
 
+TEST_F(MacStatusBarService, givesAnItemNeitherTitleNorKeyByItself) {
+  showMenu({service.makeMenuItem()});
+  EXPECT_EQ(shown(0).title, "");
+  EXPECT_EQ(shown(0).keyEquivalent, "");
+}
+
 TEST_F(MacStatusBarService, givesNothingForASymbolThatTheSystemDoesNotHave) {
   dbl::symbolIsUnknown("keyboard.badge.ellipsis");
   EXPECT_EQ(service.symbolImage("keyboard.badge.ellipsis", "Lexwend"), nullptr);

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <utility>
 
 #include "app/entry.h"
@@ -102,51 +103,31 @@ mac::input_sources::Source sourceOf(const FakeLayout& layout) {
 
 /// The call into the system that fails, under its name there.
 const char* callOf(FakeOperation operation) {
-  switch (operation) {
-    case FakeOperation::createInputSourceList:
-      return "TISCreateInputSourceList";
-    case FakeOperation::copyCurrentLayout:
-      return "TISCopyCurrentKeyboardLayoutInputSource";
-    case FakeOperation::selectInputSource:
-      return "TISSelectInputSource";
-    case FakeOperation::createEventSource:
-      return "CGEventSourceCreate";
-    case FakeOperation::createKeyDownEvent:
-      return "CGEventCreateKeyboardEvent down";
-    case FakeOperation::createKeyUpEvent:
-      return "CGEventCreateKeyboardEvent up";
-    case FakeOperation::installHotKeyHandler:
-      return "InstallEventHandler";
-    case FakeOperation::registerHotKey:
-      return "RegisterEventHotKey";
-    case FakeOperation::registerHotKeyReference:
-      return "RegisterEventHotKey reference";
-    case FakeOperation::registerHotKeyStatus:
-      return "RegisterEventHotKey status";
-    case FakeOperation::unregisterHotKey:
-      return "UnregisterEventHotKey";
-    case FakeOperation::readHotKeyParameter:
-      return "GetEventParameter";
-    case FakeOperation::symbolImage:
-      return "+[NSImage imageWithSystemSymbolName:accessibilityDescription:]";
-    case FakeOperation::urlFromString:
-      return "+[NSURL URLWithString:]";
-    case FakeOperation::openFile:
-      return "+[NSFileHandle fileHandleForWritingToURL:error:]";
-    case FakeOperation::writeFile:
-      return "-[NSFileHandle writeData:]";
-    case FakeOperation::closeFile:
-      return "-[NSFileHandle closeAndReturnError:]";
-    case FakeOperation::writeWholeFile:
-      return "-[NSData writeToURL:options:error:]";
-    case FakeOperation::registerLoginItem:
-      return "-[SMAppService registerAndReturnError:]";
-    case FakeOperation::unregisterLoginItem:
-      return "-[SMAppService unregisterAndReturnError:]";
-    case FakeOperation::takeSharedApplication:
-      break;
-  }
-  throw ScriptMistake("the shared application cannot be missing on macOS");
+  using Operation = FakeOperation;
+  static const std::map<Operation, const char*> kCalls = {
+      {Operation::createInputSourceList, "TISCreateInputSourceList"},
+      {Operation::copyCurrentLayout, "TISCopyCurrentKeyboardLayoutInputSource"},
+      {Operation::selectInputSource, "TISSelectInputSource"},
+      {Operation::createEventSource, "CGEventSourceCreate"},
+      {Operation::createKeyDownEvent, "CGEventCreateKeyboardEvent down"},
+      {Operation::createKeyUpEvent, "CGEventCreateKeyboardEvent up"},
+      {Operation::installHotKeyHandler, "InstallEventHandler"},
+      {Operation::registerHotKey, "RegisterEventHotKey"},
+      {Operation::registerHotKeyReference, "RegisterEventHotKey reference"},
+      {Operation::registerHotKeyStatus, "RegisterEventHotKey status"},
+      {Operation::unregisterHotKey, "UnregisterEventHotKey"},
+      {Operation::readHotKeyParameter, "GetEventParameter"},
+      {Operation::symbolImage, "+[NSImage imageWithSystemSymbolName:accessibilityDescription:]"},
+      {Operation::urlFromString, "+[NSURL URLWithString:]"},
+      {Operation::openFile, "+[NSFileHandle fileHandleForWritingToURL:error:]"},
+      {Operation::writeFile, "-[NSFileHandle writeData:]"},
+      {Operation::closeFile, "-[NSFileHandle closeAndReturnError:]"},
+      {Operation::writeWholeFile, "-[NSData writeToURL:options:error:]"},
+      {Operation::registerLoginItem, "-[SMAppService registerAndReturnError:]"},
+      {Operation::unregisterLoginItem, "-[SMAppService unregisterAndReturnError:]"}};
+  const auto found = kCalls.find(operation);
+  if (found == kCalls.end()) throw ScriptMistake("the shared application cannot be missing on macOS");
+  return found->second;
 }
 
 mac::Value storedValue(const DefaultsValue& value) {
@@ -166,28 +147,6 @@ DefaultsValue defaultsValue(const mac::Value& value) {
   if (const auto* real = std::get_if<double>(&value)) return *real;
   if (const auto* text = std::get_if<std::string>(&value)) return *text;
   return OtherDefaultsValue{};
-}
-
-long statusNumber(LoginItemStatus status) {
-  switch (status) {
-    case LoginItemStatus::notRegistered:
-      return 0;
-    case LoginItemStatus::enabled:
-      return 1;
-    case LoginItemStatus::requiresApproval:
-      return 2;
-    case LoginItemStatus::notFound:
-      return 3;
-  }
-  return -1;
-}
-
-LoginItemStatus statusOfNumber(long number) {
-  for (const auto status : {LoginItemStatus::notRegistered, LoginItemStatus::enabled,
-                            LoginItemStatus::requiresApproval, LoginItemStatus::notFound}) {
-    if (statusNumber(status) == number) return status;
-  }
-  throw ScriptMistake("the login item is in no known state");
 }
 
 ColorRole roleOf(const std::string& color) {
@@ -254,36 +213,6 @@ std::optional<mac::windows::Window> recorder() {
     return std::move(window);
   }
   return std::nullopt;
-}
-
-std::vector<mac::status_bar::MenuItem> menu() {
-  const auto items = mac::status_bar::items();
-  return items.empty() ? std::vector<mac::status_bar::MenuItem>()
-                       : items.front().menu.value_or(std::vector<mac::status_bar::MenuItem>());
-}
-
-std::optional<mac::status_bar::MenuItem> menuItem(const std::string& title) {
-  for (const auto& item : menu()) {
-    if (!item.isSeparator && item.title == title) return item;
-  }
-  return std::nullopt;
-}
-
-Words menuLines() {
-  Words lines;
-  for (const auto& item : menu()) {
-    if (item.isSeparator) {
-      lines.emplace_back("---");
-      continue;
-    }
-    std::string line = item.state != 0 ? "[x] " : "";
-    line += "\"" + item.title + "\"";
-    if (!item.keyEquivalent.empty()) line += " key " + item.keyEquivalent;
-    if (item.isHidden) line += " hidden";
-    if (!item.isEnabled && !item.isHidden) line += " disabled";
-    lines.push_back(std::move(line));
-  }
-  return lines;
 }
 
 /// The images that the status item of this run was given, one after the other.
@@ -566,16 +495,27 @@ void MacWorld::press(const std::string& keys) {
   }
 }
 
-void MacWorld::choose(const std::string& title) {
-  const auto item = menuItem(title);
-  if (!item || item->isHidden || !item->isEnabled) {
-    complaints_.push_back("the menu item \"" + title + "\" cannot be chosen: it is " +
-                          (!item            ? "not there"
-                           : item->isHidden ? "hidden"
-                                            : "disabled"));
-    return;
+std::vector<ModelWorld::MenuEntry> MacWorld::menu() {
+  std::vector<MenuEntry> entries;
+  const auto items = mac::status_bar::items();
+  if (items.empty() || !items.front().menu) return entries;
+  for (const auto& item : *items.front().menu) {
+    entries.push_back(
+        {item.title, item.keyEquivalent, item.isSeparator, item.state != 0, item.isHidden, item.isEnabled});
   }
-  mac::status_bar::choose(title);
+  return entries;
+}
+
+void MacWorld::choose(const std::string& title) {
+  const auto entries = menu();
+  const auto found = std::find_if(entries.begin(), entries.end(), [&](const MenuEntry& each) {
+    return !each.isSeparator && each.title == title;
+  });
+  if (found != entries.end() && !found->isHidden && found->isEnabled) return mac::status_bar::choose(title);
+  complaints_.push_back("the menu item \"" + title + "\" cannot be chosen: it is " +
+                        (found == entries.end() ? "not there"
+                         : found->isHidden      ? "hidden"
+                                                : "disabled"));
 }
 
 void MacWorld::click(const std::string& button) {
@@ -710,18 +650,9 @@ void MacWorld::actOnSystem(Act act, const Words& arguments) {
     case Act::pasteboardReportsNothing:
       mac::pasteboard::itemsAreAbsent(true);
       return;
-    case Act::hold: {
-      EventFlags flags = kNoEventFlags;
-      for (const auto& modifier : arguments) {
-        flags |= oneOf<EventFlags, 5>(modifier, {{{"Cmd", kEventFlagCommand},
-                                                  {"Shift", kEventFlagShift},
-                                                  {"Option", kEventFlagOption},
-                                                  {"Control", kEventFlagControl},
-                                                  {"Fn", kEventFlagSecondaryFn}}});
-      }
-      mac::key_events::setModifiersHeld(number(flags));
+    case Act::hold:
+      mac::key_events::setModifiersHeld(number(eventFlagsOf(arguments)));
       return;
-    }
     case Act::releaseAfter:
       later(durationOf(arguments[0]), [] { mac::key_events::setModifiersHeld(0); });
       return;
@@ -751,10 +682,10 @@ void MacWorld::actOnSystem(Act act, const Words& arguments) {
       mac::defaults::set(arguments[0], storedValue(valueOf(arguments)));
       return;
     case Act::loginItem:
-      mac::login_item::setStatus(statusNumber(statusOf(arguments[0])));
+      mac::login_item::setStatus(static_cast<long>(statusOf(arguments[0])));
       return;
     case Act::loginItemRegistersAs:
-      mac::login_item::setStatusAfterRegistration(statusNumber(statusOf(arguments[0])));
+      mac::login_item::setStatusAfterRegistration(static_cast<long>(statusOf(arguments[0])));
       return;
     case Act::failNext:
       failNext(arguments[0], arguments.size() > 1 ? arguments[1] : "", 0);
@@ -878,20 +809,6 @@ Words MacWorld::lookAtSystem(Look look, const Words& arguments) {
     }
     case Look::icons:
       return icons();
-    case Look::menu:
-      return menuLines();
-    case Look::menuItem: {
-      const auto item = menuItem(arguments[0]);
-      if (!item) return {"absent"};
-      return {item->state != 0 ? "checked" : "unchecked", item->isHidden ? "hidden" : "shown",
-              item->isEnabled ? "enabled" : "disabled"};
-    }
-    case Look::statusLine: {
-      for (const auto& item : menu()) {
-        if (!item.isSeparator && !item.isEnabled && !item.isHidden) return {item.title};
-      }
-      return {};
-    }
     case Look::alerts:
       return alertLines(mac::alerts::shown());
     case Look::log:
@@ -919,7 +836,7 @@ Words MacWorld::lookAtSystem(Look look, const Words& arguments) {
       return keys;
     }
     case Look::loginItem:
-      return {nameOf(statusOfNumber(mac::login_item::status()))};
+      return {nameOf(static_cast<LoginItemStatus>(mac::login_item::status()))};
     case Look::loginRegistrations:
       return lineOf(callCount("-[SMAppService registerAndReturnError:]"));
     case Look::loginRemovals:

@@ -39,6 +39,7 @@ class MacWorld : public ModelWorld {
   AppRef frontApp() override { return front_; }
   AppRef appNamed(const std::string& name) override;
   void focusChanged() override;
+  std::vector<MenuEntry> menu() override;
   void actOnSystem(Act act, const Words& arguments) override;
   Words lookAtSystem(Look look, const Words& arguments) override;
 

@@ -231,24 +231,15 @@ void FakeWorld::start(const Words& arguments, const std::function<void()>& while
   }
 }
 
-Words FakeWorld::menuLines() const {
-  Words lines;
-  const auto& bar = const_cast<FakeHost&>(host_).statusBar();
-  const auto menu = bar.menu();
-  if (!menu) return lines;
+std::vector<ModelWorld::MenuEntry> FakeWorld::menu() {
+  std::vector<MenuEntry> entries;
+  const auto menu = host_.statusBar().menu();
+  if (!menu) return entries;
   for (const auto& item : menu->items) {
-    if (item->separator) {
-      lines.emplace_back("---");
-      continue;
-    }
-    std::string line = item->checked ? "[x] " : "";
-    line += "\"" + item->title + "\"";
-    if (!item->keyEquivalent.empty()) line += " key " + item->keyEquivalent;
-    if (item->hidden) line += " hidden";
-    if (!menu->canChoose(*item) && !item->hidden) line += " disabled";
-    lines.push_back(std::move(line));
+    entries.push_back({item->title, item->keyEquivalent, item->separator, item->checked, item->hidden,
+                       item->hidden ? item->enabled : menu->canChoose(*item)});
   }
-  return lines;
+  return entries;
 }
 
 Words FakeWorld::lookAtSystem(Look look, const Words& arguments) {
@@ -285,22 +276,6 @@ Words FakeWorld::lookAtSystem(Look look, const Words& arguments) {
     case Look::icons: {
       const auto item = host_.statusBar().item();
       return item ? item->icons : Words{};
-    }
-    case Look::menu:
-      return menuLines();
-    case Look::menuItem: {
-      const auto item = host_.statusBar().menuItem(arguments[0]);
-      if (!item) return {"absent"};
-      return {item->checked ? "checked" : "unchecked", item->hidden ? "hidden" : "shown",
-              item->enabled ? "enabled" : "disabled"};
-    }
-    case Look::statusLine: {
-      const auto menu = host_.statusBar().menu();
-      if (!menu) return {};
-      for (const auto& item : menu->items) {
-        if (!item->separator && !menu->canChoose(*item) && !item->hidden) return {item->title};
-      }
-      return {};
     }
     case Look::alerts:
       return alertLines(host_.alerts().shown());

@@ -25,11 +25,11 @@ class FakeWorld : public ModelWorld {
  private:
   platform::FakeAppRef frontApp() override { return host_.apps().front(); }
   platform::FakeAppRef appNamed(const std::string& name) override { return host_.apps().named(name); }
+  std::vector<MenuEntry> menu() override;
   void actOnSystem(Act act, const Words& arguments) override;
   Words lookAtSystem(Look look, const Words& arguments) override;
 
   std::vector<platform::FakeLayout> layoutList(const Words& names);
-  Words menuLines() const;
 
   platform::FakeHost host_;
 };

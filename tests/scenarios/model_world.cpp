@@ -154,6 +154,29 @@ Words ModelWorld::look(Look look, const Words& arguments) {
     }
     case Look::selected:
       return {field().selectedText()};
+    case Look::menu: {
+      Words lines;
+      for (const auto& each : menu()) {
+        std::string line = each.isSeparator ? "---" : (each.isChecked ? "[x] \"" : "\"") + each.title + "\"";
+        if (!each.keyEquivalent.empty()) line += " key " + each.keyEquivalent;
+        if (each.isHidden) line += " hidden";
+        if (!each.isSeparator && !each.isEnabled && !each.isHidden) line += " disabled";
+        lines.push_back(std::move(line));
+      }
+      return lines;
+    }
+    case Look::menuItem:
+      for (const auto& each : menu()) {
+        if (each.isSeparator || each.title != arguments[0]) continue;
+        return {each.isChecked ? "checked" : "unchecked", each.isHidden ? "hidden" : "shown",
+                each.isEnabled ? "enabled" : "disabled"};
+      }
+      return {"absent"};
+    case Look::statusLine:
+      for (const auto& each : menu()) {
+        if (!each.isSeparator && !each.isEnabled && !each.isHidden) return {each.title};
+      }
+      return {};
     case Look::exitStatus:
       return exitStatus_ ? Words{std::to_string(*exitStatus_)} : Words{};
     case Look::output:

@@ -5,6 +5,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "platform/fake/fake_apps.h"
 #include "platform/fake/fake_layouts.h"
@@ -27,6 +28,12 @@ class ModelWorld : public ScenarioWorld {
   virtual platform::FakeAppRef appNamed(const std::string& name) = 0;
   /// Another field has the focus, or the one that has it became a password field.
   virtual void focusChanged() {}
+  /// What the user sees of the menu.
+  struct MenuEntry {
+    std::string title, keyEquivalent;
+    bool isSeparator = false, isChecked = false, isHidden = false, isEnabled = true;
+  };
+  virtual std::vector<MenuEntry> menu() = 0;
   virtual void actOnSystem(Act act, const Words& arguments) = 0;
   virtual Words lookAtSystem(Look look, const Words& arguments) = 0;
 

@@ -193,6 +193,23 @@ TEST(LexwendConvert, streamsLinesAsTheyArrive) {
   EXPECT_EQ(child.wait(), 0);
 }
 
+TEST(LexwendConvert, streamsATextOnceItsDirectionIsKnown) {
+  ChildProcess child(LEXWEND_CONVERT, {}, {});
+  ASSERT_TRUE(child.write("היי "));
+  const std::string words = repeated("akuo nv\n", 20'000);
+  std::thread writer([&] { child.write(words); });
+  const std::string begin = "היי שלום מה\n";
+  std::string output;
+  while (output.size() < begin.size()) output += child.readOutput(100);  // while the input is still open
+  EXPECT_EQ(output.substr(0, begin.size()), begin);
+  std::string rest = "-";
+  while (output.size() + 100'000 < words.size() && !rest.empty()) output += rest = child.readOutput(10'000);
+  writer.join();
+  child.closeInput();
+  EXPECT_EQ(output + child.readAllOutput(), "היי " + repeated("שלום מה\n", 20'000));
+  EXPECT_EQ(child.wait(), 0);
+}
+
 TEST(LexwendConvert, endsQuietlyWhenItsReaderGoesAway) {
   ChildProcess child(LEXWEND_CONVERT, {"--lines"}, {});
   child.closeOutput();
@@ -226,6 +243,22 @@ TEST(LexwendConvert, writesTheWholeLinesThatCameBeforeAMissingFile) {
   EXPECT_EQ(lines.output, "שלום\n");
   EXPECT_EQ(lines.errors, "target=he changed=true\nlexwend-convert: " + files.path("missing") +
                               ": No such file or directory\n");
+}
+
+TEST(LexwendConvert, writesTheWordsThatCameBeforeAMissingFileOnceTheDirectionIsKnown) {
+  const Files files;
+  const std::string there = files.add("there", "היי akuo nv");
+  const Outcome mixed = run({there, files.path("missing")});
+  EXPECT_EQ(mixed.status, 1);
+  EXPECT_EQ(mixed.output, "היי שלום ");
+  EXPECT_EQ(mixed.errors, "lexwend-convert: " + files.path("missing") + ": No such file or directory\n");
+}
+
+TEST(LexwendConvert, readsAFileThatIsItsStandardInputFromWhereItStands) {
+  const Files files;
+  const std::string file = files.add("file", "akuo\nnv");
+  const std::string script = "exec < \"$1\"; read -r line; echo \"$line\"; exec \"$2\" - -";
+  expectSuccess(runProgram("/bin/sh", {"-c", script, "sh", file, LEXWEND_CONVERT}, ""), "akuo\nמה");
 }
 
 TEST(LexwendConvert, failsWithAMessageOnADirectory) {

@@ -20,10 +20,12 @@ AtspiCall deleteText(const AtspiObject& object, std::int32_t start, std::int32_t
   return {object, kAtspiEditableText, "DeleteText", g_variant_new("(ii)", start, end), "(b)"};
 }
 
-/// As after a paste: the caret behind the new text, nothing selected.
+/// The caret behind the inserted text, nothing selected: what is typed from now on lands there. The selection
+/// of a text view of GTK has grown by what was inserted at its end, and a letter would take its place, the
+/// new text included. When the old text goes the caret stays where it is in the text, as after a paste.
 AtspiCall placeCaret(const Replacement& wanted) {
   return {wanted.object, kAtspiText, "SetCaretOffset",
-          g_variant_new("(i)", wanted.range.start + wanted.newLength), "(b)"};
+          g_variant_new("(i)", wanted.range.end + wanted.newLength), "(b)"};
 }
 
 /// Asked after the insertion, to see what became of it.
@@ -77,7 +79,6 @@ void replaceOnceInserted(AtspiBus& bus, const Replacement& wanted) {
     const Insertion inserted = insertionIn(answers[0], answers[1], wanted);
     if (!inserted.isComplete) return takeBack(bus, wanted, inserted);
     bus.send(deleteText(wanted.object, wanted.range.start, wanted.range.end));
-    bus.send(placeCaret(wanted));
   });
 }
 
@@ -99,22 +100,22 @@ std::optional<Replacement> replacementOf(const Field& field, Toolkit toolkit, st
 
 Replaced replace(AtspiBus& bus, const Replacement& wanted) {
   const auto [start, end] = wanted.range;
-  std::vector<AtspiCall> insertion = askInsertion(wanted);
-  insertion.insert(insertion.begin(), insertText(wanted));
+  std::vector<AtspiCall> insertion{insertText(wanted), placeCaret(wanted)};
+  for (AtspiCall& question : askInsertion(wanted)) insertion.push_back(std::move(question));
   const auto answers = bus.callAllToWrite(insertion);
   if (bus.timedOut(wanted.object)) {
     replaceOnceInserted(bus, wanted);
     return {true, std::nullopt};
   }
-  const Insertion inserted = insertionIn(answers[1], answers[2], wanted);
+  const Insertion inserted = insertionIn(answers[2], answers[3], wanted);
   if (succeeded(answers[0]) && inserted.isComplete) {
     const auto deletion =
-        bus.callAllToWrite({deleteText(wanted.object, start, end), placeCaret(wanted),
+        bus.callAllToWrite({deleteText(wanted.object, start, end),
                             askText(wanted.object, 0, wanted.lengthAfterwards()), askLength(wanted.object)});
     if (bus.timedOut(wanted.object)) return {true, std::nullopt};
     if (succeeded(deletion[0])) {
-      const bool isWhole = integerIn(deletion[3]) == wanted.lengthAfterwards();
-      return {true, isWhole ? textIn(deletion[2]) : std::nullopt};
+      const bool isWhole = integerIn(deletion[2]) == wanted.lengthAfterwards();
+      return {true, isWhole ? textIn(deletion[1]) : std::nullopt};
     }
   }
   takeBack(bus, wanted, inserted);

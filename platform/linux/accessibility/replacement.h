@@ -37,7 +37,7 @@ struct Replaced {
 
 /// Replaces in two waits of the bus's round. The new text goes in behind the old one, and the old one goes
 /// when both were seen there: a field may agree and cut the text short, change it, or do nothing, and its
-/// user may have typed meanwhile; the old text would be lost. The caret ends behind the new text.
+/// user may have typed meanwhile; the old text would be lost. The caret goes behind the new text at once.
 ///
 /// What an application does not answer in time waits in its queue and will be done. Then the answer is that
 /// it is done, and it is finished or taken back when the application has come to it, while the bus lives.

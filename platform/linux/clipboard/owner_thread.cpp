@@ -31,15 +31,15 @@ bool OwnerThread::isAnswerTo(const CopyShortcuts& shortcuts, const Change& chang
          change.claimed <= shortcuts.last + kKeyEventTolerance;
 }
 
-std::unique_ptr<OwnerThread> OwnerThread::open(const OwnerTimes& times) {
-  std::unique_ptr<OwnerThread> thread(new OwnerThread(times));
+std::unique_ptr<OwnerThread> OwnerThread::open(const OwnerTimes& times, const Selections& selections) {
+  std::unique_ptr<OwnerThread> thread(new OwnerThread(times, selections));
   if (!thread->owner_) return nullptr;
   return thread;
 }
 
-OwnerThread::OwnerThread(const OwnerTimes& times)
+OwnerThread::OwnerThread(const OwnerTimes& times, const Selections& selections)
     : times_(times), wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  owner_ = SelectionOwner::open([this](const SelectionOwner::Change& change) { noteChange(change); });
+  owner_ = selections.openOwner([this](const SelectionOwner::Change& change) { noteChange(change); });
   if (!owner_) return;
   // Signals are for the main thread.
   sigset_t all;
@@ -203,6 +203,8 @@ void OwnerThread::noteChange(const SelectionOwner::Change& change) {
 void OwnerThread::defer(ClipboardContents contents, std::chrono::milliseconds atLeast,
                         std::optional<PlayedShortcut> paste) {
   const bool mustWait = owner_->owns() && passing_;
+  // The fix before has put back what it had to while this one's paste waits to be fetched.
+  if (!paste && deferred_) paste = deferred_->paste;
   if (!mustWait || (paste && paste->time < passedAt_)) paste.reset();
   Clock::time_point due = Clock::now() + atLeast;
   if (mustWait && !paste) due = std::max(due, passedAt_ + times_.fetch);

@@ -14,6 +14,7 @@
 
 #include "platform/linux/display/x_application.h"
 #include "platform/linux/selection/owner.h"
+#include "platform/linux/selection/selections.h"
 #include "platform/linux/selection/targets.h"
 
 namespace lexwend::platform {
@@ -42,7 +43,7 @@ struct OwnerTimes {
 
 /// The clipboard's owner on a thread of its own, so that it answers while the main thread waits. The public
 /// operations are for one thread, the main thread; each waits for the thread to have carried it out, which
-/// takes round trips to the X server and waits for no other program.
+/// takes round trips to the display and waits for no other program.
 class OwnerThread {
  public:
   using Clock = std::chrono::steady_clock;
@@ -66,8 +67,8 @@ class OwnerThread {
   };
   static bool isAnswerTo(const CopyShortcuts& shortcuts, const Change& change, const XApplication& claimant);
 
-  /// Null when there is no display or no XFIXES.
-  static std::unique_ptr<OwnerThread> open(const OwnerTimes& times);
+  /// Null when the clipboard cannot be owned.
+  static std::unique_ptr<OwnerThread> open(const OwnerTimes& times, const Selections& selections);
   /// Ends the thread, when what is owned has been handed over to a clipboard manager or, where there is none,
   /// has been fetched by anybody since OwnerTimes::watchers. Blocks for at most OwnerTimes::lastServe and the
   /// longer of that and OwnerTimes::handOver.
@@ -87,8 +88,8 @@ class OwnerThread {
   ///
   /// While contents of pass() are owned the claim waits: with a paste until that program has fetched them or
   /// its window is gone, OwnerTimes::patience at most; all other programs are given the new contents
-  /// meanwhile. Without a paste it waits for OwnerTimes::fetch or for the next settle(). Whoever claims the
-  /// clipboard meanwhile keeps it.
+  /// meanwhile. Without a paste it waits for OwnerTimes::fetch or for the next settle(), or for the paste for
+  /// which a claim waits already, whose place it takes. Whoever claims the clipboard meanwhile keeps it.
   void stay(ClipboardContents contents, std::optional<PlayedShortcut> paste);
   /// As stay() with nothing, except that it waits a moment for what takes the place of the old contents: an
   /// empty clipboard in between would invite a clipboard manager to fill it.
@@ -125,7 +126,7 @@ class OwnerThread {
     Clock::time_point until;
   };
 
-  explicit OwnerThread(const OwnerTimes& times);
+  OwnerThread(const OwnerTimes& times, const Selections& selections);
   void post(Command command, bool wait);
 
   // Everything below runs on the thread.

@@ -36,9 +36,10 @@ class ReadItem : public PasteboardItem {
 
 }  // namespace
 
-LinuxPasteboard::LinuxPasteboard(PasteboardBudget budget, Needs needs, const OwnerTimes& times)
-    : budget_(budget), needs_(std::move(needs)), owner_(OwnerThread::open(times)) {
-  if (owner_) reader_ = ClipboardReader::open();
+LinuxPasteboard::LinuxPasteboard(PasteboardBudget budget, Needs needs, const OwnerTimes& times,
+                                 const Selections& selections)
+    : budget_(budget), needs_(std::move(needs)), owner_(OwnerThread::open(times, selections)) {
+  if (owner_) reader_ = selections.openReader("CLIPBOARD");
 }
 
 LinuxPasteboard::~LinuxPasteboard() {

@@ -12,6 +12,7 @@
 #include "platform/linux/clipboard/owner_thread.h"
 #include "platform/linux/display/x_application.h"
 #include "platform/linux/selection/reader.h"
+#include "platform/linux/selection/selections.h"
 #include "platform/linux/selection/targets.h"
 #include "platform/pasteboard.h"
 
@@ -71,9 +72,9 @@ class LinuxPasteboard : public Pasteboard {
   /// the text of a megabyte in many lines.
   static constexpr std::chrono::milliseconds kStringTime{1000};
 
-  /// Connects to the display of DISPLAY. Without one the pasteboard is empty, never changes, and writing does
-  /// nothing.
-  explicit LinuxPasteboard(PasteboardBudget budget = {}, Needs needs = {}, const OwnerTimes& times = {});
+  /// Connects to the display. Without one the pasteboard is empty, never changes, and writing does nothing.
+  explicit LinuxPasteboard(PasteboardBudget budget = {}, Needs needs = {}, const OwnerTimes& times = {},
+                           const Selections& selections = selectionsOfX());
   ~LinuxPasteboard() override;
 
   std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() override;

@@ -7,7 +7,7 @@
 
 #include "platform/linux/display/xcb_xkb.h"
 #include "platform/linux/keyboard/keyboard_devices.h"
-#include "platform/linux/keyboard/mac_key_codes.h"
+#include "platform/linux/keymap/mac_key_codes.h"
 
 namespace lexwend::platform {
 namespace {
@@ -40,18 +40,6 @@ std::optional<std::uint16_t> stateOf(Modifiers modifiers, const ModifierMasks& m
   }
   return state;
 }
-
-class LinuxHotKeyEvent : public HotKeyEvent {
- public:
-  explicit LinuxHotKeyEvent(HotKeyID identity) : identity_(identity) {}
-  OSStatus hotKeyID(HotKeyID& out) const override {
-    out = identity_;
-    return kNoErr;
-  }
-
- private:
-  HotKeyID identity_;
-};
 
 }  // namespace
 
@@ -139,18 +127,6 @@ bool LinuxHotKeyService::wasPausedAt(const xcb_key_press_event_t& event) const {
   // The numbers wrap around.
   const auto& numbered = reinterpret_cast<const xcb_generic_event_t&>(event);
   return static_cast<std::int32_t>(numbered.full_sequence - *pauses_->lastEnd) < 0;
-}
-
-const KeyNames& LinuxHotKeyService::keyNames() {
-  static constexpr KeyNames kNames = {
-      .modifiers = {{{kControlKey, "Super"}, {kCmdKey, "Ctrl"}, {kOptionKey, "Alt"}, {kShiftKey, "Shift"}}},
-      .joint = "+",
-      .returnKey = "Enter",
-      .tab = "Tab",
-      .space = "Space",
-      .backspace = "Backspace",
-      .functionKeysNeedGlobe = false};
-  return kNames;
 }
 
 void LinuxHotKeyService::stop() {
@@ -257,7 +233,7 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   });
   if (found != hotKeys_.end() && handler_) {
     // Copies, because the handler may unregister the key.
-    const LinuxHotKeyEvent hotKeyEvent((*found)->identity);
+    const KnownHotKeyEvent hotKeyEvent((*found)->identity);
     const auto handler = handler_;
     handler(hotKeyEvent);
   }

@@ -10,21 +10,20 @@
 #include "platform/hot_key_service.h"
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/keyboard/modifier_masks.h"
+#include "platform/linux/keymap/hot_key.h"
+#include "platform/linux/keymap/linux_key_names.h"
 
 namespace lexwend::platform {
-
-/// Statuses of a refused registration: eventHotKeyExistsErr and eventHotKeyInvalidErr of Carbon.
-inline constexpr OSStatus kHotKeyExistsErr = -9878;
-inline constexpr OSStatus kHotKeyInvalidErr = -9879;
 
 /// Passive key grabs on the root window, one for each combination of Caps Lock, Num Lock and Scroll Lock. A
 /// key is taken when another client has grabbed it, in the core protocol or through XInput 2. Command is
 /// Control here, Option is Alt, and Control is Super. Main thread only. Registering blocks for some round
 /// trips to the X server.
 ///
-/// A press activates a grab of the keyboard. It is released before the handler runs, so that keys that the
-/// handler simulates reach their application. Without it the server does not report the key's release, and so
-/// raw key releases are selected while the key is held: a key that repeats is one press.
+/// A press activates a grab of the keyboard. The service releases that grab before the handler runs, so that
+/// keys that the handler simulates reach their application. Without the grab the server does not report the
+/// release of the key. The service therefore selects raw key releases while the key is held, and counts the
+/// repeats of a held key as one press.
 class LinuxHotKeyService : public HotKeyService {
  public:
   /// Without a display (null) every registration is refused as invalid.
@@ -33,12 +32,12 @@ class LinuxHotKeyService : public HotKeyService {
 
   OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
   HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
-  /// The end of a pause is a request to the server, which marks every event with the last request before it:
-  /// so a press is placed before or after the end exactly, however late it is read.
+  /// The end of a pause is a request to the server. The server marks every event with the number of the last
+  /// request before it. This tells exactly whether a press came before or after the end, however late the
+  /// press is read.
   Registration ignorePresses() override;
-  /// As they are printed on keyboards: Super, Ctrl, Alt and Shift, joined by a plus sign.
-  const KeyNames& keyNames() override;
-  /// For the end of the program: gives every key back and refuses any other.
+  const KeyNames& keyNames() override { return kLinuxKeyNames; }
+  /// For the end of the program: ungrabs every key and refuses new registrations.
   void stop();
 
  private:

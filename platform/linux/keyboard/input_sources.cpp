@@ -2,20 +2,13 @@
 #include "platform/linux/keyboard/input_sources.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
-#include <map>
-#include <string_view>
 
 #include <glib.h>
-#include <unicode/uloc.h>
 #include <xkbcommon/xkbcommon-x11.h>
 #include <xkbcommon/xkbcommon.h>
-#include <xkbcommon/xkbregistry.h>
 
 #include "platform/linux/display/xcb_xkb.h"
 #include "platform/linux/keyboard/desktop_layouts.h"
-#include "platform/linux/keyboard/mac_key_codes.h"
 
 namespace lexwend::platform {
 namespace {
@@ -23,137 +16,7 @@ namespace {
 // Long enough for all events of one setxkbmap, too short for a user to notice.
 constexpr guint kChangeDelayMilliseconds = 50;
 
-// The Carbon bit of Caps Lock (alphaLock).
-constexpr Modifiers kAlphaLock{0x0400};
-
-// The key codes of the main typing block.
-constexpr std::uint16_t kLastTypingKeyCode = 50;
-
-class XkbInputSource : public InputSource {
- public:
-  XkbInputSource(XkbLayoutName layoutName, std::uint32_t groupIndex)
-      : name(std::move(layoutName)), group(groupIndex) {}
-  const XkbLayoutName name;
-  const std::uint32_t group;
-};
-
-struct StateUnref {
-  void operator()(xkb_state* state) const { xkb_state_unref(state); }
-};
-
-class XkbKeyLayoutData : public KeyLayoutData {
- public:
-  XkbKeyLayoutData(std::shared_ptr<xkb_keymap> keymap, xkb_layout_index_t group)
-      : keymap_(std::move(keymap)), group_(group), state_(xkb_state_new(keymap_.get())) {}
-  bool empty() const override { return state_ == nullptr; }
-
-  std::u16string typed(xkb_keycode_t key, bool shift, bool capsLock) const {
-    xkb_state_update_mask(state_.get(), shift ? modifier(XKB_MOD_NAME_SHIFT) : 0, 0,
-                          capsLock ? modifier(XKB_MOD_NAME_CAPS) : 0, 0, 0, group_);
-    const xkb_keysym_t* keysyms = nullptr;
-    const int count = xkb_state_key_get_syms(state_.get(), key, &keysyms);
-    std::u16string text;
-    for (int i = 0; i < count; ++i) {
-      appendScalar(text, xkb_keysym_to_utf32(keysyms[i]));  // 0 for a dead key and for one that types nothing
-    }
-    return text;
-  }
-
- private:
-  xkb_mod_mask_t modifier(const char* name) const {
-    const xkb_mod_index_t index = xkb_keymap_mod_get_index(keymap_.get(), name);
-    return index == XKB_MOD_INVALID ? 0 : xkb_mod_mask_t{1} << index;
-  }
-  static void appendScalar(std::u16string& text, std::uint32_t scalar) {
-    constexpr std::uint32_t kFirstSupplementary = 0x10000;
-    if (scalar >= kFirstSupplementary) {
-      const std::uint32_t offset = scalar - kFirstSupplementary;
-      text.push_back(static_cast<char16_t>(0xD800 + (offset >> 10)));
-      text.push_back(static_cast<char16_t>(0xDC00 + (offset & 0x3FF)));
-    } else if (scalar != 0) {
-      text.push_back(static_cast<char16_t>(scalar));
-    }
-  }
-
-  std::shared_ptr<xkb_keymap> keymap_;
-  xkb_layout_index_t group_;
-  std::unique_ptr<xkb_state, StateUnref> state_;
-};
-
-std::vector<std::string_view> split(std::string_view text, char separator) {
-  std::vector<std::string_view> parts;
-  for (;;) {
-    const std::size_t end = text.find(separator);
-    parts.push_back(text.substr(0, end));
-    if (end == std::string_view::npos) return parts;
-    text.remove_prefix(end + 1);
-  }
-}
-
-std::string twoLetterCode(const char* iso639) {
-  std::array<char, ULOC_LANG_CAPACITY> language{};
-  UErrorCode status = U_ZERO_ERROR;
-  const std::int32_t length =
-      uloc_getLanguage(iso639, language.data(), static_cast<std::int32_t>(language.size()), &status);
-  return U_SUCCESS(status) != 0 && length > 0 ? std::string(language.data()) : std::string(iso639);
-}
-
-using Registry = std::map<std::string, std::vector<std::string>>;
-
-Registry readRegistry(rxkb_context_flags extent) {
-  Registry registry;
-  const std::unique_ptr<rxkb_context, rxkb_context* (*)(rxkb_context*)> context(rxkb_context_new(extent),
-                                                                                rxkb_context_unref);
-  if (!context || !rxkb_context_parse(context.get(), "evdev")) return registry;
-  rxkb_layout* next = nullptr;
-  for (rxkb_layout* layout = rxkb_layout_first(context.get()); layout != nullptr; layout = next) {
-    const char* variant = rxkb_layout_get_variant(layout);
-    const XkbLayoutName name{rxkb_layout_get_name(layout), variant != nullptr ? variant : ""};
-    std::vector<std::string>& languages = registry[name.id()];
-    for (rxkb_iso639_code* code = rxkb_layout_get_iso639_first(layout); code != nullptr;
-         code = rxkb_iso639_code_next(code)) {
-      languages.push_back(twoLetterCode(rxkb_iso639_code_get_code(code)));
-    }
-    next = rxkb_layout_next(layout);
-    rxkb_layout_unref(layout);
-  }
-  return registry;
-}
-
 }  // namespace
-
-std::string XkbLayoutName::id() const {
-  return variant.empty() ? layout : layout + "(" + variant + ")";
-}
-
-std::vector<XkbLayoutName> parseRulesNames(std::string_view value) {
-  constexpr std::size_t kLayouts = 2;
-  constexpr std::size_t kVariants = 3;
-  const std::vector<std::string_view> fields = split(value, '\0');
-  if (fields.size() <= kLayouts || fields[kLayouts].empty()) {
-    return {};
-  }
-  const std::vector<std::string_view> layouts = split(fields[kLayouts], ',');
-  std::vector<std::string_view> variants;
-  if (fields.size() > kVariants) variants = split(fields[kVariants], ',');
-  std::vector<XkbLayoutName> names;
-  for (std::size_t i = 0; i < layouts.size(); ++i) {
-    names.push_back(
-        {std::string(layouts[i]), i < variants.size() ? std::string(variants[i]) : std::string()});
-  }
-  return names;
-}
-
-std::vector<std::string> languagesOf(const XkbLayoutName& layout) {
-  static const Registry kCommon = readRegistry(RXKB_CONTEXT_NO_FLAGS);
-  auto entry = kCommon.find(layout.id());
-  if (entry != kCommon.end()) return entry->second;
-  // Rare layouts are in a second list, which takes long to read.
-  static const Registry kAll = readRegistry(RXKB_CONTEXT_LOAD_EXOTIC_RULES);
-  entry = kAll.find(layout.id());
-  if (entry == kAll.end()) entry = kAll.find(layout.layout);
-  return entry == kAll.end() ? std::vector<std::string>() : entry->second;
-}
 
 /// Watches the server's keymap and its names. Reports a change only when what the layouts type is different.
 class LinuxInputSources::Observer {
@@ -278,7 +141,7 @@ InputSourceValue LinuxInputSources::property(const InputSourceRef& source, Input
       if (!keymap || xkbSource->group >= xkb_keymap_num_layouts(keymap.get())) {
         return std::monostate{};
       }
-      return std::make_shared<const XkbKeyLayoutData>(std::move(keymap), xkbSource->group);
+      return keyLayoutData(std::move(keymap), xkbSource->group);
     }
   }
   return std::monostate{};
@@ -299,20 +162,17 @@ void LinuxInputSources::select(const InputSourceRef& source) {
   if (!x11_ || xkbSource == nullptr) return;
   // The layouts may have been reordered since the source was listed, so its name counts, not its old group.
   const std::vector<XkbLayoutName> names = enabledLayouts();
-  std::size_t group = xkbSource->group;
-  if (group >= names.size() || names[group] != xkbSource->name) {
-    group = static_cast<std::size_t>(std::find(names.begin(), names.end(), xkbSource->name) - names.begin());
-  }
-  if (group >= names.size()) return;
+  const auto group = placeOf(*xkbSource, names);
+  if (!group) return;
   // Waits until the server has selected it, so that the next key that the user types is of that layout.
   const XcbReply<xcb_generic_error_t> error(xcb_request_check(
       x11_->get(), xcb_xkb_latch_lock_state_checked(x11_->get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 1,
-                                                    static_cast<std::uint8_t>(group), 0, 0, 0)));
+                                                    static_cast<std::uint8_t>(*group), 0, 0, 0)));
   if (error != nullptr) return;
   if (sessionBus_) {
-    const auto sameLayout = [&](const XkbLayoutName& name) { return name.layout == names[group].layout; };
-    const auto end = names.begin() + static_cast<std::ptrdiff_t>(group);
-    tellDesktopOfLayout(sessionBus_(), names[group].layout,
+    const auto sameLayout = [&](const XkbLayoutName& name) { return name.layout == names[*group].layout; };
+    const auto end = names.begin() + static_cast<std::ptrdiff_t>(*group);
+    tellDesktopOfLayout(sessionBus_(), names[*group].layout,
                         static_cast<std::size_t>(std::count_if(names.begin(), end, sameLayout)));
   }
 }
@@ -324,14 +184,7 @@ std::uint32_t LinuxInputSources::keyboardType() {
 std::optional<std::u16string> LinuxInputSources::translate(const KeyLayoutData& data,
                                                            const KeyTranslation& translation,
                                                            std::uint32_t& /*deadKeyState*/) {
-  const auto* layout = dynamic_cast<const XkbKeyLayoutData*>(&data);
-  if (layout == nullptr || layout->empty()) return std::nullopt;
-  const auto key = xFromMacKeyCode(translation.keyCode);
-  if (!key) return std::u16string();
-  std::u16string text = layout->typed(*key, overlap(translation.modifiers, kShiftKey),
-                                      overlap(translation.modifiers, kAlphaLock));
-  if (text.size() > translation.maxLength) return std::nullopt;
-  return text;
+  return translateByKeymap(data, translation);
 }
 
 Registration LinuxInputSources::observeEnabledLayoutsChanged(std::function<void()> handler) {
@@ -370,19 +223,7 @@ std::string LinuxInputSources::signature() {
   const std::vector<XkbLayoutName> names = enabledLayouts();
   for (const XkbLayoutName& name : names) signature += name.id() + '\n';
   const std::shared_ptr<xkb_keymap> keymap = serverKeymap();
-  if (!keymap) return signature;
-  for (xkb_layout_index_t group = 0; group < names.size(); ++group) {
-    for (std::uint16_t macKeyCode = 0; macKeyCode <= kLastTypingKeyCode; ++macKeyCode) {
-      const xkb_keycode_t key = xFromMacKeyCode(KeyCode{macKeyCode}).value_or(0);
-      for (const xkb_level_index_t level : {0U, 1U}) {
-        const xkb_keysym_t* keysyms = nullptr;
-        const int count = xkb_keymap_key_get_syms_by_level(keymap.get(), key, group, level, &keysyms);
-        for (int i = 0; i < count; ++i) signature += std::to_string(keysyms[i]) + ' ';
-        signature += ';';
-      }
-    }
-  }
-  return signature;
+  return keymap ? signature + typedIn(*keymap, names.size()) : signature;
 }
 
 }  // namespace lexwend::platform

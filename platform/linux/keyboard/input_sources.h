@@ -11,29 +11,9 @@
 #include "platform/input_sources.h"
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/keyboard/keyboard_devices.h"
-
-struct xkb_context;
-struct xkb_keymap;
+#include "platform/linux/keymap/xkb_layouts.h"
 
 namespace lexwend::platform {
-
-/// One layout of the X server's configuration: "us", "us(dvorak)", "il".
-struct XkbLayoutName {
-  std::string layout;
-  std::string variant;
-  bool operator==(const XkbLayoutName&) const = default;
-  /// The layout, followed by the variant in parentheses if there is one.
-  std::string id() const;
-};
-
-/// Parses the value of _XKB_RULES_NAMES. It holds rules, model, layouts, variants and options, each ended by
-/// a NUL. Layouts and variants are lists with commas.
-std::vector<XkbLayoutName> parseRulesNames(std::string_view value);
-
-/// The languages of a layout from the registry of keyboard layouts. An ISO 639 code becomes a two-letter code
-/// where there is one ("heb" is "he"). A variant without an entry has its layout's languages. A layout
-/// without an entry has none. The first call reads the registry from disk.
-std::vector<std::string> languagesOf(const XkbLayoutName& layout);
 
 /// Keyboard layouts are the groups of the XKB keymap of the user's keyboard. Their names are those of the
 /// configuration that produced the keymap, and their identifiers XkbLayoutName::id(). The keyboard type is

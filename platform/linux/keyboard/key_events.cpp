@@ -9,8 +9,8 @@
 #include <xcb/xtest.h>
 
 #include "platform/linux/display/xcb_xkb.h"
-#include "platform/linux/keyboard/mac_key_codes.h"
 #include "platform/linux/keyboard/modifier_masks.h"
+#include "platform/linux/keymap/mac_key_codes.h"
 #include "platform/linux/session/window_classes.h"
 
 namespace lexwend::platform {
@@ -34,10 +34,7 @@ class XTestKeyEvent : public KeyEvent {
   void setFlags(EventFlags flags) override { flags_ = flags; }
 
   bool down() const { return down_; }
-  Shortcut shortcut() const {
-    if (flags_ != kEventFlagCommand) return Shortcut::none;
-    return macKeyCode_ == kKeyC ? Shortcut::copy : macKeyCode_ == kKeyV ? Shortcut::paste : Shortcut::none;
-  }
+  Shortcut shortcut() const { return shortcutOf(macKeyCode_, flags_); }
   /// The modifier keys in the order of pressing, and the key itself last.
   std::vector<xcb_keycode_t> chord(const ShortcutKeys& keys) const {
     switch (shortcut()) {
@@ -129,11 +126,7 @@ bool LinuxKeyEvents::mayPlay(Shortcut shortcut, const Front& front) {
   if (shortcut == Shortcut::paste) {
     return (!copiedFrom_ || front == copiedFrom_) && (!mayPaste_ || mayPaste_());
   }
-  const auto windowClass = x11_->windowClass(front.active);
-  if (windowClass && (isTerminalClass(*windowClass) || isPasswordPromptClass(*windowClass) ||
-                      copyEndsSelectionInClass(*windowClass))) {
-    return false;
-  }
+  if (refusesCopy(x11_->windowClass(front.active))) return false;
   return !mayCopy_ || mayCopy_();
 }
 

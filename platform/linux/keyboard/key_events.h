@@ -9,18 +9,14 @@
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/display/x_application.h"
 #include "platform/linux/keyboard/keyboard_devices.h"
+#include "platform/linux/keymap/shortcuts.h"
 
 namespace lexwend::platform {
-
-/// The shortcut that an event belongs to.
-enum class Shortcut { none, copy, paste };
 
 /// Keys simulated with XTEST. Command is Control here, Option is Alt, and Control is Super. Main thread only.
 /// A call blocks until the X server has answered, and waits for nobody else.
 ///
-/// Command with C is sent as Control+Insert, and Command with V as Shift+Insert. The places of the letters
-/// depend on the layout, and with only a Hebrew layout most applications know neither Control+C nor
-/// Control+V. The key is the one that types Insert in the keymap that is used.
+/// The key of a shortcut is the one that types Insert in the keymap that is used.
 ///
 /// A shortcut is refused when no key types Insert. It is refused in a terminal, where the copy shortcut stops
 /// the running program or types an escape sequence. It is refused in a prompt for a password, and in an

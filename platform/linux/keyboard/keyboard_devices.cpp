@@ -9,7 +9,8 @@
 #include <xcb/xinput.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
-#include "platform/linux/keyboard/mac_key_codes.h"
+#include "platform/linux/keyboard/modifier_masks.h"
+#include "platform/linux/keymap/mac_key_codes.h"
 
 namespace lexwend::platform {
 namespace {
@@ -17,8 +18,6 @@ namespace {
 // The server gives this name to the keyboard that it plays simulated keys on.
 constexpr std::string_view kSimulated = "XTEST";
 
-constexpr std::size_t kModifierCount = 8;
-constexpr std::size_t kFirstNamelessModifier = 3;  // Mod1; before it stand Shift, Lock and Control
 constexpr std::size_t kShiftRow = 0;
 constexpr std::size_t kControlRow = 2;
 // Of the keysyms of a key: those that the core protocol knows, two layouts with two levels each.

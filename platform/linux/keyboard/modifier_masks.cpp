@@ -10,9 +10,6 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr int kModifierCount = 8;
-constexpr int kFirstNamelessModifier = 3;  // Mod1; before it stand Shift, Lock and Control
-
 void addMeaning(ModifierMasks& masks, std::uint16_t bit, xcb_keysym_t keysym) {
   const auto keepFirst = [bit](std::uint16_t& mask) {
     if (mask == 0) mask = bit;
@@ -71,15 +68,15 @@ ModifierMasks readModifierMasks(xcb_connection_t* connection) {
   if (!modifiers || !keyboard) return masks;
   const xcb_keycode_t* codes = xcb_get_modifier_mapping_keycodes(modifiers.get());
   const xcb_keysym_t* keysyms = xcb_get_keyboard_mapping_keysyms(keyboard.get());
-  const int codesPerModifier = modifiers->keycodes_per_modifier;
-  const int keysymsPerCode = keyboard->keysyms_per_keycode;
-  for (int modifier = kFirstNamelessModifier; modifier < kModifierCount; ++modifier) {
-    for (int i = 0; i < codesPerModifier; ++i) {
+  const std::size_t codesPerModifier = modifiers->keycodes_per_modifier;
+  const std::size_t keysymsPerCode = keyboard->keysyms_per_keycode;
+  for (std::size_t modifier = kFirstNamelessModifier; modifier < kModifierCount; ++modifier) {
+    for (std::size_t i = 0; i < codesPerModifier; ++i) {
       const xcb_keycode_t code = codes[modifier * codesPerModifier + i];
       if (code < first) continue;
-      for (int j = 0; j < keysymsPerCode; ++j) {
+      for (std::size_t j = 0; j < keysymsPerCode; ++j) {
         addMeaning(masks, static_cast<std::uint16_t>(1U << modifier),
-                   keysyms[(code - first) * keysymsPerCode + j]);
+                   keysyms[std::size_t(code - first) * keysymsPerCode + j]);
       }
     }
   }

@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include <xcb/xcb.h>
 
 namespace lexwend::platform {
+
+// Rows of the core modifier map: Shift, Lock and Control, then those whose meaning is read from their keys,
+// from Mod1.
+inline constexpr std::size_t kModifierCount = 8;
+inline constexpr std::size_t kFirstNamelessModifier = 3;
 
 /// The bits of a core modifier state, by the server's modifier map. 0 for a modifier that no key sets.
 struct ModifierMasks {

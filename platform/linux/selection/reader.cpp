@@ -1,21 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/selection/reader.h"
 
-#include <algorithm>
-#include <cstring>
 #include <limits>
-#include <set>
 #include <thread>
-
-#include <poll.h>
 
 #include "platform/linux/display/latin1.h"
 
 namespace lexwend::platform {
 namespace {
-
-// The most units of four bytes that one request may ask for.
-constexpr std::size_t kMostUnits = std::numeric_limits<std::uint32_t>::max() / 4;
 
 // Between two requests for a text that was refused.
 constexpr std::chrono::milliseconds kPauseAfterRefusal{10};
@@ -26,13 +18,6 @@ constexpr std::chrono::milliseconds kQuickEncoding{100};
 // Of another program's words in the log.
 constexpr std::size_t kMaxNameInLog = 200;
 
-// Late answers come within seconds; older windows are given back.
-constexpr std::size_t kMaxRetiredWindows = 8;
-
-std::size_t unitBytes(const xcb_get_property_reply_t& reply) {
-  return static_cast<std::size_t>(xcb_get_property_value_length(&reply));
-}
-
 std::string printable(std::string_view name) {
   std::string printable(name.substr(0, kMaxNameInLog));
   std::replace_if(
@@ -42,51 +27,16 @@ std::string printable(std::string_view name) {
 
 }  // namespace
 
-std::unique_ptr<ClipboardReader> ClipboardReader::open(std::string_view selection) {
-  int screenNumber = 0;
-  XcbConnection connection = connectToDisplay(screenNumber);
-  xcb_screen_t* screen = connection ? screenOf(connection.get(), screenNumber) : nullptr;
-  if (screen == nullptr) return nullptr;
-  return std::unique_ptr<ClipboardReader>(new ClipboardReader(std::move(connection), *screen, selection));
-}
-
-ClipboardReader::ClipboardReader(XcbConnection connection, xcb_screen_t& screen, std::string_view selection)
-    : connection_(std::move(connection)), root_(screen.root), atoms_(connection_.get()) {
-  selection_ = atom(selection);
-  property_ = atom("_LEXWEND_CLIPBOARD_READ");
-  useFreshWindow();
-  selectionEvent_ = watchSelection(connection_.get(), root_, selection_);
-}
-
-ClipboardReader::~ClipboardReader() = default;
-
-/// An answer that comes after its read was given up would be taken for the answer of a later one, if both
-/// went to the same window.
-void ClipboardReader::useFreshWindow() {
-  xcb_connection_t* c = connection_.get();
-  if (window_ != XCB_WINDOW_NONE) {
-    retired_.push_back(window_);
-    if (retired_.size() > kMaxRetiredWindows) {
-      xcb_destroy_window(c, retired_.front());
-      retired_.pop_front();
-    }
-  }
-  window_ = xcb_generate_id(c);
-  const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-  xcb_create_window(c, XCB_COPY_FROM_PARENT, window_, root_, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                    XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
-}
-
-/// What happened before a read is of no interest to it.
-void ClipboardReader::forgetEvents() {
-  while (XcbReply<xcb_generic_event_t>(xcb_poll_for_event(connection_.get()))) {
-  }
-}
-
 ClipboardReader::Result ClipboardReader::readAll(const Budget& budget) {
+  begin();
+  Result result = readAllTargets(budget);
+  end();
+  return result;
+}
+
+ClipboardReader::Result ClipboardReader::readAllTargets(const Budget& budget) {
   const Clock::time_point start = Clock::now();
-  forgetEvents();
-  while (ownerOf(selection_) != XCB_WINDOW_NONE) {
+  while (owner() != XCB_WINDOW_NONE) {
     Result result;
     switch (readEverything(budget, start, result)) {
       case Answer::given:
@@ -94,11 +44,11 @@ ClipboardReader::Result ClipboardReader::readAll(const Budget& budget) {
         result.outcome = Outcome::complete;
         return result;
       case Answer::overBudget:
-        useFreshWindow();
+        giveUp();
         result.outcome = Outcome::overBudget;
         return result;
       case Answer::ownerChanged:
-        useFreshWindow();
+        giveUp();
         break;
     }
     if (Clock::now() >= start + budget.time) return {Outcome::overBudget, {}, {}};
@@ -122,7 +72,7 @@ ClipboardReader::Answer ClipboardReader::readEverything(const Budget& budget, Cl
   }
   for (ClipboardTarget& target : targets) {
     if (isPicture(target.name)) continue;
-    const Answer answer = convert(atom(target.name), limits, target);
+    const Answer answer = convert(target.name, limits, target);
     if (answer != Answer::given && answer != Answer::refused) return answer;
   }
   const Answer picture = readPicture(budget, start, limits, targets, result);
@@ -159,11 +109,11 @@ ClipboardReader::Answer ClipboardReader::readPicture(const Budget& budget, Clock
     // An encoder says nothing before it has finished, and one of the further encodings must not cost more
     // than they are worth.
     Limits own = isKept ? limits : Limits{start + pictureTime, pictureTime, limits.bytesLeft};
-    const Answer answer = convert(atom(target->name), own, *target);
+    const Answer answer = convert(target->name, own, *target);
     if (answer == Answer::ownerChanged) return answer;
     if (answer == Answer::overBudget) {
       if (!isKept) return answer;
-      useFreshWindow();
+      giveUp();
       *target = {target->name, {}, 0, {}};
       result.leftOut.push_back(printable(target->name));
       isSlow = true;
@@ -177,32 +127,21 @@ ClipboardReader::Answer ClipboardReader::readPicture(const Budget& budget, Clock
   return Answer::given;
 }
 
-ClipboardReader::Answer ClipboardReader::readTargetNames(Limits& limits, std::vector<std::string>& names) {
-  ClipboardTarget list;
-  const Answer answer = convert(atom("TARGETS"), limits, list);
-  if (answer != Answer::given) return answer;
-  if (list.format != 32) return Answer::refused;
-  std::vector<xcb_atom_t> targets(list.bytes.size() / sizeof(xcb_atom_t));
-  if (!targets.empty()) std::memcpy(targets.data(), list.bytes.data(), targets.size() * sizeof(xcb_atom_t));
-  std::set<xcb_atom_t> seen;
-  std::erase_if(targets, [&](xcb_atom_t target) { return !seen.insert(target).second; });
-  if (targets.size() > kMaxTargets) return Answer::overBudget;
-  learnNames(targets);
-  for (const xcb_atom_t target : targets) {
-    std::string name = nameOf(target);
-    if (!name.empty()) names.push_back(std::move(name));
-  }
-  return Answer::given;
-}
-
 std::optional<std::string> ClipboardReader::readText(const Budget& budget,
                                                      const std::function<bool(xcb_window_t owner)>& accepts) {
-  const Clock::time_point end = Clock::now() + budget.time;
-  forgetEvents();
+  begin();
+  auto text = readAcceptedText(budget, accepts);
+  end();
+  return text;
+}
+
+std::optional<std::string> ClipboardReader::readAcceptedText(
+    const Budget& budget, const std::function<bool(xcb_window_t owner)>& accepts) {
+  const Clock::time_point deadline = Clock::now() + budget.time;
   do {
-    const xcb_window_t owner = ownerOf(selection_);
-    if (owner == XCB_WINDOW_NONE || (accepts && !accepts(owner))) return std::nullopt;
-    Limits limits{end, budget.silence, budget.bytes};
+    const xcb_window_t current = owner();
+    if (current == XCB_WINDOW_NONE || (accepts && !accepts(current))) return std::nullopt;
+    Limits limits{deadline, budget.silence, budget.bytes};
     std::optional<std::string> text;
     switch (readTextOnce(limits, text)) {
       case Answer::given:
@@ -211,13 +150,13 @@ std::optional<std::string> ClipboardReader::readText(const Budget& budget,
         std::this_thread::sleep_for(kPauseAfterRefusal);
         break;
       case Answer::ownerChanged:
-        useFreshWindow();
+        giveUp();
         break;
       case Answer::overBudget:
-        useFreshWindow();
+        giveUp();
         return std::nullopt;
     }
-  } while (Clock::now() < end);
+  } while (Clock::now() < deadline);
   return std::nullopt;
 }
 
@@ -230,7 +169,7 @@ ClipboardReader::Answer ClipboardReader::readTextOnce(Limits& limits, std::optio
   const bool offersUtf8 = std::find(names.begin(), names.end(), "UTF8_STRING") != names.end();
   for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "STRING"}) {
     ClipboardTarget found;
-    const Answer answer = convert(atom(target), limits, found);
+    const Answer answer = convert(target, limits, found);
     if (answer == Answer::given && found.format == 8) {
       std::string bytes(reinterpret_cast<const char*>(found.bytes.data()), found.bytes.size());
       text = found.propertyType == "STRING" ? utf8FromLatin1(bytes) : std::move(bytes);
@@ -240,115 +179,6 @@ ClipboardReader::Answer ClipboardReader::readTextOnce(Limits& limits, std::optio
     if (answer == Answer::refused && offersUtf8) return Answer::refused;
   }
   return Answer::given;
-}
-
-ClipboardReader::Answer ClipboardReader::convert(xcb_atom_t target, Limits& limits, ClipboardTarget& answer) {
-  xcb_connection_t* c = connection_.get();
-  xcb_delete_property(c, window_, property_);
-  xcb_convert_selection(c, window_, selection_, target, property_, XCB_CURRENT_TIME);
-  xcb_flush(c);
-  const Clock::time_point deadline = limits.nextDeadline();
-  while (const auto event = nextEvent(deadline)) {
-    if (tellsOfOwnerChange(*event)) return Answer::ownerChanged;
-    if (eventType(*event) != XCB_SELECTION_NOTIFY) continue;
-    const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(*event);
-    if (notify.requestor != window_ || notify.target != target) continue;
-    if (notify.property == XCB_ATOM_NONE) return Answer::refused;
-    const auto reply = takeProperty(limits);
-    if (!reply || reply->type == XCB_ATOM_NONE) return Answer::refused;
-    if (reply->type == atom("INCR")) return receiveIncrementally(limits, answer);
-    const std::size_t size = unitBytes(*reply);
-    if (size > limits.bytesLeft || reply->bytes_after != 0) return Answer::overBudget;
-    limits.bytesLeft -= size;
-    const auto* first = static_cast<const std::byte*>(xcb_get_property_value(reply.get()));
-    answer.bytes = Bytes(first, first + size);
-    answer.propertyType = nameOf(reply->type);
-    answer.format = reply->format;
-    return Answer::given;
-  }
-  return Answer::overBudget;
-}
-
-/// Deleting the INCR property has asked for the first piece, and deleting a piece asks for the next; an empty
-/// piece is the end (ICCCM 2.7.2).
-ClipboardReader::Answer ClipboardReader::receiveIncrementally(Limits& limits, ClipboardTarget& answer) {
-  std::vector<std::byte> bytes;
-  Clock::time_point deadline = limits.nextDeadline();
-  while (const auto event = nextEvent(deadline)) {
-    if (tellsOfOwnerChange(*event)) return Answer::ownerChanged;
-    if (eventType(*event) != XCB_PROPERTY_NOTIFY) continue;
-    const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
-    if (notify.window != window_ || notify.atom != property_ || notify.state != XCB_PROPERTY_NEW_VALUE) {
-      continue;
-    }
-    const auto piece = takeProperty(limits);
-    if (!piece || piece->type == XCB_ATOM_NONE) continue;
-    const std::size_t size = unitBytes(*piece);
-    if (answer.propertyType.empty()) {
-      answer.propertyType = nameOf(piece->type);
-      answer.format = piece->format;
-    }
-    if (size == 0) {
-      answer.bytes = Bytes(std::move(bytes));
-      return Answer::given;
-    }
-    if (size > limits.bytesLeft || piece->bytes_after != 0) return Answer::overBudget;
-    limits.bytesLeft -= size;
-    deadline = limits.nextDeadline();
-    const auto* first = static_cast<const std::byte*>(xcb_get_property_value(piece.get()));
-    bytes.insert(bytes.end(), first, first + size);
-  }
-  return Answer::overBudget;
-}
-
-/// No more of it than the limits allow, in units of four bytes; the server deletes it when it has given all.
-XcbReply<xcb_get_property_reply_t> ClipboardReader::takeProperty(const Limits& limits) {
-  const auto units = static_cast<std::uint32_t>(std::min(limits.bytesLeft / 4 + 1, kMostUnits));
-  const auto cookie =
-      xcb_get_property(connection_.get(), 1, window_, property_, XCB_GET_PROPERTY_TYPE_ANY, 0, units);
-  return XcbReply<xcb_get_property_reply_t>(xcb_get_property_reply(connection_.get(), cookie, nullptr));
-}
-
-xcb_window_t ClipboardReader::ownerOf(xcb_atom_t selection) {
-  const auto cookie = xcb_get_selection_owner(connection_.get(), selection);
-  const XcbReply<xcb_get_selection_owner_reply_t> reply(
-      xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));
-  return reply ? reply->owner : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
-}
-
-/// Null at the deadline and when the connection is gone.
-XcbReply<xcb_generic_event_t> ClipboardReader::nextEvent(Clock::time_point deadline) {
-  xcb_connection_t* c = connection_.get();
-  for (;;) {
-    if (xcb_generic_event_t* event = xcb_poll_for_event(c)) return XcbReply<xcb_generic_event_t>(event);
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    if (left.count() <= 0 || xcb_connection_has_error(c) != 0) return nullptr;
-    pollfd waited{xcb_get_file_descriptor(c), POLLIN, 0};
-    poll(&waited, 1, static_cast<int>(left.count()));
-  }
-}
-
-/// Asks for all unknown names at once.
-void ClipboardReader::learnNames(const std::vector<xcb_atom_t>& atoms) {
-  std::vector<std::pair<xcb_atom_t, xcb_get_atom_name_cookie_t>> asked;
-  for (const xcb_atom_t atom : atoms) {
-    if (names_.count(atom) == 0) asked.emplace_back(atom, xcb_get_atom_name(connection_.get(), atom));
-  }
-  for (const auto& [atom, cookie] : asked) {
-    const XcbReply<xcb_get_atom_name_reply_t> reply(
-        xcb_get_atom_name_reply(connection_.get(), cookie, nullptr));
-    if (!reply) continue;
-    names_[atom] = {xcb_get_atom_name_name(reply.get()),
-                    static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()))};
-  }
-}
-
-std::string ClipboardReader::nameOf(xcb_atom_t atom) {
-  const auto known = names_.find(atom);
-  if (known != names_.end()) return known->second;
-  std::string name = atomName(connection_.get(), atom);
-  names_.emplace(atom, name);
-  return name;
 }
 
 }  // namespace lexwend::platform

@@ -4,24 +4,20 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
-#include <deque>
 #include <functional>
-#include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/display/x11_connection.h"
 #include "platform/linux/display/x_application.h"
 #include "platform/linux/selection/targets.h"
 
 namespace lexwend::platform {
 
-/// Reads a selection, CLIPBOARD unless another is named, on a connection of its own. Main thread only. A read
-/// blocks until the selection's owner has answered, at most for the time that it is given, and beyond that
-/// for the X server only.
+/// Reads a selection on a connection of its own to the display. Main thread only. A read blocks until the
+/// selection's owner has answered, at most for the time that it is given, and beyond that for the display
+/// only.
 class ClipboardReader {
  public:
   enum class Outcome {
@@ -48,11 +44,7 @@ class ClipboardReader {
   /// More types than any program offers; a longer list is over any budget.
   static constexpr std::size_t kMaxTargets = 512;
 
-  /// Null when there is no display.
-  static std::unique_ptr<ClipboardReader> open(std::string_view selection = "CLIPBOARD");
-  ~ClipboardReader();
-  ClipboardReader(const ClipboardReader&) = delete;
-  ClipboardReader& operator=(const ClipboardReader&) = delete;
+  virtual ~ClipboardReader() = default;
 
   /// Every target except those of isProtocolTarget() and those that the owner refuses. Of a picture one
   /// encoding that loses nothing is enough; the others are read last, while there is time. An owner that
@@ -65,11 +57,11 @@ class ClipboardReader {
   std::optional<std::string> readText(const Budget& budget,
                                       const std::function<bool(xcb_window_t owner)>& accepts = {});
   /// The program that has made a window.
-  XApplication application(xcb_window_t window) { return applicationOf(connection_.get(), window); }
+  virtual XApplication application(xcb_window_t window) = 0;
   /// The owner of a selection; XCB_WINDOW_NONE when there is none.
-  xcb_window_t ownerOf(std::string_view selection) { return ownerOf(atom(selection)); }
+  virtual xcb_window_t ownerOf(std::string_view selection) = 0;
 
- private:
+ protected:
   using Clock = std::chrono::steady_clock;
   enum class Answer { given, refused, overBudget, ownerChanged };
   struct Limits {
@@ -79,37 +71,25 @@ class ClipboardReader {
     Clock::time_point nextDeadline() const { return std::min(end, Clock::now() + silence); }
   };
 
-  ClipboardReader(XcbConnection connection, xcb_screen_t& screen, std::string_view selection);
-  void useFreshWindow();
-  xcb_window_t ownerOf(xcb_atom_t selection);
-  void forgetEvents();
+  /// Surrounds each read: what happened before is of no interest to it.
+  virtual void begin() = 0;
+  virtual void end() {}
+  /// The owner of the selection that is read; XCB_WINDOW_NONE when there is none.
+  virtual xcb_window_t owner() = 0;
+  /// An answer that may still come must not be taken for that of a later question.
+  virtual void giveUp() = 0;
+  /// Given with the names of the targets, each once; refused where the owner lists none.
+  virtual Answer readTargetNames(Limits& limits, std::vector<std::string>& names) = 0;
+  virtual Answer convert(const std::string& target, Limits& limits, ClipboardTarget& answer) = 0;
+
+ private:
+  Result readAllTargets(const Budget& budget);
   Answer readEverything(const Budget& budget, Clock::time_point start, Result& result);
   Answer readPicture(const Budget& budget, Clock::time_point start, Limits& limits,
                      std::vector<ClipboardTarget>& targets, Result& result);
-  /// Given with the names of the targets, each once; refused where the owner knows no TARGETS.
-  Answer readTargetNames(Limits& limits, std::vector<std::string>& names);
+  std::optional<std::string> readAcceptedText(const Budget& budget,
+                                              const std::function<bool(xcb_window_t owner)>& accepts);
   Answer readTextOnce(Limits& limits, std::optional<std::string>& text);
-  Answer convert(xcb_atom_t target, Limits& limits, ClipboardTarget& answer);
-  Answer receiveIncrementally(Limits& limits, ClipboardTarget& answer);
-  XcbReply<xcb_get_property_reply_t> takeProperty(const Limits& limits);
-  XcbReply<xcb_generic_event_t> nextEvent(Clock::time_point deadline);
-  bool tellsOfOwnerChange(const xcb_generic_event_t& event) const {
-    return eventType(event) == selectionEvent_;
-  }
-  xcb_atom_t atom(std::string_view name) { return atoms_.atom(name); }
-  void learnNames(const std::vector<xcb_atom_t>& atoms);
-  std::string nameOf(xcb_atom_t atom);
-
-  XcbConnection connection_;
-  xcb_window_t root_;
-  xcb_window_t window_ = XCB_WINDOW_NONE;
-  /// Windows of reads that ran out of time, where a late answer may still come.
-  std::deque<xcb_window_t> retired_;
-  AtomCache atoms_;
-  std::map<xcb_atom_t, std::string> names_;
-  xcb_atom_t selection_;
-  xcb_atom_t property_;
-  std::optional<std::uint8_t> selectionEvent_;
 };
 
 }  // namespace lexwend::platform

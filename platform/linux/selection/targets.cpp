@@ -69,6 +69,12 @@ bool isProtocolTarget(std::string_view target) {
   return std::find(kProtocolTargets.begin(), kProtocolTargets.end(), target) != kProtocolTargets.end();
 }
 
+bool isTextTarget(std::string_view target) {
+  constexpr std::array<std::string_view, 5> kTexts = {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain",
+                                                      "TEXT", "STRING"};
+  return std::find(kTexts.begin(), kTexts.end(), target) != kTexts.end();
+}
+
 bool isPicture(std::string_view target) {
   // Drawings are no encodings of dots.
   return (startsWith(target, "image/") && !startsWith(target, "image/svg")) ||

@@ -34,6 +34,9 @@ ClipboardTarget targetOfTypeName(std::string_view typeName);
 /// True for targets that are part of the protocol or stand for resources, not for contents.
 bool isProtocolTarget(std::string_view target);
 
+/// Whether a target is plain text.
+bool isTextTarget(std::string_view target);
+
 /// Whether a target is one of the encodings in which a picture is offered, each made from the same picture.
 bool isPicture(std::string_view target);
 /// Of encodings that lose nothing, the better the smaller the number; nothing for the others.

@@ -13,7 +13,7 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr const char* kGroup = "Settings";
+constexpr const char* kSettingsGroup = "Settings";
 constexpr auto kEverything =
     static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
 
@@ -33,16 +33,16 @@ DefaultsValue typedValue(GKeyFile* file, const char* key, const char* raw) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), integer);
   if (error == std::errc() && end == text.data() + text.size()) return integer;
   if (const auto real = realValue(raw)) return defaultsNumber(*real);
-  const GText string(g_key_file_get_string(file, kGroup, key, nullptr));
+  const GText string(g_key_file_get_string(file, kSettingsGroup, key, nullptr));
   if (string == nullptr || (!text.empty() && text.back() == ';')) return OtherDefaultsValue{};
   return std::string(string.get());
 }
 
 void setValue(GKeyFile* file, const std::string& key, const DefaultsValue& value) {
   if (const auto* flag = std::get_if<bool>(&value)) {
-    g_key_file_set_boolean(file, kGroup, key.c_str(), *flag ? TRUE : FALSE);
+    g_key_file_set_boolean(file, kSettingsGroup, key.c_str(), *flag ? TRUE : FALSE);
   } else if (const auto* integer = std::get_if<std::int64_t>(&value)) {
-    g_key_file_set_int64(file, kGroup, key.c_str(), *integer);
+    g_key_file_set_int64(file, kSettingsGroup, key.c_str(), *integer);
   }
 }
 
@@ -61,7 +61,7 @@ std::optional<DefaultsValue> LinuxUserDefaults::objectForKey(std::string_view ke
   refresh();
   if (const auto unwritten = unwritten_.find(key); unwritten != unwritten_.end()) return unwritten->second;
   const std::string name(key);
-  const GText raw(g_key_file_get_value(file_.get(), kGroup, name.c_str(), nullptr));
+  const GText raw(g_key_file_get_value(file_.get(), kSettingsGroup, name.c_str(), nullptr));
   if (raw == nullptr) return std::nullopt;
   return typedValue(file_.get(), name.c_str(), g_strstrip(raw.get()));
 }

@@ -61,4 +61,9 @@ bool copyEndsSelectionInClass(std::string_view windowClass) {
   return isOneOf(kCopyEndsSelectionClasses, lowerCase(windowClass));
 }
 
+bool refusesCopy(const std::optional<std::string>& windowClass) {
+  return windowClass && (isTerminalClass(*windowClass) || isPasswordPromptClass(*windowClass) ||
+                         copyEndsSelectionInClass(*windowClass));
+}
+
 }  // namespace lexwend::platform

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
+#include <string>
 #include <string_view>
 
 /// What the class of a window (WM_CLASS, ICCCM 4.1.2.5) tells about it. Letter case does not matter.
@@ -13,5 +15,7 @@ bool isPasswordPromptClass(std::string_view windowClass);
 /// Whether it is an editor in which copying ends the selection, so that a paste would land beside the old
 /// text.
 bool copyEndsSelectionInClass(std::string_view windowClass);
+/// Whether the copy shortcut would do harm there, by any of these. A window without a class is none of them.
+bool refusesCopy(const std::optional<std::string>& windowClass);
 
 }  // namespace lexwend::platform

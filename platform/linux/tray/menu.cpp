@@ -15,7 +15,7 @@ namespace lexwend::platform {
 namespace {
 
 /// An ampersand would mark a mnemonic, and a tab would begin the column of shortcuts.
-QString literally(const std::string& text) {
+QString withoutMnemonic(const std::string& text) {
   return QString::fromStdString(text).replace('&', "&&").replace('\t', ' ');
 }
 
@@ -97,7 +97,7 @@ void LinuxMenuItem::changed() {
 }
 
 void LinuxMenuItem::show(QAction& action) const {
-  action.setText(literally(title_));
+  action.setText(withoutMnemonic(title_));
   action.setToolTip(QString::fromStdString(toolTip_));
   action.setCheckable(checked_.has_value());
   action.setChecked(checked_.value_or(false));

@@ -13,7 +13,7 @@ constexpr char kInterface[] = "com.canonical.dbusmenu";
 constexpr guint32 kVersion = 3;
 constexpr std::int32_t kMenuItself = 0;  // its entries are counted from 1
 
-constexpr char kIntrospection[] = R"xml(<node><interface name="com.canonical.dbusmenu">
+constexpr char kMenuIntrospection[] = R"xml(<node><interface name="com.canonical.dbusmenu">
   <property name="Version" type="u" access="read"/>
   <property name="TextDirection" type="s" access="read"/>
   <property name="Status" type="s" access="read"/>
@@ -52,7 +52,7 @@ constexpr char kIntrospection[] = R"xml(<node><interface name="com.canonical.dbu
   </interface></node>)xml";
 
 GDBusInterfaceInfo* menuInterface() {
-  static GDBusNodeInfo* const kNode = g_dbus_node_info_new_for_xml(kIntrospection, nullptr);
+  static GDBusNodeInfo* const kNode = g_dbus_node_info_new_for_xml(kMenuIntrospection, nullptr);
   return kNode->interfaces[0];
 }
 

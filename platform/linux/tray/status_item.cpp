@@ -5,6 +5,7 @@
 #include <QCursor>
 #include <QMenu>
 #include <QSystemTrayIcon>
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <optional>
@@ -21,8 +22,9 @@
 namespace lexwend::platform {
 namespace {
 
-/// A panel has drawn itself in its new theme by this time.
-constexpr std::chrono::milliseconds kPanelDrawn{1000};
+/// When a panel has drawn itself in its new theme: usually, and on a busy machine.
+constexpr std::array<std::chrono::milliseconds, 2> kPanelDrawn{std::chrono::seconds(1),
+                                                               std::chrono::seconds(6)};
 /// A panel has taken notice of a change of the icon by this time.
 constexpr std::chrono::milliseconds kIconTaken{300};
 
@@ -37,7 +39,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
   explicit TrayItem(LinuxStatusBar::Needs needs) : needs_(std::move(needs)) {}
 
   void appear() {
-    theme_.emplace(needs_.x11(), [this] { drawIconAnew(); });
+    theme_.emplace(needs_.x11(), [this] { themeChanged(); });
     bus_ = observeSessionBus([this](GDBusConnection* bus) { busChanged(bus); });
   }
 
@@ -100,20 +102,19 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
   }
 
   /// Xfce's panel keeps the color that an icon had when its name was told.
+  void themeChanged() {
+    if (themeIsNew_) return;
+    themeIsNew_ = true;
+    for (const auto delay : kPanelDrawn) later(delay, [](TrayItem& self) { self.drawIconAnew(); });
+    later(kPanelDrawn.back(), [](TrayItem& self) { self.themeIsNew_ = false; });
+  }
+
   void drawIconAnew() {
-    if (isDrawingAnew_) return;
-    isDrawingAnew_ = true;
-    later(kPanelDrawn, [](TrayItem& self) {
-      if (self.notifier_) {
-        StatusNotifier::Icon picture = iconOf(self.image_.get());
-        picture.name.clear();
-        self.notifier_->setIcon(std::move(picture));
-      }
-      self.later(kIconTaken, [](TrayItem& item) {
-        item.isDrawingAnew_ = false;
-        item.drawIcon();
-      });
-    });
+    if (!notifier_) return;
+    StatusNotifier::Icon picture = iconOf(image_.get());
+    picture.name.clear();
+    notifier_->setIcon(std::move(picture));
+    later(kIconTaken, [](TrayItem& self) { self.drawIcon(); });
   }
 
   void later(std::chrono::milliseconds delay, void (*work)(TrayItem&)) {
@@ -153,7 +154,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
   std::shared_ptr<LinuxMenu> menu_;
   std::shared_ptr<std::function<void()>> menuChanged_;
   std::optional<ThemeWatch> theme_;
-  bool isDrawingAnew_ = false;
+  bool themeIsNew_ = false;
   bool isInPanel_ = false;
   std::optional<MenuExport> exported_;
   std::optional<StatusNotifier> notifier_;

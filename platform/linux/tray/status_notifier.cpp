@@ -15,7 +15,7 @@ constexpr char kWatcherPath[] = "/StatusNotifierWatcher";
 constexpr char kItemPath[] = "/StatusNotifierItem";
 constexpr char kItemInterface[] = "org.kde.StatusNotifierItem";
 
-constexpr char kIntrospection[] = R"xml(<node><interface name="org.kde.StatusNotifierItem">
+constexpr char kItemIntrospection[] = R"xml(<node><interface name="org.kde.StatusNotifierItem">
   <property name="Category" type="s" access="read"/>
   <property name="Id" type="s" access="read"/>
   <property name="Title" type="s" access="read"/>
@@ -38,7 +38,7 @@ constexpr char kIntrospection[] = R"xml(<node><interface name="org.kde.StatusNot
   </interface></node>)xml";
 
 GDBusInterfaceInfo* itemInterface() {
-  static GDBusNodeInfo* const kNode = g_dbus_node_info_new_for_xml(kIntrospection, nullptr);
+  static GDBusNodeInfo* const kNode = g_dbus_node_info_new_for_xml(kItemIntrospection, nullptr);
   return kNode->interfaces[0];
 }
 

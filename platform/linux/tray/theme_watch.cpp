@@ -14,15 +14,16 @@ ThemeWatch::ThemeWatch(std::shared_ptr<X11Connection> x11, std::function<void()>
     : x11_(std::move(x11)), changed_(std::move(changed)) {
   if (x11_ == nullptr) return;
   x11_->selectRootEvents(XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-  observation_ = x11_->observe([this, manager = x11_->atom("MANAGER"), settings = x11_->atom("_XSETTINGS_SETTINGS")](
-                                   const xcb_generic_event_t& event) {
-    const bool hasNewOwner = eventType(event) == XCB_CLIENT_MESSAGE &&
-                             reinterpret_cast<const xcb_client_message_event_t&>(event).type == manager;
-    if (hasNewOwner) followOwner();
-    const bool hasChanged = eventType(event) == XCB_PROPERTY_NOTIFY &&
-                            reinterpret_cast<const xcb_property_notify_event_t&>(event).atom == settings;
-    if (hasNewOwner || hasChanged) changed_();
-  });
+  observation_ =
+      x11_->observe([this, manager = x11_->atom("MANAGER"),
+                     settings = x11_->atom("_XSETTINGS_SETTINGS")](const xcb_generic_event_t& event) {
+        const bool hasNewOwner = eventType(event) == XCB_CLIENT_MESSAGE &&
+                                 reinterpret_cast<const xcb_client_message_event_t&>(event).type == manager;
+        if (hasNewOwner) followOwner();
+        const bool hasChanged = eventType(event) == XCB_PROPERTY_NOTIFY &&
+                                reinterpret_cast<const xcb_property_notify_event_t&>(event).atom == settings;
+        if (hasNewOwner || hasChanged) changed_();
+      });
   followOwner();
 }
 

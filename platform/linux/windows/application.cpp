@@ -87,7 +87,7 @@ std::optional<std::string> LinuxApplication::shortVersionString() {
 std::optional<std::string> LinuxApplication::takeSharedApplication() {
   if (application_ != nullptr) return std::nullopt;
   // Qt ends the process where it finds no display.
-  if (!x11DisplayOpens()) {
+  if (!needs_.isWayland() && !x11DisplayOpens()) {
     const SessionNotice& reason = sessionIsWayland() ? kWaylandOnly : kNoDisplay;
     notifyUser(reason.hebrew);
     return std::string(reason.english);
@@ -103,8 +103,10 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
   // Passed as arguments, because programs that the agent starts would inherit environment variables.
   static char programName[] = "lexwend";
   static char platformOption[] = "-platform";
-  static char platform[] = "xcb";
-  static char* arguments[] = {programName, platformOption, platform, nullptr};
+  static char platformOfX[] = "xcb";
+  static char platformsOfWayland[] = "wayland;xcb";  // the second where the first is not installed
+  static char* arguments[] = {programName, platformOption,
+                              needs_.isWayland() ? platformsOfWayland : platformOfX, nullptr};
   static int argumentCount = 3;
   if (sessionBus() == nullptr) busIsHidden_ = std::make_unique<HiddenBus>();
   application_ = std::make_unique<QApplication>(argumentCount, arguments);
@@ -119,12 +121,12 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
                    Qt::DirectConnection);
   QObject::connect(application_.get(), &QGuiApplication::saveStateRequest, application_.get(), neverRestart,
                    Qt::DirectConnection);
-  if (sessionIsWayland()) notifyUser(kWaylandWithX11.hebrew);
+  if (notice()) notifyUser(kWaylandWithX11.hebrew);
   return std::nullopt;
 }
 
 std::optional<std::string> LinuxApplication::notice() {
-  if (sessionIsWayland()) return std::string(kWaylandWithX11.english);
+  if (sessionIsWayland() && !needs_.isWayland()) return std::string(kWaylandWithX11.english);
   if (QFontDatabase::families(QFontDatabase::Hebrew).isEmpty()) return std::string(kNoHebrewFont);
   return std::nullopt;
 }
@@ -161,6 +163,7 @@ void LinuxApplication::activate(bool) {
   for (QWidget* window : QApplication::topLevelWidgets()) {
     if (!window->isVisible() || window->windowType() == Qt::Popup) continue;
     window->raise();
+    if (needs_.isWayland()) needs_.focusOwnWindow();
     // The toolkit would send the time of the last event that it got. The window manager refuses such a
     // request once the user has used another application.
     if (const auto x11 = needs_.x11()) x11->activate(static_cast<xcb_window_t>(window->winId()));

@@ -15,15 +15,17 @@ namespace lexwend::platform {
 
 class X11Connection;
 
-/// The agent as an application of Qt on an X11 display. SIGTERM, SIGINT, SIGHUP (end_request.h), the end of
-/// the session and terminate() all end the event loop in the same way. The windows are hidden without a
-/// question. The host finishes what it has begun, so that the clipboard is put back. Then run() returns, and
-/// the services release what they hold.
+/// The agent as a Qt application on an X11 display or a Wayland compositor. SIGTERM, SIGINT, SIGHUP
+/// (end_request.h), the end of the session and terminate() all end the event loop in the same way: the
+/// windows are hidden without a question, the host finishes the fix that runs and puts the clipboard back,
+/// run() returns, and the services release what they hold.
 class LinuxApplication : public Application {
  public:
   struct Needs {
     std::function<void()> finishWork;  ///< runs when the event loop has ended and no window is left
+    std::function<bool()> isWayland;   ///< whether the services are those of a Wayland compositor
     std::function<std::shared_ptr<X11Connection>()> x11;
+    std::function<void()> focusOwnWindow;  ///< asks the compositor; called only where there is one
   };
   explicit LinuxApplication(Needs needs);
   ~LinuxApplication() override;
@@ -34,23 +36,23 @@ class LinuxApplication : public Application {
   std::string displayName() override;
   std::optional<std::string> shortVersionString() override;
 
-  /// Fails without an X11 display. What it says, or notice() will, it shows as a notification as well.
+  /// Fails without a display. A notification shows the same message, and the one of notice().
   ///
-  /// From then on the system makes no core dump of this process, and no other process of the user can read
-  /// its memory. Where the session bus does not answer yet, the toolkit does without it for the whole run:
-  /// this application's own windows are then silent to screen readers, and nothing else depends on it.
+  /// After this call the system makes no core dump of this process, and no other process of the user can read
+  /// its memory. When the session bus does not answer yet, the toolkit does without it for the whole run. The
+  /// windows of this application are then silent to screen readers. Nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
-  /// In a Wayland session with an X11 display, says what works there. Else says when no font has Hebrew
-  /// letters, without which the menu and the windows are empty.
+  /// When the services are those of X11 in a Wayland session: a sentence about what works there. Else one
+  /// when no font has Hebrew letters, without which the menu and the windows are empty.
   std::optional<std::string> notice() override;
   void setDelegate(std::function<void()> didFinishLaunching) override;
-  /// Has no effect: an agent without windows is an accessory on X11.
+  /// Has no effect: an agent without windows is an accessory here.
   void setActivationPolicy(ActivationPolicy policy) override;
   void run() override;
   void terminate() override;
   /// Raises the windows of this application, if there are any, and gives one of them the focus.
   void activate(bool ignoringOtherApps) override;
-  /// The X server's bell, which desktops turn into their alert sound.
+  /// The display's bell, which desktops turn into their alert sound; Wayland has none.
   void beep() override;
   void notifyUser(std::string_view sentence) override;
 

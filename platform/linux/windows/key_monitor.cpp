@@ -8,7 +8,7 @@
 #include <QPointer>
 #include <utility>
 
-#include "platform/linux/keyboard/mac_key_codes.h"
+#include "platform/linux/keymap/mac_key_codes.h"
 
 namespace lexwend::platform {
 namespace {

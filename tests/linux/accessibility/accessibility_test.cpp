@@ -140,6 +140,22 @@ TEST_F(AField, keepsItsTextWhenTheNewOneDoesNotGoInWhole) {
   }
 }
 
+TEST_F(AField, takesWhatIsTypedBehindTheNewText) {
+  ScriptedField field = selected(u"akuo nv", {0, 4});
+  field.selectionGrows = true;
+  field.meanwhile = {{"DeleteText", [](ScriptedField& typedInto) {
+                        if (typedInto.selections.empty()) {
+                          typedInto.text.insert(typedInto.caret, u"1");
+                        } else {
+                          const auto [start, end] = typedInto.selections.front();
+                          typedInto.text.replaceBetween(start, end, u"1");
+                        }
+                      }}};
+  app->show(field);
+  EXPECT_EQ(replace("שלום"), 0);
+  EXPECT_EQ(app->text(), "שלום1 nv");
+}
+
 TEST_F(AField, ofAnApplicationThatStopsIsReplacedWhenItGoesOn) {
   for (const char* method : {"InsertText", "DeleteText"}) {
     SCOPED_TRACE(method);

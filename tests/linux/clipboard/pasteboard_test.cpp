@@ -751,6 +751,20 @@ TEST_F(PasteboardOfAFix, keepsServingTheReplacementUntilTheApplicationHasFetched
   EXPECT_EQ(stranger.paste(), "the user's");
 }
 
+TEST_F(PasteboardOfAFix, servesTheReplacementThoughTheFixBeforeHasPutBackWhatItHadTo) {
+  copyAndPaste("first");
+  EXPECT_EQ(read(editor), "first");
+  std::this_thread::sleep_for(milliseconds(1));
+  copyAndPaste("second");
+  restore();  // of the first fix
+  turnMainLoop();
+  std::this_thread::sleep_for(OwnerTimes().fetch);
+  restore();  // of the second
+  EXPECT_EQ(stranger.paste(), "the user's");
+  EXPECT_EQ(read(editor), "second");
+  EXPECT_TRUE(becomes([&] { return read(editor) == "the user's"; }));
+}
+
 TEST_F(PasteboardOfAFix, isEmptyAgainOnlyAfterTheApplicationHasFetchedTheReplacement) {
   copyAndPaste("replacement");
   pasteboard->clearContents();

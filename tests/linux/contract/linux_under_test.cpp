@@ -21,7 +21,7 @@
 #include "platform/accessibility.h"
 #include "platform/application.h"
 #include "platform/hot_key_service.h"
-#include "platform/linux/keyboard/mac_key_codes.h"
+#include "platform/linux/keymap/mac_key_codes.h"
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/glib_ref.h"
 #include "platform/run_loop.h"

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/linux/contract/pointer.h"
 
-#include <cstdlib>
-
 #include <xcb/xtest.h>
 
 #include "platform/linux/display/x11_connection.h"
@@ -51,7 +49,7 @@ void Pointer::fake(std::uint8_t type, std::uint8_t detail, QPoint place) {
   xcb_test_fake_input(connection_, type, detail, 0, root_, static_cast<std::int16_t>(place.x()),
                       static_cast<std::int16_t>(place.y()), 0);
   // The answer says that the server has handled it.
-  std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+  platform::roundTrip(connection_);
 }
 
 }  // namespace lexwend::contract

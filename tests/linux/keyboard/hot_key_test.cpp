@@ -79,7 +79,7 @@ struct HotKeys : testing::Test {
   }
   /// Handles everything that the server has sent: the answer to a question comes after it.
   void settle() {
-    std::free(xcb_get_input_focus_reply(x11->get(), xcb_get_input_focus(x11->get()), nullptr));
+    roundTrip(x11->get());
     x11->dispatchPending();
   }
 };

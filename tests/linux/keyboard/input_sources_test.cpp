@@ -12,42 +12,9 @@ namespace lexwend::platform {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr Modifiers kPlain = kNoModifiers;
 constexpr Modifiers kShift = kShiftKey;
-
-TEST(RulesNames, pairLayoutsWithVariants) {
-  using namespace std::string_literals;
-  const auto names = parseRulesNames("evdev\0pc105\0us,il,de\0,lyx\0grp:alt_shift_toggle\0"s);
-  ASSERT_EQ(names.size(), 3U);
-  EXPECT_EQ(names[0].id(), "us");
-  EXPECT_EQ(names[1].id(), "il(lyx)");
-  EXPECT_EQ(names[2].id(), "de");
-}
-
-TEST(RulesNames, namesNothingWhereThereIsNothing) {
-  using namespace std::string_literals;
-  EXPECT_THAT(parseRulesNames(""), IsEmpty());
-  EXPECT_THAT(parseRulesNames("evdev\0pc105"s), IsEmpty());
-  EXPECT_THAT(parseRulesNames("evdev\0pc105\0\0\0\0"s), IsEmpty());
-}
-
-TEST(LayoutLanguages, areTwoLetterCodesOfLayoutAndVariantTogether) {
-  EXPECT_THAT(languagesOf({"us", ""}), ElementsAre("en"));
-  EXPECT_THAT(languagesOf({"gb", ""}), ElementsAre("en"));
-  EXPECT_THAT(languagesOf({"il", ""}), ElementsAre("he"));
-  EXPECT_THAT(languagesOf({"il", "lyx"}), ElementsAre("he"));
-  EXPECT_THAT(languagesOf({"de", ""}), ElementsAre("de"));
-  EXPECT_THAT(languagesOf({"us", "dvorak"}), ElementsAre("en"));
-  EXPECT_THAT(languagesOf({"us", "rus"}), ElementsAre("ru"));
-  EXPECT_THAT(languagesOf({"us", "chr"}), ElementsAre("chr"));
-}
-
-TEST(LayoutLanguages, ofAnUnlistedVariantAreTheLayouts) {
-  EXPECT_THAT(languagesOf({"il", "of-my-own"}), ElementsAre("he"));
-  EXPECT_THAT(languagesOf({"of-my-own", ""}), IsEmpty());
-}
 
 TEST(KeyboardWithoutDisplay, listsNothing) {
   LinuxInputSources sources(nullptr);
@@ -73,7 +40,7 @@ struct Keyboard : testing::Test {
     return ids;
   }
   void handleWhatTheServerHasSent() {
-    std::free(xcb_get_input_focus_reply(x11->get(), xcb_get_input_focus(x11->get()), nullptr));
+    roundTrip(x11->get());
     x11->dispatchPending();
   }
   /// Handles what the server has sent and the check that it may have put off: a timer that is longer than

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "platform/linux/session/run_loop.h"
+#include "tests/linux/testing/usual_signals.h"
 
 namespace lexwend::platform {
 namespace {
@@ -27,6 +28,7 @@ bool isReadable(int descriptor) {
 #define EXPECT_IN_A_CHILD(statement) \
   EXPECT_EXIT(                       \
       {                              \
+        takeSignalsAsUsual();        \
         statement;                   \
         std::_Exit(0);               \
       },                             \

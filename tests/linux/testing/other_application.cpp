@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "platform/linux/display/x11_connection.h"
+#include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::platform {
 namespace {
@@ -27,10 +28,6 @@ xcb_connection_t* connectWithWindow(xcb_window_t& window) {
   xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screenOf(connection, screenNumber)->root, 0, 0,
                     1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
   return connection;
-}
-
-void roundTrip(xcb_connection_t* connection) {
-  std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
 }
 
 /// Waits for the next event; null at the deadline.

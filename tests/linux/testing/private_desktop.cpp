@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/application.h"
+#include "tests/linux/testing/usual_signals.h"
 
 namespace lexwend::platform {
 namespace {
@@ -25,6 +26,7 @@ const auto* const kDesktopsEnd = ::testing::AddGlobalTestEnvironment(new Desktop
 }  // namespace
 
 PrivateDesktop::PrivateDesktop() {
+  takeSignalsAsUsual();
   ::setenv("HOME", home_.path().c_str(), 1);
   ::setenv("XDG_CONFIG_HOME", home_.file(".config").c_str(), 1);
   ::setenv("XDG_RUNTIME_DIR", home_.path().c_str(), 1);

@@ -239,6 +239,7 @@ GVariant* ScriptedApplication::answerOfField(const std::string& method, GVariant
   }
   if (method == "SetCaretOffset") {
     field_.selections.clear();
+    g_variant_get(arguments, "(i)", &field_.caret);
     return boolean(true);
   }
   return nullptr;
@@ -258,7 +259,11 @@ GVariant* ScriptedApplication::insert(int position, const std::string& text, int
   const int room = std::max(0, field_.maxLength - field_.text.countChar32());
   inserted.truncate(inserted.moveIndex32(0, room));
   field_.text.insert(index(position), inserted);
-  field_.selections.clear();
+  if (!field_.selectionGrows) {
+    field_.selections.clear();
+  } else if (!field_.selections.empty() && field_.selections.front().second == position) {
+    field_.selections.front().second += inserted.countChar32();
+  }
   return boolean(true);
 }
 

@@ -33,8 +33,10 @@ struct ScriptedField {
   std::vector<const char*> interfaces{kAtspiText, kAtspiEditableText};
   icu::UnicodeString text;
   std::vector<std::pair<int, int>> selections;
+  int caret = 0;  // where it was placed last
 
-  bool knowsItsEnd = true;  // as -1
+  bool selectionGrows = false;  // by what is inserted at its end, as in a text view of GTK
+  bool knowsItsEnd = true;      // as -1
   int maxLength = std::numeric_limits<int>::max();
   std::function<icu::UnicodeString(const icu::UnicodeString&)> filter;  // what an insertion comes to
   std::set<std::string> refused;                                        // methods that answer FALSE

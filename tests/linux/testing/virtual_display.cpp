@@ -28,11 +28,11 @@ xcb_connection_t* connectOrThrow(xcb_window_t& root) {
   return connection;
 }
 
+}  // namespace
+
 void roundTrip(xcb_connection_t* connection) {
   std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
 }
-
-}  // namespace
 
 VirtualDisplay::VirtualDisplay() {
   int numberPipe[2];

@@ -26,6 +26,9 @@ class VirtualDisplay {
   pid_t server_ = -1;
 };
 
+/// Blocks until the server has handled every earlier request of this connection.
+void roundTrip(xcb_connection_t* connection);
+
 /// Runs a program to its end; its exit status.
 int runProgram(const std::string& commandLine);
 

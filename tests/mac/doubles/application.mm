@@ -90,9 +90,6 @@ void lexwend::doubles::activateApplication() {
 - (BOOL)isHidden {
   return state().isHidden;
 }
-- (NSApplicationActivationPolicy)activationPolicy {
-  return static_cast<NSApplicationActivationPolicy>(state().policy.value_or(0));
-}
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
   called(std::to_string(policy));
   state().policy = policy;
@@ -121,9 +118,6 @@ void lexwend::doubles::activateApplication() {
   }
   state().isRunning = false;
 }
-- (void)stop:(id)sender {
-  record();
-}
 - (void)terminate:(id)sender {
   called();
   const id<NSApplicationDelegate> delegate = self.delegate;
@@ -134,21 +128,8 @@ void lexwend::doubles::activateApplication() {
   // The real one ends the process here; a test goes on and sees that it was asked for.
   state().isTerminated = true;
 }
-- (void)postEvent:(NSEvent*)event atStart:(BOOL)atStart {
-  record();
-}
-- (BOOL)sendAction:(SEL)action to:(id)target from:(id)sender {
-  sendAction(action, target, sender);
-  return target != nil;
-}
-- (BOOL)isRunning {
-  return state().isRunning;
-}
 - (BOOL)isActive {
   return state().isActive;
-}
-- (NSWindow*)keyWindow {
-  return nil;
 }
 @end
 
@@ -184,14 +165,8 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
 - (NSString*)bundleIdentifier {
   return running_.bundleIdentifier ? string(*running_.bundleIdentifier) : nil;
 }
-- (NSString*)localizedName {
-  return self.bundleIdentifier;
-}
 - (pid_t)processIdentifier {
   return running_.processIdentifier;
-}
-- (BOOL)isTerminated {
-  return NO;
 }
 @end
 
@@ -212,11 +187,6 @@ static NSRunningApplication* makeRunning(const workspace::Running& running) {
   record();
   if (state().isActive) return [NSRunningApplication currentApplication];
   return state().frontmost ? makeRunning(*state().frontmost) : nil;
-}
-- (NSArray*)runningApplications {
-  NSMutableArray* found = [NSMutableArray array];
-  for (const auto& each : state().running) [found addObject:makeRunning(each)];
-  return found;
 }
 - (BOOL)openURL:(NSURL*)url {
   requireKind(url, [NSURL class]);

@@ -34,7 +34,7 @@ struct State {
   // Handles stay for the session, so that one that is used too late is recognised.
   std::vector<std::unique_ptr<OpaqueEventHotKeyRef>> hotKeys;
   std::vector<std::unique_ptr<OpaqueEventRef>> events;
-  std::vector<OpaqueEventRef*> queued;  // pressed while the agent's menu is open
+  std::vector<OpaqueEventRef*> queued;  // pressed while the agent's menu is open or its main thread blocked
   std::int32_t nextRegistrationStatus = noErr;
   bool isNextReferenceNull = false;
   std::int32_t nextParameterStatus = noErr;
@@ -93,7 +93,7 @@ std::optional<std::int32_t> dispatch(std::uint32_t signature, std::uint32_t id) 
   state().events.push_back(
       std::make_unique<OpaqueEventRef>(OpaqueEventRef{{signature, id}, secondsSinceStartup(), true}));
   OpaqueEventRef* event = state().events.back().get();
-  if (isMenuOpen()) {
+  if (isMenuOpen() || isMainThreadBlocked()) {
     state().queued.push_back(event);
     return std::nullopt;
   }
@@ -103,6 +103,7 @@ std::optional<std::int32_t> dispatch(std::uint32_t signature, std::uint32_t id) 
 }  // namespace lexwend::doubles::hot_keys
 
 void lexwend::doubles::deliverQueuedPresses() {
+  if (isMenuOpen()) return;
   for (OpaqueEventRef* event : std::exchange(state().queued, {})) deliver(event);
 }
 
@@ -183,13 +184,6 @@ OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, Ite
   if (handlerRef != nullptr) *handlerRef = state().handlers.back().get();
   return noErr;
 }
-OSStatus RemoveEventHandler(EventHandlerRef handlerRef) {
-  record();
-  const auto removed =
-      std::erase_if(state().handlers, [&](const auto& each) { return each.get() == handlerRef; });
-  if (removed == 0) die("RemoveEventHandler: no such handler");
-  return noErr;
-}
 
 OSStatus RegisterEventHotKey(UInt32 hotKeyCode, UInt32 hotKeyModifiers, EventHotKeyID hotKeyId,
                              EventTargetRef target, OptionBits options, EventHotKeyRef* hotKeyRef) {
@@ -255,12 +249,10 @@ OSStatus GetEventParameter(EventRef event, EventParamName name, EventParamType d
   if (actualSize != nullptr) *actualSize = sizeof(EventHotKeyID);
   return noErr;
 }
-OSType GetEventClass(EventRef) { return kEventClassKeyboard; }
 EventTime GetEventTime(EventRef event) {
   requireNonnull(event, "GetEventTime: the event");
   if (!event->isDelivered) die("GetEventTime: the event is gone");
   return event->time;
 }
 EventTime GetCurrentEventTime() { return secondsSinceStartup(); }
-UInt32 GetEventKind(EventRef) { return kEventHotKeyPressed; }
 }

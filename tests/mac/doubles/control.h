@@ -181,6 +181,8 @@ std::int64_t changeCount();
 void setAccessBehavior(long behavior);
 /// The user says no from now on: items come with their types and without data.
 void refuseReading(bool refused);
+/// The next read of data asks the user, and waits for the answer that long.
+void askBeforeReading(std::chrono::microseconds answerAfter, bool isAllowed);
 int promisesKept();  ///< how often promised data was asked for
 }  // namespace pasteboard
 
@@ -307,6 +309,7 @@ struct Alert {
 /// The user answers the next alert after that time. An alert without a prepared answer ends the process.
 void answerNext(long response, std::chrono::microseconds after = {});
 void answerNextWithEscape();  ///< presses the button that has Escape, of which there must be one
+void answerNextWithReturn();  ///< the same with Return
 /// Answers every alert for which nothing else is prepared.
 void answerWith(std::function<long(const Alert&)> answer);
 std::vector<Alert> shown();

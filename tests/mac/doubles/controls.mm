@@ -35,14 +35,6 @@ const NSFontWeight NSFontWeightBold = 0.4;
 - (id)copyWithZone:(struct _NSZone*)zone {
   return [self retain];
 }
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
 @end
 
 namespace {
@@ -70,14 +62,6 @@ void setDark(bool dark) {
   block();
   --appearanceState().drawing;
 }
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
 @end
 
 @implementation LXWColorValue
@@ -99,9 +83,6 @@ void setDark(bool dark) {
 + (NSColor*)secondaryLabelColor {
   return [self makeNamed:"secondaryLabelColor"];
 }
-+ (NSColor*)tertiaryLabelColor {
-  return [self makeNamed:"tertiaryLabelColor"];
-}
 + (NSColor*)quaternaryLabelColor {
   return [self makeNamed:"quaternaryLabelColor"];
 }
@@ -116,14 +97,6 @@ void setDark(bool dark) {
 }
 - (id)copyWithZone:(struct _NSZone*)zone {
   return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
 }
 @end
 
@@ -155,42 +128,13 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   made->description_ = [description copy];
   return [made autorelease];
 }
-+ (NSImage*)imageNamed:(NSString*)name {
-  return nil;
-}
 - (void)dealloc {
   [description_ release];
   [super dealloc];
 }
-- (BOOL)isTemplate {
-  return isTemplate_;
-}
 - (void)setTemplate:(BOOL)isTemplate {
   record(truth(isTemplate));
   isTemplate_ = isTemplate;
-}
-- (NSString*)accessibilityDescription {
-  return description_;
-}
-- (void)setAccessibilityDescription:(NSString*)description {
-  [description_ release];
-  description_ = [description copy];
-}
-- (NSSize)size {
-  return NSMakeSize(18, 18);
-}
-- (void)setSize:(NSSize)size {
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
 }
 @end
 
@@ -219,11 +163,6 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 - (instancetype)init {
   return [super init];
 }
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
 @end
 
 @implementation NSView
@@ -238,9 +177,6 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
   subviews_ = [[NSMutableArray alloc] init];
   return self;
 }
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [self initWithFrame:NSZeroRect];
-}
 - (void)dealloc {
   for (NSView* view in subviews_) view->superview_ = nil;
   [subviews_ release];
@@ -253,12 +189,6 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 - (void)setFrame:(NSRect)frame {
   requireMainThread();
   frame_ = frame;
-}
-- (NSRect)bounds {
-  return NSMakeRect(0, 0, frame_.size.width, frame_.size.height);
-}
-- (void)setBounds:(NSRect)bounds {
-  die("-[NSView setBounds:] is not offered");
 }
 - (void)addSubview:(NSView*)view {
   requireMainThread();
@@ -278,19 +208,6 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 - (NSArray*)subviews {
   return [[subviews_ copy] autorelease];
 }
-- (void)setSubviews:(NSArray*)views {
-  while (subviews_.count > 0) [[subviews_ lastObject] removeFromSuperview];
-  for (NSView* view in views) [self addSubview:view];
-}
-- (NSView*)superview {
-  return superview_;
-}
-- (NSWindow*)window {
-  return window_ != nil || superview_ == nil ? window_ : superview_.window;
-}
-- (BOOL)wantsLayer {
-  return wantsLayer_;
-}
 // The layer exists once it was asked for, not earlier.
 - (void)setWantsLayer:(BOOL)wantsLayer {
   wantsLayer_ = wantsLayer;
@@ -298,11 +215,6 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
 }
 - (CALayer*)layer {
   return layer_;
-}
-- (void)setLayer:(CALayer*)layer {
-  [layer retain];
-  [layer_ release];
-  layer_ = layer;
 }
 - (NSAppearance*)effectiveAppearance {
   return [[[NSAppearance alloc] init] autorelease];
@@ -314,12 +226,6 @@ void symbolIsUnknown(const std::string& name) { imageState().unknownSymbols.push
     [view viewDidChangeEffectiveAppearance];
     if (!view->knowsAppearance_) die("-[NSView viewDidChangeEffectiveAppearance] without the call of super");
   }
-}
-- (NSUserInterfaceLayoutDirection)userInterfaceLayoutDirection {
-  return NSUserInterfaceLayoutDirectionLeftToRight;
-}
-- (void)setUserInterfaceLayoutDirection:(NSUserInterfaceLayoutDirection)direction {
-  record(std::to_string(direction));
 }
 @end
 
@@ -341,9 +247,6 @@ extern "C" id objc_loadWeakRetained(id* location);
   alignment = NSTextAlignmentNatural;
   return self;
 }
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [self initWithFrame:NSZeroRect];
-}
 - (void)dealloc {
   if (isInAction_) {
     die("a control went during its own action: whoever ends its owner must keep it until the next event");
@@ -351,9 +254,6 @@ extern "C" id objc_loadWeakRetained(id* location);
   [text_ release];
   [font_ release];
   [super dealloc];
-}
-- (id)target {
-  return target_;
 }
 - (void)setTarget:(id)target {
   target_ = target;
@@ -422,9 +322,6 @@ extern "C" id objc_loadWeakRetained(id* location);
   [textColor_ release];
   [backgroundColor release];
   [super dealloc];
-}
-- (NSColor*)textColor {
-  return textColor_;
 }
 - (void)setTextColor:(NSColor*)color {
   requireMainThread();

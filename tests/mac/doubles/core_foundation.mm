@@ -67,11 +67,6 @@ CFTypeRef CFAutorelease(CFTypeRef object) {
   return [(id)object autorelease];
 }
 CFIndex CFGetRetainCount(CFTypeRef object) { return (CFIndex)[(id)object retainCount]; }
-Boolean CFEqual(CFTypeRef first, CFTypeRef second) {
-  requireNonnull(first);
-  requireNonnull(second);
-  return [(id)first isEqual:(id)second];
-}
 
 CFTypeID CFGetTypeID(CFTypeRef object) {
   requireNonnull(object);
@@ -119,12 +114,6 @@ static NSStringEncoding encodingOf(CFStringEncoding encoding) {
       die("a string encoding that the doubles do not know");
   }
 }
-CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* text, CFStringEncoding encoding) {
-  requireNonnull(text);
-  return (CFStringRef)[[NSString alloc] initWithBytes:text
-                                               length:std::strlen(text)
-                                             encoding:encodingOf(encoding)];
-}
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex count,
                                     CFStringEncoding encoding, Boolean isExternal) {
   constexpr UInt8 kByteOrderMark[] = {0xEF, 0xBB, 0xBF};
@@ -136,9 +125,6 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
                                                length:(NSUInteger)count
                                              encoding:encodingOf(encoding)];
 }
-CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* characters, CFIndex count) {
-  return (CFStringRef)[[NSString alloc] initWithCharacters:characters length:(NSUInteger)count];
-}
 CFIndex CFStringGetLength(CFStringRef string) {
   return (CFIndex)asString(string, "CFStringGetLength").length;
 }
@@ -147,51 +133,9 @@ void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* buffer) {
       getCharacters:buffer
               range:NSMakeRange((NSUInteger)range.location, (NSUInteger)range.length)];
 }
-// A program must be ready for a string that does not offer its inner storage.
-const UniChar* CFStringGetCharactersPtr(CFStringRef string) {
-  asString(string, "CFStringGetCharactersPtr");
-  return nullptr;
-}
-const char* CFStringGetCStringPtr(CFStringRef string, CFStringEncoding) {
-  asString(string, "CFStringGetCStringPtr");
-  return nullptr;
-}
-Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) {
-  NSData* data = [asString(string, "CFStringGetCString") dataUsingEncoding:encodingOf(encoding)];
-  if (data == nil || (CFIndex)data.length + 1 > bufferSize) return false;
-  if (data.length > 0) std::memcpy(buffer, data.bytes, data.length);
-  buffer[data.length] = 0;
-  return true;
-}
-CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding) {
-  constexpr CFIndex kMostUtf8BytesOfOneUnit = 3;
-  return encoding == kCFStringEncodingUTF8 ? length * kMostUtf8BytesOfOneUnit : length * 2;
-}
-CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding encoding, UInt8 lossByte,
-                         Boolean, UInt8* buffer, CFIndex maxBufferLength, CFIndex* usedBufferLength) {
-  const std::u16string units = unitsOf(asString(string, "CFStringGetBytes"));
-  NSString* part = stringOfUnits(units.substr((std::size_t)range.location, (std::size_t)range.length));
-  NSData* data = [part dataUsingEncoding:encodingOf(encoding) allowLossyConversion:lossByte != 0];
-  if (data == nil) die("CFStringGetBytes: part of a string that cannot be converted is not offered");
-  if (buffer != nullptr && (CFIndex)data.length > maxBufferLength) {
-    die("CFStringGetBytes: conversion of a part of a string is not offered");
-  }
-  if (buffer != nullptr && data.length > 0) std::memcpy(buffer, data.bytes, data.length);
-  if (usedBufferLength != nullptr) *usedBufferLength = (CFIndex)data.length;
-  return range.length;
-}
-CFComparisonResult CFStringCompare(CFStringRef first, CFStringRef second, CFStringCompareFlags options) {
-  if (options != 0) die("CFStringCompare: only plain comparison is offered");
-  return (CFComparisonResult)[asString(first, "CFStringCompare") compare:asString(second, "CFStringCompare")];
-}
 
 // Arrays and dictionaries
 
-CFArrayRef CFArrayCreate(CFAllocatorRef, const void** values, CFIndex count,
-                         const CFArrayCallBacks* callBacks) {
-  if (callBacks != &kCFTypeArrayCallBacks) die("CFArrayCreate: only arrays of objects are offered");
-  return (CFArrayRef)[[NSArray alloc] initWithObjects:(const id*)values count:(NSUInteger)count];
-}
 CFIndex CFArrayGetCount(CFArrayRef array) {
   requireKind(array, [NSArray class]);
   return (CFIndex)((NSArray*)array).count;
@@ -210,20 +154,9 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void
                                                        forKeys:(const id*)keys
                                                          count:(NSUInteger)count] retain];
 }
-CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
-  requireKind(dictionary, [NSDictionary class]);
-  return (CFIndex)((NSDictionary*)dictionary).count;
-}
-const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
-  requireKind(dictionary, [NSDictionary class]);
-  return (const void*)[(NSDictionary*)dictionary objectForKey:(id)key];
-}
 
 // Data, truth values and numbers
 
-CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
-  return (CFDataRef)[[NSData alloc] initWithBytes:bytes length:(NSUInteger)length];
-}
 const UInt8* CFDataGetBytePtr(CFDataRef data) {
   requireKind(data, [NSData class]);
   // Not null for data without bytes: a program has to ask for the length.
@@ -244,21 +177,6 @@ Boolean CFNumberIsFloatType(CFNumberRef number) {
   requireKind(number, [NSNumber class]);
   const char type = *((NSNumber*)number).objCType;
   return type == 'f' || type == 'd';
-}
-CFNumberType CFNumberGetType(CFNumberRef number) {
-  requireKind(number, [NSNumber class]);
-  switch (*((NSNumber*)number).objCType) {
-    case 'f':
-      return kCFNumberFloat32Type;
-    case 'd':
-      return kCFNumberFloat64Type;
-    case 'c':
-      return kCFNumberCharType;
-    case 'i':
-      return kCFNumberSInt32Type;
-    default:
-      return kCFNumberSInt64Type;
-  }
 }
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
   requireKind(number, [NSNumber class]);

@@ -209,66 +209,6 @@ NSString* makeString(Class cls, std::u16string units) {
   return made;
 }
 
-/// The few conversions that are used, each argument taken as its C type.
-std::u16string formatted(NSString* format, va_list arguments) {
-  const std::u16string pattern = unitsOf(format);
-  std::u16string out;
-  const auto append = [&out](const std::string& text) { out += decode(text).value_or(u"?"); };
-  for (std::size_t i = 0; i < pattern.size(); ++i) {
-    if (pattern[i] != u'%') {
-      out.push_back(pattern[i]);
-      continue;
-    }
-    std::string conversion = "%";
-    for (++i; i < pattern.size(); ++i) {
-      conversion.push_back(static_cast<char>(pattern[i]));
-      if (std::strchr("@%dioxXucCsSfgep", conversion.back()) != nullptr) break;
-    }
-    const bool isLong =
-        conversion.find('l') != std::string::npos || conversion.find('z') != std::string::npos;
-    char text[64];
-    switch (conversion.back()) {
-      case '@': {
-        id object = va_arg(arguments, id);
-        out += object == nil ? u"(null)" : unitsOf([object description]);
-        break;
-      }
-      case '%':
-        out.push_back(u'%');
-        break;
-      case 'd':
-      case 'i':
-      case 'u':
-      case 'x':
-      case 'X':
-      case 'o':
-        if (isLong) {
-          std::snprintf(text, sizeof text, conversion.c_str(), va_arg(arguments, long));
-        } else {
-          std::snprintf(text, sizeof text, conversion.c_str(), va_arg(arguments, int));
-        }
-        append(text);
-        break;
-      case 'f':
-      case 'g':
-      case 'e':
-        std::snprintf(text, sizeof text, conversion.c_str(), va_arg(arguments, double));
-        append(text);
-        break;
-      case 's':
-        append(va_arg(arguments, const char*));
-        break;
-      case 'C':
-      case 'c':
-        out.push_back(static_cast<char16_t>(va_arg(arguments, int)));
-        break;
-      default:
-        die("a string format that the doubles do not know: " + conversion);
-    }
-  }
-  return out;
-}
-
 }  // namespace
 
 namespace lexwend::doubles {
@@ -309,43 +249,15 @@ std::string describe(id object) {
 }  // namespace lexwend::doubles
 
 @implementation NSString
-+ (instancetype)string {
-  return [makeString(self, {}) autorelease];
-}
-+ (instancetype)stringWithString:(NSString*)string {
-  requireNonnull((void*)string);
-  return [makeString(self, unitsOf(string)) autorelease];
-}
-+ (instancetype)stringWithFormat:(NSString*)format, ... {
-  va_list arguments;
-  va_start(arguments, format);
-  NSString* made = [makeString(self, formatted(format, arguments)) autorelease];
-  va_end(arguments);
-  return made;
-}
 + (instancetype)stringWithUTF8String:(const char*)text {
   requireNonnull(text);
   return [[[self alloc] initWithUTF8String:text] autorelease];
 }
-+ (instancetype)stringWithCharacters:(const unichar*)characters length:(NSUInteger)length {
-  return [[[self alloc] initWithCharacters:characters length:length] autorelease];
-}
-+ (instancetype)stringWithCString:(const char*)text encoding:(NSStringEncoding)encoding {
-  return [[[self alloc] initWithBytes:text length:std::strlen(text) encoding:encoding] autorelease];
-}
 - (instancetype)init {
-  return [super init];
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
   return [super init];
 }
 - (instancetype)initWithUTF8String:(const char*)text {
   return [self initWithBytes:text length:std::strlen(text) encoding:NSUTF8StringEncoding];
-}
-- (instancetype)initWithCharacters:(const unichar*)characters length:(NSUInteger)length {
-  self = [self init];
-  units_.assign(reinterpret_cast<const char16_t*>(characters), length);
-  return self;
 }
 - (instancetype)initWithBytes:(const void*)bytes
                        length:(NSUInteger)length
@@ -370,32 +282,11 @@ std::string describe(id object) {
 - (instancetype)initWithData:(NSData*)data encoding:(NSStringEncoding)encoding {
   return [self initWithBytes:data.bytes length:data.length encoding:encoding];
 }
-- (instancetype)initWithFormat:(NSString*)format, ... {
-  self = [self init];
-  va_list arguments;
-  va_start(arguments, format);
-  units_ = formatted(format, arguments);
-  va_end(arguments);
-  return self;
-}
 - (id)copyWithZone:(struct _NSZone*)zone {
   return [self retain];
 }
-- (id)mutableCopyWithZone:(struct _NSZone*)zone {
-  return makeString([NSMutableString class], unitsOf(self));
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
 - (NSUInteger)length {
   return unitsOf(self).size();
-}
-- (unichar)characterAtIndex:(NSUInteger)index {
-  const std::u16string units = unitsOf(self);
-  if (index >= units.size()) die("-[NSString characterAtIndex:] beyond the end");
-  return units[index];
 }
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range {
   const std::u16string units = unitsOf(self);
@@ -409,12 +300,6 @@ std::string describe(id object) {
   // The pointer lives as long as the pool that is current now, not longer.
   NSData* holder = [NSData dataWithBytes:text.c_str() length:text.size() + 1];
   return static_cast<const char*>(holder.bytes);
-}
-- (const char*)fileSystemRepresentation {
-  return self.UTF8String;
-}
-- (NSUInteger)lengthOfBytesUsingEncoding:(NSStringEncoding)encoding {
-  return [self dataUsingEncoding:encoding].length;
 }
 - (NSData*)dataUsingEncoding:(NSStringEncoding)encoding {
   return [self dataUsingEncoding:encoding allowLossyConversion:NO];
@@ -436,54 +321,12 @@ std::string describe(id object) {
 - (BOOL)isEqual:(id)other {
   return [other isKindOfClass:[NSString class]] && [self isEqualToString:other];
 }
-- (NSUInteger)hash {
-  return std::hash<std::u16string>{}(unitsOf(self));
-}
-- (NSComparisonResult)compare:(NSString*)other {
-  const int order = unitsOf(self).compare(unitsOf(other));
-  return order < 0 ? NSOrderedAscending : order > 0 ? NSOrderedDescending : NSOrderedSame;
-}
-- (BOOL)hasPrefix:(NSString*)prefix {
-  return unitsOf(self).starts_with(unitsOf(prefix));
-}
-- (BOOL)hasSuffix:(NSString*)suffix {
-  return unitsOf(self).ends_with(unitsOf(suffix));
-}
-- (BOOL)containsString:(NSString*)other {
-  return unitsOf(self).find(unitsOf(other)) != std::u16string::npos;
-}
 - (NSString*)substringFromIndex:(NSUInteger)from {
   return stringOfUnits(unitsOf(self).substr(from));
-}
-- (NSString*)substringToIndex:(NSUInteger)to {
-  return stringOfUnits(unitsOf(self).substr(0, to));
 }
 - (NSString*)stringByAppendingString:(NSString*)other {
   requireNonnull((void*)other);
   return stringOfUnits(unitsOf(self) + unitsOf(other));
-}
-- (NSString*)stringByAppendingFormat:(NSString*)format, ... {
-  va_list arguments;
-  va_start(arguments, format);
-  NSString* made = stringOfUnits(unitsOf(self) + formatted(format, arguments));
-  va_end(arguments);
-  return made;
-}
-- (NSString*)stringByAppendingPathComponent:(NSString*)component {
-  std::u16string path = unitsOf(self);
-  if (!path.empty() && path.back() != u'/') path.push_back(u'/');
-  return stringOfUnits(path + unitsOf(component));
-}
-- (NSString*)lastPathComponent {
-  const std::u16string path = unitsOf(self);
-  const std::size_t slash = path.rfind(u'/');
-  return slash == std::u16string::npos ? self : stringOfUnits(path.substr(slash + 1));
-}
-- (NSString*)uppercaseString {
-  die("-[NSString uppercaseString]: casing belongs to the Unicode library");
-}
-- (NSString*)lowercaseString {
-  die("-[NSString lowercaseString]: casing belongs to the Unicode library");
 }
 - (NSInteger)integerValue {
   return std::strtol(utf8(self).c_str(), nullptr, 10);
@@ -494,13 +337,6 @@ std::string describe(id object) {
 @end
 
 @implementation NSMutableString
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return makeString([NSString class], units_);
-}
-- (void)appendString:(NSString*)string {
-  requireNonnull((void*)string);
-  units_ += unitsOf(string);
-}
 @end
 @implementation NSSimpleCString
 @end
@@ -522,19 +358,10 @@ __asm__(".globl __CFConstantStringClassReference\n"
 + (instancetype)array {
   return [[[self alloc] init] autorelease];
 }
-+ (instancetype)arrayWithObject:(id)object {
-  return [self arrayWithObjects:&object count:1];
-}
 + (instancetype)arrayWithObjects:(const id _Nonnull[])objects count:(NSUInteger)count {
   return [[[self alloc] initWithObjects:objects count:count] autorelease];
 }
-+ (instancetype)arrayWithArray:(NSArray*)array {
-  return [[[self alloc] initWithObjects:array->items_.data() count:array.count] autorelease];
-}
 - (instancetype)init {
-  return [super init];
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
   return [super init];
 }
 - (instancetype)initWithObjects:(const id _Nonnull[])objects count:(NSUInteger)count {
@@ -554,16 +381,6 @@ __asm__(".globl __CFConstantStringClassReference\n"
              ? [self retain]
              : [[NSArray alloc] initWithObjects:items_.data() count:items_.size()];
 }
-- (id)mutableCopyWithZone:(struct _NSZone*)zone {
-  NSMutableArray* copy = [[NSMutableArray alloc] init];
-  for (id item : items_) [copy addObject:item];
-  return copy;
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
 - (NSUInteger)count {
   return items_.size();
 }
@@ -574,27 +391,8 @@ __asm__(".globl __CFConstantStringClassReference\n"
 - (id)objectAtIndexedSubscript:(NSUInteger)index {
   return [self objectAtIndex:index];
 }
-- (id)firstObject {
-  return items_.empty() ? nil : items_.front();
-}
 - (id)lastObject {
   return items_.empty() ? nil : items_.back();
-}
-- (BOOL)containsObject:(id)object {
-  return [self indexOfObject:object] != (NSUInteger)NSNotFound;
-}
-- (NSUInteger)indexOfObject:(id)object {
-  for (std::size_t i = 0; i < items_.size(); ++i) {
-    if ([items_[i] isEqual:object]) return i;
-  }
-  return (NSUInteger)NSNotFound;
-}
-- (BOOL)isEqualToArray:(NSArray*)other {
-  return std::equal(items_.begin(), items_.end(), other->items_.begin(), other->items_.end(),
-                    [](id first, id second) { return (bool)[first isEqual:second]; });
-}
-- (BOOL)isEqual:(id)other {
-  return [other isKindOfClass:[NSArray class]] && [self isEqualToArray:other];
 }
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
                                   objects:(id __unsafe_unretained[])buffer
@@ -606,40 +404,14 @@ __asm__(".globl __CFConstantStringClassReference\n"
   state->mutationsPtr = &state->extra[0];
   return items_.size();
 }
-- (NSString*)description {
-  std::string text = "[";
-  for (id item : items_) text += (text.size() > 1 ? ", " : "") + describe(item);
-  return string(text + "]");
-}
 @end
 @implementation NSMutableArray
-+ (instancetype)arrayWithCapacity:(NSUInteger)capacity {
-  return [self array];
-}
 - (instancetype)init {
-  return [super init];
-}
-- (instancetype)initWithCapacity:(NSUInteger)capacity {
-  return [super init];
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
   return [super init];
 }
 - (void)addObject:(id)object {
   requireNonnull((void*)object);
   items_.push_back([object retain]);
-}
-- (void)removeObject:(id)object {
-  for (std::size_t i = items_.size(); i-- > 0;) {
-    if ([items_[i] isEqual:object]) {
-      [items_[i] release];
-      items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(i));
-    }
-  }
-}
-- (void)removeAllObjects {
-  for (id item : items_) [item release];
-  items_.clear();
 }
 @end
 
@@ -652,9 +424,6 @@ __asm__(".globl __CFConstantStringClassReference\n"
 @implementation NSDictionary
 + (instancetype)dictionary {
   return [[[self alloc] init] autorelease];
-}
-+ (instancetype)dictionaryWithObject:(id)object forKey:(id)key {
-  return [self dictionaryWithObjects:&object forKeys:&key count:1];
 }
 + (instancetype)dictionaryWithObjects:(const id _Nonnull[])objects
                               forKeys:(const id<NSCopying> _Nonnull[])keys
@@ -670,31 +439,12 @@ __asm__(".globl __CFConstantStringClassReference\n"
 - (instancetype)init {
   return [super init];
 }
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
 - (void)dealloc {
   for (auto& [key, object] : entries_) {
     [key release];
     [object release];
   }
   [super dealloc];
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  if ([self isMemberOfClass:[NSDictionary class]]) return [self retain];
-  NSDictionary* copy = [[NSDictionary alloc] init];
-  for (auto& [key, object] : entries_) copy->entries_.emplace_back([key retain], [object retain]);
-  return copy;
-}
-- (id)mutableCopyWithZone:(struct _NSZone*)zone {
-  NSMutableDictionary* copy = [[NSMutableDictionary alloc] init];
-  for (auto& [key, object] : entries_) [copy setObject:object forKey:key];
-  return copy;
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
 }
 - (NSUInteger)count {
   return entries_.size();
@@ -704,14 +454,6 @@ __asm__(".globl __CFConstantStringClassReference\n"
     if ([key isEqual:wanted]) return object;
   }
   return nil;
-}
-- (id)objectForKeyedSubscript:(id)key {
-  return [self objectForKey:key];
-}
-- (NSArray*)allKeys {
-  NSMutableArray* keys = [NSMutableArray array];
-  for (auto& [key, object] : entries_) [keys addObject:key];
-  return keys;
 }
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
                                   objects:(id __unsafe_unretained[])buffer
@@ -741,13 +483,6 @@ __asm__(".globl __CFConstantStringClassReference\n"
   [self removeObjectForKey:key];
   entries_.emplace_back([key copy], object);
 }
-- (void)setObject:(id)object forKeyedSubscript:(id)key {
-  if (object == nil) {
-    [self removeObjectForKey:key];
-  } else {
-    [self setObject:object forKey:key];
-  }
-}
 - (void)removeObjectForKey:(id)wanted {
   for (std::size_t i = 0; i < entries_.size(); ++i) {
     if ([entries_[i].first isEqual:wanted]) {
@@ -760,48 +495,11 @@ __asm__(".globl __CFConstantStringClassReference\n"
 }
 @end
 
-@interface NSSet () {
-  NSArray* items_;
-}
-@end
-@implementation NSSet
-+ (instancetype)setWithArray:(NSArray*)array {
-  NSSet* made = [[self alloc] init];
-  NSMutableArray* items = [[NSMutableArray alloc] init];
-  for (id item in array) {
-    if (![items containsObject:item]) [items addObject:item];
-  }
-  made->items_ = items;
-  return [made autorelease];
-}
-- (void)dealloc {
-  [items_ release];
-  [super dealloc];
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (NSUInteger)count {
-  return items_.count;
-}
-- (BOOL)containsObject:(id)object {
-  return [items_ containsObject:object];
-}
-- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
-                                  objects:(id __unsafe_unretained[])buffer
-                                    count:(NSUInteger)count {
-  return [items_ countByEnumeratingWithState:state objects:buffer count:count];
-}
-@end
-
 @interface NSData () {
   Bytes bytes_;
 }
 @end
 @implementation NSData
-+ (instancetype)data {
-  return [[[self alloc] init] autorelease];
-}
 + (instancetype)dataWithBytes:(const void*)bytes length:(NSUInteger)length {
   return [[[self alloc] initWithBytes:bytes length:length] autorelease];
 }
@@ -811,31 +509,11 @@ __asm__(".globl __CFConstantStringClassReference\n"
   bytes_.assign(first, first + length);
   return self;
 }
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (id)mutableCopyWithZone:(struct _NSZone*)zone {
-  die("mutable data is not offered");
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
 - (NSUInteger)length {
   return bytes_.size();
 }
 - (const void*)bytes {
   return bytes_.empty() ? nullptr : bytes_.data();
-}
-- (BOOL)isEqualToData:(NSData*)other {
-  return other != nil && bytesOfData(self) == bytesOfData(other);
-}
-- (BOOL)isEqual:(id)other {
-  return [other isKindOfClass:[NSData class]] && [self isEqualToData:other];
 }
 - (BOOL)writeToURL:(NSURL*)url options:(NSDataWritingOptions)options error:(NSError**)error {
   requireNonnull((void*)url);
@@ -861,29 +539,12 @@ __asm__(".globl __CFConstantStringClassReference\n"
   std::fclose(file);
   return [self dataWithBytes:text.data() length:text.size()];
 }
-- (NSString*)description {
-  return string(std::to_string(bytes_.size()) + " bytes");
-}
 @end
 
 // ---------------------------------------------------------------------------------------- numbers, null,
 // error
 
 @implementation NSValue
-- (const char*)objCType {
-  die("-[NSValue objCType] of an abstract value");
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
 @end
 
 @interface NSNumber () {
@@ -912,44 +573,14 @@ static long long truncated(double value) {
 static NSNumber* makeInteger(char type, long long value) {
   return [NSNumber makeOfType:type integer:value real:static_cast<double>(value)];
 }
-+ (NSNumber*)numberWithChar:(char)value {
-  return makeInteger('c', value);
-}
-+ (NSNumber*)numberWithUnsignedChar:(unsigned char)value {
-  return makeInteger('C', value);
-}
-+ (NSNumber*)numberWithShort:(short)value {
-  return makeInteger('s', value);
-}
-+ (NSNumber*)numberWithUnsignedShort:(unsigned short)value {
-  return makeInteger('S', value);
-}
 + (NSNumber*)numberWithInt:(int)value {
   return makeInteger('i', value);
-}
-+ (NSNumber*)numberWithUnsignedInt:(unsigned int)value {
-  return makeInteger('I', value);
-}
-+ (NSNumber*)numberWithLong:(long)value {
-  return makeInteger('q', value);
-}
-+ (NSNumber*)numberWithUnsignedLong:(unsigned long)value {
-  return makeInteger('Q', static_cast<long long>(value));
 }
 + (NSNumber*)numberWithLongLong:(long long)value {
   return makeInteger('q', value);
 }
-+ (NSNumber*)numberWithUnsignedLongLong:(unsigned long long)value {
-  return makeInteger('Q', static_cast<long long>(value));
-}
 + (NSNumber*)numberWithInteger:(NSInteger)value {
   return makeInteger('q', value);
-}
-+ (NSNumber*)numberWithUnsignedInteger:(NSUInteger)value {
-  return makeInteger('Q', static_cast<long long>(value));
-}
-+ (NSNumber*)numberWithFloat:(float)value {
-  return [self makeOfType:'f' integer:truncated(value) real:value];
 }
 + (NSNumber*)numberWithDouble:(double)value {
   return [self makeOfType:'d' integer:truncated(value) real:value];
@@ -964,32 +595,8 @@ static NSNumber* makeInteger(char type, long long value) {
   }
   return "?";
 }
-- (char)charValue {
-  return static_cast<char>(integer_);
-}
-- (short)shortValue {
-  return static_cast<short>(integer_);
-}
-- (int)intValue {
-  return static_cast<int>(integer_);
-}
-- (unsigned int)unsignedIntValue {
-  return static_cast<unsigned int>(integer_);
-}
-- (long)longValue {
-  return integer_;
-}
-- (unsigned long)unsignedLongValue {
-  return static_cast<unsigned long>(integer_);
-}
 - (long long)longLongValue {
   return integer_;
-}
-- (unsigned long long)unsignedLongLongValue {
-  return static_cast<unsigned long long>(integer_);
-}
-- (float)floatValue {
-  return static_cast<float>(real_);
 }
 - (double)doubleValue {
   return real_;
@@ -997,38 +604,12 @@ static NSNumber* makeInteger(char type, long long value) {
 - (BOOL)boolValue {
   return real_ != 0;
 }
-- (NSInteger)integerValue {
-  return integer_;
-}
-- (NSUInteger)unsignedIntegerValue {
-  return static_cast<NSUInteger>(integer_);
-}
-- (NSString*)stringValue {
-  return string(type_ == 'f' || type_ == 'd' ? decimal(real_) : std::to_string(integer_));
-}
-- (NSString*)description {
-  return self.stringValue;
-}
-- (BOOL)isEqualToNumber:(NSNumber*)other {
-  return real_ == other->real_ && integer_ == other->integer_;
-}
-- (BOOL)isEqual:(id)other {
-  return [other isKindOfClass:[NSNumber class]] && [self isEqualToNumber:other];
-}
-- (NSComparisonResult)compare:(NSNumber*)other {
-  return real_ < other->real_   ? NSOrderedAscending
-         : real_ > other->real_ ? NSOrderedDescending
-                                : NSOrderedSame;
-}
 @end
 
 // The two truth values are objects of their own, which is how a program tells them from numbers.
 @interface __NSCFBoolean : NSNumber
 @end
 @implementation __NSCFBoolean
-- (const char*)objCType {
-  return "c";
-}
 - (NSString*)description {
   return [self boolValue] ? @"true" : @"false";
 }
@@ -1038,9 +619,6 @@ static NSNumber* makeInteger(char type, long long value) {
 + (NSNull*)null {
   static NSNull* the = keptForever([[NSNull alloc] init]);
   return the;
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
 }
 @end
 
@@ -1067,28 +645,8 @@ NSErrorUserInfoKey const NSLocalizedDescriptionKey = @"NSLocalizedDescription";
   [userInfo_ release];
   [super dealloc];
 }
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
-- (NSErrorDomain)domain {
-  return domain_;
-}
 - (NSInteger)code {
   return code_;
-}
-- (NSDictionary*)userInfo {
-  return userInfo_ == nil ? [NSDictionary dictionary] : userInfo_;
-}
-- (NSString*)localizedDescription {
-  return string(utf8(domain_) + " " + std::to_string(code_));
 }
 @end
 
@@ -1129,36 +687,14 @@ bool hasPortOfLetters(const std::string& url) {
   record(utf8(path) + ", " + truth(isDirectory));
   return [self fileURLWithPath:path];
 }
-- (NSURL*)URLByAppendingPathComponent:(NSString*)component {
-  NSURL* made = [[NSURL alloc] init];
-  made->text_ = text_ + (text_.ends_with('/') ? "" : "/") + utf8(component);
-  return [made autorelease];
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
 - (NSString*)absoluteString {
   return string(text_);
-}
-- (NSString*)scheme {
-  return string(text_.substr(0, text_.find(':')));
 }
 - (BOOL)isFileURL {
   return text_.starts_with("file://");
 }
 - (NSString*)path {
   return self.isFileURL ? string(text_.substr(std::strlen("file://"))) : @"";
-}
-- (NSString*)description {
-  return self.absoluteString;
 }
 @end
 

@@ -29,7 +29,6 @@ using std::chrono::microseconds;
   BOOL isValid_;
   BOOL isScheduled_;
   BOOL isInCommonModes_;
-  microseconds tolerance_;
 }
 @end
 
@@ -59,6 +58,7 @@ struct TimeState {
   bool isWoken = false;                   // its next turn comes at once, not with whatever happens next
   std::vector<NSTimer*> timers;           // retained while they are scheduled and valid
   bool isModal = false;                   // the run loop is in the mode of a modal panel
+  bool isBlocked = false;                 // the main thread sleeps, and no event reaches it
   std::size_t activities = 0;
 };
 TimeState& timeState() {
@@ -96,7 +96,7 @@ microseconds nap() {
   const bool naps = NSApp != nil && !isApplicationActive() && timeState().activities == 0;
   return naps ? kNap : microseconds(0);
 }
-microseconds dueOf(NSTimer* timer) { return timer->due_ + timer->tolerance_ + nap(); }
+microseconds dueOf(NSTimer* timer) { return timer->due_ + nap(); }
 microseconds dueOf(const QueuedWork& work) {
   // What is due at once is no timer.
   return work.delay == microseconds(0) ? work.due : work.due + nap();
@@ -145,10 +145,12 @@ void runOuterDue() {
 /// Time passes while the main thread is blocked: only the outer world moves.
 void sleepFor(microseconds duration) {
   const microseconds end = timeState().now + duration;
+  const bool wasBlocked = std::exchange(timeState().isBlocked, true);
   while (earliestOuter() <= end) {
     timeState().now = std::max(timeState().now, earliestOuter());
     runOuterDue();
   }
+  timeState().isBlocked = wasBlocked;
   timeState().now = end;
 }
 
@@ -176,7 +178,9 @@ void requireMainQueue(dispatch_queue_t queue, const char* what) {
 
 namespace lexwend::doubles {
 
+bool isMainThreadBlocked() { return timeState().isBlocked; }
 void runMainQueueAndTimersDue() {
+  deliverQueuedPresses();
   runOuterDue();
   while (earliestInRunLoop() <= timeState().now) {
     @autoreleasepool {
@@ -292,19 +296,6 @@ int usleep(useconds_t duration) {
   block_ = nil;
   dropTimer(self);
 }
-- (BOOL)isValid {
-  return isValid_;
-}
-- (NSTimeInterval)timeInterval {
-  return repeats_ ? static_cast<double>(interval_.count()) / 1e6 : 0;
-}
-- (NSTimeInterval)tolerance {
-  return static_cast<double>(tolerance_.count()) / 1e6;
-}
-/// The system may use up all of it.
-- (void)setTolerance:(NSTimeInterval)tolerance {
-  tolerance_ = fromSeconds(tolerance);
-}
 @end
 
 NSRunLoopMode const NSDefaultRunLoopMode = @"kCFRunLoopDefaultMode";
@@ -313,10 +304,6 @@ NSRunLoopMode const NSRunLoopCommonModes = @"kCFRunLoopCommonModes";
 + (NSRunLoop*)mainRunLoop {
   static NSRunLoop* the = keptForever([[NSRunLoop alloc] init]);
   return the;
-}
-+ (NSRunLoop*)currentRunLoop {
-  called();
-  return [self mainRunLoop];
 }
 - (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode {
   if (!timer->isValid_) die("-[NSRunLoop addTimer:forMode:] with a timer that is no longer valid");
@@ -327,16 +314,6 @@ NSRunLoopMode const NSRunLoopCommonModes = @"kCFRunLoopCommonModes";
   timer->due_ = timeState().now + timer->interval_;
   timeState().timers.push_back([timer retain]);
 }
-- (void)run {
-  die("-[NSRunLoop run] never returns; use the application's event loop");
-}
-- (void)runUntilDate:(NSDate*)limit {
-  time::advance(std::max(microseconds(0), fromSeconds(limit.timeIntervalSinceNow)));
-}
-- (BOOL)runMode:(NSRunLoopMode)mode beforeDate:(NSDate*)limit {
-  runMainQueueAndTimersDue();
-  return YES;
-}
 @end
 
 extern "C" {
@@ -344,10 +321,6 @@ const CFRunLoopMode kCFRunLoopDefaultMode = CFSTR("kCFRunLoopDefaultMode");
 const CFRunLoopMode kCFRunLoopCommonModes = CFSTR("kCFRunLoopCommonModes");
 CFRunLoopRef CFRunLoopGetMain() { return (CFRunLoopRef)[NSRunLoop mainRunLoop]; }
 CFRunLoopRef CFRunLoopGetCurrent() { return (CFRunLoopRef)[NSRunLoop currentRunLoop]; }
-CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode, CFTimeInterval seconds, Boolean) {
-  time::advance(fromSeconds(seconds));
-  return kCFRunLoopRunTimedOut;
-}
 void CFRunLoopPerformBlock(CFRunLoopRef runLoop, CFTypeRef mode, void (^block)(void)) {
   requireNonnull(runLoop, "CFRunLoopPerformBlock: the run loop");
   requireKind(mode, [NSString class], "CFRunLoopPerformBlock: the mode");
@@ -360,12 +333,6 @@ void CFRunLoopWakeUp(CFRunLoopRef runLoop) {
   requireNonnull(runLoop, "CFRunLoopWakeUp: the run loop");
   record();
   timeState().isWoken = true;
-}
-void CFRunLoopRun() { die("CFRunLoopRun never returns; use the application's event loop"); }
-void CFRunLoopStop(CFRunLoopRef) { record(); }
-CFAbsoluteTime CFAbsoluteTimeGetCurrent() {
-  constexpr double kFrom1970To2001 = 978307200;
-  return timeState().wallClockAtZero + static_cast<double>(timeState().now.count()) / 1e6 - kFrom1970To2001;
 }
 
 // Only the queue's address is used. Its isa makes it an object that is never counted.
@@ -387,33 +354,7 @@ void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block
   record(std::to_string((due - timeState().now).count()) + " us");
   enqueue(due, block);
 }
-void dispatch_async(dispatch_queue_t queue, dispatch_block_t block) {
-  requireMainQueue(queue, "dispatch_async");
-  record();
-  enqueue(timeState().now, block);
 }
-void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t work) {
-  dispatch_after(when, queue, ^{
-    work(context);
-  });
-}
-void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
-  dispatch_async(queue, ^{
-    work(context);
-  });
-}
-void dispatch_once(dispatch_once_t* predicate, __attribute__((noescape)) dispatch_block_t block) {
-  if (*predicate != 0) return;
-  *predicate = ~0L;
-  block();
-}
-}
-
-@implementation NSThread
-+ (BOOL)isMainThread {
-  return objc::isMainThread();
-}
-@end
 
 // ----------------------------------------------------------------------------------------------
 // notifications
@@ -422,9 +363,6 @@ void dispatch_once(dispatch_once_t* predicate, __attribute__((noescape)) dispatc
 + (NSOperationQueue*)mainQueue {
   static NSOperationQueue* the = keptForever([[NSOperationQueue alloc] init]);
   return the;
-}
-+ (NSOperationQueue*)currentQueue {
-  return objc::isMainThread() ? [self mainQueue] : nil;
 }
 - (void)addOperationWithBlock:(void (^)(void))block {
   enqueue(timeState().now, block);
@@ -447,18 +385,6 @@ void dispatch_once(dispatch_once_t* predicate, __attribute__((noescape)) dispatc
   [name_ release];
   [object_ release];
   [super dealloc];
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (NSNotificationName)name {
-  return name_;
-}
-- (id)object {
-  return object_;
-}
-- (NSDictionary*)userInfo {
-  return nil;
 }
 @end
 
@@ -502,10 +428,6 @@ std::vector<NSNotificationCenter*>& centers() {
   centers().push_back(made);
   return made;
 }
-+ (NSNotificationCenter*)defaultCenter {
-  static NSNotificationCenter* the = [NSNotificationCenter makeOfKind:"default"];
-  return the;
-}
 - (id<NSObject>)addObserverForName:(NSNotificationName)name
                             object:(id)object
                              queue:(NSOperationQueue*)queue
@@ -522,9 +444,6 @@ std::vector<NSNotificationCenter*>& centers() {
   observers_.push_back(observer);
   return [[observer retain] autorelease];
 }
-- (void)addObserver:(id)observer selector:(SEL)selector name:(NSNotificationName)name object:(id)object {
-  die("-[NSNotificationCenter addObserver:selector:name:object:] is not offered; observe with a block");
-}
 - (void)removeObserver:(id)observer {
   record(kind_);
   const auto place = std::find_if(observers_.begin(), observers_.end(), [&](LXWObserver* each) {
@@ -534,9 +453,6 @@ std::vector<NSNotificationCenter*>& centers() {
   LXWObserver* removed = *place;
   observers_.erase(place);
   [removed release];
-}
-- (void)removeObserver:(id)observer name:(NSNotificationName)name object:(id)object {
-  [self removeObserver:observer];
 }
 - (void)postNotificationName:(NSNotificationName)name object:(id)object {
   @autoreleasepool {
@@ -598,10 +514,8 @@ void deliverHeldNotifications() {
     });
   }
 }
-double secondsSinceStartup() {
-  constexpr double kAtStart = 1000;
-  return kAtStart + static_cast<double>(timeState().now.count()) / 1e6;
-}
+/// The session begins with the system.
+double secondsSinceStartup() { return static_cast<double>(timeState().now.count()) / 1e6; }
 void postTo(NSNotificationCenter* center, NSString* name) { [center postNotificationName:name object:nil]; }
 namespace workspace {
 std::size_t observers() {
@@ -701,26 +615,6 @@ std::optional<Value> get(const std::string& key) {
   record(utf8(key));
   return [[[storedDefaults() objectForKey:key] retain] autorelease];
 }
-- (void)setObject:(id)value forKey:(NSString*)key {
-  requireKind(key, [NSString class]);
-  record(describe(value) + ", " + utf8(key));
-  [storedDefaults() setObject:value forKeyedSubscript:key];
-}
-- (void)removeObjectForKey:(NSString*)key {
-  record(utf8(key));
-  [storedDefaults() removeObjectForKey:key];
-}
-- (NSString*)stringForKey:(NSString*)key {
-  const id stored = [self objectForKey:key];
-  return [stored isKindOfClass:[NSString class]] ? stored : nil;
-}
-// Both conversions also take text, as the system does.
-- (NSInteger)integerForKey:(NSString*)key {
-  const id stored = [self objectForKey:key];
-  const bool isConvertible =
-      [stored isKindOfClass:[NSNumber class]] || [stored isKindOfClass:[NSString class]];
-  return isConvertible ? [stored integerValue] : 0;
-}
 - (BOOL)boolForKey:(NSString*)key {
   requireKind(key, [NSString class]);
   record(utf8(key));
@@ -741,9 +635,6 @@ std::optional<Value> get(const std::string& key) {
   record(truth(value) + ", " + utf8(key));
   [storedDefaults() setObject:[NSNumber numberWithBool:value] forKey:key];
 }
-- (BOOL)synchronize {
-  return YES;
-}
 @end
 
 @implementation NSFileManager
@@ -755,9 +646,6 @@ std::optional<Value> get(const std::string& key) {
 - (NSURL*)homeDirectoryForCurrentUser {
   record();
   return [NSURL fileURLWithPath:string(processState().home)];
-}
-- (BOOL)fileExistsAtPath:(NSString*)path {
-  return access(utf8(path).c_str(), F_OK) == 0;
 }
 @end
 NSString* NSHomeDirectory() { return string(processState().home); }
@@ -781,23 +669,9 @@ NSString* NSHomeDirectory() { return string(processState().home); }
   made->file_ = file;
   return [made autorelease];
 }
-+ (instancetype)fileHandleForUpdatingURL:(NSURL*)url error:(NSError**)error {
-  die("+[NSFileHandle fileHandleForUpdatingURL:error:] asks for more than the right to write");
-}
 - (void)dealloc {
   if (file_ != nullptr) std::fclose(file_);
   [super dealloc];
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return NO;
 }
 static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   if (handle->file_ == nullptr) die(std::string(what) + " on a closed file handle");
@@ -818,21 +692,6 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   }
   if (std::fwrite(data.bytes, 1, data.length, file) != data.length) die("-[NSFileHandle writeData:] failed");
 }
-- (void)closeFile {
-  [self closeAndReturnError:nullptr];
-}
-- (BOOL)seekToEndReturningOffset:(unsigned long long*)offset error:(NSError**)error {
-  record();
-  std::fseek(openFile(self, "-[NSFileHandle seekToEndReturningOffset:error:]"), 0, SEEK_END);
-  if (offset != nullptr) *offset = (unsigned long long)std::ftell(file_);
-  return YES;
-}
-- (BOOL)writeData:(NSData*)data error:(NSError**)error {
-  requireKind(data, [NSData class]);
-  record(std::to_string(data.length) + " bytes");
-  return std::fwrite(data.bytes, 1, data.length, openFile(self, "-[NSFileHandle writeData:error:]")) ==
-         data.length;
-}
 - (BOOL)closeAndReturnError:(NSError**)error {
   record();
   const bool isClosed =
@@ -842,9 +701,6 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
     *error = [NSError errorWithDomain:NSPOSIXErrorDomain code:5 userInfo:nil];
   }
   return isClosed;
-}
-- (BOOL)synchronizeAndReturnError:(NSError**)error {
-  return std::fflush(file_) == 0;
 }
 @end
 
@@ -865,45 +721,16 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   const double now = timeState().wallClockAtZero + static_cast<double>(timeState().now.count()) / 1e6;
   return [self dateWithTimeIntervalSince1970:now + seconds];
 }
-+ (NSDate*)distantFuture {
-  return [self dateWithTimeIntervalSinceNow:1e9];
-}
-+ (NSDate*)distantPast {
-  return [self dateWithTimeIntervalSinceNow:-1e9];
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
 - (NSTimeInterval)timeIntervalSince1970 {
   return secondsSince1970_;
-}
-- (NSTimeInterval)timeIntervalSinceNow {
-  return secondsSince1970_ - [[NSDate date] timeIntervalSince1970];
 }
 @end
 
 @implementation NSFormatter
-- (id)copyWithZone:(struct _NSZone*)zone {
-  die("-[NSFormatter copy] is not offered");
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
 @end
 
 @interface NSDateFormatter () {
   NSString* format_;
-  BOOL hasLocale_, hasTimeZone_;  // of its own, in place of the user's
 }
 @end
 @implementation NSDateFormatter
@@ -916,21 +743,6 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   [format_ release];
   format_ = [format copy];
 }
-- (NSString*)dateFormat {
-  return format_;
-}
-- (void)setLocale:(NSLocale*)locale {
-  hasLocale_ = locale != nil;
-}
-- (NSLocale*)locale {
-  return nil;
-}
-- (void)setTimeZone:(NSTimeZone*)zone {
-  hasTimeZone_ = zone != nil;
-}
-- (NSTimeZone*)timeZone {
-  return nil;
-}
 /// Numbers in the fields of the pattern, each run of one letter a field of that many digits.
 - (NSString*)stringFromDate:(NSDate*)date {
   requireKind(date, [NSDate class]);
@@ -940,9 +752,8 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   const std::int64_t whole = moment / kMicrosecondsPerSecond - (moment % kMicrosecondsPerSecond < 0 ? 1 : 0);
   const double fraction = static_cast<double>(moment - whole * kMicrosecondsPerSecond) / 1e6;
   std::tm local{};
-  if (processState().eastOfGreenwich || hasTimeZone_) {
-    const auto shift = hasTimeZone_ ? std::chrono::minutes(0) : *processState().eastOfGreenwich;
-    const std::time_t seconds = whole + std::chrono::seconds(shift).count();
+  if (const auto shift = processState().eastOfGreenwich) {
+    const std::time_t seconds = whole + std::chrono::seconds(*shift).count();
     gmtime_r(&seconds, &local);
   } else {
     const std::time_t seconds = whole;
@@ -958,7 +769,7 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
     int number = -1;
     switch (letter) {
       case 'y':
-        number = local.tm_year + 1900 + (hasLocale_ ? 0 : processState().yearsAhead);
+        number = local.tm_year + 1900 + processState().yearsAhead;
         break;
       case 'M':
         number = local.tm_mon + 1;
@@ -995,45 +806,6 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 }
 @end
 
-@implementation NSLocale
-+ (instancetype)localeWithLocaleIdentifier:(NSString*)identifier {
-  return [[[self alloc] init] autorelease];
-}
-- (NSString*)localeIdentifier {
-  return @"he_IL";
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
-@end
-@implementation NSTimeZone
-+ (instancetype)timeZoneWithName:(NSString*)name {
-  return [[[self alloc] init] autorelease];
-}
-- (NSString*)name {
-  return @"Asia/Jerusalem";
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
-}
-+ (BOOL)supportsSecureCoding {
-  return YES;
-}
-@end
-
 @implementation NSBundle
 + (NSBundle*)mainBundle {
   record();
@@ -1052,12 +824,6 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
     if (const id object = objectOf(value)) [info setObject:object forKey:string(key)];
   }
   return info;
-}
-- (NSString*)bundlePath {
-  return @"/Applications/Lexwend.app";
-}
-- (id)objectForInfoDictionaryKey:(NSString*)key {
-  return [self.infoDictionary objectForKey:key];
 }
 @end
 
@@ -1088,15 +854,6 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
   record();
   return processState().pid;
 }
-- (NSArray*)arguments {
-  return [NSArray array];
-}
-- (NSDictionary*)environment {
-  return [NSDictionary dictionary];
-}
-- (NSString*)processName {
-  return @"Lexwend";
-}
 - (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason {
   requireKind(reason, [NSString class], "-[NSProcessInfo beginActivityWithOptions:reason:]: the reason");
   if ((options & NSActivityIdleSystemSleepDisabled) != 0) die("an activity that keeps the computer awake");
@@ -1109,7 +866,5 @@ static std::FILE* openFile(NSFileHandle* handle, const char* what) {
 - (void)endActivity:(id<NSObject>)activity {
   requireKind(activity, [LXWActivity class]);
   [(LXWActivity*)activity end];
-}
-- (void)setProcessName:(NSString*)name {
 }
 @end

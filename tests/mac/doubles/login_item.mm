@@ -57,7 +57,4 @@ void setStatusAfterRegistration(long status) { state().statusAfterRegistration =
   state().status = SMAppServiceStatusNotRegistered;
   return YES;
 }
-+ (void)openSystemSettingsLoginItems {
-  record();
-}
 @end

@@ -23,9 +23,6 @@ using namespace lexwend::doubles;
   made->isSeparator_ = YES;
   return made;
 }
-- (instancetype)init {
-  return [self initWithTitle:@"" action:nullptr keyEquivalent:@""];
-}
 - (instancetype)initWithTitle:(NSString*)itemTitle action:(SEL)itemAction keyEquivalent:(NSString*)key {
   requireApplication();
   requireKind(itemTitle, [NSString class]);
@@ -35,14 +32,6 @@ using namespace lexwend::doubles;
   action = itemAction;
   keyEquivalent = [key copy];
   return self;
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [self init];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  die("-[NSMenuItem copy] is not offered");
 }
 - (void)dealloc {
   [title release];
@@ -62,9 +51,6 @@ using namespace lexwend::doubles;
 - (void)setState:(NSControlStateValue)value {
   requireMainThread();
   state = value;
-}
-- (id)target {
-  return target_;
 }
 - (void)setTarget:(id)target {
   record(target == nil ? "nil" : target == NSApp ? "the application" : "an object");
@@ -100,23 +86,12 @@ using namespace lexwend::doubles;
 @end
 @implementation NSMenu
 @synthesize title, userInterfaceLayoutDirection, delegate;
-- (instancetype)init {
-  return [self initWithTitle:@""];
-}
 - (instancetype)initWithTitle:(NSString*)menuTitle {
   requireApplication();
   self = [super init];
   title = [menuTitle copy];
   items_ = [[NSMutableArray alloc] init];
   return self;
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [self init];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  die("-[NSMenu copy] is not offered");
 }
 - (void)dealloc {
   for (NSMenuItem* item in items_) item.menu = nil;
@@ -132,24 +107,6 @@ using namespace lexwend::doubles;
   [items_ addObject:item];
   item.menu = self;
 }
-- (NSMenuItem*)addItemWithTitle:(NSString*)itemTitle
-                         action:(SEL)action
-                  keyEquivalent:(NSString*)keyEquivalent {
-  NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:itemTitle action:action keyEquivalent:keyEquivalent];
-  [self addItem:item];
-  return [item autorelease];
-}
-- (void)insertItem:(NSMenuItem*)item atIndex:(NSInteger)index {
-  die("-[NSMenu insertItem:atIndex:] is not offered");
-}
-- (void)removeItem:(NSMenuItem*)item {
-  item.menu = nil;
-  [items_ removeObject:item];
-}
-- (void)removeAllItems {
-  for (NSMenuItem* item in items_) item.menu = nil;
-  [items_ removeAllObjects];
-}
 - (NSMenuItem*)itemAtIndex:(NSInteger)index {
   return [items_ objectAtIndex:(NSUInteger)index];
 }
@@ -158,10 +115,6 @@ using namespace lexwend::doubles;
 }
 - (NSArray*)itemArray {
   return [[items_ copy] autorelease];
-}
-- (void)setItemArray:(NSArray*)items {
-  [self removeAllItems];
-  for (NSMenuItem* item in items) [self addItem:item];
 }
 - (BOOL)autoenablesItems {
   return !keepsOwnEnabling_;
@@ -209,9 +162,6 @@ const ProcessEndHook kProcessEnd([] { state().isMenuOpen = false; });
   [menu release];
   [super dealloc];
 }
-- (NSStatusBar*)statusBar {
-  return [NSStatusBar systemStatusBar];
-}
 - (NSStatusBarButton*)button {
   requireMainThread();
   return button_;
@@ -223,11 +173,6 @@ const ProcessEndHook kProcessEnd([] { state().isMenuOpen = false; });
   [value retain];
   [menu release];
   menu = value;
-}
-- (BOOL)isVisible {
-  return YES;
-}
-- (void)setVisible:(BOOL)visible {
 }
 @end
 
@@ -249,6 +194,7 @@ const ProcessEndHook kProcessEnd([] { state().isMenuOpen = false; });
 - (void)removeStatusItem:(NSStatusItem*)item {
   record();
   if (std::erase(state().items, item) == 0) die("-[NSStatusBar removeStatusItem:]: no such item");
+  state().isMenuOpen = false;  // its menu goes with it, without a word to the delegate
 }
 @end
 

@@ -20,6 +20,7 @@ struct State {
   bool areItemsAbsent = false;
   std::optional<long> accessBehavior;
   bool isReadingRefused = false;
+  std::optional<std::pair<std::chrono::microseconds, bool>> question;  // how long the answer takes; its yes
   int promisesKept = 0;
 };
 State& state() {
@@ -37,6 +38,10 @@ pasteboard::Representation* representation(pasteboard::Item& item, const std::st
 
 NSData* dataIn(pasteboard::Item& item, const std::string& type) {
   const auto* found = representation(item, type);
+  if (const auto asked = state().isOwnedHere ? std::nullopt : std::exchange(state().question, std::nullopt)) {
+    time::block(asked->first);
+    state().isReadingRefused = !asked->second;
+  }
   if (state().isReadingRefused && !state().isOwnedHere) return nil;
   if (found == nullptr || !found->data) return nil;
   if (found->isPromised) ++state().promisesKept;
@@ -86,10 +91,6 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   pasteboard::Item* item = contentsOf(self);
   return item == nullptr ? nil : dataIn(*item, utf8(type));
 }
-- (NSString*)stringForType:(NSPasteboardType)type {
-  NSData* data = [self dataForType:type];
-  return data == nil ? nil : [[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease];
-}
 - (BOOL)setData:(NSData*)data forType:(NSPasteboardType)type {
   requireKind(data, [NSData class]);
   requireKind(type, [NSString class]);
@@ -97,18 +98,6 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   if (place_ || wasWritten_) die("-[NSPasteboardItem setData:forType:] on an item that a pasteboard holds");
   setDataIn(own_, utf8(type), data);
   return YES;
-}
-- (BOOL)setString:(NSString*)text forType:(NSPasteboardType)type {
-  return [self setData:[text dataUsingEncoding:NSUTF8StringEncoding] forType:type];
-}
-- (BOOL)setDataProvider:(id<NSPasteboardItemDataProvider>)provider forTypes:(NSArray*)types {
-  die("promised data is not written by the host");
-}
-- (NSArray*)writableTypesForPasteboard:(NSPasteboard*)pasteboard {
-  return self.types;
-}
-- (id)pasteboardPropertyListForType:(NSPasteboardType)type {
-  return [self dataForType:type];
 }
 @end
 
@@ -142,15 +131,6 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
     [item release];
   }
   return items;
-}
-- (NSArray*)types {
-  NSMutableArray* types = [NSMutableArray array];
-  for (const auto& item : state().items) {
-    for (id type in typesIn(item)) {
-      if (![types containsObject:type]) [types addObject:type];
-    }
-  }
-  return types;
 }
 - (NSInteger)clearContents {
   called();
@@ -191,12 +171,6 @@ static pasteboard::Item* contentsOf(NSPasteboardItem* item) {
   record(utf8(type));
   return [self setData:[text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES] forType:type];
 }
-- (NSData*)dataForType:(NSPasteboardType)type {
-  for (auto& item : state().items) {
-    if (NSData* data = dataIn(item, utf8(type))) return data;
-  }
-  return nil;
-}
 - (BOOL)setData:(NSData*)data forType:(NSPasteboardType)type {
   if (!state().isOwnedHere) return NO;
   if (state().items.empty()) state().items.emplace_back();
@@ -220,6 +194,9 @@ std::vector<Item> contents() { return state().items; }
 std::int64_t changeCount() { return state().changeCount; }
 void setAccessBehavior(long behavior) { state().accessBehavior = behavior; }
 void refuseReading(bool refused) { state().isReadingRefused = refused; }
+void askBeforeReading(std::chrono::microseconds answerAfter, bool isAllowed) {
+  state().question = {answerAfter, isAllowed};
+}
 int promisesKept() { return state().promisesKept; }
 
 }  // namespace lexwend::doubles::pasteboard

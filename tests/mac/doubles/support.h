@@ -63,9 +63,10 @@ bool isApplicationActive();
 void activateApplication();
 /// Distributed notifications that were held back while the application was not active.
 void deliverHeldNotifications();
-/// Presses that waited for the agent's own menu to close.
+/// Presses that waited for the agent's own menu to close, or for the main thread.
 void deliverQueuedPresses();
 bool isMenuOpen();
+bool isMainThreadBlocked();
 bool isDark();
 double secondsSinceStartup();
 

@@ -24,12 +24,12 @@ using namespace lexwend::doubles;
 
 namespace {
 void lastWindowMayHaveClosed();
-constexpr long kEscape = -1;
+constexpr long kEscape = -1, kReturn = -2;
 struct State {
   std::vector<NSWindow*> windows;  // not retained
   NSWindow* key = nil;
   std::vector<LXWKeyMonitor*> monitors;
-  std::vector<std::pair<long, std::chrono::microseconds>> alertAnswers;  // kEscape: by that key
+  std::vector<std::pair<long, std::chrono::microseconds>> alertAnswers;  // kEscape, kReturn: by that key
   std::vector<alerts::Alert> alertsShown;
   std::function<long(const alerts::Alert&)> alertAnswer;
 };
@@ -113,15 +113,6 @@ void lexwend::doubles::appearanceChanged() {
   state().windows.push_back(self);
   return self;
 }
-- (instancetype)init {
-  return [self initWithContentRect:NSMakeRect(0, 0, 100, 100)
-                         styleMask:NSWindowStyleMaskBorderless
-                           backing:NSBackingStoreBuffered
-                             defer:NO];
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [self init];
-}
 - (void)dealloc {
   if (isClosing_) {
     die("a window went while it was closing: whoever ends its owner must keep it until the next event");
@@ -133,31 +124,14 @@ void lexwend::doubles::appearanceChanged() {
   [title release];
   [super dealloc];
 }
-- (NSRect)frame {
-  return contentRect_;
-}
 - (NSView*)contentView {
   return content_;
-}
-- (void)setContentView:(NSView*)view {
-  requireMainThread();
-  [view retain];
-  content_->window_ = nil;
-  [content_ release];
-  content_ = view;
-  if (content_ != nil) content_->window_ = self;
-}
-- (id<NSWindowDelegate>)delegate {
-  return delegate_;
 }
 - (void)setDelegate:(id<NSWindowDelegate>)delegate {
   delegate_ = delegate;
 }
 - (BOOL)isVisible {
   return isVisible_ && !NSApp.isHidden;
-}
-- (BOOL)isKeyWindow {
-  return state().key == self;
 }
 - (void)center {
   called();
@@ -212,9 +186,6 @@ void lexwend::doubles::appearanceChanged() {
   isVisible_ = isInFront_ = NO;
   if (state().key == self) state().key = nil;
 }
-- (BOOL)makeFirstResponder:(NSResponder*)responder {
-  return YES;
-}
 @end
 
 @interface NSWindowController () {
@@ -222,18 +193,12 @@ void lexwend::doubles::appearanceChanged() {
 }
 @end
 @implementation NSWindowController
-- (instancetype)init {
-  return [self initWithWindow:nil];
-}
 - (instancetype)initWithWindow:(NSWindow*)window {
   requireApplication();
   self = [super init];
   window_ = [window retain];
   window.windowController = self;
   return self;
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [self initWithWindow:nil];
 }
 - (void)dealloc {
   window_.windowController = nil;
@@ -243,19 +208,9 @@ void lexwend::doubles::appearanceChanged() {
 - (NSWindow*)window {
   return window_;
 }
-- (void)setWindow:(NSWindow*)window {
-  [window retain];
-  [window_ release];
-  window_ = window;
-  window.windowController = self;
-}
 - (void)showWindow:(id)sender {
   record();
   [window_ makeKeyAndOrderFront:sender];
-}
-- (void)close {
-  record();
-  [window_ close];
 }
 @end
 
@@ -332,11 +287,13 @@ void lexwend::doubles::appearanceChanged() {
   const auto [answer, after] = state().alertAnswers.front();
   state().alertAnswers.erase(state().alertAnswers.begin());
   time::advanceInModalPanel(after);
-  if (answer != kEscape) return answer;
+  if (answer != kEscape && answer != kReturn) return answer;
   for (NSUInteger i = 0; i < buttons_.count; ++i) {
-    if ([[buttons_[i] keyEquivalent] isEqualToString:@"\033"]) return NSAlertFirstButtonReturn + (long)i;
+    if ([[buttons_[i] keyEquivalent] isEqualToString:answer == kEscape ? @"\033" : @"\r"]) {
+      return NSAlertFirstButtonReturn + (long)i;
+    }
   }
-  die("the alert does not hear Escape: " + shown.messageText);
+  die("the alert does not hear the key: " + shown.messageText);
 }
 @end
 
@@ -364,32 +321,16 @@ void lexwend::doubles::appearanceChanged() {
   made->keyCode_ = keyCode;
   return [made autorelease];
 }
-+ (NSEvent*)otherEventWithType:(NSEventType)type
-                      location:(NSPoint)location
-                 modifierFlags:(NSEventModifierFlags)flags
-                     timestamp:(NSTimeInterval)time
-                  windowNumber:(NSInteger)windowNumber
-                       context:(NSGraphicsContext*)context
-                       subtype:(short)subtype
-                         data1:(NSInteger)data1
-                         data2:(NSInteger)data2 {
-  NSEvent* made = [[self alloc] init];
-  made->type_ = type;
-  made->flags_ = flags;
-  return [made autorelease];
-}
 + (id)addLocalMonitorForEventsMatchingMask:(NSEventMask)mask handler:(NSEvent* (^)(NSEvent*))block {
   requireApplication();
   requireNonnull((void*)block);
   record(std::to_string(mask));
+  if (takeFailure()) return nil;
   LXWKeyMonitor* monitor = [[LXWKeyMonitor alloc] init];
   monitor->block = (NSEvent * (^)(NSEvent*))[(id)block copy];
   monitor->mask = mask;
   state().monitors.push_back(monitor);
   return [[monitor retain] autorelease];
-}
-+ (id)addGlobalMonitorForEventsMatchingMask:(NSEventMask)mask handler:(void (^)(NSEvent*))block {
-  die("+[NSEvent addGlobalMonitorForEventsMatchingMask:handler:] would watch other applications' keys");
 }
 + (void)removeMonitor:(id)monitor {
   requireMainThread();
@@ -403,9 +344,6 @@ void lexwend::doubles::appearanceChanged() {
   ((LXWKeyMonitor*)monitor)->block = nil;
   [monitor release];
 }
-- (NSEventType)type {
-  return type_;
-}
 - (NSEventModifierFlags)modifierFlags {
   return flags_;
 }
@@ -414,23 +352,6 @@ void lexwend::doubles::appearanceChanged() {
     die("-[NSEvent keyCode] of an event without a key");
   }
   return keyCode_;
-}
-- (NSString*)characters {
-  return @"";
-}
-- (NSString*)charactersIgnoringModifiers {
-  return @"";
-}
-- (BOOL)isARepeat {
-  return NO;
-}
-- (id)copyWithZone:(struct _NSZone*)zone {
-  return [self retain];
-}
-- (void)encodeWithCoder:(NSCoder*)coder {
-}
-- (instancetype)initWithCoder:(NSCoder*)coder {
-  return [super init];
 }
 @end
 
@@ -518,6 +439,7 @@ void answerNext(long response, std::chrono::microseconds after) {
   state().alertAnswers.push_back({response, after});
 }
 void answerNextWithEscape() { answerNext(kEscape); }
+void answerNextWithReturn() { answerNext(kReturn); }
 void answerWith(std::function<long(const Alert&)> answer) { state().alertAnswer = std::move(answer); }
 std::vector<Alert> shown() { return state().alertsShown; }
 }  // namespace lexwend::doubles::alerts

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/selection/owner.h"
+#include "platform/linux/selection/x_owner.h"
 
 #include <algorithm>
-#include <array>
 
 #include <poll.h>
 #include <xcb/xfixes.h>
@@ -29,12 +28,9 @@ constexpr std::uint32_t kRequestorEvents = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_
 
 constexpr int kWaitForever = -1;
 
-constexpr std::array<std::string_view, 5> kTextTargets = {"UTF8_STRING", "text/plain;charset=utf-8",
-                                                          "text/plain", "TEXT", "STRING"};
-
 }  // namespace
 
-std::unique_ptr<SelectionOwner> SelectionOwner::open(std::function<void(const Change&)> changed) {
+std::unique_ptr<SelectionOwner> XSelectionOwner::open(Changed changed) {
   int screenNumber = 0;
   XcbConnection connection = connectToDisplay(screenNumber);
   xcb_screen_t* screen = connection ? screenOf(connection.get(), screenNumber) : nullptr;
@@ -43,11 +39,11 @@ std::unique_ptr<SelectionOwner> SelectionOwner::open(std::function<void(const Ch
       watchSelection(connection.get(), screen->root, internAtom(connection.get(), "CLIPBOARD"));
   if (!selectionEvent) return nullptr;
   return std::unique_ptr<SelectionOwner>(
-      new SelectionOwner(std::move(connection), *screen, *selectionEvent, std::move(changed)));
+      new XSelectionOwner(std::move(connection), *screen, *selectionEvent, std::move(changed)));
 }
 
-SelectionOwner::SelectionOwner(XcbConnection connection, xcb_screen_t& screen, std::uint8_t selectionEvent,
-                               std::function<void(const Change&)> changed)
+XSelectionOwner::XSelectionOwner(XcbConnection connection, xcb_screen_t& screen, std::uint8_t selectionEvent,
+                                 Changed changed)
     : connection_(std::move(connection)),
       root_(screen.root),
       window_(xcb_generate_id(connection_.get())),
@@ -64,9 +60,9 @@ SelectionOwner::SelectionOwner(XcbConnection connection, xcb_screen_t& screen, s
   serverTime();  // an answer says that the notifications are in force
 }
 
-SelectionOwner::~SelectionOwner() = default;
+XSelectionOwner::~XSelectionOwner() = default;
 
-void SelectionOwner::claim(const ClipboardContents& contents, xcb_timestamp_t time) {
+void XSelectionOwner::claim(const ClipboardContents& contents, xcb_timestamp_t time) {
   letGo();
   claimTime_ = time;
   if (contents.empty()) {
@@ -81,38 +77,37 @@ void SelectionOwner::claim(const ClipboardContents& contents, xcb_timestamp_t ti
   handleEvents();
 }
 
-bool SelectionOwner::stillOwns() {
+bool XSelectionOwner::stillOwns() {
   if (owning_ && ownerOf(clipboard_) != window_) letGo();
   return owning_;
 }
 
-void SelectionOwner::letGo() {
+void XSelectionOwner::letGo() {
   owning_ = false;
   owned_.clear();
   forOthers_.reset();
   fetches_.clear();
 }
 
-void SelectionOwner::serveOthers(const ClipboardContents& contents, const XApplication& exempt) {
+void XSelectionOwner::serveOthers(const ClipboardContents& contents, const XApplication& exempt) {
   forOthers_ = ownedTargets(contents);
   exempt_ = exempt;
 }
 
-SelectionOwner::OwnedTargets SelectionOwner::ownedTargets(const ClipboardContents& contents) {
+XSelectionOwner::OwnedTargets XSelectionOwner::ownedTargets(const ClipboardContents& contents) {
   OwnedTargets owned;
   for (const ClipboardTarget& target : contents) {
-    const bool isText =
-        std::find(kTextTargets.begin(), kTextTargets.end(), target.name) != kTextTargets.end();
-    owned.push_back({atom(target.name), atom(target.propertyType), target.format, isText, target.bytes});
+    owned.push_back({atom(target.name), atom(target.propertyType), target.format, isTextTarget(target.name),
+                     target.bytes});
   }
   return owned;
 }
 
-const SelectionOwner::OwnedTargets& SelectionOwner::contentsFor(xcb_window_t requestor) {
+const XSelectionOwner::OwnedTargets& XSelectionOwner::contentsFor(xcb_window_t requestor) {
   return forOthers_ && !mayBeTheSame(application(requestor), exempt_) ? *forOthers_ : owned_;
 }
 
-bool SelectionOwner::handleEvents() {
+bool XSelectionOwner::handleEvents() {
   bool any = false;
   while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
     handleEvent(*event);
@@ -123,7 +118,7 @@ bool SelectionOwner::handleEvents() {
   return any;
 }
 
-void SelectionOwner::wait(int descriptor, std::optional<Clock::time_point> until) {
+void XSelectionOwner::wait(int descriptor, std::optional<Clock::time_point> until) {
   for (const Transfer& transfer : transfers_) {
     until = std::min(until.value_or(transfer.deadline), transfer.deadline);
   }
@@ -138,7 +133,7 @@ void SelectionOwner::wait(int descriptor, std::optional<Clock::time_point> until
   poll(waited, std::size(waited), timeout);
 }
 
-void SelectionOwner::handleEvent(const xcb_generic_event_t& event) {
+void XSelectionOwner::handleEvent(const xcb_generic_event_t& event) {
   const std::uint8_t type = eventType(event);
   if (type == selectionEvent_) {
     const auto& notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
@@ -169,7 +164,7 @@ void SelectionOwner::handleEvent(const xcb_generic_event_t& event) {
   }
 }
 
-void SelectionOwner::handlePropertyNotify(const xcb_property_notify_event_t& notify) {
+void XSelectionOwner::handlePropertyNotify(const xcb_property_notify_event_t& notify) {
   if (notify.window == window_ && notify.atom == timeProperty_) {
     lastTime_ = notify.time;
   } else if (notify.state == XCB_PROPERTY_DELETE) {
@@ -177,7 +172,7 @@ void SelectionOwner::handlePropertyNotify(const xcb_property_notify_event_t& not
   }
 }
 
-void SelectionOwner::handleRequest(const xcb_selection_request_event_t& request) {
+void XSelectionOwner::handleRequest(const xcb_selection_request_event_t& request) {
   // Requestors of old leave the property to the owner (ICCCM 2.2).
   const xcb_atom_t property = request.property != XCB_ATOM_NONE ? request.property : request.target;
   bool answered = false;
@@ -197,8 +192,8 @@ void SelectionOwner::handleRequest(const xcb_selection_request_event_t& request)
                  reinterpret_cast<const char*>(&notify));
 }
 
-bool SelectionOwner::answer(const OwnedTargets& from, xcb_window_t requestor, xcb_atom_t target,
-                            xcb_atom_t property) {
+bool XSelectionOwner::answer(const OwnedTargets& from, xcb_window_t requestor, xcb_atom_t target,
+                             xcb_atom_t property) {
   xcb_connection_t* c = connection_.get();
   if (target == atom("TARGETS")) {
     std::vector<xcb_atom_t> targets = {target, atom("TIMESTAMP"), atom("MULTIPLE")};
@@ -227,7 +222,7 @@ bool SelectionOwner::answer(const OwnedTargets& from, xcb_window_t requestor, xc
 
 /// The property holds pairs of target and property; where a target cannot be had, None takes the property's
 /// place in the list (ICCCM 2.6.2).
-bool SelectionOwner::answerMultiple(const OwnedTargets& from, xcb_window_t requestor, xcb_atom_t property) {
+bool XSelectionOwner::answerMultiple(const OwnedTargets& from, xcb_window_t requestor, xcb_atom_t property) {
   xcb_connection_t* c = connection_.get();
   const auto cookie =
       xcb_get_property(c, 0, requestor, property, XCB_GET_PROPERTY_TYPE_ANY, 0, kMaxMultipleUnits);
@@ -245,7 +240,7 @@ bool SelectionOwner::answerMultiple(const OwnedTargets& from, xcb_window_t reque
   return true;
 }
 
-void SelectionOwner::startTransfer(xcb_window_t requestor, xcb_atom_t property, const OwnedTarget& owned) {
+void XSelectionOwner::startTransfer(xcb_window_t requestor, xcb_atom_t property, const OwnedTarget& owned) {
   xcb_connection_t* c = connection_.get();
   std::erase_if(transfers_, [&](const Transfer& transfer) {
     return transfer.requestor == requestor && transfer.property == property;
@@ -256,7 +251,7 @@ void SelectionOwner::startTransfer(xcb_window_t requestor, xcb_atom_t property, 
   transfers_.push_back({requestor, property, owned, 0, Clock::now() + kStalledTransfer});
 }
 
-void SelectionOwner::continueTransfer(xcb_window_t requestor, xcb_atom_t property) {
+void XSelectionOwner::continueTransfer(xcb_window_t requestor, xcb_atom_t property) {
   const auto transfer = std::find_if(transfers_.begin(), transfers_.end(), [&](const Transfer& each) {
     return each.requestor == requestor && each.property == property;
   });
@@ -275,13 +270,13 @@ void SelectionOwner::continueTransfer(xcb_window_t requestor, xcb_atom_t propert
   }
 }
 
-void SelectionOwner::noteFetch(xcb_window_t requestor, const OwnedTarget& owned) {
+void XSelectionOwner::noteFetch(xcb_window_t requestor, const OwnedTarget& owned) {
   fetches_.push_back({requestor, owned.isText, Clock::now()});
   if (fetches_.size() > kMaxFetches) fetches_.pop_front();
 }
 
-std::optional<SelectionOwner::Clock::time_point> SelectionOwner::firstFetchBy(const XApplication& by,
-                                                                              Clock::time_point since) {
+std::optional<SelectionOwner::Clock::time_point> XSelectionOwner::firstFetchBy(const XApplication& by,
+                                                                               Clock::time_point since) {
   const auto isBy = [&](xcb_window_t requestor) { return mayBeTheSame(application(requestor), by); };
   const bool isUnderWay = std::any_of(transfers_.begin(), transfers_.end(),
                                       [&](const Transfer& each) { return isBy(each.requestor); });
@@ -292,12 +287,12 @@ std::optional<SelectionOwner::Clock::time_point> SelectionOwner::firstFetchBy(co
   return first == fetches_.end() ? std::nullopt : std::optional(first->time);
 }
 
-bool SelectionOwner::wasFetched(Clock::time_point since) const {
+bool XSelectionOwner::wasFetched(Clock::time_point since) const {
   return transfers_.empty() &&
          std::any_of(fetches_.begin(), fetches_.end(), [&](const Fetch& each) { return each.time >= since; });
 }
 
-void SelectionOwner::watch(xcb_window_t window) {
+void XSelectionOwner::watch(xcb_window_t window) {
   watched_ = window;
   // A window has one set of events for each connection, and it may be a requestor at the same time.
   const auto cookie =
@@ -306,11 +301,11 @@ void SelectionOwner::watch(xcb_window_t window) {
   watchedIsGone_ = error != nullptr;
 }
 
-void SelectionOwner::endTransfersOf(xcb_window_t requestor) {
+void XSelectionOwner::endTransfersOf(xcb_window_t requestor) {
   std::erase_if(transfers_, [requestor](const Transfer& each) { return each.requestor == requestor; });
 }
 
-void SelectionOwner::dropStalledTransfers() {
+void XSelectionOwner::dropStalledTransfers() {
   const Clock::time_point now = Clock::now();
   std::vector<xcb_window_t> requestors;
   for (const Transfer& transfer : transfers_) {
@@ -320,7 +315,7 @@ void SelectionOwner::dropStalledTransfers() {
   for (const xcb_window_t requestor : requestors) stopWatching(requestor);
 }
 
-void SelectionOwner::stopWatching(xcb_window_t requestor) {
+void XSelectionOwner::stopWatching(xcb_window_t requestor) {
   const bool used = std::any_of(transfers_.begin(), transfers_.end(),
                                 [requestor](const Transfer& each) { return each.requestor == requestor; });
   if (!used && requestor != watched_) {
@@ -329,7 +324,7 @@ void SelectionOwner::stopWatching(xcb_window_t requestor) {
   }
 }
 
-bool SelectionOwner::handOver(Clock::time_point until) {
+bool XSelectionOwner::handOver(Clock::time_point until) {
   const xcb_atom_t manager = atom("CLIPBOARD_MANAGER");
   if (ownerOf(manager) == XCB_WINDOW_NONE) return false;
   xcb_connection_t* c = connection_.get();
@@ -348,7 +343,7 @@ bool SelectionOwner::handOver(Clock::time_point until) {
 }
 
 /// Learnt by changing a property.
-xcb_timestamp_t SelectionOwner::serverTime() {
+xcb_timestamp_t XSelectionOwner::serverTime() {
   lastTime_ = XCB_CURRENT_TIME;
   xcb_change_property(connection_.get(), XCB_PROP_MODE_APPEND, window_, timeProperty_, XCB_ATOM_INTEGER, 32,
                       0, nullptr);
@@ -362,12 +357,12 @@ xcb_timestamp_t SelectionOwner::serverTime() {
   return lastTime_;
 }
 
-SelectionOwner::Clock::time_point SelectionOwner::inOwnTime(xcb_timestamp_t time) const {
+SelectionOwner::Clock::time_point XSelectionOwner::inOwnTime(xcb_timestamp_t time) const {
   // The server's clock starts again after 49 days: what counts is the distance.
   return lastTimeHere_ + std::chrono::milliseconds(static_cast<std::int32_t>(time - lastTime_));
 }
 
-xcb_window_t SelectionOwner::ownerOf(xcb_atom_t selection) {
+xcb_window_t XSelectionOwner::ownerOf(xcb_atom_t selection) {
   const auto cookie = xcb_get_selection_owner(connection_.get(), selection);
   const XcbReply<xcb_get_selection_owner_reply_t> reply(
       xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/wayland/data_control_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace lexwend::platform {
+namespace {
+
+constexpr xcb_window_t kSomebody = 1;  // owns the clipboard
+
+}  // namespace
+
+std::unique_ptr<ClipboardReader> DataControlReader::open(std::string_view selection) {
+  auto control = DataControl::open();
+  if (!control) return nullptr;
+  return std::unique_ptr<ClipboardReader>(new DataControlReader(std::move(control), selection == "PRIMARY"));
+}
+
+void DataControlReader::begin() {
+  const auto note = [this](DataControl::OfferRef offer) { offer_ = std::move(offer); };
+  if (isPrimary_) {
+    control_->watch({}, note);
+  } else {
+    control_->watch(note);
+  }
+  control_->connection().roundTrip();
+}
+
+void DataControlReader::end() {
+  offer_.reset();
+  reading_.reset();
+  control_->stopWatching();
+}
+
+xcb_window_t DataControlReader::owner() {
+  control_->connection().handleEvents();
+  return offer_ != nullptr ? kSomebody : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
+}
+
+xcb_window_t DataControlReader::ownerOf(std::string_view /*selection*/) {
+  return XCB_WINDOW_NONE;
+}
+
+ClipboardReader::Answer DataControlReader::readTargetNames(Limits& /*limits*/,
+                                                           std::vector<std::string>& names) {
+  reading_ = offer_;
+  if (reading_ == nullptr) return Answer::ownerChanged;
+  names = reading_->types();
+  return names.size() > kMaxTargets ? Answer::overBudget : Answer::given;
+}
+
+ClipboardReader::Answer DataControlReader::convert(const std::string& target, Limits& limits,
+                                                   ClipboardTarget& answer) {
+  if (reading_ == nullptr || reading_ != offer_) return Answer::ownerChanged;
+  const auto& types = reading_->types();
+  if (std::find(types.begin(), types.end(), target) == types.end()) return Answer::refused;
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return Answer::overBudget;
+  // The program that writes waits for nobody where the pipe is full, and most expect that it waits.
+  fcntl(ends[1], F_SETFL, 0);
+  reading_->receive(target, ends[1]);
+  control_->connection().flush();
+  close(ends[1]);
+  const Answer result = readToEnd(ends[0], limits, answer.bytes);
+  close(ends[0]);
+  if (result == Answer::given) {
+    answer.propertyType = targetOfTypeName(target).propertyType;
+    answer.format = 8;
+  }
+  return result;
+}
+
+ClipboardReader::Answer DataControlReader::readToEnd(int descriptor, Limits& limits, Bytes& answer) {
+  constexpr std::size_t kPiece = std::size_t{64} * 1024;
+  std::vector<std::byte> bytes;
+  std::vector<std::byte> piece(kPiece);
+  Clock::time_point deadline = limits.nextDeadline();
+  while (Clock::now() < deadline) {
+    const ssize_t count = read(descriptor, piece.data(), piece.size());
+    if (count == 0 && bytes.empty()) return Answer::refused;
+    if (count == 0) {
+      answer = Bytes(std::move(bytes));
+      return Answer::given;
+    }
+    if (count > 0) {
+      const auto size = static_cast<std::size_t>(count);
+      if (size > limits.bytesLeft) return Answer::overBudget;
+      limits.bytesLeft -= size;
+      bytes.insert(bytes.end(), piece.begin(), piece.begin() + count);
+      deadline = limits.nextDeadline();
+      continue;
+    }
+    if (errno != EAGAIN && errno != EINTR) return Answer::refused;
+    std::vector<pollfd> waited = {{descriptor, POLLIN, 0}};
+    control_->connection().wait(waited, deadline);
+    control_->connection().handleEvents();
+    if (reading_ != offer_) return Answer::ownerChanged;
+  }
+  return Answer::overBudget;
+}
+
+}  // namespace lexwend::platform

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/selection/reader.h"
+#include "platform/linux/wayland/data_control.h"
+
+namespace lexwend::platform {
+
+/// A clipboard of a Wayland compositor. A type of which nothing comes counts as
+/// refused. Between
+/// reads the compositor tells this program nothing. Everybody is one and the same XApplication.
+class DataControlReader : public ClipboardReader {
+ public:
+  /// Null when there is no compositor or it has no data control.
+  static std::unique_ptr<ClipboardReader> open(std::string_view selection);
+
+  XApplication application(xcb_window_t /*window*/) override { return {}; }
+  /// No clipboard manager is known to own anything.
+  xcb_window_t ownerOf(std::string_view selection) override;
+
+ private:
+  DataControlReader(std::unique_ptr<DataControl> control, bool isPrimary)
+      : control_(std::move(control)), isPrimary_(isPrimary) {}
+  void begin() override;
+  void end() override;
+  xcb_window_t owner() override;
+  void giveUp() override {}
+  Answer readTargetNames(Limits& limits, std::vector<std::string>& names) override;
+  Answer convert(const std::string& target, Limits& limits, ClipboardTarget& answer) override;
+  Answer readToEnd(int descriptor, Limits& limits, Bytes& answer);
+
+  std::unique_ptr<DataControl> control_;
+  bool isPrimary_;
+  DataControl::OfferRef offer_;    // what is there now
+  DataControl::OfferRef reading_;  // what is being read
+};
+
+}  // namespace lexwend::platform

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/wayland/key_events.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include <linux/input-event-codes.h>
+
+#include "platform/linux/keymap/mac_key_codes.h"
+#include "platform/linux/session/window_classes.h"
+
+namespace lexwend::platform {
+namespace {
+
+struct Key {
+  std::uint16_t evdev;
+  std::uint32_t modifier;  ///< that it is; 0 for any other key
+};
+constexpr Key kControl{KEY_LEFTCTRL, VirtualKeyboard::control};
+constexpr Key kShift{KEY_LEFTSHIFT, VirtualKeyboard::shift};
+constexpr Key kInsert{KEY_INSERT, 0};
+
+struct FlagKey {
+  EventFlags flag;
+  Key key;
+};
+constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, kControl},
+                                               {kEventFlagShift, kShift},
+                                               {kEventFlagOption, {KEY_LEFTALT, VirtualKeyboard::alt}},
+                                               {kEventFlagControl, {KEY_LEFTMETA, VirtualKeyboard::super}}}};
+
+class VirtualEventSource : public EventSource {};
+
+class VirtualKeyEvent : public KeyEvent {
+ public:
+  VirtualKeyEvent(KeyCode macKeyCode, std::uint16_t evdevKey, bool down)
+      : macKeyCode_(macKeyCode), evdevKey_(evdevKey), down_(down) {}
+  void setFlags(EventFlags flags) override { flags_ = flags; }
+
+  bool down() const { return down_; }
+  Shortcut shortcut() const { return shortcutOf(macKeyCode_, flags_); }
+  /// The modifier keys in the order of pressing, and the key itself last.
+  std::vector<Key> chord() const {
+    switch (shortcut()) {
+      case Shortcut::copy:
+        return {kControl, kInsert};
+      case Shortcut::paste:
+        return {kShift, kInsert};
+      case Shortcut::none:
+        break;
+    }
+    std::vector<Key> chord;
+    for (const FlagKey& flagKey : kFlagKeys) {
+      if (overlap(flags_, flagKey.flag)) chord.push_back(flagKey.key);
+    }
+    chord.push_back({evdevKey_, 0});
+    return chord;
+  }
+
+ private:
+  KeyCode macKeyCode_;
+  std::uint16_t evdevKey_;
+  bool down_;
+  EventFlags flags_{};
+};
+
+}  // namespace
+
+WaylandKeyEvents::WaylandKeyEvents(Needs needs)
+    : needs_(std::move(needs)), keyboard_(VirtualKeyboard::open()) {}
+
+EventFlags WaylandKeyEvents::flagsState(EventSourceState /*state*/) {
+  return kNoEventFlags;
+}
+
+EventSourceRef WaylandKeyEvents::createSource(EventSourceState /*state*/) {
+  return keyboard_ ? std::make_shared<const VirtualEventSource>() : nullptr;
+}
+
+std::unique_ptr<KeyEvent> WaylandKeyEvents::createKeyboardEvent(const EventSourceRef& /*source*/,
+                                                                KeyCode keyCode, bool keyDown) {
+  const auto key = evdevFromMacKeyCode(keyCode);
+  if (!keyboard_ || !key) return nullptr;
+  return std::make_unique<VirtualKeyEvent>(keyCode, *key, keyDown);
+}
+
+PostResult WaylandKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
+  const auto* keyEvent = dynamic_cast<const VirtualKeyEvent*>(&event);
+  if (keyEvent == nullptr || !keyboard_) return PostResult::refused;
+  const Shortcut shortcut = keyEvent->shortcut();
+  if (keyEvent->down() && shortcut != Shortcut::none) {
+    const auto front = needs_.frontWindow ? needs_.frontWindow() : std::nullopt;
+    if (!mayPlay(shortcut, front)) return PostResult::refused;
+    const PlayedShortcut played{{}, XCB_WINDOW_NONE, std::chrono::steady_clock::now()};
+    if (shortcut == Shortcut::copy) copiedFrom_ = front ? std::optional(front->id) : std::nullopt;
+    (shortcut == Shortcut::copy ? lastCopy_ : lastPaste_) = played;
+  }
+  std::vector<Key> chord = keyEvent->chord();
+  std::uint32_t modifiers = 0;
+  if (!keyEvent->down()) {
+    for (const Key& key : chord) modifiers |= key.modifier;
+    std::reverse(chord.begin(), chord.end());
+  }
+  for (const Key& key : chord) {
+    modifiers = keyEvent->down() ? modifiers | key.modifier : modifiers & ~key.modifier;
+    keyboard_->play(key.evdev, keyEvent->down(), modifiers);
+  }
+  return keyboard_->settle() ? PostResult::posted : PostResult::refused;
+}
+
+bool WaylandKeyEvents::mayPlay(Shortcut shortcut, const std::optional<FrontWindow>& front) {
+  if (shortcut == Shortcut::paste) {
+    return (!copiedFrom_ || (front && front->id == copiedFrom_)) && (!needs_.mayPaste || needs_.mayPaste());
+  }
+  if (front && refusesCopy(front->windowClass)) return false;
+  return !needs_.mayCopy || needs_.mayCopy();
+}
+
+}  // namespace lexwend::platform

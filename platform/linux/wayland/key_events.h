@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "platform/key_events.h"
+#include "platform/linux/display/x_application.h"
+#include "platform/linux/keymap/shortcuts.h"
+#include "platform/linux/session/front_window.h"
+#include "platform/linux/wayland/virtual_keyboard.h"
+
+namespace lexwend::platform {
+
+/// Keys of a virtual keyboard. Command is Control here, Option is Alt, and Control is Super. Main thread
+/// only. A call waits for the compositor, and for nobody else.
+///
+/// A shortcut is refused in a terminal, in a prompt for a password, and in an editor in which copying ends
+/// the selection (window_classes.h). A copy is refused when `mayCopy` returns false, a paste when `mayPaste`
+/// does. A paste is refused when the window in front is not the one at the time of the copy.
+class WaylandKeyEvents : public KeyEvents {
+ public:
+  struct Needs {
+    /// The window that has the keyboard; nothing where the compositor does not tell.
+    std::function<std::optional<FrontWindow>()> frontWindow;
+    std::function<bool()> mayCopy;   ///< asked right before a copy
+    std::function<bool()> mayPaste;  ///< asked right before a paste
+  };
+  explicit WaylandKeyEvents(Needs needs);
+
+  /// Always none: a compositor tells only the program in front what the user holds. It makes no difference to
+  /// the keys that are played here.
+  EventFlags flagsState(EventSourceState state) override;
+  EventSourceRef createSource(EventSourceState state) override;
+  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
+                                                bool keyDown) override;
+  PostResult post(EventTap tap, const KeyEvent& event) override;
+
+  /// The last copy and the last paste that were sent.
+  const std::optional<PlayedShortcut>& lastCopy() const { return lastCopy_; }
+  const std::optional<PlayedShortcut>& lastPaste() const { return lastPaste_; }
+
+ private:
+  bool mayPlay(Shortcut shortcut, const std::optional<FrontWindow>& front);
+
+  Needs needs_;
+  std::unique_ptr<VirtualKeyboard> keyboard_;
+  std::optional<std::int64_t> copiedFrom_;  // the window
+  std::optional<PlayedShortcut> lastCopy_;
+  std::optional<PlayedShortcut> lastPaste_;
+};
+
+}  // namespace lexwend::platform
