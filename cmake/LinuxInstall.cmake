@@ -15,7 +15,10 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/org.lexwend.Lexwend.desktop"
 install(FILES packaging/linux/lexwend.conf DESTINATION "${CMAKE_INSTALL_DATADIR}/user-tmpfiles.d")
 install(FILES packaging/icons/org.lexwend.Lexwend.svg
   DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
-install(FILES packaging/icons/org.lexwend.Lexwend-symbolic.svg
+foreach(state "" -waiting -done -failed)
+  list(APPEND symbolic_icons "packaging/icons/org.lexwend.Lexwend${state}-symbolic.svg")
+endforeach()
+install(FILES ${symbolic_icons}
   DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/symbolic/apps")
 set(LEXWEND_RELEASE_DATE "" CACHE STRING "The day of the release in the metainfo file, YYYY-MM-DD; today where it is empty")
 if(NOT LEXWEND_RELEASE_DATE)

@@ -17,6 +17,7 @@ class KeyMonitor;
 class Alerts;
 class Workspace;
 class RunningApplications;
+class RunningInstance;
 class UserDefaults;
 class LoginItem;
 class RunLoop;
@@ -45,6 +46,8 @@ class Host {
   virtual Alerts& alerts() = 0;
   virtual Workspace& workspace() = 0;
   virtual RunningApplications& runningApplications() = 0;
+  /// By default one that reaches nobody and answers `notHere`.
+  virtual RunningInstance& runningInstance();
   virtual UserDefaults& standardUserDefaults() = 0;
   virtual LoginItem& loginItem() = 0;
   virtual RunLoop& runLoop() = 0;

@@ -39,6 +39,7 @@ LINUX = "platform/linux"
 LINUX_ROOMS = {
     "display": set(),
     "session": set(),
+    "instance": {"session"},
     "keymap": set(),
     "keyboard": {"display", "session", "keymap"},
     "selection": {"display"},

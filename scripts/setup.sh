@@ -29,8 +29,8 @@ packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
   x11-xserver-utils libglib2.0-bin foot xwayland qtwayland5 kate
   gir1.2-gtk-3.0 gir1.2-gtk-4.0 gir1.2-vte-2.91"
 
-# The large applications of `./test --all`.
-packages_large="emacs-nox chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 kate"
+# The large applications of `./test --all`, and what makes the roots of its desktops.
+packages_large="emacs-nox chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 mmdebstrap"
 
 # To make and check the Debian package, and to try it in a fresh root.
 packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db mmdebstrap xvfb x11-xkb-utils"

@@ -22,6 +22,7 @@
 #include "platform/fake/fake_recorder_window.h"
 #include "platform/fake/fake_run_loop.h"
 #include "platform/fake/fake_running_applications.h"
+#include "platform/fake/fake_running_instance.h"
 #include "platform/fake/fake_secure_input.h"
 #include "platform/fake/fake_status_bar.h"
 #include "platform/fake/fake_system.h"
@@ -65,6 +66,7 @@ class FakeHost : public Host {
   FakeAlerts& alerts() override { return alerts_; }
   FakeWorkspace& workspace() override { return workspace_; }
   FakeRunningApplications& runningApplications() override { return runningApplications_; }
+  FakeRunningInstance& runningInstance() override { return runningInstance_; }
   FakeUserDefaults& standardUserDefaults() override { return userDefaults_; }
   FakeLoginItem& loginItem() override { return loginItem_; }
   FakeRunLoop& runLoop() override { return runLoop_; }
@@ -124,6 +126,7 @@ class FakeHost : public Host {
   FakeAlerts alerts_;
   FakeWorkspace workspace_;
   FakeRunningApplications runningApplications_;
+  FakeRunningInstance runningInstance_;
   FakeUserDefaults userDefaults_;
   FakeLoginItem loginItem_;
   FakeRunLoop runLoop_;

@@ -114,6 +114,10 @@ RunningApplications& LinuxHost::runningApplications() {
   return runningApplications_;
 }
 
+RunningInstance& LinuxHost::runningInstance() {
+  return made(runningInstance_, &LinuxStatusBar::menuIsOpen);
+}
+
 UserDefaults& LinuxHost::standardUserDefaults() {
   std::call_once(userDefaultsMade_, [this] { userDefaults_.emplace(LinuxUserDefaults::standardPath()); });
   return *userDefaults_;

@@ -11,6 +11,7 @@
 #include "platform/linux/clipboard/pasteboard.h"
 #include "platform/linux/diagnosis/diagnosis.h"
 #include "platform/linux/display/x11_connection.h"
+#include "platform/linux/instance/running_instance.h"
 #include "platform/linux/keyboard/hot_key_service.h"
 #include "platform/linux/keyboard/input_sources.h"
 #include "platform/linux/keyboard/key_events.h"
@@ -56,6 +57,7 @@ class LinuxHost : public Host {
   Alerts& alerts() override;
   Workspace& workspace() override;
   RunningApplications& runningApplications() override;
+  RunningInstance& runningInstance() override;
   UserDefaults& standardUserDefaults() override;
   LoginItem& loginItem() override;
   RunLoop& runLoop() override;
@@ -102,6 +104,7 @@ class LinuxHost : public Host {
   LinuxKeyMonitor keyMonitor_;
   LinuxRecorderWindows recorderWindows_;
   std::optional<LinuxStatusBar> statusBar_;
+  std::optional<LinuxRunningInstance> runningInstance_;
   std::optional<LinuxKeyEvents> keyEvents_;
   std::optional<WaylandKeyEvents> waylandKeyEvents_;
   std::optional<LinuxHotKeyService> hotKeyService_;

@@ -25,6 +25,11 @@ def expect_installed(root, prefix):
     entry = shown.read_text(encoding='utf-8').splitlines()
     assert f'Exec="{prefix}/bin/lexwend"' in entry, entry
     assert f'Icon={IDENTIFIER}' in entry, entry
+    for action in ('fix', 'menu', 'settings', 'quit'):
+        assert f'[Desktop Action {action}]' in entry and f'Exec="{prefix}/bin/lexwend" --{action}' in entry, entry
+    for state in ('', '-waiting', '-done', '-failed'):
+        icon = root / 'share' / 'icons' / 'hicolor' / 'symbolic' / 'apps' / f'{IDENTIFIER}{state}-symbolic.svg'
+        assert icon.is_file(), icon
     for program in ('lexwend', 'lexwend-convert', 'lexwend-doctor'):
         assert os.access(root / 'bin' / program, os.X_OK), program
         run = subprocess.run([root / 'bin' / program, '--version'], stdout=subprocess.PIPE, text=True, check=True)
