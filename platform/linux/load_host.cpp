@@ -48,12 +48,16 @@ class NoInputSources : public InputSourceService {
   Registration observeEnabledLayoutsChanged(std::function<void()> /*handler*/) override { return {}; }
 };
 
+bool isNamed(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
 class HostOfPrograms : public Host {
  public:
   InputSourceService& inputSourceService() override {
-    const char* const display = std::getenv("DISPLAY");
-    const bool namesADisplay = display != nullptr && *display != '\0';
-    return namesADisplay ? loaded().inputSourceService() : noInputSources_;
+    // The second is the compositor that tells layouts.
+    return isNamed("DISPLAY") || isNamed("SWAYSOCK") ? loaded().inputSourceService() : noInputSources_;
   }
   Accessibility& accessibility() override { return loaded().accessibility(); }
   SecureInput& secureInput() override { return loaded().secureInput(); }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/sway/own.h"
 #include "platform/host.h"
-#include "platform/linux/display/x.h"         // denied
+#include "platform/linux/display/x.h"
 #include "platform/linux/session/x.h"
 #include "platform/linux/keymap/x.h"
 #include "platform/linux/keyboard/x.h"        // denied
