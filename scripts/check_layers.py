@@ -45,7 +45,7 @@ LINUX_ROOMS = {
     "selection": {"display"},
     "clipboard": {"selection", "display"},
     "wayland": {"selection", "display", "session", "keymap"},
-    "sway": {"session", "keymap"},
+    "sway": {"display", "session", "keymap"},
     "accessibility": {"session"},
     "tray": {"display", "session"},
     "windows": {"tray", "keymap", "display", "session"},

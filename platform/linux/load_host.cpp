@@ -57,6 +57,11 @@ class NoInputSources : public InputSourceService {
   Registration observeEnabledLayoutsChanged(std::function<void()> /*handler*/) override { return {}; }
 };
 
+bool isNamed(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
 class HostOfPrograms : public Host {
  public:
   InputSourceService& inputSourceService() override {

@@ -2,7 +2,7 @@
 #include "platform/host.h"
 #include "platform/linux/accessibility/x.h"  // denied
 #include "platform/linux/clipboard/x.h"      // denied
-#include "platform/linux/display/x.h"        // denied
+#include "platform/linux/display/x.h"
 #include "platform/linux/keyboard/x.h"       // denied
 #include "platform/linux/keymap/x.h"
 #include "platform/linux/linux_host.h"   // denied
