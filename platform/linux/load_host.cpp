@@ -77,6 +77,7 @@ class HostOfPrograms : public Host {
   Alerts& alerts() override { return loaded().alerts(); }
   Workspace& workspace() override { return loaded().workspace(); }
   RunningApplications& runningApplications() override { return loaded().runningApplications(); }
+  RunningInstance& runningInstance() override { return loaded().runningInstance(); }
   UserDefaults& standardUserDefaults() override { return loaded().standardUserDefaults(); }
   LoginItem& loginItem() override { return loaded().loginItem(); }
   RunLoop& runLoop() override { return loaded().runLoop(); }
