@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/session/running_applications.h"
+#include "platform/linux/instance/running_applications.h"
 
 #include <string>
 #include <utility>
