@@ -21,7 +21,8 @@ std::unique_ptr<Host> load() {
   void* const maker = module != nullptr ? dlsym(module, "lexwendMakeHost") : nullptr;
   if (maker == nullptr) {
     std::fprintf(stderr, "lexwend: the part for this desktop cannot be loaded: %s\n", dlerror());
-    std::exit(EXIT_FAILURE);
+    std::fflush(stdout);
+    std::_Exit(EXIT_FAILURE);  // the destructors of static objects would ask for the host again
   }
   return std::unique_ptr<Host>(reinterpret_cast<Host* (*)()>(maker)());
 }
@@ -56,11 +57,6 @@ class NoInputSources : public InputSourceService {
   }
   Registration observeEnabledLayoutsChanged(std::function<void()> /*handler*/) override { return {}; }
 };
-
-bool isNamed(const char* variable) {
-  const char* const value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
-}
 
 class HostOfPrograms : public Host {
  public:

@@ -34,13 +34,22 @@ def expect_installed(root, prefix):
         assert os.access(root / 'bin' / program, os.X_OK), program
         run = subprocess.run([root / 'bin' / program, '--version'], stdout=subprocess.PIPE, text=True, check=True)
         assert run.stdout.startswith(program + ' '), run.stdout
-    # The part for the desktop is found beside the programs: without a display it finds no layouts.
-    asked = subprocess.run([root / 'bin' / 'lexwend-convert', '--map', 'system'], stdin=subprocess.DEVNULL,
-                           stderr=subprocess.PIPE, text=True, check=False, env={})
-    assert asked.stderr == 'lexwend-convert: no enabled Hebrew and English layouts found\n', asked.stderr
+    # The part for the desktop is found beside the programs: on a display that is not there it finds no layouts.
+    assert ask_for_layouts(root) == (1, 'lexwend-convert: no enabled Hebrew and English layouts found\n')
+    part, away = root / 'lib', root / 'lib.away'
+    part.rename(away)
+    status, said = ask_for_layouts(root)
+    assert status == 1 and said.startswith('lexwend: the part for this desktop cannot be loaded: '), (status, said)
+    away.rename(part)
     assert (root / 'share' / 'icons' / 'hicolor' / 'scalable' / 'apps' / f'{IDENTIFIER}.svg').is_file()
     folders = (root / 'share' / 'user-tmpfiles.d' / 'lexwend.conf').read_text(encoding='utf-8')
     assert '\nd %h/Library/Logs ' in folders, folders
+
+
+def ask_for_layouts(root):
+    run = subprocess.run([root / 'bin' / 'lexwend-convert', '--map', 'system'], stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                         text=True, check=False, env={'DISPLAY': ':none'})
+    return run.returncode, run.stderr
 
 
 def files(folder):
