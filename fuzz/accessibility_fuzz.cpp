@@ -184,8 +184,10 @@ void checkText(const ScriptedField& before, const std::string& after) {
   const int length = before.toolkit == "Qt" ? before.text.length() : before.text.countChar32();
   auto [start, end] = before.selections.front();
   if (start > end) std::swap(start, end);
-  if (start < 0 || end > length) start = end = 0;  // no selection: then the whole text has to be there
   const auto index = [&](int at) { return before.toolkit == "Qt" ? at : before.text.moveIndex32(0, at); };
+  const auto cutsACharacter = [&](int at) { return before.text.getChar32Limit(index(at)) != index(at); };
+  // No selection, or one that is not to be touched: then the whole text has to be there.
+  if (start < 0 || end > length || cutsACharacter(start) || cutsACharacter(end)) start = end = 0;
   std::string head;
   std::string tail;
   before.text.tempSubStringBetween(0, index(start)).toUTF8String(head);

@@ -51,7 +51,7 @@ class Run:
             folder.mkdir(parents=True, exist_ok=True)
         corpus = HERE / 'corpus' / name
         command = [str(BUILD / 'fuzz' / f'fuzz_{name}'), f'-max_total_time={self.seconds}', '-max_len=2048', '-timeout=20',
-                   '-rss_limit_mb=2048', '-close_fd_mask=3', f'-artifact_prefix={findings}/{name}-', str(found),
+                   '-rss_limit_mb=2048', '-close_fd_mask=1', f'-artifact_prefix={findings}/{name}-', str(found),
                    *([str(corpus)] if corpus.is_dir() else [])]
         with tempfile.TemporaryFile('w+', errors='replace') as output:
             process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=output, start_new_session=True,

@@ -79,6 +79,13 @@ bool canBeReplaced(const Field& field, Toolkit toolkit) {
   return field.has(ATSPI_STATE_EDITABLE) && !field.has(ATSPI_STATE_READ_ONLY);
 }
 
+/// Whether one end lies inside a pair of UTF-16 units. Half a character cannot be told over the bus, so it
+/// could not be given back. With code points for units there is no such place.
+bool cutsACharacter(const TextRange& range, const icu::UnicodeString& whole, Toolkit toolkit) {
+  const auto isInside = [&whole](std::int32_t at) { return whole.getChar32Limit(at) != at; };
+  return toolkit == Toolkit::qt && (isInside(range.start) || isInside(range.end));
+}
+
 }  // namespace
 
 LinuxAccessibility::LinuxAccessibility(Display display) : display_(std::move(display)), finder_(bus_) {}
@@ -202,6 +209,10 @@ AttributeResult LinuxAccessibility::selectedText(const AtspiElement& element) {
     return {kNoValue, {}};  // the field does not count as its toolkit does
   }
   if (element.isSettable() && integerIn(answers[2]) == field.length) element.wholeText = textIn(answers[1]);
+  if (element.wholeText && cutsACharacter(*field.selection, utf16(*element.wholeText), element.toolkit())) {
+    element.wholeText.reset();
+    return {kNoValue, {}};
+  }
   element.selectedText = selected;
   return {0, std::move(*selected)};
 }

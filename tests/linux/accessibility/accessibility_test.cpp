@@ -140,6 +140,19 @@ TEST_F(AField, keepsItsTextWhenTheNewOneDoesNotGoInWhole) {
   }
 }
 
+TEST_F(AField, whoseSelectionCutsACharacterIsNotTouched) {
+  for (const auto& range : Ranges({{0, 2}, {2, 4}, {2, 3}})) {
+    SCOPED_TRACE(range.first);
+    restart(selected(u"a\U0001F600kuo", range, "Qt"));
+    EXPECT_NE(replace("x"), 0);
+    EXPECT_EQ(app->text(), "a\U0001F600kuo");
+    EXPECT_EQ(app->calls("InsertText"), 0);
+  }
+  restart(selected(u"kuo\U0001F600", {3, 5}, "Qt"));  // up to the end of the text
+  EXPECT_EQ(replace("x"), 0);
+  EXPECT_EQ(app->text(), "kuox");
+}
+
 TEST_F(AField, takesWhatIsTypedBehindTheNewText) {
   ScriptedField field = selected(u"akuo nv", {0, 4});
   field.selectionGrows = true;
