@@ -201,6 +201,7 @@ struct Desktop {
   PrivateBus bus;
   std::optional<std::string> windowClass;
   std::optional<std::string> primary;
+  std::string toolkit;
   std::unique_ptr<ScriptedApplication> app = std::make_unique<ScriptedApplication>();
   LinuxAccessibility access{
       {.mayControl = [] { return true; },
@@ -213,6 +214,16 @@ struct Desktop {
     app->show({});
     constexpr AccessibilityError kNotConnected = -25204;
     require(pumpUntil([this] { return focus().error != kNotConnected; }));
+  }
+  /// An application keeps its toolkit: the agent asks for it once. What it has not answered in time reaches
+  /// nobody, not the next field.
+  void restart() {
+    app = nullptr;
+    app = std::make_unique<ScriptedApplication>();
+  }
+  void show(const ScriptedField& field, const std::map<std::string, ScriptedObject>& others) {
+    if (std::exchange(toolkit, field.toolkit) != field.toolkit) restart();
+    app->show(field, others);
   }
   AttributeResult focus() {
     return access.copyAttributeValue(access.createSystemWideElement(), kFocusedUIElementAttribute);
@@ -258,16 +269,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       return answers->remaining_bytes() != 0 && rarely(*answers) ? strangeAnswer(*answers) : nullptr;
     };
   }
-  kDesktop->app->show(shown, tree);
+  kDesktop->show(shown, tree);
   const auto start = std::chrono::steady_clock::now();
   kDesktop->fix(newText);
   const bool mayBeUnderWay = std::chrono::steady_clock::now() - start > std::chrono::milliseconds(200);
   require(!kDesktop->app->wasOverrun());
   if (isHonest(shown)) checkText(shown, kDesktop->app->text());
   while (g_main_context_iteration(nullptr, FALSE) != FALSE) continue;
-  if (mayBeUnderWay) {  // what was not answered in time reaches nobody, not the next field
-    kDesktop->app = nullptr;
-    kDesktop->app = std::make_unique<ScriptedApplication>();
-  }
+  if (mayBeUnderWay) kDesktop->restart();
   return 0;
 }
