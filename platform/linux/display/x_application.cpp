@@ -29,6 +29,7 @@ XApplication applicationOf(xcb_connection_t* connection, xcb_window_t window) {
 }
 
 bool mayBeTheSame(const XApplication& one, const XApplication& other) {
+  if (one.process && other.process) return *one.process == *other.process;
   return one.client == other.client || one.process == other.process;
 }
 

@@ -46,5 +46,10 @@ TEST(ProgramOfAWindow, thatHasGoneIsNoneOfThoseThatAreThere) {
   EXPECT_FALSE(mayBeTheSame(applicationOf(x11->get(), own.id()), applicationOf(x11->get(), gone)));
 }
 
+TEST(ProgramOfAWindow, isAnotherOneThatHasGotThePrefixOfOneThatHasGone) {
+  EXPECT_FALSE(mayBeTheSame({0xc00000, 1000}, {0xc00000, 1001}));
+  EXPECT_TRUE(mayBeTheSame({0xc00000, 1000}, {0xc00000, std::nullopt})) << "its window may have gone";
+}
+
 }  // namespace
 }  // namespace lexwend::platform
