@@ -113,8 +113,13 @@ void LinuxPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
       }
     }
   }
-  owner_->stay(std::move(contents), pasteOfPassingText());
-  passingIsOver_ = true;
+  // Of fixes in quick succession the restore of the first may come after the second has pasted. What the user
+  // has copied between them is what the second has read, and its own restore is still to come.
+  const auto paste = pasteOfPassingText();
+  const bool isOfAnEarlierFix = paste && lastRead_ && contents != *lastRead_;
+  if (isOfAnEarlierFix) contents = *lastRead_;
+  owner_->stay(std::move(contents), paste);
+  passingIsOver_ = !isOfAnEarlierFix;
   forgetSoon();
 }
 

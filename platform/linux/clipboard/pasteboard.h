@@ -51,7 +51,9 @@ struct PasteboardBudget {
 /// the text or has closed its window, 30 s at most; all other programs get the new contents meanwhile. Where
 /// no paste shortcut was played it waits for half a second or the next question to this pasteboard.
 ///
-/// What somebody else has copied during a fix stays: clearContents() and writeItems() do nothing then. When a
+/// What somebody else has copied during a fix stays: clearContents() and writeItems() do nothing then. After
+/// the paste of a fix writeItems() with anything but what that fix has read is the restore of an earlier one:
+/// what was read last is put back instead. When a
 /// fix has ended without a text, a copy by which its shortcut is answered late is undone for 30 s.
 ///
 /// The change count counts the owner notifications of XFIXES: each claim, also a repeated one of the same

@@ -18,6 +18,8 @@ struct ClipboardTarget {
   std::string propertyType;
   std::uint8_t format = 8;
   Bytes bytes;
+
+  bool operator==(const ClipboardTarget&) const = default;
 };
 
 /// All targets of a selection in their order.

@@ -734,9 +734,10 @@ struct PasteboardOfAFix : testing::Test {
     pasteboard->setString(text);
     paste = played();
   }
-  void restore() {
+  void restore() { restore(kept); }
+  void restore(const std::vector<PasteboardItemData>& items) {
     pasteboard->clearContents();
-    pasteboard->writeItems(kept);
+    pasteboard->writeItems(items);
     pasteboard->changeCount();
   }
   void turnMainLoop() {
@@ -768,6 +769,23 @@ TEST_F(PasteboardOfAFix, servesTheReplacementThoughTheFixBeforeHasPutBackWhatItH
   EXPECT_EQ(stranger.paste(), "the user's");
   EXPECT_EQ(read(editor), "second");
   EXPECT_TRUE(becomes([&] { return read(editor) == "the user's"; }));
+}
+
+TEST_F(PasteboardOfAFix, keepsWhatTheUserCopiesBeforeTheFixBeforeHasPutBackWhatItHadTo) {
+  for (const char* text : {"copied first", "copied second"}) {
+    const CopyingApplication user(plainText(text));
+    pasteboard->items();
+    copyAndPaste("replacement");
+    EXPECT_EQ(read(editor), "replacement");
+    std::this_thread::sleep_for(milliseconds(1));
+  }
+  restore({{{"UTF8_STRING", bytesOf("copied first")}}});
+  turnMainLoop();
+  EXPECT_EQ(stranger.paste(), "copied second");
+  EXPECT_TRUE(becomes([&] { return read(editor) == "copied second"; }));
+  restore({{{"UTF8_STRING", bytesOf("copied second")}}});
+  turnMainLoop();
+  EXPECT_TRUE(becomes([&] { return stranger.paste() == "copied second"; }));
 }
 
 TEST_F(PasteboardOfAFix, isEmptyAgainOnlyAfterTheApplicationHasFetchedTheReplacement) {
