@@ -158,7 +158,7 @@ void OwnerThread::carryOut(Command& command) {
       owner_->serverTime();  // for the comparison of the two clocks
       break;
     case CommandKind::look:
-      owner_->serverTime();  // its answer comes after the notifications
+      lookedAt_ = owner_->serverTime();  // its answer comes after the notifications
       break;
     case CommandKind::stop:
       break;
@@ -212,7 +212,8 @@ void OwnerThread::defer(ClipboardContents contents, std::chrono::milliseconds at
     owner_->watch(paste->window);
     owner_->serveOthers(contents, paste->application);
   }
-  deferred_ = Deferred{std::move(contents), owner_->serverTime(), due, paste};
+  const xcb_timestamp_t time = lookedAt_ != XCB_CURRENT_TIME ? lookedAt_ : owner_->serverTime();
+  deferred_ = Deferred{std::move(contents), time, due, paste};
   if (isDue()) carryOutDeferred();
 }
 
@@ -230,7 +231,7 @@ std::optional<OwnerThread::Clock::time_point> OwnerThread::pasteIsOver() {
   return fetched ? std::optional(*fetched + times_.secondFetch) : std::nullopt;
 }
 
-/// By the time of the request, so that the server ignores it when somebody has copied since.
+/// By the time of the last look, so that the server ignores it when somebody has copied since.
 void OwnerThread::carryOutDeferred() {
   const Deferred deferred = std::move(*deferred_);
   deferred_.reset();

@@ -89,7 +89,8 @@ class OwnerThread {
   /// While contents of pass() are owned the claim waits: with a paste until that program has fetched them or
   /// its window is gone, OwnerTimes::patience at most; all other programs are given the new contents
   /// meanwhile. Without a paste it waits for OwnerTimes::fetch or for the next settle(), or for the paste for
-  /// which a claim waits already, whose place it takes. Whoever claims the clipboard meanwhile keeps it.
+  /// which a claim waits already, whose place it takes. Whoever claims the clipboard meanwhile, or has
+  /// claimed it since the last lastChange(), keeps it.
   void stay(ClipboardContents contents, std::optional<PlayedShortcut> paste);
   /// As stay() with nothing, except that it waits a moment for what takes the place of the old contents: an
   /// empty clipboard in between would invite a clipboard manager to fill it.
@@ -161,6 +162,7 @@ class OwnerThread {
   bool passing_ = false;
   Clock::time_point passedAt_;
   std::optional<Deferred> deferred_;
+  xcb_timestamp_t lookedAt_ = XCB_CURRENT_TIME;
   std::optional<LateCopy> lateCopy_;
 
   // Of the main thread.

@@ -884,6 +884,19 @@ TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesAfterThePaste) {
   EXPECT_EQ(read(editor), "copied since");
 }
 
+TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesRightBeforeItPutsBack) {
+  const auto owner = OwnerThread::open(times, selectionsOfX());
+  owner->pass(passingTextContents("replacement"));
+  EXPECT_TRUE(owner->lastChange().isOwn);
+  std::this_thread::sleep_for(milliseconds(2));  // the server's clock counts milliseconds
+  CopyingApplication user(plainText("copied since"));
+  owner->clear(std::nullopt);
+  owner->stay(passingTextContents("the user's"), std::nullopt);
+  owner->settle();
+  owner->lastChange();
+  EXPECT_TRUE(user.ownsSelection());
+}
+
 TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesWhileTheReplacementWaitsToBeFetched) {
   copyAndPaste("replacement");
   restore();
