@@ -40,25 +40,27 @@ std::shared_ptr<AppDelegate> AppDelegate::create(HotKeyCenter& hotKeyCenter) {
 
 AppDelegate::AppDelegate(HotKeyCenter& hotKeyCenter)
     : hotKeyCenter_(hotKeyCenter),
-      layoutMap_(LayoutMap::build(InputSources::keyTables())),
       fixItem_(platform::statusBar().makeMenuItem()),
       changeKeyItem_(platform::statusBar().makeMenuItem()),
       switchItem_(platform::statusBar().makeMenuItem()),
       loginItem_(platform::statusBar().makeMenuItem()),
       compatItem_(platform::statusBar().makeMenuItem()),
       permissionItem_(platform::statusBar().makeMenuItem()),
-      statusLine_(platform::statusBar().makeMenuItem()) {}
+      statusLine_(platform::statusBar().makeMenuItem()) {
+  readLayouts();
+}
 
 void AppDelegate::applicationDidFinishLaunching() {
   setupStatusItem();
   registerHotKey();
-  setupLoginItemIfFirstRun();
+  setupLoginItem();
   observeSystemEvents();
   if (!platform::accessibility().isProcessTrusted()) {
     platform::accessibility().isProcessTrustedWithPrompt();
     startPermissionPolling();
   }
   refreshMenuState();
+  receiveCommands();
 }
 
 void AppDelegate::setupStatusItem() {
@@ -106,6 +108,7 @@ void AppDelegate::refreshMenuState() {
   const bool trusted = platform::accessibility().isProcessTrusted();
   permissionItem_->setHidden(trusted);
   statusLine_->setTitle(statusLineTitle(trusted, layoutMap_.builtFromSystem));
+  statusLine_->setToolTip(Settings::switchLayoutAfter() ? whyLayoutCannotFollow_ : std::string_view());
   showSymbol(trusted ? kReadySymbol : kWaitingSymbol);
 }
 

@@ -10,6 +10,7 @@
 #include "hotkey/hot_key_recorder.h"
 #include "platform/keys.h"
 #include "platform/registration.h"
+#include "platform/running_instance.h"
 #include "platform/status_item.h"
 
 namespace lexwend {
@@ -28,7 +29,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
 
-  /// Sets up the menu, the hot key, the login item, the observers and the permission, in this order.
+  /// Sets up the menu, the hot key, the login item, the observers and the permission, in this order. Then it
+  /// listens to other processes, and where no icon is shown it says some seconds later that it runs.
   void applicationDidFinishLaunching();
 
   /// Converts the selection of the front application and shows the outcome on the icon. Blocks as long as
@@ -56,6 +58,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
 
   // fix_action.cpp
   void fixSelectionFromMenu();
+  /// A fix that another process asks for. False when it is dropped, as the hot key's press would be.
+  bool requestFix();
   void flash(std::string_view symbolName);
 
   // permission.cpp: Accessibility permission, system events, login item
@@ -63,18 +67,27 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   void permissionPollingTick();
   void observeSystemEvents();
   void didWake();
+  void readLayouts();
   void enabledLayoutsChanged();
   void showPermissionAlert();
   void openPermission();
-  void setupLoginItemIfFirstRun();
+  void setupLoginItem();
   void toggleLoginItem();
+
+  // commands.cpp: commands of other processes, and an agent without an icon
+  void receiveCommands();
+  bool carryOut(platform::InstanceCommand command);
+  void sayThatItRunsUnseen();
 
   HotKeyCenter& hotKeyCenter_;
   platform::StatusItemRef statusItem_;
   LayoutMap layoutMap_;
+  std::string_view whyLayoutCannotFollow_;  ///< for the user; empty when it can in both directions
   platform::Registration permissionTimer_;
   platform::Registration wakeObserver_;
   platform::Registration layoutObserver_;
+  platform::Registration commands_;
+  bool fixIsRequested_ = false;
   platform::MenuItemRef fixItem_;
   platform::MenuItemRef changeKeyItem_;
   std::shared_ptr<HotKeyRecorderWindowController> recorder_;

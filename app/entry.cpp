@@ -2,15 +2,18 @@
 #include "app/entry.h"
 
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "app/app_delegate.h"
 #include "app/self_test.h"
 #include "hotkey/hot_key_center.h"
 #include "platform/application.h"
 #include "platform/running_applications.h"
+#include "platform/running_instance.h"
 #include "support/log.h"
 
 namespace lexwend {
@@ -21,15 +24,34 @@ constexpr std::string_view kVersion = LEXWEND_VERSION;
 constexpr std::string_view kFallbackBundleIdentifier = LEXWEND_IDENTIFIER;
 
 constexpr std::string_view kHelp =
-    "Usage: lexwend [--selftest | --help | --version]\n"
+    "Usage: lexwend [OPTION]\n"
     "\n"
-    "Repairs text typed in the wrong keyboard layout, Hebrew or English: select it in any\n"
-    "application and press the hot key (F2 unless changed in the menu).\n"
-    "Without an option the agent starts and shows its icon in the menu bar or tray.\n"
+    "Repairs text typed in the wrong keyboard layout, Hebrew or English: select it in\n"
+    "any application and press the hot key (F2 unless changed in the menu). Without\n"
+    "an option the agent starts and shows its icon in the menu bar or tray.\n"
     "\n"
-    "  --selftest  print the character maps, a round-trip check and sample conversions\n"
-    "  --help      print this text\n"
-    "  --version   print the version\n";
+    "  --fix       tell the agent that runs to fix the selected text\n"
+    "  --menu      tell it to open its menu\n"
+    "  --settings  tell it to open the window that changes the hot key\n"
+    "  --quit      tell it to end\n"
+    "  --selftest  print the character maps, a round-trip check and samples\n"
+    "  -h, --help  print this text\n"
+    "  --version   print the version\n"
+    "\n"
+    "Examples:\n"
+    "  lexwend &      start it; where it runs already, nothing happens\n"
+    "  lexwend --fix  as the command of a keyboard shortcut of the desktop\n"
+    "\n"
+    "Files:\n"
+    "  ~/Library/Logs/Lexwend.log  what it did, without your text\n"
+    "  On Linux also ~/.config/lexwend/settings, and for the login\n"
+    "  ~/.config/autostart/org.lexwend.Lexwend.desktop\n";
+
+constexpr std::array<std::pair<std::string_view, platform::InstanceCommand>, 4> kCommands = {
+    {{"--fix", platform::InstanceCommand::fix},
+     {"--menu", platform::InstanceCommand::menu},
+     {"--settings", platform::InstanceCommand::settings},
+     {"--quit", platform::InstanceCommand::quit}}};
 
 bool contains(const std::vector<std::string>& arguments, std::string_view argument) {
   return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
@@ -44,6 +66,30 @@ bool anotherInstanceRuns() {
                      [own](platform::ProcessIdentifier process) { return process != own; });
 }
 
+/// Empty when the command was taken.
+std::string_view complaintAbout(platform::InstanceAnswer answer) {
+  switch (answer) {
+    case platform::InstanceAnswer::taken:
+      return "";
+    case platform::InstanceAnswer::dropped:
+      return "the agent is busy with a fix or with a window of its own; nothing was done";
+    case platform::InstanceAnswer::nobodyRuns:
+      return "no agent runs in this session; start one with: lexwend";
+    case platform::InstanceAnswer::unreachable:
+      return "the agent cannot be reached: the session bus or the agent does not answer";
+    case platform::InstanceAnswer::notHere:
+      return "a running agent can be reached from the command line on Linux only";
+  }
+  return "";
+}
+
+int passCommand(platform::InstanceCommand command, std::ostream& err) {
+  const std::string_view complaint = complaintAbout(platform::runningInstance().pass(command));
+  if (complaint.empty()) return 0;
+  err << "lexwend: " << complaint << '\n' << std::flush;
+  return 1;
+}
+
 /// Reports before the interface exists: in the log and on the terminal.
 void tell(const std::string& sentence, std::ostream& err) {
   Log::write(sentence);
@@ -54,7 +100,7 @@ void tell(const std::string& sentence, std::ostream& err) {
 
 bool printNotice(const std::vector<std::string>& arguments, std::ostream& out) {
   if (contains(arguments, "--selftest")) return false;
-  if (contains(arguments, "--help")) {
+  if (contains(arguments, "--help") || contains(arguments, "-h")) {
     out << kHelp << std::flush;
     return true;
   }
@@ -73,6 +119,16 @@ int runEntry(const std::vector<std::string>& arguments, HotKeyCenter& hotKeyCent
     return 0;
   }
   if (printNotice(arguments, out)) return 0;
+
+  std::vector<platform::InstanceCommand> commands;
+  for (const auto& [option, command] : kCommands) {
+    if (contains(arguments, option)) commands.push_back(command);
+  }
+  if (commands.size() > 1) {
+    err << "lexwend: give one of --fix, --menu, --settings and --quit\n" << std::flush;
+    return 2;
+  }
+  if (!commands.empty()) return passCommand(commands.front(), err);
 
   if (anotherInstanceRuns()) return 0;
 

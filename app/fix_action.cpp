@@ -13,6 +13,7 @@
 #include "platform/hot_key_service.h"
 #include "platform/input_sources.h"
 #include "platform/run_loop.h"
+#include "platform/running_instance.h"
 #include "platform/workspace.h"
 #include "support/log.h"
 #include "support/settings.h"
@@ -36,6 +37,8 @@ std::string frontmostBundleIdentifier() {
 void AppDelegate::performFix() noexcept {
   // A press that waited for this fix would convert what is selected then, which nobody asked for.
   const auto pause = platform::hotKeyService().ignorePresses();
+  const auto deaf = platform::runningInstance().dropFixes();
+  fixIsRequested_ = false;
   const bool currentLayoutIsHebrew = InputSources::currentLayoutIsHebrew();
   Log::write("fix: front=" + frontmostBundleIdentifier() +
              " currentHebrew=" + (currentLayoutIsHebrew ? "true" : "false"));
@@ -79,6 +82,19 @@ void AppDelegate::fixSelectionFromMenu() {
   platform::runLoop().dispatchAfter(kMenuDelay, [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->performFix();
   });
+}
+
+bool AppDelegate::requestFix() {
+  // While the recorder is open the hot key is not registered, and two fixes would undo each other.
+  if (recorder_ != nullptr || fixIsRequested_) return false;
+  fixIsRequested_ = true;
+  // The launcher or shortcut that asks still has the keyboard. A press of the hot key meanwhile is the fix.
+  platform::runLoop().dispatchAfter(kMenuDelay, [weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (self == nullptr || !std::exchange(self->fixIsRequested_, false) || self->recorder_ != nullptr) return;
+    self->performFix();
+  });
+  return true;
 }
 
 void AppDelegate::flash(std::string_view symbolName) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <chrono>
+#include <string_view>
 
 #include "app/app_delegate.h"
 #include "input/input_sources.h"
@@ -17,6 +18,13 @@ namespace lexwend {
 namespace {
 
 constexpr std::chrono::milliseconds kPollingInterval{2000};
+
+constexpr std::string_view kNoEnglishLayout =
+    "שפת המקלדת לא תוחלף לאנגלית אחרי תיקון, כי לא מופעלת פריסת מקלדת אנגלית.";
+constexpr std::string_view kNoHebrewLayout =
+    "שפת המקלדת לא תוחלף לעברית אחרי תיקון, כי לא מופעלת פריסת מקלדת עברית.";
+constexpr std::string_view kNeitherLayout =
+    "שפת המקלדת לא תוחלף אחרי תיקון, כי לא מופעלות פריסות מקלדת של עברית ושל אנגלית.";
 
 }  // namespace
 
@@ -45,8 +53,18 @@ void AppDelegate::didWake() {
   if (!platform::accessibility().isProcessTrusted()) startPermissionPolling();
 }
 
-void AppDelegate::enabledLayoutsChanged() {
+void AppDelegate::readLayouts() {
   layoutMap_ = LayoutMap::build(InputSources::keyTables());
+  const bool toHebrew = InputSources::keyboardLayout("he").has_value();
+  const bool toEnglish = InputSources::keyboardLayout("en").has_value();
+  whyLayoutCannotFollow_ = toHebrew && toEnglish ? ""
+                           : toHebrew            ? kNoEnglishLayout
+                           : toEnglish           ? kNoHebrewLayout
+                                                 : kNeitherLayout;
+}
+
+void AppDelegate::enabledLayoutsChanged() {
+  readLayouts();
   refreshMenuState();
 }
 
@@ -69,8 +87,11 @@ void AppDelegate::openPermission() {
   startPermissionPolling();
 }
 
-void AppDelegate::setupLoginItemIfFirstRun() {
-  if (Settings::d().boolForKey(Settings::kDidRegisterLoginItemKey)) return;
+void AppDelegate::setupLoginItem() {
+  if (Settings::d().boolForKey(Settings::kDidRegisterLoginItemKey)) {
+    platform::loginItem().followProgram();
+    return;
+  }
   // The flag is set first. A refusal is final, and a user who switches the login item off later keeps it off.
   Settings::d().setBool(true, Settings::kDidRegisterLoginItemKey);
   static_cast<void>(platform::loginItem().registerItem());

@@ -107,7 +107,8 @@ function(lexwend_program name)
     target_link_libraries(${name} PRIVATE lexwend_host_of_programs)
     set_target_properties(${name} PROPERTIES
       BUILD_RPATH "${PROJECT_BINARY_DIR}/platform/linux"
-      INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}/lexwend")
+      # The second for a root without /proc, in which nobody knows $ORIGIN.
+      INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}/lexwend;${CMAKE_INSTALL_FULL_LIBDIR}/lexwend")
   else()
     target_link_libraries(${name} PRIVATE lexwend_host_${LEXWEND_HOST})
   endif()

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # cmake --install build/release --prefix ~/.local: the programs, the entry of the applications menu and its icon, and the
 # folder of the log, which the agent never makes itself.
-install(TARGETS lexwend lexwend-convert RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(TARGETS lexwend lexwend-convert lexwend-doctor RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(TARGETS lexwend_host_module LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/lexwend")
 # With the program's whole path, which is known when it is installed: the folder may not be in the PATH of the desktop.
 install(CODE "set(source \"${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux\")
@@ -15,7 +15,10 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/org.lexwend.Lexwend.desktop"
 install(FILES packaging/linux/lexwend.conf DESTINATION "${CMAKE_INSTALL_DATADIR}/user-tmpfiles.d")
 install(FILES packaging/icons/org.lexwend.Lexwend.svg
   DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
-install(FILES packaging/icons/org.lexwend.Lexwend-symbolic.svg
+foreach(state "" -waiting -done -failed)
+  list(APPEND symbolic_icons "packaging/icons/org.lexwend.Lexwend${state}-symbolic.svg")
+endforeach()
+install(FILES ${symbolic_icons}
   DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/symbolic/apps")
 set(LEXWEND_RELEASE_DATE "" CACHE STRING "The day of the release in the metainfo file, YYYY-MM-DD; today where it is empty")
 if(NOT LEXWEND_RELEASE_DATE)
@@ -24,15 +27,17 @@ if(NOT LEXWEND_RELEASE_DATE)
 endif()
 configure_file(packaging/linux/org.lexwend.Lexwend.metainfo.xml.in org.lexwend.Lexwend.metainfo.xml @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/org.lexwend.Lexwend.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
-install(FILES packaging/man/lexwend.1 packaging/man/lexwend-convert.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
-install(FILES packaging/completions/lexwend.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME lexwend)
-install(FILES packaging/completions/lexwend-convert.bash
-  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME lexwend-convert)
-install(FILES packaging/completions/_lexwend packaging/completions/_lexwend-convert
-  DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
-install(FILES packaging/completions/lexwend.fish packaging/completions/lexwend-convert.fish
-  DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
-install(FILES README.md CHANGELOG.md docs/using.md docs/applications.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+foreach(program lexwend lexwend-convert lexwend-doctor)
+  install(FILES packaging/man/${program}.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  install(FILES packaging/completions/${program}.bash
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME ${program})
+  install(FILES packaging/completions/_${program} DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
+  install(FILES packaging/completions/${program}.fish DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+endforeach()
+# As they stand in the tree, so that their links and pictures are found.
+install(FILES README.md README.he.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES docs/using.md docs/applications.md docs/editors.md docs/privacy.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(DIRECTORY docs/he docs/pictures DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 # A package of Debian says its licence in a file of its own.
 if(NOT DEFINED ENV{DEB_BUILD_ARCH})
   install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")

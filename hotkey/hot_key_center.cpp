@@ -15,12 +15,12 @@ namespace {
 /// The agent's own four-character code, "TKVR".
 constexpr std::uint32_t kSignature = 0x544B5652;
 
-std::string keyName(platform::KeyCode keyCode) {
+std::string keyName(platform::KeyCode keyCode, const platform::KeyNames& names) {
   if (const auto name = functionKeyName(keyCode)) return std::string(*name);
-  if (keyCode == platform::kKeyReturn) return "↩";
-  if (keyCode == platform::kKeyTab) return "⇥";
-  if (keyCode == platform::kKeySpace) return " ";
-  if (keyCode == platform::kKeyDelete) return "⌫";
+  if (keyCode == platform::kKeyReturn) return std::string(names.returnKey);
+  if (keyCode == platform::kKeyTab) return std::string(names.tab);
+  if (keyCode == platform::kKeySpace) return std::string(names.space);
+  if (keyCode == platform::kKeyDelete) return std::string(names.backspace);
   if (const auto character = LayoutMap::usCharacter(number(keyCode))) return uppercased(*character);
   return "מקש " + std::to_string(number(keyCode));
 }
@@ -60,12 +60,12 @@ void HotKeyCenter::unregisterAll() {
 }
 
 std::string HotKeyCenter::displayName(platform::KeyCode keyCode, platform::Modifiers modifiers) {
+  const platform::KeyNames& names = platform::hotKeyService().keyNames();
   std::string name;
-  if (overlap(modifiers, platform::kControlKey)) name += "⌃";
-  if (overlap(modifiers, platform::kOptionKey)) name += "⌥";
-  if (overlap(modifiers, platform::kShiftKey)) name += "⇧";
-  if (overlap(modifiers, platform::kCmdKey)) name += "⌘";
-  return name + keyName(keyCode);
+  for (const auto& modifier : names.modifiers) {
+    if (overlap(modifiers, modifier.bit)) name.append(modifier.name).append(names.joint);
+  }
+  return name + keyName(keyCode, names);
 }
 
 void HotKeyCenter::installIfNeeded() {

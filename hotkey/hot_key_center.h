@@ -36,8 +36,9 @@ class HotKeyCenter {
   /// Unregisters every hot key and removes all actions. Their ids are not used again.
   void unregisterAll();
 
-  /// The symbols of Control, Option, Shift and Command in this order, then the name of the key, without
-  /// separators. Other bits of the mask add nothing.
+  /// The names of the modifiers, then that of the key, as the installed host calls and joins them: on a Mac
+  /// the symbols of Control, Option, Shift and Command in this order, without separators. Other bits of the
+  /// mask add nothing.
   static std::string displayName(platform::KeyCode keyCode, platform::Modifiers modifiers);
 
  private:

@@ -8,6 +8,7 @@
 #include "hotkey/function_keys.h"
 #include "hotkey/hot_key_center.h"
 #include "platform/application.h"
+#include "platform/hot_key_service.h"
 #include "support/settings.h"
 
 namespace lexwend {
@@ -19,15 +20,38 @@ using platform::ColorRole;
 constexpr platform::Modifiers kNonTypingModifiers =
     platform::kCmdKey | platform::kOptionKey | platform::kControlKey;
 
-/// The shortcuts that every application uses, by display name, so only the exact combination is reserved.
-constexpr std::array<std::string_view, 14> kReserved = {"⌘Q", "⌘W", "⌘C", "⌘V", "⌘X", "⌘Z", "⌘A",
-                                                        "⌘S", "⌘N", "⌘T", "⌘H", "⌘M", "⌘,", "⌘ "};
+/// With Command alone, the shortcuts that every application uses: Q, W, C, V, X, Z, A, S, N, T, H, M, comma
+/// and space. They are compared by display name, so only the exact combination is reserved.
+constexpr std::array<platform::KeyCode, 14> kReserved = {
+    platform::KeyCode{12}, platform::KeyCode{13}, platform::KeyCode{8}, platform::KeyCode{9},
+    platform::KeyCode{7},  platform::KeyCode{6},  platform::KeyCode{0}, platform::KeyCode{1},
+    platform::KeyCode{45}, platform::KeyCode{17}, platform::KeyCode{4}, platform::KeyCode{46},
+    platform::KeyCode{43}, platform::KeyCode{49}};
 
-constexpr std::string_view kCurrentMessage =
-    "הצירוף הנוכחי. מקש F לבד, או מקש אחר יחד עם ⌘, ⌃ או ⌥. במקלדת מק, מקשי F נלחצים עם מקש הגלובוס.";
 constexpr std::string_view kValidMessage = "אפשר לשמור. הצירוף יחליף את הקודם מיד.";
-constexpr std::string_view kPlainKeyMessage =
-    "מקש רגיל לבד יחסום את ההקלדה שלו בכל המחשב. הוסף ⌘, ⌃ או ⌥, או בחר מקש F.";
+
+bool isReserved(std::string_view name) {
+  return std::any_of(kReserved.begin(), kReserved.end(), [name](platform::KeyCode key) {
+    return HotKeyCenter::displayName(key, platform::kCmdKey) == name;
+  });
+}
+
+/// "⌘, ⌃ או ⌥", as this system calls them.
+std::string nonTypingModifiers() {
+  const platform::KeyNames& names = platform::hotKeyService().keyNames();
+  return std::string(names.of(platform::kCmdKey)) + ", " + std::string(names.of(platform::kControlKey)) +
+         " או " + std::string(names.of(platform::kOptionKey));
+}
+
+std::string currentMessage() {
+  const bool needGlobe = platform::hotKeyService().keyNames().functionKeysNeedGlobe;
+  return "הצירוף הנוכחי. מקש F לבד, או מקש אחר יחד עם " + nonTypingModifiers() + "." +
+         (needGlobe ? " במקלדת מק, מקשי F נלחצים עם מקש הגלובוס." : "");
+}
+
+std::string plainKeyMessage() {
+  return "מקש רגיל לבד יחסום את ההקלדה שלו בכל המחשב. הוסף " + nonTypingModifiers() + ", או בחר מקש F.";
+}
 
 constexpr int kFloatingWindowLevel = 3;
 
@@ -102,7 +126,7 @@ void HotKeyRecorderWindowController::buildUI() {
 
 void HotKeyRecorderWindowController::showCurrent() {
   window_->setCombination(HotKeyCenter::displayName(Settings::hotKeyCode(), Settings::hotKeyModifiers()));
-  window_->setMessage(kCurrentMessage, ColorRole::secondaryLabel);
+  window_->setMessage(currentMessage(), ColorRole::secondaryLabel);
   window_->setSaveEnabled(false);
 }
 
@@ -148,8 +172,8 @@ std::optional<std::string> HotKeyRecorderWindowController::validate(platform::Ke
                                                                     platform::Modifiers mods,
                                                                     std::string_view name) {
   if (functionKeyName(code)) return std::nullopt;
-  if (!overlap(mods, kNonTypingModifiers)) return std::string(kPlainKeyMessage);
-  if (std::find(kReserved.begin(), kReserved.end(), name) != kReserved.end()) {
+  if (!overlap(mods, kNonTypingModifiers)) return plainKeyMessage();
+  if (isReserved(name)) {
     return "הצירוף " + std::string(name) + " שמור למערכת (העתקה, הדבקה, סגירה וכדומה). בחר צירוף אחר.";
   }
   return std::nullopt;

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace lexwend::platform {
 
@@ -38,6 +39,9 @@ class Application {
 
   /// Brings this application to the front.
   virtual void activate(bool ignoringOtherApps) = 0;
+  /// Shows one sentence (UTF-8) as a notification. Does not wait for the user. Does nothing where the system
+  /// has no notifications.
+  virtual void notifyUser(std::string_view /*sentence*/) {}
   /// The system's alert sound.
   virtual void beep() = 0;
 };

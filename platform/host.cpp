@@ -8,6 +8,7 @@
 #include "platform/alerts.h"
 #include "platform/application.h"
 #include "platform/date_formatter.h"
+#include "platform/diagnosis.h"
 #include "platform/files.h"
 #include "platform/hot_key_service.h"
 #include "platform/input_sources.h"
@@ -18,6 +19,7 @@
 #include "platform/recorder_window.h"
 #include "platform/run_loop.h"
 #include "platform/running_applications.h"
+#include "platform/running_instance.h"
 #include "platform/secure_input.h"
 #include "platform/status_item.h"
 #include "platform/user_defaults.h"
@@ -37,7 +39,19 @@ Host& installedHost() {
   return *current;
 }
 
+class NoWayToInstances : public RunningInstance {
+ public:
+  InstanceAnswer pass(InstanceCommand) override { return InstanceAnswer::notHere; }
+  Registration receive(std::function<bool(InstanceCommand)>) override { return {}; }
+  Registration dropFixes() override { return {}; }
+};
+
 }  // namespace
+
+RunningInstance& Host::runningInstance() {
+  static NoWayToInstances none;
+  return none;
+}
 
 HostScope::HostScope(Host& host) : previous_(current), previousNumber_(currentNumber) {
   static std::uint64_t lastNumber = 0;
@@ -87,6 +101,9 @@ Workspace& workspace() {
 RunningApplications& runningApplications() {
   return installedHost().runningApplications();
 }
+RunningInstance& runningInstance() {
+  return installedHost().runningInstance();
+}
 UserDefaults& standardUserDefaults() {
   return installedHost().standardUserDefaults();
 }
@@ -107,6 +124,9 @@ DateFormatters& dateFormatters() {
 }
 PasteboardRef generalPasteboard() {
   return installedHost().generalPasteboard();
+}
+Diagnosis& diagnosis() {
+  return installedHost().diagnosis();
 }
 
 }  // namespace lexwend::platform

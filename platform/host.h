@@ -17,6 +17,7 @@ class KeyMonitor;
 class Alerts;
 class Workspace;
 class RunningApplications;
+class RunningInstance;
 class UserDefaults;
 class LoginItem;
 class RunLoop;
@@ -24,6 +25,7 @@ class Application;
 class Files;
 class DateFormatters;
 class Pasteboard;
+class Diagnosis;
 
 /// One operating system: the owner of all its services. A service is made when it is first asked for, so a
 /// program that needs no display never looks for one. The first call may block while the service connects to
@@ -44,6 +46,8 @@ class Host {
   virtual Alerts& alerts() = 0;
   virtual Workspace& workspace() = 0;
   virtual RunningApplications& runningApplications() = 0;
+  /// By default one that reaches nobody and answers `notHere`.
+  virtual RunningInstance& runningInstance();
   virtual UserDefaults& standardUserDefaults() = 0;
   virtual LoginItem& loginItem() = 0;
   virtual RunLoop& runLoop() = 0;
@@ -51,6 +55,7 @@ class Host {
   virtual Files& files() = 0;
   virtual DateFormatters& dateFormatters() = 0;
   virtual std::shared_ptr<Pasteboard> generalPasteboard() = 0;
+  virtual Diagnosis& diagnosis() = 0;
 };
 
 /// The host of this program. Each host defines this function once; linking chooses one of them.

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 
+#include "platform/key_names.h"
 #include "platform/keys.h"
 #include "platform/registration.h"
 
@@ -51,6 +52,8 @@ class HotKeyService {
   /// A press that is made while the result lives is never reported, however late the system delivers it.
   /// Pauses may overlap. Does not block.
   virtual Registration ignorePresses() = 0;
+  /// How combinations are shown on this system.
+  virtual const KeyNames& keyNames() { return kMacKeyNames; }
 };
 
 /// The service of the installed host.

@@ -16,6 +16,9 @@ class LoginItem {
   [[nodiscard]] virtual bool registerItem() = 0;
   /// False when the system refused.
   [[nodiscard]] virtual bool unregisterItem() = 0;
+  /// Where the system's entry is this application's and starts another copy of the program, or one that is
+  /// gone, makes it start this one. Does nothing where the system follows the application by itself.
+  virtual void followProgram() {}
 };
 
 /// The service of the installed host, for this application.

@@ -55,7 +55,8 @@ using PasteboardItemData = std::vector<std::pair<std::string, Bytes>>;
 ///
 /// On Linux clearContents() and writeItems() change nothing when the user or another program has copied since
 /// the copy shortcut. After a setString() the application that got the paste shortcut keeps getting that text
-/// until it has fetched it, for at most 30 seconds. All other programs get later contents at once.
+/// until it has fetched it, for at most 30 seconds. All other programs get later contents at once. Wayland
+/// does not tell programs apart: there all get that text until the first has fetched it.
 class Pasteboard {
  public:
   virtual ~Pasteboard() = default;

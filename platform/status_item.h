@@ -31,6 +31,8 @@ class MenuItem {
   virtual void setChecked(bool checked) = 0;
   virtual void setHidden(bool hidden) = 0;
   virtual void setEnabled(bool enabled) = 0;
+  /// A sentence that explains the title; empty for none. A host may show none.
+  virtual void setToolTip(std::string_view /*text*/) {}
 };
 using MenuItemRef = std::shared_ptr<MenuItem>;
 
@@ -52,6 +54,10 @@ class StatusItem {
   /// The image of the item's button; null clears it.
   virtual void setImage(const SymbolImageRef& image) = 0;
   virtual void setMenu(const MenuRef& menu) = 0;
+  /// Opens the menu as a click does. Does nothing where only the user can.
+  virtual void openMenu() {}
+  /// Whether a bar or tray shows the item. False also where none has said so yet.
+  virtual bool isShown() { return true; }
 };
 using StatusItemRef = std::shared_ptr<StatusItem>;
 

@@ -8,11 +8,16 @@ Every picture is taken in a state that was seen to be reached: the texts are rea
 the icons are compared with the usual one, and the pixels that are kept are those that stood still. Anything else ends
 the run with one sentence and a non-zero exit. Started by root it continues as nobody, because editors warn of root.
 
+Everything is drawn at twice its size, with the window frames of Xfce. The documents name half of a picture's width, and the script
+writes it there. The animation shows the same editor while the text is typed and fixed.
+
 Light is the toolkit's own palette; dark is a dark color scheme of KDE's settings, which the toolkit follows, a dark
 panel, and GTK's switch for dark themes.
 """
 import argparse
+import ctypes
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -28,8 +33,10 @@ from tray import Screen, Tray  # noqa: E402
 
 NOBODY = '65534'
 CAPS_LOCK_MASK = 2
-SCREEN = (900, 600)
-MARGIN = 8  # around an icon, in pixels
+SCALE = 2
+SCREEN = (900 * SCALE, 600 * SCALE)
+MARGIN = 8 * SCALE  # around an icon, in pixels
+LONG, SHORT = 150, 12  # how long a frame of the animation stays, in hundredths of a second
 
 PANEL = """rounded = 0
 border_width = 0
@@ -37,10 +44,10 @@ background_color = {color} 100
 border_color = {color} 100
 panel_items = FS
 panel_position = top center horizontal
-panel_size = 100% 36
+panel_size = 100% 72
 panel_background_id = 1
 systray_background_id = 1
-systray_padding = 16 4 8
+systray_padding = 32 8 16
 """
 
 # The line of the menu that tells the agent's state.
@@ -68,10 +75,29 @@ width=uint32 440
 height=uint32 120
 """
 
+FRAMES = '''<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfwm4" version="1.0">
+  <property name="general" type="empty">
+    <property name="theme" type="string" value="Default-xhdpi"/>
+    <property name="title_font" type="string" value="DejaVu Sans Bold 18"/>
+    <property name="use_compositing" type="bool" value="false"/>
+    <property name="workspace_count" type="int" value="1"/>
+  </property>
+</channel>
+'''
+
 GTK_SETTINGS = """[Settings]
 gtk-cursor-blink=0
 gtk-application-prefer-dark-theme={dark}
 """
+
+
+class Image(ctypes.Structure):
+    """The head of an XImage."""
+    _fields_ = [('width', ctypes.c_int), ('height', ctypes.c_int), ('xoffset', ctypes.c_int), ('format', ctypes.c_int),
+                ('data', ctypes.c_void_p), ('byte_order', ctypes.c_int), ('bitmap_unit', ctypes.c_int),
+                ('bitmap_bit_order', ctypes.c_int), ('bitmap_pad', ctypes.c_int), ('depth', ctypes.c_int),
+                ('bytes_per_line', ctypes.c_int)]
 
 
 @dataclass(frozen=True)
@@ -79,10 +105,9 @@ class Look:
     name: str
     is_dark: bool
     panel: str
-    frame: str  # the window manager's theme
 
 
-LOOKS = {look.name: look for look in (Look('light', False, '#f0f0f0', 'Clearlooks'), Look('dark', True, '#202020', 'Onyx'))}
+LOOKS = {look.name: look for look in (Look('light', False, '#f0f0f0'), Look('dark', True, '#202020'))}
 
 
 @dataclass(frozen=True)
@@ -124,17 +149,16 @@ class Studio:
         config = self.session.home / '.config'
         write(config / 'gtk-3.0' / 'settings.ini', GTK_SETTINGS.format(dark=int(self.look.is_dark)))
         write(config / 'glib-2.0' / 'settings' / 'keyfile', EDITOR_SETTINGS)
-        usual = Path('/etc/xdg/openbox/rc.xml').read_text(encoding='utf-8')
-        themed = usual.replace('<name>Clearlooks</name>', f'<name>{self.look.frame}</name>')
-        assert f'<name>{self.look.frame}</name>' in themed, 'the window manager has another usual theme than Clearlooks'
-        write(config / 'openbox' / 'rc.xml', themed)
+        write(config / 'xfce4' / 'xfconf' / 'xfce-perchannel-xml' / 'xfwm4.xml', FRAMES)
         if self.look.is_dark:
             write(config / 'kdeglobals', ''.join(
                 f'[Colors:{part}]\nBackgroundNormal={back}\nForegroundNormal={front}\nForegroundInactive=161,169,177\n\n'
                 for part, (back, front) in DARK_COLORS.items()))
             os.environ.update(XDG_CURRENT_DESKTOP='KDE', KDE_FULL_SESSION='true', KDE_SESSION_VERSION='5')
-        self.session.start(['openbox'])
-        until(self.session._window_manager_runs, 'the window manager')
+        # The frames have a size of their own.
+        self.session.start(['xfwm4'], env=dict(os.environ, GDK_SCALE='1'))
+        until(self.session.window_manager_runs, 'the window manager')
+        os.environ.update(GDK_SCALE=str(SCALE), QT_SCALE_FACTOR=str(SCALE))
         subprocess.run(['gdbus', 'call', '--session', '--dest', 'org.a11y.Bus', '--object-path', '/org/a11y/bus', '--method',
                         'org.freedesktop.DBus.Properties.Set', 'org.a11y.Status', 'IsEnabled', '<true>'],
                        check=True, capture_output=True)
@@ -205,9 +229,21 @@ class Studio:
         return tool_tip[3]
 
     def pixels(self, region):
-        return subprocess.run(['import', '-silent', '-window', 'root', '-crop',
-                               f'{region.width}x{region.height}+{region.x}+{region.y}', '-depth', '8', 'rgb:-'],
-                              capture_output=True, check=True).stdout
+        """Straight from the server, because the icon shows an outcome for less than a second."""
+        x11, display = self.keyboard.x11, self.keyboard.display
+        x11.XGetImage.restype = ctypes.POINTER(Image)
+        x11.XDefaultRootWindow.restype = ctypes.c_ulong
+        root = ctypes.c_ulong(x11.XDefaultRootWindow(display))
+        all_planes, z_pixmap = ctypes.c_ulong(0xffffffff), 2
+        image = x11.XGetImage(display, root, region.x, region.y, region.width, region.height, all_planes, z_pixmap)
+        assert image, f'{region} is not wholly on the screen'
+        size = image.contents.bytes_per_line * region.height
+        assert size == 4 * region.width * region.height, 'the screen has another depth'
+        data = ctypes.string_at(image.contents.data, size)  # blue, green, red, nothing
+        x11.XDestroyImage(image)
+        result = bytearray(3 * region.width * region.height)
+        result[0::3], result[1::3], result[2::3] = data[2::4], data[1::4], data[0::4]
+        return bytes(result)
 
     def settled(self, region, unlike=None):
         """The pixels there as soon as two pictures in a row are the same, and not the ones given."""
@@ -256,16 +292,20 @@ def take_fix(studio):
     """An editor before and after, and the check mark."""
     environment = dict(os.environ, GSETTINGS_BACKEND='keyfile')
     document = studio.session.folder / 'letter.txt'
-    document.write_text(GARBLED, encoding='utf-8')
+    document.write_text('', encoding='utf-8')
     studio.session.start_in_front(['mousepad', '--disable-server', str(document)], env=environment)
     field = FocusedText('mousepad')
-    until(lambda: field.text() == GARBLED, 'the editor to show the garbled text')
-    studio.keyboard.press('Control+a')
-    until(lambda: field.selection_length() == len(GARBLED), 'the text to be selected')
-
+    until(lambda: field.text() == '', 'the empty editor')
     window = studio.framed()
     icon = studio.icon_region()
     usual = studio.take('icon', icon)
+    for count, letter in enumerate(GARBLED, start=1):
+        studio.keyboard.press({' ': 'space'}.get(letter, letter))
+        until(lambda: field.text() == GARBLED[:count], 'the letter to be typed')
+        studio.take(f'typed-{count:02}', window)
+    studio.keyboard.press('Control+a')
+    until(lambda: field.selection_length() == len(GARBLED), 'the text to be selected')
+
     before = studio.take('fix-before', window)
 
     studio.keyboard.press('F2')
@@ -290,7 +330,7 @@ def open_menu(studio):
     x, y, width, height = studio.screen.icon()
     subprocess.run(['xdotool', 'mousemove', str(x + width // 2), str(y + height)], check=True, capture_output=True)
     studio.call_item('org.kde.StatusNotifierItem', 'Activate', '(ii)', x, y)
-    return studio.screen.window('the menu', (200, 500), (120, 400))
+    return studio.screen.window('the menu', (200 * SCALE, 500 * SCALE), (120 * SCALE, 400 * SCALE))
 
 
 def take_menu(studio, name, state):
@@ -307,7 +347,7 @@ def open_recorder(studio):
     for key in ('Down', 'Down', 'Return'):
         studio.keyboard.press(key)
     studio.screen.gone(menu, 'the menu')
-    recorder = studio.screen.window('the recorder', (400, 400), (210, 210))
+    recorder = studio.screen.window('the recorder', (400 * SCALE, 400 * SCALE), (210 * SCALE, 210 * SCALE))
     studio.screen.has_keyboard('the recorder', recorder[2:])
     return recorder
 
@@ -343,7 +383,7 @@ def take_interface(studio):
 
 
 def take_alert(studio, name, title):
-    alert = studio.screen.window('the alert', (300, 700), (100, 300))
+    alert = studio.screen.window('the alert', (300 * SCALE, 700 * SCALE), (100 * SCALE, 300 * SCALE))
     studio.screen.has_keyboard('the alert', alert[2:])
     studio.wait_for_texts(title)
     studio.take(name, studio.framed())
@@ -373,16 +413,51 @@ def run_one(scene, look, agent, folder):
         take(Studio(session, LOOKS[look], agent, folder))
 
 
+def drawn_key(look, name, back='none'):
+    front, top = ('#f2f2f2', '#3a3f44') if look.is_dark else ('#202020', '#ffffff')
+    width = 120 if len(name) < 4 else 240
+    cap = ['-fill', top, '-stroke', '#808080', '-strokewidth', '2', '-draw', f'roundrectangle 18,10 {width - 20},68 10,10',
+           '-stroke', 'none', '-fill', front, '-font', 'DejaVu-Sans-Bold', '-pointsize', '30', '-gravity', 'center',
+           '-annotate', '+0+0', name]
+    return ['-size', f'{width}x80', f'xc:{back}', *(cap if name else [])]
+
+
+def join_animation(folder, look):
+    """The editor, and below it the key that is pressed, on the color of a page: GIF knows no half transparent pixels."""
+    page = '#0d1117' if look.is_dark else '#ffffff'
+
+    def frame(picture, key, delay):
+        return ['(', '-delay', str(delay), str(folder / f'{picture}-{look.name}.png'), '(', *drawn_key(look, key, page), ')',
+                '-background', page, '-gravity', 'center', '-append', '+repage', ')']
+
+    typed = [frame(f'typed-{count:02}', '', SHORT) for count in range(1, len(GARBLED))]
+    last = f'typed-{len(GARBLED):02}'
+    frames = [*typed, frame(last, '', LONG), frame('fix-before', 'Ctrl+A', LONG), frame('fix-before', 'F2', LONG // 2),
+              frame('fix-after', 'F2', LONG // 2), frame('fix-after', '', 2 * LONG)]
+    subprocess.run(['convert', '-dispose', 'none', *(part for parts in frames for part in parts), '-loop', '0', '+dither', '-colors', '64',
+                    '-layers', 'optimize', '-strip', str(folder / f'animation-{look.name}.gif')], check=True)
+
+
 def join_fix(folder, look):
     """Before, the key, after: one below the other on nothing, so that it stands on any page."""
-    front, back = ('#f2f2f2', '#3a3f44') if look.is_dark else ('#202020', '#ffffff')
-    key = ['-size', '60x40', 'xc:none', '-fill', back, '-stroke', '#808080', '-strokewidth', '1', '-draw',
-           'roundrectangle 9,5 50,34 5,5', '-stroke', 'none', '-fill', front, '-font', 'DejaVu-Sans-Bold', '-pointsize', '15',
-           '-gravity', 'center', '-annotate', '+0+0', 'F2']
+    key = drawn_key(look, 'F2')
     subprocess.run(['convert', str(folder / f'fix-before-{look.name}.png'), '(', *key, ')',
                     str(folder / f'fix-after-{look.name}.png'), '-background', 'none', '-gravity', 'center', '-append',
                     '+dither', '-colors', '256', '-strip', '-define', 'png:exclude-chunks=date,time',
                     str(folder / f'fix-{look.name}.png')], check=True)
+
+
+def name_widths(folder):
+    """Writes half of each picture's width into the documents that show it."""
+    def with_width(found):
+        width = subprocess.run(['identify', '-format', '%w\n', str(folder / found['name'])], capture_output=True, text=True,
+                               check=True).stdout.split()[0]
+        return f'<img width="{int(width) // SCALE}" src="{found["path"]}{found["name"]}"'
+
+    for document in (ROOT / 'README.md', ROOT / 'README.he.md', ROOT / 'docs' / 'using.md', ROOT / 'docs' / 'he' / 'using.md'):
+        text = document.read_text(encoding='utf-8')
+        document.write_text(re.sub(r'<img (?:width="\d+" )?src="(?P<path>[^"]*pictures/)(?P<name>[^"]+)"', with_width, text),
+                            encoding='utf-8')
 
 
 def run_all(agent, into):
@@ -403,10 +478,13 @@ def run_all(agent, into):
                 if done.returncode != 0:
                     raise DesktopError(f'the pictures of {scene} in the {look.name} look could not be taken')
             join_fix(work, look)
+            join_animation(work, look)
         into.mkdir(parents=True, exist_ok=True)
-        pictures = sorted(picture for picture in work.glob('*.png') if not picture.name.startswith(('fix-before', 'fix-after')))
+        pictures = sorted(picture for picture in [*work.glob('*.png'), *work.glob('*.gif')]
+                          if not picture.name.startswith(('fix-before', 'fix-after', 'typed-')))
         for picture in pictures:
             shutil.copyfile(picture, into / picture.name)
+        name_widths(into)
     finally:
         shutil.rmtree(work)
     print(f'pictures: {len(pictures)} are in {into}')

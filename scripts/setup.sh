@@ -25,15 +25,15 @@ packages_desktop="xvfb x11-utils x11-xkb-utils xkb-data dbus at-spi2-core openbo
 # compiled, linked and packed with on Linux, and the other applications of the desktop tests.
 packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
   clang-14 clang-format-14 clang-tidy-14 lld-14 llvm-14 libclang-rt-14-dev libc++-14-dev libc++abi-14-dev musl-dev libblocksruntime-dev
-  libbenchmark-dev icnsutils zip tint2 xfce4-panel gnome-text-editor featherpad l3afpad bluefish xterm xfonts-base xclip xdotool strace valgrind
+  libbenchmark-dev icnsutils zip vim tint2 xfce4-panel xfwm4 gnome-text-editor featherpad l3afpad bluefish xterm xfonts-base xclip xdotool strace valgrind
   x11-xserver-utils libglib2.0-bin foot xwayland qtwayland5 kate
   gir1.2-gtk-3.0 gir1.2-gtk-4.0 gir1.2-vte-2.91"
 
-# The large applications of `./test --all`.
-packages_large="chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 kate"
+# The large applications of `./test --all`, and what makes the roots of its desktops.
+packages_large="emacs-nox chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 mmdebstrap"
 
-# To make and check the Debian package.
-packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db"
+# To make and check the Debian package, and to try it in a fresh root.
+packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db mmdebstrap xvfb x11-xkb-utils"
 
 # For the figures of fixes in real applications, beside the set `desktop`.
 packages_figures="xclip featherpad"
@@ -68,12 +68,12 @@ setup_packages() {
   done | sort -u
 }
 
-# Reads package names, prints those that are not installed.
+# Reads package names, prints those that are not installed. Needs no /dev/fd, which a bare root may lack.
 setup_missing() {
   local wanted installed
   wanted=$(cat)
   installed=$(dpkg-query -W -f '${Package} ${db:Status-Status}\n' $wanted 2>/dev/null | sed -n 's/ installed$//p' | sort -u)
-  comm -23 <(printf '%s\n' "$wanted" | sort -u) <(printf '%s\n' "$installed")
+  printf '%s\n' "$wanted" | sort -u | grep -vxF "$installed"
 }
 
 # Runs a command as root: apt-get's questions are switched off, a lock held by another program is waited for.
@@ -85,23 +85,26 @@ setup_as_root() {
   fi
 }
 
-# apt-get with its own words in the log file and one line of progress for every tenth of the way.
+# A line that the next one writes over: on a terminal only. Without words it clears the line.
+setup_progress() {
+  [ ! -t 1 ] || printf '\r\033[K%s' "$*"
+}
+
+# apt-get with its own words in the log file, and how far it is.
 setup_apt_get() {
-  local log=$1 kind percent text tenth shown=""
+  local log=$1 kind percent text status
   shift
   setup_as_root sh -c 'exec apt-get -q -y -o DPkg::Lock::Timeout=300 -o Acquire::Retries=3 -o Dpkg::Use-Pty=0 -o APT::Status-Fd=3 "$@" 3>&1 >&2' \
     sh "$@" 2>>"$log" </dev/null |
     while IFS=: read -r kind _ percent text; do
-      tenth="$kind ${percent%%.*}"
-      tenth=${tenth%?}
-      [ "$tenth" != "$shown" ] || continue
-      shown=$tenth
       case $kind in
-        dlstatus) setup_say "  fetching   ${percent%%.*} %" ;;
-        pmstatus) setup_say "  installing ${percent%%.*} %  $text" ;;
+        dlstatus) setup_progress "  fetching   ${percent%%.*} %" ;;
+        pmstatus) setup_progress "  installing ${percent%%.*} %  $text" ;;
       esac
     done
-  return "${PIPESTATUS[0]}"
+  status=${PIPESTATUS[0]}
+  setup_progress
+  return "$status"
 }
 
 # What apt-get says that an installation of these packages fetches and takes, with all that they need in turn.
@@ -119,7 +122,7 @@ setup_debian() {
     return 0
   fi
   count=$(printf '%s\n' "$missing" | wc -l | tr -d ' ')
-  setup_say "set-up: $count packages are missing for $*; installing them with apt-get:"
+  setup_say "set-up: $count packages are missing for $*:"
   printf '%s\n' $missing | paste -s -d ' ' - | fold -s -w 110 | sed 's/^/  /'
   if [ "$(id -u)" -ne 0 ] && ! command -v sudo >/dev/null 2>&1; then
     setup_fail "packages must be installed, but you are not root and there is no sudo: run this as root once, or install the packages above"
@@ -127,10 +130,11 @@ setup_debian() {
   mkdir -p build
   log=build/setup.log
   : >"$log"
+  setup_say "set-up: apt-get reads its package lists"
   setup_apt_get "$log" update ||
     setup_fail "apt-get could not read its package lists ($(setup_reason "$log")); the whole story is in $log"
   size=$(setup_size $missing)
-  setup_say "set-up: with what they need in turn: ${size:-apt-get does not say how much}"
+  setup_say "set-up: installing them with apt-get, and what they need in turn: ${size:-it does not say how much}"
   if ! setup_apt_get "$log" install --no-install-recommends $missing; then
     setup_fail "apt-get could not install the packages ($(setup_reason "$log")); the whole story is in $log"
   fi

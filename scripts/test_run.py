@@ -198,6 +198,7 @@ def main():
             check(tally, "canary of the headers", python, "scripts/check_style.py", "headers-canary")
             check(tally, "canaries of clang-tidy", python, "scripts/check_style.py", "tidy-canary")
             check(tally, "clang-tidy", python, "-u", "scripts/check_style.py", "tidy-deep" if wanted.all else "tidy", "build/dev")
+            check(tally, "package in a fresh root", python, "-u", "packaging/try_package.py")
     return tally.close()
 
 

@@ -74,7 +74,9 @@ std::optional<ConvertUsageError> apply(const Option& option, Arguments& rest, Co
 std::variant<ConvertOptions, ConvertNotice, ConvertUsageError> parseConvertArguments(
     const std::vector<std::string>& arguments) {
   const auto optionsEnd = std::find(arguments.begin(), arguments.end(), "--");
-  if (std::find(arguments.begin(), optionsEnd, "--help") != optionsEnd) return ConvertNotice::help;
+  for (const char* help : {"-h", "--help"}) {
+    if (std::find(arguments.begin(), optionsEnd, help) != optionsEnd) return ConvertNotice::help;
+  }
   if (std::find(arguments.begin(), optionsEnd, "--version") != optionsEnd) return ConvertNotice::version;
   ConvertOptions options;
   bool optionsMayFollow = true;
@@ -92,18 +94,19 @@ std::variant<ConvertOptions, ConvertNotice, ConvertUsageError> parseConvertArgum
 }
 
 const char* convertUsage() {
-  return "usage: lexwend-convert [--layout en|he] [--map builtin|system] [--lines | --null] [--report] "
-         "[FILE...]\n"
+  return "usage: lexwend-convert [OPTION...] [FILE...]\n"
          "Converts text that was typed in the wrong keyboard layout, Hebrew or English, from the files\n"
          "(or standard input) to standard output.\n"
-         "  --layout en|he        the layout that was active; it decides where a text mixes both (default "
-         "en)\n"
-         "  --map builtin|system  the built-in table (default), or the keyboard layouts enabled on this "
-         "system\n"
+         "  --layout en|he        the layout that was active; decides where a text mixes both (default en)\n"
+         "  --map builtin|system  the built-in table (default), or the layouts enabled on this system\n"
          "  --lines               convert each line by itself, as it arrives\n"
          "  --null                convert each NUL-separated record by itself\n"
          "  --report              one line per text on standard error, for example: target=he changed=true\n"
-         "  --help, --version     print this, or the version\n"
+         "  -h, --help, --version print this, or the version\n"
+         "Examples:\n"
+         "  echo akuo | lexwend-convert\n"
+         "  lexwend-convert --lines letter.txt > mended.txt\n"
+         "It reads no settings and writes no log. For the agent's keys and files: lexwend --help\n"
          "Exit status: 0, 1 when reading or writing fails or no layouts are found, 2 for wrong arguments.\n";
 }
 

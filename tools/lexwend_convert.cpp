@@ -21,6 +21,7 @@
 #include "tools/byte_stream.h"
 #include "tools/convert_options.h"
 #include "tools/input.h"
+#include "tools/progress.h"
 #include "tools/record_splitter.h"
 #include "tools/system_layout_map.h"
 
@@ -74,6 +75,13 @@ class Filter {
   }
 
  private:
+  bool read() {
+    const std::size_t before = text_.bytes().size();
+    const bool isMore = input_.read(text_);
+    progress_.add(text_.bytes().size() - before);
+    return isMore;
+  }
+
   void runOverWholeInput() {
     const Direction direction = findDirection();
     bool changed = false;
@@ -86,7 +94,7 @@ class Filter {
       const std::size_t cut = converter_.lastCut(text_.bytes(), searched, !direction.isUniform);
       changed |= convertPart(cut, direction);
       searched = text_.bytes().size();
-    } while (input_.read(text_));
+    } while (read());
     changed |= convertPart(text_.bytes().size(), direction);
     report(direction, changed);
   }
@@ -96,7 +104,7 @@ class Filter {
     Letters letters;
     std::size_t seen = 0;
     std::size_t searched = 0;
-    while (!letters.both() && input_.read(text_)) {
+    while (!letters.both() && read()) {
       const std::size_t cut = std::max(seen, converter_.lastCut(text_.bytes(), searched, false));
       converter_.findLetters(text_.bytes().substr(seen, cut - seen), letters);
       seen = cut;
@@ -115,7 +123,7 @@ class Filter {
 
   void runOverRecords(char separator) {
     RecordSplitter splitter(separator);
-    while (input_.read(text_)) {
+    while (read()) {
       splitter.feed(text_.bytes(), [&](std::string_view record) {
         convert(record);
         output_.write({&separator, 1});
@@ -142,6 +150,7 @@ class Filter {
   Converter converter_;
   const ConvertOptions& options_;
   Input input_{options_.files};
+  Progress progress_;
   ByteBuffer text_;  // what was read and is not converted yet
   ByteWriter output_{ByteWriter::Target::standardOutput};
   WrittenOutput converted_{output_};

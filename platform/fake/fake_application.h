@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/application.h"
@@ -48,6 +49,7 @@ class FakeApplication : public Application {
     system_.called(std::string("application.activate ") + (ignoringOtherApps ? "true" : "false"));
     activations.push_back(ignoringOtherApps);
   }
+  void notifyUser(std::string_view sentence) override { notifications.emplace_back(sentence); }
   void beep() override {
     system_.called("application.beep");
     ++beeps;
@@ -63,6 +65,7 @@ class FakeApplication : public Application {
   ActivationPolicy policy = ActivationPolicy::regular;
   bool terminated = false;
   int beeps = 0;
+  std::vector<std::string> notifications;
   std::vector<bool> activations;  ///< one entry per activation: ignoring other applications
   bool running() const { return running_; }
 

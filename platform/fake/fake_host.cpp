@@ -26,6 +26,7 @@ FakeHost::FakeHost()
       alerts_(system_),
       workspace_(system_, apps_),
       runningApplications_(system_),
+      runningInstance_(system_),
       userDefaults_(system_),
       loginItem_(system_),
       runLoop_(system_),

@@ -11,6 +11,7 @@
 #include "platform/fake/fake_application.h"
 #include "platform/fake/fake_apps.h"
 #include "platform/fake/fake_date_formatter.h"
+#include "platform/fake/fake_diagnosis.h"
 #include "platform/fake/fake_files.h"
 #include "platform/fake/fake_hot_keys.h"
 #include "platform/fake/fake_input_sources.h"
@@ -21,6 +22,7 @@
 #include "platform/fake/fake_recorder_window.h"
 #include "platform/fake/fake_run_loop.h"
 #include "platform/fake/fake_running_applications.h"
+#include "platform/fake/fake_running_instance.h"
 #include "platform/fake/fake_secure_input.h"
 #include "platform/fake/fake_status_bar.h"
 #include "platform/fake/fake_system.h"
@@ -64,6 +66,7 @@ class FakeHost : public Host {
   FakeAlerts& alerts() override { return alerts_; }
   FakeWorkspace& workspace() override { return workspace_; }
   FakeRunningApplications& runningApplications() override { return runningApplications_; }
+  FakeRunningInstance& runningInstance() override { return runningInstance_; }
   FakeUserDefaults& standardUserDefaults() override { return userDefaults_; }
   FakeLoginItem& loginItem() override { return loginItem_; }
   FakeRunLoop& runLoop() override { return runLoop_; }
@@ -71,6 +74,7 @@ class FakeHost : public Host {
   FakeFiles& files() override { return files_; }
   FakeDateFormatters& dateFormatters() override { return dateFormatters_; }
   std::shared_ptr<Pasteboard> generalPasteboard() override { return pasteboard_; }
+  FakeDiagnosis& diagnosis() override { return diagnosis_; }
 
   // Controls of a test.
   FakePasteboard& pasteboard() { return *pasteboard_; }
@@ -122,11 +126,13 @@ class FakeHost : public Host {
   FakeAlerts alerts_;
   FakeWorkspace workspace_;
   FakeRunningApplications runningApplications_;
+  FakeRunningInstance runningInstance_;
   FakeUserDefaults userDefaults_;
   FakeLoginItem loginItem_;
   FakeRunLoop runLoop_;
   FakeFiles files_;
   FakeDateFormatters dateFormatters_;
+  FakeDiagnosis diagnosis_;
   bool settled_ = false;
 };
 

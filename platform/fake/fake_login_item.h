@@ -24,6 +24,7 @@ class FakeLoginItem : public LoginItem {
     status_ = LoginItemStatus::notRegistered;
     return true;
   }
+  void followProgram() override { system_.called("loginItem.followProgram"); }
 
   // Controls of a test.
   void setStatus(LoginItemStatus status) { status_ = status; }

@@ -31,11 +31,16 @@ void FakeStatusItem::setMenu(const MenuRef& newMenu) {
   system->called("statusItem.setMenu");
 }
 
+bool FakeStatusItem::isShown() {
+  return bar->showsItems;
+}
+
 StatusItemRef FakeStatusBar::statusItem(double length) {
   system_.called("statusBar.statusItem");
   auto item = std::make_shared<FakeStatusItem>();
   item->system = &system_;
   item->length = length;
+  item->bar = this;
   item_ = item;
   return item;
 }

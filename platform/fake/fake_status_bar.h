@@ -29,6 +29,7 @@ struct FakeMenuItem : MenuItem {
   void setChecked(bool value) override { checked = value; }
   void setHidden(bool value) override { hidden = value; }
   void setEnabled(bool value) override { enabled = value; }
+  void setToolTip(std::string_view text) override { toolTip = text; }
 
   std::string title;
   std::function<void()> action;
@@ -37,6 +38,7 @@ struct FakeMenuItem : MenuItem {
   bool checked = false;
   bool hidden = false;
   bool enabled = true;
+  std::string toolTip;
   bool separator = false;
 };
 
@@ -52,12 +54,17 @@ struct FakeMenu : Menu {
   std::vector<std::shared_ptr<FakeMenuItem>> items;
 };
 
+class FakeStatusBar;
+
 struct FakeStatusItem : StatusItem {
   void setImage(const SymbolImageRef& newImage) override;
   void setMenu(const MenuRef& newMenu) override;
+  void openMenu() override { system->called("statusItem.openMenu"); }
+  bool isShown() override;
 
   FakeSystem* system = nullptr;
   double length = 0;
+  const FakeStatusBar* bar = nullptr;
   std::shared_ptr<FakeSymbolImage> image;
   std::shared_ptr<FakeMenu> menu;
   std::vector<std::string> icons;  ///< every image set so far, by name; empty for a cleared one
@@ -75,6 +82,8 @@ class FakeStatusBar : public StatusBar {
   SymbolImageRef symbolImage(std::string_view name, std::string_view accessibilityDescription) override;
 
   // Controls of a test.
+  /// Whether the desktop has a bar that shows items.
+  bool showsItems = true;
   /// The status item made last; null when it no longer exists.
   std::shared_ptr<FakeStatusItem> item() const { return item_.lock(); }
   /// Its menu; null when there is none.

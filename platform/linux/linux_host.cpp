@@ -8,6 +8,7 @@
 
 #include "platform/linux/selection/selections.h"
 #include "platform/linux/session/buses.h"
+#include "platform/linux/session/identity.h"
 #include "platform/linux/sway/front_window.h"
 #include "platform/linux/wayland/connection.h"
 #include "platform/linux/wayland/data_control.h"
@@ -113,6 +114,10 @@ RunningApplications& LinuxHost::runningApplications() {
   return runningApplications_;
 }
 
+RunningInstance& LinuxHost::runningInstance() {
+  return made(runningInstance_, &LinuxStatusBar::menuIsOpen);
+}
+
 UserDefaults& LinuxHost::standardUserDefaults() {
   std::call_once(userDefaultsMade_, [this] { userDefaults_.emplace(LinuxUserDefaults::standardPath()); });
   return *userDefaults_;
@@ -143,6 +148,15 @@ DateFormatters& LinuxHost::dateFormatters() {
 
 std::shared_ptr<Pasteboard> LinuxHost::generalPasteboard() {
   return pasteboard();
+}
+
+Diagnosis& LinuxHost::diagnosis() {
+  return made(diagnosis_,
+              LinuxDiagnosis::Needs{
+                  .x11 = [this] { return x11(); },
+                  .compositorServes = [this] { return sway() != nullptr; },
+                  .accessibilityIsConnected = [this] { return linuxAccessibility().isConnected(); },
+                  .runningAgent = [this] { return runningApplications_.holderOfLock(kIdentifier); }});
 }
 
 const std::shared_ptr<SwayIpc>& LinuxHost::sway() {

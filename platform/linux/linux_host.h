@@ -9,7 +9,10 @@
 #include "platform/linux/accessibility/accessibility.h"
 #include "platform/linux/accessibility/secure_input.h"
 #include "platform/linux/clipboard/pasteboard.h"
+#include "platform/linux/diagnosis/diagnosis.h"
 #include "platform/linux/display/x11_connection.h"
+#include "platform/linux/instance/running_applications.h"
+#include "platform/linux/instance/running_instance.h"
 #include "platform/linux/keyboard/hot_key_service.h"
 #include "platform/linux/keyboard/input_sources.h"
 #include "platform/linux/keyboard/key_events.h"
@@ -18,7 +21,6 @@
 #include "platform/linux/session/files.h"
 #include "platform/linux/session/login_item.h"
 #include "platform/linux/session/run_loop.h"
-#include "platform/linux/session/running_applications.h"
 #include "platform/linux/session/user_defaults.h"
 #include "platform/linux/session/workspace.h"
 #include "platform/linux/sway/hot_key_service.h"
@@ -55,6 +57,7 @@ class LinuxHost : public Host {
   Alerts& alerts() override;
   Workspace& workspace() override;
   RunningApplications& runningApplications() override;
+  RunningInstance& runningInstance() override;
   UserDefaults& standardUserDefaults() override;
   LoginItem& loginItem() override;
   RunLoop& runLoop() override;
@@ -62,6 +65,7 @@ class LinuxHost : public Host {
   Files& files() override;
   DateFormatters& dateFormatters() override;
   std::shared_ptr<Pasteboard> generalPasteboard() override;
+  Diagnosis& diagnosis() override;
 
  private:
   /// The compositor; null where this is no session of sway, or one that offers less than the services need.
@@ -100,10 +104,12 @@ class LinuxHost : public Host {
   LinuxKeyMonitor keyMonitor_;
   LinuxRecorderWindows recorderWindows_;
   std::optional<LinuxStatusBar> statusBar_;
+  std::optional<LinuxRunningInstance> runningInstance_;
   std::optional<LinuxKeyEvents> keyEvents_;
   std::optional<WaylandKeyEvents> waylandKeyEvents_;
   std::optional<LinuxHotKeyService> hotKeyService_;
   std::optional<SwayHotKeyService> swayHotKeyService_;
+  std::optional<LinuxDiagnosis> diagnosis_;
   std::optional<LinuxRunLoop> runLoop_;
 };
 

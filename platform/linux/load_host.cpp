@@ -21,7 +21,8 @@ std::unique_ptr<Host> load() {
   void* const maker = module != nullptr ? dlsym(module, "lexwendMakeHost") : nullptr;
   if (maker == nullptr) {
     std::fprintf(stderr, "lexwend: the part for this desktop cannot be loaded: %s\n", dlerror());
-    std::exit(EXIT_FAILURE);
+    std::fflush(stdout);
+    std::_Exit(EXIT_FAILURE);  // the destructors of static objects would ask for the host again
   }
   return std::unique_ptr<Host>(reinterpret_cast<Host* (*)()>(maker)());
 }
@@ -72,6 +73,7 @@ class HostOfPrograms : public Host {
   Alerts& alerts() override { return loaded().alerts(); }
   Workspace& workspace() override { return loaded().workspace(); }
   RunningApplications& runningApplications() override { return loaded().runningApplications(); }
+  RunningInstance& runningInstance() override { return loaded().runningInstance(); }
   UserDefaults& standardUserDefaults() override { return loaded().standardUserDefaults(); }
   LoginItem& loginItem() override { return loaded().loginItem(); }
   RunLoop& runLoop() override { return loaded().runLoop(); }
@@ -79,6 +81,7 @@ class HostOfPrograms : public Host {
   Files& files() override { return loaded().files(); }
   DateFormatters& dateFormatters() override { return loaded().dateFormatters(); }
   std::shared_ptr<Pasteboard> generalPasteboard() override { return loaded().generalPasteboard(); }
+  Diagnosis& diagnosis() override { return loaded().diagnosis(); }
 
  private:
   Host& loaded() {

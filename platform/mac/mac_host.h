@@ -8,6 +8,7 @@
 #include "platform/alerts.h"
 #include "platform/application.h"
 #include "platform/date_formatter.h"
+#include "platform/diagnosis.h"
 #include "platform/files.h"
 #include "platform/host.h"
 #include "platform/hot_key_service.h"
@@ -47,6 +48,7 @@ class MacHost : public Host {
   Files& files() override;
   DateFormatters& dateFormatters() override;
   std::shared_ptr<Pasteboard> generalPasteboard() override;
+  Diagnosis& diagnosis() override { return diagnosis_; }
 
  private:
   /// A service that every thread may be the first to ask for.
@@ -74,6 +76,7 @@ class MacHost : public Host {
   OnAnyThread<Files> files_;
   OnAnyThread<DateFormatters> dateFormatters_;
   std::shared_ptr<Pasteboard> generalPasteboard_;
+  Diagnosis diagnosis_;  // which has nothing to tell of macOS
 };
 
 }  // namespace lexwend::platform::mac

@@ -17,6 +17,7 @@ namespace {
 using platform::FakeOperation;
 using platform::LoginItemStatus;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 // Construction and launch.
@@ -120,6 +121,32 @@ TEST(AgentMenu, enablesNothingByItselfAndOnlyTheStatusLineIsDisabled) {
   for (std::size_t place = 0; place < menu->items.size(); ++place) {
     EXPECT_EQ(menu->items[place]->enabled, place != 8) << place;
   }
+}
+
+TEST(AgentMenu, statusLineExplainsWhyTheLayoutCannotFollow) {
+  const auto toolTipWith = [](std::vector<platform::FakeLayout> layouts) {
+    Agent a;
+    a.host.inputSourceService().setLayouts(std::move(layouts));
+    a.launch();
+    return a.item(8).toolTip;
+  };
+  platform::FakeLayout russian = platform::usLayout();
+  russian.id = "com.apple.keylayout.Russian";
+  russian.languages = std::vector<std::string>{"ru"};
+  EXPECT_EQ(toolTipWith({platform::usLayout(), platform::hebrewLayout()}), "");
+  EXPECT_THAT(toolTipWith({platform::usLayout()}), HasSubstr("לא תוחלף לעברית"));
+  EXPECT_THAT(toolTipWith({platform::hebrewLayout()}), HasSubstr("לא תוחלף לאנגלית"));
+  EXPECT_THAT(toolTipWith({russian, platform::usLayout()}), HasSubstr("לא תוחלף לעברית"));
+  EXPECT_THAT(toolTipWith({russian}), HasSubstr("של עברית ושל אנגלית"));
+}
+
+TEST(AgentMenu, statusLineExplainsNothingWhenTheLayoutIsNotToFollow) {
+  Agent a;
+  a.host.inputSourceService().setLayouts({platform::usLayout()});
+  a.launch();
+  EXPECT_NE(a.item(8).toolTip, "");
+  a.choose(kSwitchTitle);
+  EXPECT_EQ(a.item(8).toolTip, "");
 }
 
 TEST(AgentMenu, onlyQuitHasAKeyAndItTerminates) {

@@ -3,6 +3,7 @@
 
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -70,10 +71,67 @@ TEST(Entry, helpNamesEveryOptionAndNeedsNothing) {
   Start start;
   EXPECT_EQ(start({"--help"}), 0);
   EXPECT_TRUE(start.out.str().starts_with("Usage: lexwend "));
-  for (const char* option : {"--selftest", "--help", "--version"}) {
+  for (const char* option :
+       {"--fix", "--menu", "--settings", "--quit", "--selftest", "-h, --help", "--version"}) {
     EXPECT_NE(start.out.str().find(std::string("\n  ") + option), std::string::npos) << option;
   }
   EXPECT_THAT(start.host.calls().all(), IsEmpty());
+}
+
+TEST(Entry, helpFitsAScreenShowsExamplesAndNamesTheFiles) {
+  Start start;
+  EXPECT_EQ(start({"-h"}), 0);
+  std::istringstream text(start.out.str());
+  int lines = 0;
+  for (std::string line; std::getline(text, line); ++lines) EXPECT_LE(line.size(), 80U) << line;
+  EXPECT_LE(lines, 24);
+  for (const char* part : {"Examples:\n", "lexwend --fix ", "Files:\n", "Library/Logs/Lexwend.log",
+                           ".config/lexwend/settings", ".config/autostart/org.lexwend.Lexwend.desktop"}) {
+    EXPECT_NE(start.out.str().find(part), std::string::npos) << part;
+  }
+}
+
+TEST(Entry, commandGoesToTheInstanceThatRunsAndStartsNone) {
+  const std::vector<std::pair<std::string, std::string>> kCommands = {
+      {"--fix", "0"}, {"--menu", "1"}, {"--settings", "2"}, {"--quit", "3"}};
+  for (const auto& [option, number] : kCommands) {
+    Start start;
+    start.host.runningInstance().answer = platform::InstanceAnswer::taken;
+    EXPECT_EQ(start({option}), 0) << option;
+    EXPECT_THAT(start.host.calls().all(), ElementsAre("runningInstance.pass " + number));
+    EXPECT_EQ(start.out.str() + start.err.str(), "");
+  }
+}
+
+TEST(Entry, commandThatIsNotTakenSaysWhyAndFails) {
+  using platform::InstanceAnswer;
+  const std::vector<std::pair<InstanceAnswer, std::string>> kAnswers = {
+      {InstanceAnswer::nobodyRuns, "no agent runs"},
+      {InstanceAnswer::dropped, "busy"},
+      {InstanceAnswer::unreachable, "does not answer"},
+      {InstanceAnswer::notHere, "on Linux only"}};
+  for (const auto& [answer, words] : kAnswers) {
+    Start start;
+    start.host.runningInstance().answer = answer;
+    EXPECT_EQ(start({"--fix"}), 1);
+    EXPECT_THAT(start.err.str(), testing::StartsWith("lexwend: "));
+    EXPECT_THAT(start.err.str(), testing::HasSubstr(words));
+    EXPECT_FALSE(start.agentRan());
+    EXPECT_EQ(start.host.logFile(), "");
+  }
+}
+
+TEST(Entry, twoCommandsAreRefused) {
+  Start start;
+  EXPECT_EQ(start({"--fix", "--quit"}), 2);
+  EXPECT_EQ(start.err.str(), "lexwend: give one of --fix, --menu, --settings and --quit\n");
+  EXPECT_THAT(start.host.calls().all(), IsEmpty());
+}
+
+TEST(Entry, hostWithoutAWayToInstancesSaysSo) {
+  platform::FakeHost host;
+  EXPECT_EQ(host.Host::runningInstance().pass(platform::InstanceCommand::fix),
+            platform::InstanceAnswer::notHere);
 }
 
 TEST(Entry, versionIsOneLineAndNeedsNothing) {

@@ -170,6 +170,8 @@ TEST(LoginItemToggle, unregistersOnlyWhenEnabledAndRegistersInEveryOtherState) {
     Agent a;
     a.host.standardUserDefaults().put("didRegisterLoginItem", true);
     a.launch();
+    EXPECT_THAT(a.host.calls().of("loginItem."), ElementsAre("loginItem.followProgram"));
+    a.host.calls().clear();
     a.host.loginItem().setStatus(status);
     a.choose(kLoginTitle);
     const bool wasEnabled = status == LoginItemStatus::enabled;

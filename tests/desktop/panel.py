@@ -9,6 +9,8 @@ from stage import HERE
 WATCHER = 'org.kde.StatusNotifierWatcher'
 ITEM = 'org.kde.StatusNotifierItem'
 PROPERTIES = 'org.freedesktop.DBus.Properties'
+# Of directions, around a title that a panel draws.
+ISOLATES = '\u2066\u2067\u2069'
 
 
 def start_ready(session, program):
@@ -146,7 +148,9 @@ class ScreenReader:
         self.drawn_menu = None
         self.focus = None
         self.listener = Atspi.EventListener.new(self._heard)
-        for event in ('object:state-changed:focused', 'object:state-changed:showing'):
+        self.said = []
+        for event in ('object:state-changed:focused', 'object:state-changed:showing', 'object:property-change:accessible-name',
+                      'object:property-change:accessible-description'):
             self.listener.register(event)
 
     def _heard(self, event):
@@ -156,13 +160,28 @@ class ScreenReader:
             if event.source == self.menu:
                 self.menu = None
             return
-        if role == self.atspi.Role.POPUP_MENU and event.type.startswith('object:state-changed:showing'):
+        if event.type.startswith('object:property-change'):
+            self._hear_change(event)
+        elif role == self.atspi.Role.POPUP_MENU and event.type.startswith('object:state-changed:showing'):
             self.menu = event.source if event.detail1 else None
             self.focus = None
         elif role == self.atspi.Role.MENU and event.type.startswith('object:state-changed:focused') and event.detail1:
             self.drawn_menu = event.source
         elif role == self.atspi.Role.MENU_ITEM and event.type.startswith('object:state-changed:focused') and event.detail1:
             self.focus = event.source.get_name()
+
+    def _hear_change(self, event):
+        """A change of what has the focus is read to the user."""
+        try:
+            if event.source.get_state_set().contains(self.atspi.StateType.FOCUSED):
+                is_name = event.type.endswith('name')
+                self.said.append(event.source.get_name() if is_name else event.source.get_description())
+        except self.error:
+            pass  # gone meanwhile
+
+    def has_said(self, sentence):
+        self._listen()
+        return sentence in self.said
 
     def _listen(self):
         while self.context.iteration(False):
@@ -188,7 +207,8 @@ class ScreenReader:
             if entry.get_role() != self.atspi.Role.SEPARATOR and states.contains(state.SHOWING):
                 place = self.atspi.Component.get_extents(entry, self.atspi.CoordType.SCREEN)
                 item = Item(True, states.contains(state.ENABLED), states.contains(state.CHECKED))
-                items[entry.get_name()] = (item, (place.x + place.width // 2, place.y + place.height // 2))
+                title = ''.join(c for c in entry.get_name() if c not in ISOLATES)
+                items[title] = (item, (place.x + place.width // 2, place.y + place.height // 2))
         return items
 
     def menu_is_closed(self):

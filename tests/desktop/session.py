@@ -198,7 +198,8 @@ class Keyboard:
 def active_window_says(*arguments):
     """What xprop tells about the window that has the keyboard."""
     window = subprocess.run(['xprop', '-root', '_NET_ACTIVE_WINDOW'], capture_output=True, text=True, check=False)
-    name = window.stdout.split()[-1] if window.returncode == 0 and window.stdout else ''
+    # Some window managers write a second value, which is nothing.
+    name = window.stdout.partition('# ')[2].split(',')[0].strip() if window.returncode == 0 else ''
     if not name.startswith('0x') or name == '0x0':
         return ''
     return subprocess.run(['xprop', '-id', name, *arguments], capture_output=True, text=True, check=False).stdout

@@ -160,6 +160,18 @@ def keeps_its_hot_key_when_the_configuration_is_read_again(stage):
     stage.fix('שלום')
 
 
+@scene
+def works_without_xwayland(stage):
+    del os.environ['DISPLAY']
+    report = subprocess.run([str(stage.agent_path), '--selftest'], capture_output=True, text=True, timeout=10, check=True).stdout
+    assert report.startswith('source: system layouts\ncurrent layout is Hebrew: false\n'), report[:80]
+    stage.start_agent()
+    stage.open('mousepad', 'akuo')
+    stage.select_all()
+    stage.fix('שלום')
+    stage.expect_group(1)
+
+
 def make_session(programs, **options):
     return SwaySession(programs.parent / 'linux' / 'typist' / 'wayland_typist', **options)
 

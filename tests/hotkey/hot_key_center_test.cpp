@@ -219,6 +219,8 @@ std::string expectedKeyName(std::uint32_t keyCode) {
 }
 
 TEST(HotKeyDisplayName, everyKeyHasItsName) {
+  FakeHost host;
+  const platform::HostScope scope(host);
   for (std::uint32_t keyCode = 0; keyCode <= 300; ++keyCode) {
     EXPECT_EQ(HotKeyCenter::displayName(KeyCode{keyCode}, kNone), expectedKeyName(keyCode)) << keyCode;
   }
@@ -228,6 +230,8 @@ TEST(HotKeyDisplayName, everyKeyHasItsName) {
 }
 
 TEST(HotKeyDisplayName, everyMaskPutsItsSymbolsInFrontInOneOrder) {
+  FakeHost host;
+  const platform::HostScope scope(host);
   for (std::uint32_t mask = 0; mask <= 0xFFFF; ++mask) {
     std::string expected;
     if ((mask & 0x1000) != 0) expected += "⌃";

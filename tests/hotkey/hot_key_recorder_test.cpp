@@ -359,6 +359,8 @@ Verdict verdict(std::uint32_t code, platform::Modifiers mods) {
 }
 
 TEST(HotKeyRecorderRules, agreeWithThePlainRestatementForEveryKeyAndMask) {
+  platform::FakeHost host;
+  const platform::HostScope scope(host);
   constexpr platform::Modifiers kOtherBit{0x0400};  // caps lock: no part of a combination
   int counts[3] = {};
   for (std::uint32_t code = 0; code <= 0xFFFF; ++code) {
@@ -394,6 +396,8 @@ TEST(HotKeyRecorderRules, agreeWithThePlainRestatementForEveryKeyAndMask) {
 }
 
 TEST(HotKeyRecorderRules, reservedIsDecidedByTheNameThatIsGiven) {
+  platform::FakeHost host;
+  const platform::HostScope scope(host);
   EXPECT_EQ(HotKeyRecorderWindowController::validate(kA, kCommand, "⌘Q"), reservedMessage("⌘Q"));
   EXPECT_EQ(HotKeyRecorderWindowController::validate(kA, kCommand, "⌘B"), std::nullopt);
   EXPECT_EQ(HotKeyRecorderWindowController::validate(kA, kShift, "⌘Q"), kPlainKey);

@@ -68,5 +68,13 @@ TEST(ProgramWithNothing, refusesToBeAnAgentInOneSentence) {
   EXPECT_EQ(outcome.errors, "lexwend: no X11 display can be opened; the agent needs one (DISPLAY)\n");
 }
 
+TEST(ProgramWithNothing, looksForARunningAgentOnTheBusAndFindsNoBus) {
+  const Outcome outcome = runWithoutHome("--fix");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "");
+  EXPECT_NE(outcome.errors.find("the session bus or the agent does not answer"), std::string::npos)
+      << outcome.errors;
+}
+
 }  // namespace
 }  // namespace lexwend::tests

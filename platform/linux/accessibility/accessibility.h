@@ -43,6 +43,7 @@ class LinuxAccessibility final : public Accessibility {
 
   /// Connects in the background; until then no element is found.
   void start() { bus_.start(); }
+  bool isConnected() const { return bus_.isConnected(); }
 
   /// Whether the focused field is one for passwords or a terminal. Asks the field for its role and for the
   /// extent of its selection, never for its text. A field with the role of plain text may yet hide its own:

@@ -11,6 +11,7 @@
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/keyboard/modifier_masks.h"
 #include "platform/linux/keymap/hot_key.h"
+#include "platform/linux/keymap/linux_key_names.h"
 
 namespace lexwend::platform {
 
@@ -35,6 +36,7 @@ class LinuxHotKeyService : public HotKeyService {
   /// request before it. This tells exactly whether a press came before or after the end, however late the
   /// press is read.
   Registration ignorePresses() override;
+  const KeyNames& keyNames() override { return kLinuxKeyNames; }
   /// For the end of the program: ungrabs every key and refuses new registrations.
   void stop();
 

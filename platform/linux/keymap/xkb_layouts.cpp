@@ -95,8 +95,9 @@ Registry readRegistry(rxkb_context_flags extent) {
   for (rxkb_layout* layout = rxkb_layout_first(context.get()); layout != nullptr; layout = next) {
     const char* variant = rxkb_layout_get_variant(layout);
     const XkbLayoutName name{rxkb_layout_get_name(layout), variant != nullptr ? variant : ""};
-    if (const char* description = rxkb_layout_get_description(layout))
+    if (const char* description = rxkb_layout_get_description(layout)) {
       registry.described.emplace(description, name);
+    }
     std::vector<std::string>& languages = registry.languages[name.id()];
     for (rxkb_iso639_code* code = rxkb_layout_get_iso639_first(layout); code != nullptr;
          code = rxkb_iso639_code_next(code)) {

@@ -4,6 +4,8 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <optional>
+#include <vector>
 
 #include <unistd.h>
 
@@ -22,8 +24,46 @@ bool has(GKeyFile* entry, const char* key, std::string_view value) {
   return text != nullptr && value == g_strstrip(text.get());
 }
 
+/// "%%" stands for a percent sign.
+std::string withoutFieldCodes(std::string_view word) {
+  std::string result;
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    result += word[i];
+    if (word[i] == '%' && i + 1 < word.size() && word[i + 1] == '%') ++i;
+  }
+  return result;
+}
+
 void set(GKeyFile* entry, const char* key, const std::string& value) {
   g_key_file_set_string(entry, kGroup, key, value.c_str());
+}
+
+/// The command that an entry which is switched on gives, in words; empty when it gives none that can be read.
+/// Nothing for an entry that is switched off or not there.
+std::optional<std::vector<std::string>> commandOfEntry(const std::string& path) {
+  const auto text = user_folders::readSmallFile(path);
+  const GKeyFileRef entry(g_key_file_new());
+  const bool on =
+      text &&
+      g_key_file_load_from_data(entry.get(), text->data(), text->size(), G_KEY_FILE_NONE, nullptr) != FALSE &&
+      has(entry.get(), G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION) &&
+      !has(entry.get(), G_KEY_FILE_DESKTOP_KEY_HIDDEN, "true") && !has(entry.get(), kGnomeSwitch, "false");
+  if (!on) return std::nullopt;
+  std::vector<std::string> words;
+  const GText command(g_key_file_get_string(entry.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr));
+  gint count = 0;
+  gchar** parsed = nullptr;
+  if (command == nullptr || g_shell_parse_argv(command.get(), &count, &parsed, nullptr) == FALSE)
+    return words;
+  for (gint i = 0; i < count; ++i) words.push_back(withoutFieldCodes(parsed[i]));
+  g_strfreev(parsed);
+  return words;
+}
+
+/// Whether a command's first word names a program that can be started, by its path or in the PATH.
+bool isProgram(const std::string& name) {
+  const GText found(g_find_program_in_path(name.c_str()));
+  return found != nullptr;
 }
 
 }  // namespace
@@ -62,14 +102,15 @@ std::string LinuxLoginItem::ownProgram() {
 }
 
 LoginItemStatus LinuxLoginItem::status() {
-  const auto text = user_folders::readSmallFile(entryPath_);
-  const GKeyFileRef entry(g_key_file_new());
-  const bool on =
-      text &&
-      g_key_file_load_from_data(entry.get(), text->data(), text->size(), G_KEY_FILE_NONE, nullptr) != FALSE &&
-      has(entry.get(), G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION) &&
-      !has(entry.get(), G_KEY_FILE_DESKTOP_KEY_HIDDEN, "true") && !has(entry.get(), kGnomeSwitch, "false");
-  return on ? LoginItemStatus::enabled : LoginItemStatus::notRegistered;
+  const auto command = commandOfEntry(entryPath_);
+  const bool starts = command && !command->empty() && isProgram(command->front());
+  return starts ? LoginItemStatus::enabled : LoginItemStatus::notRegistered;
+}
+
+void LinuxLoginItem::followProgram() {
+  const auto command = commandOfEntry(entryPath_);
+  if (!command || command->size() != 1 || command->front() == program_) return;
+  static_cast<void>(registerItem());
 }
 
 bool LinuxLoginItem::registerItem() {

@@ -17,9 +17,10 @@ std::string quotedForExec(std::string_view argument);
 /// has that path.
 std::string programOfLink(std::string_view link);
 
-/// The agent's entry in the autostart folder (Desktop Application Autostart Specification). An entry with
-/// Hidden=true counts as not registered, and so does one that GNOME's settings switched off, or one that is
-/// no regular file of at most user_folders::kMaxSmallFile bytes.
+/// The agent's entry in the autostart folder (Desktop Application Autostart Specification). An entry counts
+/// as registered when a login would start its program. One with Hidden=true does not count, nor one that
+/// GNOME's settings switched off, one whose program is gone, or one that is no regular file of at most
+/// user_folders::kMaxSmallFile bytes.
 class LinuxLoginItem : public LoginItem {
  public:
   /// The entry's absolute path (empty: there is no folder for it) and the program that it starts.
@@ -33,6 +34,9 @@ class LinuxLoginItem : public LoginItem {
   bool registerItem() override;
   /// True also when there was no entry.
   bool unregisterItem() override;
+  /// Leaves an entry alone that is switched off, or whose command is more than the path of a program, since
+  /// the user has written that one.
+  void followProgram() override;
 
  private:
   std::string entryPath_;

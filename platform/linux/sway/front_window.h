@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "platform/linux/session/front_window.h"
+#include "platform/linux/display/front_window.h"
 #include "platform/linux/sway/ipc.h"
 
 namespace lexwend::platform {

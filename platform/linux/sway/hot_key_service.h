@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/hot_key_service.h"
+#include "platform/linux/keymap/linux_key_names.h"
 #include "platform/linux/sway/ipc.h"
 
 namespace lexwend::platform {
@@ -28,6 +29,7 @@ class SwayHotKeyService : public HotKeyService {
   HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
   /// The end of a pause is a tick of sway, which it sends after the presses before it.
   Registration ignorePresses() override;
+  const KeyNames& keyNames() override { return kLinuxKeyNames; }
   /// For the end of the program: gives every key back and refuses any other.
   void stop();
 

@@ -30,8 +30,9 @@ std::optional<SwayInputSources::Keyboard> SwayInputSources::usersKeyboard() {
   JsonArray* list = json_node_get_array(inputs.get());
   for (guint i = 0; i < json_array_get_length(list); ++i) {
     JsonObject* input = json_array_get_object_element(list, i);
-    if (textOf(input, "type") != "keyboard" || json_object_has_member(input, "xkb_layout_names") == FALSE)
+    if (textOf(input, "type") != "keyboard" || json_object_has_member(input, "xkb_layout_names") == FALSE) {
       continue;
+    }
     JsonArray* names = json_object_get_array_member(input, "xkb_layout_names");
     const guint count = json_array_get_length(names);
     if (count == 0 || json_array_get_string_element(names, 0) == ownLayout_) continue;

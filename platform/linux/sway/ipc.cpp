@@ -223,8 +223,9 @@ void SwayIpc::handleEvents() {
     if (message->type == kBindingEvent) kind = SwayEventKind::binding;
     if (message->type == kInputEvent) kind = SwayEventKind::input;
     if (message->type == kTickEvent) kind = SwayEventKind::tick;
-    if (message->type == kWorkspaceEvent && textOf(details, "change") == "reload")
+    if (message->type == kWorkspaceEvent && textOf(details, "change") == "reload") {
       kind = SwayEventKind::reload;
+    }
     if (!kind) continue;
     for (const auto& handler : handlers_.all()) (*handler)({*kind, details});
   }

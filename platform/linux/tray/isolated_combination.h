@@ -1,19 +1,31 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QRegularExpression>
 #include <QString>
 
 namespace lexwend::platform {
 
-/// The signs of the modifiers. They are neutral in direction, so in Hebrew text a sign would move to the
-/// wrong side of its key.
-inline const QString kModifierSigns = QStringLiteral("⌃⌥⇧⌘");
+/// The text with direction left to right (LRI) or right to left (RLI) inside, of no influence on what stands
+/// around it (Unicode Bidirectional Algorithm, isolates).
+inline QString isolatedLeftToRight(const QString& text) {
+  return QChar(0x2066) + text + QChar(0x2069);
+}
+inline QString isolatedRightToLeft(const QString& text) {
+  return QChar(0x2067) + text + QChar(0x2069);
+}
 
-/// The text to draw: every occurrence of the combination is isolated from left to right (LRI and PDI of the
-/// Unicode Bidirectional Algorithm). A combination without a modifier needs no isolation.
+/// The combination of keys at the end of a text; empty when there is none with a modifier.
+inline QString combinationIn(const QString& text) {
+  static const QRegularExpression kCombination(QStringLiteral("(?:Super|Ctrl|Alt|Shift)\\+.*$"));
+  return kCombination.match(text).captured();
+}
+
+/// The text to draw: every occurrence of the combination is isolated from left to right, since a sign at its
+/// end ("Ctrl+,") would move to its other side in Hebrew text. A combination without a modifier needs none.
 inline QString withIsolated(QString text, const QString& combination) {
-  if (combination.isEmpty() || !kModifierSigns.contains(combination.front())) return text;
-  return text.replace(combination, QChar(0x2066) + combination + QChar(0x2069));
+  if (!combination.contains('+')) return text;
+  return text.replace(combination, isolatedLeftToRight(combination));
 }
 
 }  // namespace lexwend::platform

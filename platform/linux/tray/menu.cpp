@@ -66,9 +66,14 @@ void LinuxMenuItem::setEnabled(bool enabled) {
   changed();
 }
 
+void LinuxMenuItem::setToolTip(std::string_view text) {
+  toolTip_ = text;
+  changed();
+}
+
 std::optional<std::string> LinuxMenuItem::information() const {
   if (hidden_ || enabled_ || action_ || terminates_) return std::nullopt;
-  return title_;
+  return toolTip_.empty() ? title_ : title_ + "\n" + toolTip_;
 }
 
 void LinuxMenuItem::addTo(QMenu& menu) {
@@ -93,6 +98,7 @@ void LinuxMenuItem::changed() {
 
 void LinuxMenuItem::show(QAction& action) const {
   action.setText(withoutMnemonic(title_));
+  action.setToolTip(QString::fromStdString(toolTip_));
   action.setCheckable(checked_.has_value());
   action.setChecked(checked_.value_or(false));
   action.setVisible(!hidden_);
@@ -115,9 +121,7 @@ class TrayMenu : public QMenu {
   void initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const override {
     QMenu::initStyleOption(option, action);
     const QString title = option->text.section('\t', 0, 0);
-    const auto isSign = [](QChar c) { return kModifierSigns.contains(c); };
-    const auto begin = std::find_if(title.begin(), title.end(), isSign) - title.begin();
-    option->text = withIsolated(option->text, title.mid(begin));
+    option->text = withIsolated(option->text, combinationIn(title));
     if (const auto line = lineColor()) option->palette.setColor(QPalette::Window, *line);
   }
   void paintEvent(QPaintEvent* event) override {
@@ -193,6 +197,7 @@ QMenu& LinuxMenu::shown() {
   if (!menu_) {
     menu_ = new TrayMenu;
     menu_->setLayoutDirection(Qt::RightToLeft);
+    menu_->setToolTipsVisible(true);
     for (const auto& entry : entries_) {
       if (entry != nullptr) {
         entry->addTo(*menu_);

@@ -30,6 +30,8 @@ class LinuxMenuItem : public MenuItem {
   void setChecked(bool checked) override;
   void setHidden(bool hidden) override;
   void setEnabled(bool enabled) override;
+  /// Shown where the pointer rests, and in the tooltip of the tray's icon.
+  void setToolTip(std::string_view text) override;
 
   const std::string& title() const { return title_; }
   const std::string& keyEquivalent() const { return keyEquivalent_; }
@@ -39,7 +41,8 @@ class LinuxMenuItem : public MenuItem {
   bool isEnabled() const { return enabled_; }
   /// Does what the user's choice of the item does.
   void choose() const;
-  /// The title of an item that only informs: one that is shown, disabled and without an action.
+  /// The title of an item that only informs: one that is shown, disabled and without an action. Its tooltip
+  /// follows in a line of its own.
   std::optional<std::string> information() const;
   /// Calls the observer after every change for as long as the observer exists.
   void observe(std::weak_ptr<std::function<void()>> observer) { observers_.push_back(std::move(observer)); }
@@ -58,6 +61,7 @@ class LinuxMenuItem : public MenuItem {
   std::optional<bool> checked_;
   bool hidden_ = false;
   bool enabled_ = true;
+  std::string toolTip_;
   QPointer<QAction> shown_;
   std::vector<std::weak_ptr<std::function<void()>>> observers_;
 };
@@ -72,7 +76,7 @@ class LinuxMenu : public Menu {
 
   /// The right-to-left menu of the toolkit. The application object must exist.
   QMenu& shown();
-  /// The title of the first item that only informs.
+  /// What the first item that only informs says.
   std::optional<std::string> information() const;
   /// Calls the observer after every change of an item and after each new entry.
   void observe(const std::weak_ptr<std::function<void()>>& observer);

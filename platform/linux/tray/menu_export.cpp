@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include "platform/linux/tray/isolated_combination.h"
 #include "platform/linux/tray/menu.h"
 
 namespace lexwend::platform {
@@ -59,9 +60,12 @@ GVariantRef child(GVariant* container, gsize index) {
   return GVariantRef(g_variant_get_child_value(container, index));
 }
 
-/// An underscore would mark a mnemonic.
-std::string literally(const std::string& title) {
-  return QString::fromStdString(title).replace('_', "__").toStdString();
+/// An underscore would mark a mnemonic. A panel draws its menus in the direction of its own language, and in
+/// one from left to right "…" would stand at the beginning of the Hebrew.
+std::string labelOf(const std::string& title) {
+  const QString text = QString::fromStdString(title);
+  const QString label = isolatedRightToLeft(withIsolated(text, combinationIn(text)));
+  return QString(label).replace('_', "__").toStdString();
 }
 
 class Properties {
@@ -93,7 +97,7 @@ GVariant* shortcut(const std::string& keyEquivalent) {
 GVariantRef propertiesOf(const LinuxMenuItem& item) {
   Properties said;
   said.add("type", "standard");
-  said.add("label", literally(item.title()).c_str());
+  said.add("label", labelOf(item.title()).c_str());
   said.add("enabled", item.isEnabled());
   said.add("visible", !item.isHidden());
   said.add("shortcut", shortcut(item.keyEquivalent()));

@@ -1,64 +1,59 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/tray/status_item.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QCursor>
-#include <QEvent>
-#include <QGuiApplication>
 #include <QMenu>
-#include <QScreen>
 #include <QSystemTrayIcon>
+#include <array>
+#include <chrono>
+#include <cstdlib>
 #include <optional>
+#include <string_view>
 
-#include "platform/linux/display/x11_connection.h"
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/identity.h"
 #include "platform/linux/tray/menu.h"
 #include "platform/linux/tray/menu_export.h"
-#include "platform/linux/tray/panel_color.h"
 #include "platform/linux/tray/status_notifier.h"
 #include "platform/linux/tray/symbol_image.h"
+#include "platform/linux/tray/theme_watch.h"
 
 namespace lexwend::platform {
 namespace {
 
-/// A panel that has just appeared, or has a new theme, has drawn itself by this time, so its color can be
-/// read.
-constexpr std::chrono::milliseconds kPanelDrawn(1000);
+/// When a panel has drawn itself in its new theme: usually, and on a busy machine.
+constexpr std::array<std::chrono::milliseconds, 2> kPanelDrawn{std::chrono::seconds(1),
+                                                               std::chrono::seconds(6)};
+/// A panel has taken notice of a change of the icon by this time.
+constexpr std::chrono::milliseconds kIconTaken{300};
 
-/// Reports each change of the desktop's colors.
-class ThemeWatch : public QObject {
- public:
-  explicit ThemeWatch(std::function<void()> changed) : changed_(std::move(changed)) {
-    QCoreApplication::instance()->installEventFilter(this);
-  }
-  bool eventFilter(QObject* receiver, QEvent* event) override {
-    const bool isOfApplication = receiver == QCoreApplication::instance();
-    if (isOfApplication && event->type() == QEvent::ApplicationPaletteChange) changed_();
-    return false;
-  }
-
- private:
-  std::function<void()> changed_;
-};
+/// LXQt's panel draws a symbolic icon in the color of its file.
+bool panelColorsIcons() {
+  const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
+  return desktop == nullptr || std::string_view(desktop).find("LXQt") == std::string_view::npos;
+}
 
 class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem> {
  public:
   explicit TrayItem(LinuxStatusBar::Needs needs) : needs_(std::move(needs)) {}
 
   void appear() {
-    watchForTrays();
-    // The panel follows the same theme, but perhaps later.
-    theme_.emplace([this] {
-      drawIcon();
-      drawIconAgain();
-    });
+    theme_.emplace(needs_.x11(), [this] { themeChanged(); });
     bus_ = observeSessionBus([this](GDBusConnection* bus) { busChanged(bus); });
   }
 
   void setImage(const SymbolImageRef& image) override {
     image_ = std::dynamic_pointer_cast<LinuxSymbolImage>(image);
     drawIcon();
+  }
+
+  void openMenu() override {
+    if (menu_ != nullptr && !menu_->shown().isVisible()) toggleMenu();
+  }
+
+  bool isShown() override {
+    return image_ != nullptr && (isInPanel_ || (embedded_ && QSystemTrayIcon::isSystemTrayAvailable()));
   }
 
   void setMenu(const MenuRef& menu) override {
@@ -79,65 +74,63 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
     }
     exported_.emplace(bus);
     exported_->setMenu(menu_);
-    notifier_.emplace(bus, StatusNotifier::Events{[this] { openMenu(); },
+    notifier_.emplace(bus, StatusNotifier::Events{[this] { toggleMenu(); },
                                                   [this](bool present) { hostPresenceKnown(present); }});
     drawIcon();
     showToolTip();
   }
 
   void hostPresenceKnown(bool present) {
+    isInPanel_ = present;
     if (present) {
       embedded_.reset();
     } else if (!embedded_) {
       embedded_ = std::make_unique<QSystemTrayIcon>();
       QObject::connect(embedded_.get(), &QSystemTrayIcon::activated, embedded_.get(),
-                       [this](QSystemTrayIcon::ActivationReason) { openMenu(); });
+                       [this](QSystemTrayIcon::ActivationReason) { toggleMenu(); });
       showToolTip();
     }
     drawIcon();
-    drawIconAgain();
-  }
-
-  /// A tray announces itself with a message to the root window (System Tray Protocol Specification). The
-  /// toolkit moves the icon into it, but the new tray may have another color.
-  void watchForTrays() {
-    const auto x11 = needs_.x11();
-    if (x11 == nullptr) return;
-    x11->selectRootEvents(XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-    trays_ = x11->observe([this, manager = x11->atom("MANAGER")](const xcb_generic_event_t& event) {
-      if (eventType(event) != XCB_CLIENT_MESSAGE) return;
-      if (reinterpret_cast<const xcb_client_message_event_t&>(event).type == manager) drawIconAgain();
-    });
-  }
-
-  void drawIconAgain() {
-    needs_.runLoop().dispatchAfter(kPanelDrawn, [weak = weak_from_this()] {
-      if (const auto self = weak.lock()) self->drawIcon();
-    });
   }
 
   void drawIcon() {
-    const QColor color = panelForeground(needs_.x11().get(), embeddedPlace());
-    QList<QImage> sizes;
-    if (image_ != nullptr) {
-      for (const int side : kTrayIconSides) sizes.append(image_->rendered(side, color));
-    }
-    if (notifier_) notifier_->setIcon(std::move(sizes), image_ != nullptr ? image_->description() : "");
+    if (notifier_) notifier_->setIcon(iconOf(image_.get()));
     if (embedded_) {
-      embedded_->setIcon(image_ != nullptr ? image_->icon(color) : QIcon());
+      embedded_->setIcon(image_ != nullptr ? image_->icon() : QIcon());
       embedded_->setVisible(image_ != nullptr);
     }
   }
 
-  /// The place of the icon in an XEmbed tray, in device pixels.
-  std::optional<QRect> embeddedPlace() const {
-    if (!embedded_) return std::nullopt;
-    const QRect place = embedded_->geometry();
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    if (place.isEmpty() || screen == nullptr) return std::nullopt;
-    const double ratio = screen->devicePixelRatio();
-    return QRectF(place.x() * ratio, place.y() * ratio, place.width() * ratio, place.height() * ratio)
-        .toAlignedRect();
+  /// Xfce's panel keeps the color that an icon had when its name was told.
+  void themeChanged() {
+    if (themeIsNew_) return;
+    themeIsNew_ = true;
+    for (const auto delay : kPanelDrawn) later(delay, [](TrayItem& self) { self.drawIconAnew(); });
+    later(kPanelDrawn.back(), [](TrayItem& self) { self.themeIsNew_ = false; });
+  }
+
+  void drawIconAnew() {
+    if (!notifier_) return;
+    StatusNotifier::Icon picture = iconOf(image_.get());
+    picture.name.clear();
+    notifier_->setIcon(std::move(picture));
+    later(kIconTaken, [](TrayItem& self) { self.drawIcon(); });
+  }
+
+  void later(std::chrono::milliseconds delay, void (*work)(TrayItem&)) {
+    needs_.runLoop().dispatchAfter(delay, [weak = weak_from_this(), work] {
+      if (const auto self = weak.lock()) work(*self);
+    });
+  }
+
+  static StatusNotifier::Icon iconOf(const LinuxSymbolImage* image) {
+    StatusNotifier::Icon icon;
+    if (image == nullptr) return icon;
+    if (panelColorsIcons()) icon.themePath = folderOfInstalledIcon(image->themeName());
+    if (!icon.themePath.empty()) icon.name = image->themeName();
+    for (const int side : kTrayIconSides) icon.sizes.append(image->rendered(side));
+    icon.description = image->description();
+    return icon;
   }
 
   void showToolTip() {
@@ -146,7 +139,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
     if (embedded_) embedded_->setToolTip(QString::fromStdString(std::string(kDisplayName) + "\n" + text));
   }
 
-  void openMenu() {
+  void toggleMenu() {
     if (menu_ == nullptr) return;
     QMenu& menu = menu_->shown();
     if (menu.isVisible()) {
@@ -160,8 +153,9 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
   std::shared_ptr<LinuxSymbolImage> image_;
   std::shared_ptr<LinuxMenu> menu_;
   std::shared_ptr<std::function<void()>> menuChanged_;
-  X11Connection::Observation trays_;
   std::optional<ThemeWatch> theme_;
+  bool themeIsNew_ = false;
+  bool isInPanel_ = false;
   std::optional<MenuExport> exported_;
   std::optional<StatusNotifier> notifier_;
   std::unique_ptr<QSystemTrayIcon> embedded_;
@@ -174,6 +168,10 @@ StatusItemRef LinuxStatusBar::statusItem(double) {
   const auto item = std::make_shared<TrayItem>(needs_);
   item->appear();
   return item;
+}
+
+bool LinuxStatusBar::menuIsOpen() {
+  return QApplication::activePopupWidget() != nullptr;
 }
 
 MenuRef LinuxStatusBar::makeMenu() {

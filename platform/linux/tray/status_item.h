@@ -17,7 +17,8 @@ class X11Connection;
 /// No call waits for a panel or tray, and without one nothing is shown.
 ///
 /// A click opens the agent's own menu, drawn from right to left, except where the panel draws the menu
-/// itself. The tooltip is the title of the menu's first item that only informs.
+/// itself. Where the icon is installed, a panel gets its name and colors it; any other gets a picture that is
+/// legible on every color. The tooltip is the title of the menu's first item that only informs.
 class LinuxStatusBar : public StatusBar {
  public:
   struct Needs {
@@ -32,6 +33,9 @@ class LinuxStatusBar : public StatusBar {
   MenuRef makeMenu() override;
   MenuItemRef makeMenuItem() override;
   SymbolImageRef symbolImage(std::string_view name, std::string_view accessibilityDescription) override;
+
+  /// Whether the agent's own menu is open and has the keyboard.
+  static bool menuIsOpen();
 
  private:
   Needs needs_;

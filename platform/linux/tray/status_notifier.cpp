@@ -22,6 +22,7 @@ constexpr char kItemIntrospection[] = R"xml(<node><interface name="org.kde.Statu
   <property name="Status" type="s" access="read"/>
   <property name="WindowId" type="i" access="read"/>
   <property name="IconName" type="s" access="read"/>
+  <property name="IconThemePath" type="s" access="read"/>
   <property name="IconPixmap" type="a(iiay)" access="read"/>
   <property name="IconAccessibleDesc" type="s" access="read"/>
   <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
@@ -33,6 +34,7 @@ constexpr char kItemIntrospection[] = R"xml(<node><interface name="org.kde.Statu
   <method name="Scroll"><arg name="delta" type="i" direction="in"/><arg name="orientation" type="s" direction="in"/></method>
   <signal name="NewIcon"/>
   <signal name="NewToolTip"/>
+  <signal name="NewIconThemePath"><arg name="path" type="s"/></signal>
   </interface></node>)xml";
 
 GDBusInterfaceInfo* itemInterface() {
@@ -73,15 +75,17 @@ StatusNotifier::StatusNotifier(GDBusConnection* bus, Events events) : bus_(bus),
 }
 
 StatusNotifier::~StatusNotifier() {
+  if (askingAgain_ != 0) g_source_remove(askingAgain_);
   g_cancellable_cancel(cancellable_.get());
   g_bus_unwatch_name(watch_);
   g_dbus_connection_signal_unsubscribe(bus_, subscription_);
   if (object_ != 0) g_dbus_connection_unregister_object(bus_, object_);
 }
 
-void StatusNotifier::setIcon(QList<QImage> sizes, std::string description) {
-  icons_ = std::move(sizes);
-  description_ = std::move(description);
+void StatusNotifier::setIcon(Icon icon) {
+  const bool hasOtherPath = icon.themePath != icon_.themePath;
+  icon_ = std::move(icon);
+  if (hasOtherPath) announce("NewIconThemePath", g_variant_new("(s)", icon_.themePath.c_str()));
   announce("NewIcon");
 }
 
@@ -91,8 +95,8 @@ void StatusNotifier::setToolTip(std::string title, std::string text) {
   announce("NewToolTip");
 }
 
-void StatusNotifier::announce(const char* signal) {
-  g_dbus_connection_emit_signal(bus_, nullptr, kItemPath, kItemInterface, signal, nullptr, nullptr);
+void StatusNotifier::announce(const char* signal, GVariant* arguments) {
+  g_dbus_connection_emit_signal(bus_, nullptr, kItemPath, kItemInterface, signal, arguments, nullptr);
 }
 
 void StatusNotifier::methodCalled(GDBusConnection*, const char*, const char*, const char*, const char* method,
@@ -110,9 +114,10 @@ GVariant* StatusNotifier::propertyAsked(GDBusConnection*, const char*, const cha
   if (name == "Title") return g_variant_new_string(std::string(kDisplayName).c_str());
   if (name == "Status") return g_variant_new_string("Active");
   if (name == "WindowId") return g_variant_new_int32(0);
-  if (name == "IconName") return g_variant_new_string("");
-  if (name == "IconPixmap") return pixmaps(self.icons_);
-  if (name == "IconAccessibleDesc") return g_variant_new_string(self.description_.c_str());
+  if (name == "IconName") return g_variant_new_string(self.icon_.name.c_str());
+  if (name == "IconThemePath") return g_variant_new_string(self.icon_.themePath.c_str());
+  if (name == "IconPixmap") return pixmaps(self.icon_.sizes);
+  if (name == "IconAccessibleDesc") return g_variant_new_string(self.icon_.description.c_str());
   if (name == "ItemIsMenu") return g_variant_new_boolean(FALSE);
   if (name == "Menu") return g_variant_new_object_path(MenuExport::kPath);
   return g_variant_new("(s@a(iiay)ss)", "", pixmaps({}), self.toolTipTitle_.c_str(),
@@ -149,12 +154,26 @@ void StatusNotifier::askForHosts() {
                          &StatusNotifier::hostsTold, this);
 }
 
+void StatusNotifier::askForHostsAgain() {
+  const auto ask = [](gpointer self) -> gboolean {
+    static_cast<StatusNotifier*>(self)->askingAgain_ = 0;
+    static_cast<StatusNotifier*>(self)->askForHosts();
+    return G_SOURCE_REMOVE;
+  };
+  if (askingAgain_ == 0) askingAgain_ = g_timeout_add(kBusCallTimeout, ask, this);
+}
+
 void StatusNotifier::hostsTold(GObject* source, GAsyncResult* result, void* self) {
   GError* failure = nullptr;
   const GVariantRef reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &failure));
   const GErrorRef error(failure);
   // A cancelled call belongs to an item that is gone.
   if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) return;
+  // A panel that is busy says nothing about hosts. Its items are shown as soon as it works again.
+  if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE) {
+    static_cast<StatusNotifier*>(self)->askForHostsAgain();
+    return;
+  }
   bool present = false;
   if (reply != nullptr) {
     const GVariantRef boxed(g_variant_get_child_value(reply.get(), 0));

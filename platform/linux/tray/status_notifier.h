@@ -17,8 +17,10 @@ namespace lexwend::platform {
 class StatusNotifier {
  public:
   struct Events {
-    std::function<void()> clicked;                ///< with a button for which the panel opens no menu
-    std::function<void(bool)> hostPresenceKnown;  ///< whether a panel shows items now; called at every change
+    std::function<void()> clicked;  ///< with a button for which the panel opens no menu
+    /// Whether a panel shows items now; called at every change. A panel that does not answer is asked until
+    /// it does.
+    std::function<void(bool)> hostPresenceKnown;
   };
 
   StatusNotifier(GDBusConnection* bus, Events events);
@@ -26,7 +28,14 @@ class StatusNotifier {
   StatusNotifier(const StatusNotifier&) = delete;
   StatusNotifier& operator=(const StatusNotifier&) = delete;
 
-  void setIcon(QList<QImage> sizes, std::string description);
+  /// A panel takes the icon by its name and colors it, or takes the picture where there is no name.
+  struct Icon {
+    std::string name;       ///< in the theme of icons; empty where it is not installed
+    std::string themePath;  ///< the folder "icons" that holds it
+    QList<QImage> sizes;
+    std::string description;
+  };
+  void setIcon(Icon icon);
   void setToolTip(std::string title, std::string text);
 
  private:
@@ -42,7 +51,8 @@ class StatusNotifier {
   static void hostsTold(GObject* source, GAsyncResult* result, void* self);
   void registerWithWatcher();
   void askForHosts();
-  void announce(const char* signal);
+  void askForHostsAgain();
+  void announce(const char* signal, GVariant* arguments = nullptr);
 
   GDBusConnection* bus_;
   Events events_;
@@ -50,8 +60,8 @@ class StatusNotifier {
   guint object_ = 0;
   guint watch_ = 0;
   guint subscription_ = 0;
-  QList<QImage> icons_;
-  std::string description_;
+  guint askingAgain_ = 0;
+  Icon icon_;
   std::string toolTipTitle_;
   std::string toolTipText_;
 };

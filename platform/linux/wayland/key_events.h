@@ -6,9 +6,9 @@
 #include <optional>
 
 #include "platform/key_events.h"
+#include "platform/linux/display/front_window.h"
 #include "platform/linux/display/x_application.h"
 #include "platform/linux/keymap/shortcuts.h"
-#include "platform/linux/session/front_window.h"
 #include "platform/linux/wayland/virtual_keyboard.h"
 
 namespace lexwend::platform {

@@ -2,6 +2,7 @@
 #include "platform/linux/windows/application.h"
 
 #include <QApplication>
+#include <QFontDatabase>
 #include <QSessionManager>
 #include <QTimer>
 #include <QWidget>
@@ -37,6 +38,10 @@ struct EndBySignal {
     return G_SOURCE_REMOVE;  // the descriptor stays readable
   }
 };
+
+constexpr std::string_view kNoHebrewFont =
+    "no font with Hebrew letters is installed, so the menu and the windows are empty; install one, such as "
+    "fonts-dejavu-core";
 
 constexpr const char* kBusVariable = "DBUS_SESSION_BUS_ADDRESS";
 
@@ -121,8 +126,9 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
 }
 
 std::optional<std::string> LinuxApplication::notice() {
-  if (!sessionIsWayland() || needs_.isWayland()) return std::nullopt;
-  return std::string(kWaylandWithX11.english);
+  if (sessionIsWayland() && !needs_.isWayland()) return std::string(kWaylandWithX11.english);
+  if (QFontDatabase::families(QFontDatabase::Hebrew).isEmpty()) return std::string(kNoHebrewFont);
+  return std::nullopt;
 }
 
 void LinuxApplication::setDelegate(std::function<void()> didFinishLaunching) {
@@ -166,6 +172,10 @@ void LinuxApplication::activate(bool) {
 
 void LinuxApplication::beep() {
   if (application_ != nullptr) QApplication::beep();
+}
+
+void LinuxApplication::notifyUser(std::string_view sentence) {
+  platform::notifyUser(sentence);
 }
 
 }  // namespace lexwend::platform

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/application.h"
 
@@ -41,7 +42,8 @@ class LinuxApplication : public Application {
   /// its memory. When the session bus does not answer yet, the toolkit does without it for the whole run. The
   /// windows of this application are then silent to screen readers. Nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
-  /// When the services are those of X11 in a Wayland session: a sentence about what works there.
+  /// When the services are those of X11 in a Wayland session: a sentence about what works there. Else one
+  /// when no font has Hebrew letters, without which the menu and the windows are empty.
   std::optional<std::string> notice() override;
   void setDelegate(std::function<void()> didFinishLaunching) override;
   /// Has no effect: an agent without windows is an accessory here.
@@ -52,6 +54,7 @@ class LinuxApplication : public Application {
   void activate(bool ignoringOtherApps) override;
   /// The display's bell, which desktops turn into their alert sound; Wayland has none.
   void beep() override;
+  void notifyUser(std::string_view sentence) override;
 
  private:
   class HiddenBus;

@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDialog>
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QLabel>
@@ -13,6 +14,7 @@
 #include <QScreen>
 #include <QStringList>
 #include <QTextLayout>
+#include <QTimer>
 #include <QWidget>
 #include <QWindow>
 
@@ -165,8 +167,14 @@ class Label : public QLabel {
   bool coloring_ = false;
 };
 
+/// The next try to take the keyboard, which the menu or the desktop's own shortcut may still hold.
+constexpr int kGrabAgainMilliseconds = 20;
+
 /// The toolkit's window. It outlives the service's window while a button or a close is handled.
-class Panel : public QWidget {
+///
+/// While it is active it holds the keyboard, so that a combination of the desktop comes here and not to the
+/// desktop.
+class Panel : public QDialog {
  public:
   Panel(const RecorderWindowLook& look, RecorderWindowEvents events)
       : events_(std::move(events)),
@@ -185,6 +193,11 @@ class Panel : public QWidget {
       setFixedSize(size);
     }
     centered_ = look.centered;
+    combination_.setFocusPolicy(Qt::StrongFocus);
+    combination_.setFocus();
+    grabAgain_.setSingleShot(true);
+    grabAgain_.setInterval(kGrabAgainMilliseconds);
+    QObject::connect(&grabAgain_, &QTimer::timeout, this, [this] { holdKeyboard(); });
     placeButton(save_, look.save, look.contentRect);
     placeButton(cancel_, look.cancel, look.contentRect);
     QObject::connect(&save_, &QPushButton::clicked, this, [this] { call(events_.save); });
@@ -211,6 +224,16 @@ class Panel : public QWidget {
   }
 
  protected:
+  void changeEvent(QEvent* event) override {
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange) holdKeyboard();
+  }
+  void hideEvent(QHideEvent* event) override {
+    QDialog::hideEvent(event);
+    holdKeyboard();
+  }
+  /// The monitor of keys gets Escape first. What the window manager sends closes the window.
+  void reject() override { close(); }
   void closeEvent(QCloseEvent* event) override {
     event->accept();
     if (std::exchange(closed_, true)) return;
@@ -218,6 +241,16 @@ class Panel : public QWidget {
   }
 
  private:
+  /// Takes the keyboard while the window is active, and gives it back otherwise.
+  void holdKeyboard() {
+    QWindow* window = windowHandle();
+    if (window == nullptr) return;
+    const bool wanted = isVisible() && isActiveWindow();
+    if (wanted == holdsKeyboard_) return;
+    const bool done = window->setKeyboardGrabEnabled(wanted);
+    holdsKeyboard_ = wanted && done;
+    if (wanted && !done) grabAgain_.start();
+  }
   static Qt::WindowFlags flagsOf(const RecorderWindowLook& look) {
     Qt::WindowFlags flags = Qt::Dialog | Qt::CustomizeWindowHint;
     if (look.titled) flags |= Qt::WindowTitleHint | Qt::WindowSystemMenuHint;
@@ -248,6 +281,8 @@ class Panel : public QWidget {
   Label message_;
   QPushButton save_;
   QPushButton cancel_;
+  QTimer grabAgain_;
+  bool holdsKeyboard_ = false;
   bool centered_ = false;
   bool closed_ = false;
 };
@@ -268,6 +303,8 @@ class LinuxRecorderWindow : public RecorderWindow {
   }
   void setMessage(std::string_view utf8, ColorRole color) override {
     panel_->message().show(qtText(utf8), color, combination_);
+    // A screen reader reads changes of what has the focus.
+    panel_->combination().setAccessibleDescription(qtText(utf8));
   }
   void setSaveEnabled(bool enabled) override { panel_->saveButton().setEnabled(enabled); }
   void showAndMakeKey() override { panel_->showAndMakeKey(); }

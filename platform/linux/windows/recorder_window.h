@@ -6,7 +6,8 @@
 namespace lexwend::platform {
 
 /// The recorder as a window of the toolkit. One point of the look is one device-independent pixel. Colors
-/// follow the desktop's palette. A text that does not fit its frame is drawn smaller until it fits. The
+/// follow the desktop's palette. While the window has the focus it holds the keyboard, so that combinations
+/// of the desktop reach it. A text that does not fit its frame is drawn smaller until it fits. The
 /// application object must exist.
 class LinuxRecorderWindows : public RecorderWindows {
  public:

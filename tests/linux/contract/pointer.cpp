@@ -4,6 +4,7 @@
 #include <xcb/xtest.h>
 
 #include "platform/linux/display/x11_connection.h"
+#include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::contract {
 namespace {
@@ -37,7 +38,6 @@ void Pointer::closeBox(const QWidget& window) {
 void Pointer::fake(std::uint8_t type, std::uint8_t detail, QPoint place) {
   xcb_test_fake_input(connection_, type, detail, 0, root_, static_cast<std::int16_t>(place.x()),
                       static_cast<std::int16_t>(place.y()), 0);
-  // The answer says that the server has handled it.
   platform::roundTrip(connection_);
 }
 

@@ -337,5 +337,17 @@ TEST(HotKeysWithoutDisplay, areRefused) {
   EXPECT_EQ(service.registerHotKey(kKeyF2, kNoModifiers, {}).status, kHotKeyInvalidErr);
 }
 
+TEST(KeyNamesOnLinux, areThoseOfItsKeyboards) {
+  LinuxHotKeyService service(nullptr);
+  const KeyNames& names = service.keyNames();
+  EXPECT_EQ(names.joint, "+");
+  EXPECT_EQ(names.of(kCmdKey), "Ctrl");
+  EXPECT_EQ(names.of(kOptionKey), "Alt");
+  EXPECT_EQ(names.of(kControlKey), "Super");
+  EXPECT_EQ(names.of(kShiftKey), "Shift");
+  EXPECT_EQ(names.space, "Space");
+  EXPECT_FALSE(names.functionKeysNeedGlobe);
+}
+
 }  // namespace
 }  // namespace lexwend::platform

@@ -85,10 +85,16 @@ std::unique_ptr<GVariant, decltype(&g_variant_unref)> BusPeer::call(const std::s
 
 /// Runs on GDBus's own thread: the test sets its answer before the first call can come.
 GDBusMessage* BusPeer::seen(GDBusConnection* connection, GDBusMessage* message, int incoming, void* self) {
-  const auto& answer = static_cast<BusPeer*>(self)->answer_;
+  auto& peer = *static_cast<BusPeer*>(self);
+  const auto& answer = peer.answer_;
   if (incoming == FALSE || !answer ||
       g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL) {
     return message;
+  }
+  if (peer.isSilent_) {
+    ++peer.unanswered_;
+    g_object_unref(message);
+    return nullptr;
   }
   GVariant* value = answer(g_dbus_message_get_member(message), g_dbus_message_get_body(message));
   GDBusMessage* reply =

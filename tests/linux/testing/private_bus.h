@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -41,6 +42,10 @@ class BusPeer {
   void releaseName(const std::string& name);
   /// Answers every call at that path.
   void answer(Answer answer) { answer_ = std::move(answer); }
+  /// From now on calls get no answer, as those to a program that hangs, or answers again.
+  void beSilent(bool silent) { isSilent_ = silent; }
+  /// How many calls got none.
+  int unanswered() const { return unanswered_; }
   void emit(const char* path, const char* interface, const char* signal, GVariant* arguments);
   /// Calls a method and iterates the main context until the answer is there; null on failure.
   std::unique_ptr<GVariant, decltype(&g_variant_unref)> call(const std::string& name, const char* path,
@@ -52,6 +57,8 @@ class BusPeer {
   static GDBusMessage* seen(GDBusConnection* connection, GDBusMessage* message, int incoming, void* self);
   GDBusConnection* connection_;
   Answer answer_;
+  std::atomic<bool> isSilent_ = false;
+  std::atomic<int> unanswered_ = 0;
 };
 
 }  // namespace lexwend::platform

@@ -31,7 +31,8 @@ PrivateDesktop::PrivateDesktop() {
   ::setenv("XDG_CONFIG_HOME", home_.file(".config").c_str(), 1);
   ::setenv("XDG_RUNTIME_DIR", home_.path().c_str(), 1);
   ::setenv("QT_IM_MODULE", "none", 1);
-  for (const char* name : {"WAYLAND_DISPLAY", "SWAYSOCK", "XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM"}) {
+  for (const char* name :
+       {"WAYLAND_DISPLAY", "SWAYSOCK", "XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM"}) {
     ::unsetenv(name);
   }
   host_ = std::make_unique<LinuxHost>();

@@ -62,7 +62,7 @@ struct ExportedMenu : ::testing::Test {
   PrivateDesktop& desktop = PrivateDesktop::shared();
   DrawingPanel panel;
   std::string chosen;
-  std::shared_ptr<LinuxMenuItem> fix = item("תקן_זאת    ⌘F5", 'f');
+  std::shared_ptr<LinuxMenuItem> fix = item("תקן_זאת    Ctrl+F5", 'f');
   std::shared_ptr<LinuxMenuItem> toggle = item("סימון", 't');
   std::shared_ptr<LinuxMenuItem> status = item("גרסה 1", 's');
   std::shared_ptr<LinuxMenuItem> quit = std::make_shared<LinuxMenuItem>([this] { chosen += 'q'; });
@@ -103,9 +103,11 @@ TEST_F(ExportedMenu, isRightToLeftAndOfThePublishedVersion) {
 
 TEST_F(ExportedMenu, isReadWithEverythingThatTheAgentsOwnMenuShows) {
   EXPECT_EQ(panel.ask("GetLayout", "(0, -1, ['label'])"),
-            "(2, (0, {}, [<(1, {'label': <'תקן__זאת    ⌘F5'>}, @av [])>, <(2, @a{sv} {}, @av [])>, "
-            "<(3, {'label': <'סימון'>}, @av [])>, <(4, {'label': <'גרסה 1'>}, @av [])>, "
-            "<(5, {'label': <'יציאה'>}, @av [])>]))");
+            "(2, (0, {}, [<(1, {'label': <'\\u2067תקן__זאת    \\u2066Ctrl+F5\\u2069\\u2069'>}, @av [])>, "
+            "<(2, @a{sv} {}, @av [])>, "
+            "<(3, {'label': <'\\u2067סימון\\u2069'>}, @av [])>, <(4, {'label': <'\\u2067גרסה 1\\u2069'>}, "
+            "@av [])>, "
+            "<(5, {'label': <'\\u2067יציאה\\u2069'>}, @av [])>]))");
   EXPECT_EQ(panel.ask("GetLayout", "(0, 0, @as [])"), "(2, (0, {'children-display': <'submenu'>}, []))");
   EXPECT_EQ(panel.ask("GetLayout", "(2, -1, @as [])"), "(2, (2, {'type': <'separator'>}, []))");
   EXPECT_EQ(panel.ask("GetGroupProperties", "([3, 4, 77], ['toggle-type', 'toggle-state', 'enabled'])"),
@@ -150,11 +152,13 @@ TEST_F(ExportedMenu, announcesWhatHasChangedAndNothingElse) {
   status->setTitle("גרסה 1");
   toggle->setChecked(false);
   hear(
-      "ItemsPropertiesUpdated ([(3, {'type': <'standard'>, 'label': <'סימון'>, 'enabled': <true>, "
+      "ItemsPropertiesUpdated ([(3, {'type': <'standard'>, 'label': <'\\u2067סימון\\u2069'>, 'enabled': "
+      "<true>, "
       "'visible': <true>, 'shortcut': <@aas []>, 'toggle-type': <'checkmark'>, 'toggle-state': <0>})], [])");
   fix->setHidden(true);
   hear(
-      "ItemsPropertiesUpdated ([(1, {'type': <'standard'>, 'label': <'תקן__זאת    ⌘F5'>, 'enabled': <true>, "
+      "ItemsPropertiesUpdated ([(1, {'type': <'standard'>, 'label': <'\\u2067תקן__זאת    "
+      "\\u2066Ctrl+F5\\u2069\\u2069'>, 'enabled': <true>, "
       "'visible': <false>, 'shortcut': <@aas []>, 'toggle-type': <''>, 'toggle-state': <0>})], [])");
 }
 
@@ -165,7 +169,7 @@ TEST_F(ExportedMenu, announcesNewEntriesAndFollowsThem) {
   menu->addItem(late);
   hear("LayoutUpdated (4, 0)");
   late->setTitle("מאוחר יותר");
-  EXPECT_EQ(panel.ask("GetProperty", "(7, 'label')"), "(<'מאוחר יותר'>,)");
+  EXPECT_EQ(panel.ask("GetProperty", "(7, 'label')"), "(<'\\u2067מאוחר יותר\\u2069'>,)");
   EXPECT_TRUE(pumpUntil([this] { return panel.signals.size() == 1; }));
 }
 

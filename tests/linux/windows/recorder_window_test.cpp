@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/recorder_window.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QFontMetrics>
 #include <QLabel>
@@ -90,6 +91,57 @@ TEST_F(Recorder, standsWhereTheLookPutsItCountedFromTheBottom) {
   EXPECT_EQ(shown().minimumSize(), shown().maximumSize());
 }
 
+/// Whether another program can take the keyboard now; it gives it back at once.
+bool keyboardIsFree() {
+  const auto x11 = X11Connection::open();
+  const XcbReply<xcb_grab_keyboard_reply_t> reply(
+      xcb_grab_keyboard_reply(x11->get(),
+                              xcb_grab_keyboard(x11->get(), 0, x11->root(), XCB_CURRENT_TIME,
+                                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                              nullptr));
+  return reply != nullptr && reply->status == XCB_GRAB_STATUS_SUCCESS;
+}
+
+TEST_F(Recorder, holdsTheKeyboardUntilItCloses) {
+  open();
+  EXPECT_TRUE(pumpUntil([] { return !keyboardIsFree(); }));
+  window->close();
+  EXPECT_TRUE(pumpUntil([] { return keyboardIsFree(); }));
+}
+
+TEST_F(Recorder, givesTheKeyboardBackWhenItIsDestroyed) {
+  open();
+  ASSERT_TRUE(pumpUntil([] { return !keyboardIsFree(); }));
+  window.reset();
+  EXPECT_TRUE(pumpUntil([] { return keyboardIsFree(); }));
+}
+
+TEST_F(Recorder, givesTheKeyboardBackWhenAnotherWindowIsActive) {
+  open();
+  ASSERT_TRUE(pumpUntil([] { return !keyboardIsFree(); }));
+  {
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    EXPECT_TRUE(pumpUntil([] { return keyboardIsFree(); }));
+  }
+  window->showAndMakeKey();
+  EXPECT_TRUE(pumpUntil([] { return !keyboardIsFree(); }));
+}
+
+TEST_F(Recorder, takesTheKeyboardAsSoonAsTheDesktopGivesItBack) {
+  const auto desktop = X11Connection::open();
+  const XcbReply<xcb_grab_keyboard_reply_t> held(
+      xcb_grab_keyboard_reply(desktop->get(),
+                              xcb_grab_keyboard(desktop->get(), 1, desktop->root(), XCB_CURRENT_TIME,
+                                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                              nullptr));
+  open();
+  xcb_ungrab_keyboard(desktop->get(), XCB_CURRENT_TIME);
+  desktop->flush();
+  EXPECT_TRUE(pumpUntil([] { return !keyboardIsFree(); }));
+}
+
 TEST_F(Recorder, asksTheWindowManagerForNoOtherButtonThanTheCloseBox) {
   open();
   const auto x11 = X11Connection::open();
@@ -140,14 +192,31 @@ TEST_F(Recorder, drawsACombinationInItsOrderAndLeavesItsTextAsItIs) {
     }
     return QString("no such text");
   };
-  const QString isolated = QChar(0x2066) + QString("⌘,") + QChar(0x2069);
-  window->setCombination("⌘,");
-  window->setMessage("הצירוף ⌘, שמור למערכת.", ColorRole::systemRed);
-  EXPECT_EQ(drawn("⌘,"), isolated);
-  EXPECT_EQ(drawn("הצירוף ⌘, שמור למערכת."), "הצירוף " + isolated + " שמור למערכת.");
+  const QString isolated = QChar(0x2066) + QString("Ctrl+,") + QChar(0x2069);
+  window->setCombination("Ctrl+,");
+  window->setMessage("הצירוף Ctrl+, שמור למערכת.", ColorRole::systemRed);
+  EXPECT_EQ(drawn("Ctrl+,"), isolated);
+  EXPECT_EQ(drawn("הצירוף Ctrl+, שמור למערכת."), "הצירוף " + isolated + " שמור למערכת.");
   window->setCombination(",");
-  window->setMessage("הוסף ⌘, ⌃ או ⌥, או בחר מקש F.", ColorRole::systemRed);
-  EXPECT_EQ(drawn("הוסף ⌘, ⌃ או ⌥, או בחר מקש F."), QString("הוסף ⌘, ⌃ או ⌥, או בחר מקש F."));
+  window->setMessage("הוסף Ctrl, Super או Alt, או בחר מקש F.", ColorRole::systemRed);
+  EXPECT_EQ(drawn("הוסף Ctrl, Super או Alt, או בחר מקש F."),
+            QString("הוסף Ctrl, Super או Alt, או בחר מקש F."));
+}
+
+TEST_F(Recorder, isADialogWhoseCombinationHasTheFocus) {
+  open();
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(&shown())->role(), QAccessible::Dialog);
+  window->setCombination("Ctrl+Alt+K");
+  ASSERT_NE(shown().focusWidget(), nullptr);
+  EXPECT_EQ(shown().focusWidget()->accessibleName(), QString("Ctrl+Alt+K"));
+}
+
+TEST_F(Recorder, describesTheFocusByItsMessage) {
+  open();
+  window->setCombination("Ctrl+C");
+  window->setMessage("הצירוף Ctrl+C שמור למערכת.", ColorRole::systemRed);
+  ASSERT_NE(shown().focusWidget(), nullptr);
+  EXPECT_EQ(shown().focusWidget()->accessibleDescription(), QString("הצירוף Ctrl+C שמור למערכת."));
 }
 
 TEST_F(Recorder, takesTheColorsOfAnotherThemeWhileItIsOpen) {

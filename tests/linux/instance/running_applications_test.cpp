@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/session/running_applications.h"
+#include "platform/linux/instance/running_applications.h"
 
 #include <array>
 
@@ -76,6 +76,14 @@ TEST_F(UsersSession, knowsAnotherInstanceUntilThatEnds) {
   EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Else"), Processes{::getpid()});
   other.stop();
   EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Test"), Processes{::getpid()});
+}
+
+TEST_F(UsersSession, tellsOfAnotherInstanceWithoutBecomingOne) {
+  const LinuxRunningApplications asking;
+  EXPECT_EQ(asking.holderOfLock("org.lexwend.Test"), std::nullopt);
+  OtherInstance other("org.lexwend.Test");
+  EXPECT_TRUE(other.thoughtItselfAlone());
+  EXPECT_EQ(asking.holderOfLock("org.lexwend.Test"), other.process());
 }
 
 /// Where the session has no folder of its own, one is made in a folder that all users share.

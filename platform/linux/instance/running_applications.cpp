@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/session/running_applications.h"
+#include "platform/linux/instance/running_applications.h"
 
 #include <string>
 #include <utility>
@@ -29,7 +29,7 @@ LinuxRunningApplications::LinuxRunningApplications(std::string sharedFolder)
     : sharedFolder_(std::move(sharedFolder)) {}
 
 std::vector<ProcessIdentifier> LinuxRunningApplications::withBundleIdentifier(std::string_view identifier) {
-  return {holderOfLock(std::string(identifier)).value_or(ownProcessIdentifier())};
+  return {holdLock(std::string(identifier)).value_or(ownProcessIdentifier())};
 }
 
 std::string LinuxRunningApplications::lockFolder() const {
@@ -43,7 +43,7 @@ ProcessIdentifier LinuxRunningApplications::ownProcessIdentifier() {
   return ::getpid();
 }
 
-std::optional<ProcessIdentifier> LinuxRunningApplications::holderOfLock(const std::string& identifier) {
+std::optional<ProcessIdentifier> LinuxRunningApplications::holdLock(const std::string& identifier) {
   if (locks_.count(identifier) != 0) return ownProcessIdentifier();
   const auto folder = lockFolder();
   if (folder.empty() || identifier.find('/') != std::string::npos) return std::nullopt;
@@ -58,6 +58,18 @@ std::optional<ProcessIdentifier> LinuxRunningApplications::holderOfLock(const st
     locks_.emplace(identifier, descriptor);  // closing the file would give the lock up
     return ownProcessIdentifier();
   }
+  ::close(descriptor);
+  return holderOfLock(identifier);
+}
+
+std::optional<ProcessIdentifier> LinuxRunningApplications::holderOfLock(std::string_view identifier) const {
+  const auto folder = lockFolder();
+  if (folder.empty()) return std::nullopt;
+  const auto path = folder + "/" + std::string(identifier) + ".lock";
+  const int descriptor = ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (descriptor < 0) return std::nullopt;
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
   const bool told = ::fcntl(descriptor, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
   ::close(descriptor);
   if (!told) return std::nullopt;

@@ -21,9 +21,12 @@ class LinuxRunningApplications : public RunningApplications {
   explicit LinuxRunningApplications(std::string sharedFolder = "/tmp");
   std::vector<ProcessIdentifier> withBundleIdentifier(std::string_view identifier) override;
   ProcessIdentifier ownProcessIdentifier() override;
+  /// The other process that is known by that identifier; nothing when there is none. Does not make this
+  /// process known.
+  std::optional<ProcessIdentifier> holderOfLock(std::string_view identifier) const;
 
  private:
-  std::optional<ProcessIdentifier> holderOfLock(const std::string& identifier);
+  std::optional<ProcessIdentifier> holdLock(const std::string& identifier);
   /// Empty when there is no folder that would be safe.
   std::string lockFolder() const;
 

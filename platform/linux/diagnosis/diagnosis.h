@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "platform/diagnosis.h"
+#include "platform/linux/display/x11_connection.h"
+
+namespace lexwend::platform {
+
+class LinuxDiagnosis : public Diagnosis {
+ public:
+  /// What this service needs of its host.
+  struct Needs {
+    std::function<std::shared_ptr<X11Connection>()> x11;  ///< null without a display
+    std::function<bool()> compositorServes;          ///< a Wayland compositor does what the display would
+    std::function<bool()> accessibilityIsConnected;  ///< begins to connect when first asked
+    std::function<std::optional<std::int64_t>()> runningAgent;  ///< of this user
+  };
+
+  explicit LinuxDiagnosis(Needs needs) : needs_(std::move(needs)) {}
+
+  SessionFacts facts() override;
+  void waitFor(std::chrono::milliseconds time) override;
+  bool runTrialField(std::string_view text, std::function<void()> ready,
+                     std::function<void(std::string_view)> changed) override;
+
+ private:
+  Needs needs_;
+};
+
+}  // namespace lexwend::platform

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#include "platform/host.h"
+#include "platform/linux/accessibility/x.h"  // denied
+#include "platform/linux/clipboard/x.h"      // denied
+#include "platform/linux/display/x.h"        // denied
+#include "platform/linux/instance/own.h"
+#include "platform/linux/linux_host.h"   // denied
+#include "platform/linux/selection/x.h"  // denied
+#include "platform/linux/session/x.h"
+#include "platform/linux/tray/x.h"     // denied
+#include "platform/linux/windows/x.h"  // denied
