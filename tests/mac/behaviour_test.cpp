@@ -329,7 +329,7 @@ TEST_F(ClosedRecorder, keepsTheKeyboardWhileTheMenuIsOpen) {
   doubles::status_bar::openMenu();
   window->close();
   doubles::time::advance(1s);
-  EXPECT_TRUE(doubles::app::isActive()) << "hiding the application would take the menu from under the pointer";
+  EXPECT_TRUE(doubles::app::isActive()) << "hiding would take the menu from under the pointer";
   doubles::status_bar::closeMenu();
   doubles::time::advance(0ms);
   EXPECT_FALSE(doubles::app::isActive());
