@@ -32,7 +32,7 @@ ShownWindow::ShownWindow() {
 ShownWindow::~ShownWindow() {
   --ownWindows().shown;
   ownWindows().isKeyboardDue = true;
-  // In the default mode alone: not while an alert stands.
+  // In the default mode alone: not while an alert or the menu is open.
   CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopDefaultMode, ^{
     giveKeyboardBack();
   });

@@ -37,11 +37,10 @@ namespace {
 /// When the agent's menu was last opened and closed, in seconds since the system started. An open one closes
 /// at the end of time.
 struct MenuTimes {
-  double opened = 0;
-  double closed = 0;
+  double opened, closed;
 };
 MenuTimes& menuTimes() {
-  static MenuTimes times;
+  static MenuTimes times{};
   return times;
 }
 

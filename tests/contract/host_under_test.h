@@ -99,6 +99,8 @@ class HostUnderTest {
   virtual int beeps() = 0;
   /// Whether the system has an alert sound.
   virtual bool hasBell() const { return true; }
+  /// How often Tab must be pressed in a new recorder window until its first button has the focus.
+  virtual int tabsToTheFirstButton() const { return 0; }
   /// The URLs of the scheme "lexwend-contract" that came to the program that opens such.
   virtual std::vector<std::string> openedUrls() = 0;
 

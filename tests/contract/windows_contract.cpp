@@ -184,16 +184,22 @@ TEST_F(KeyMonitorContract, seesEveryKeyWhileTheWindowHasTheKeyboard) {
 }
 
 TEST_F(KeyMonitorContract, aKeyThatIsPassedOnReachesTheControlAndAConsumedOneDoesNot) {
-  // The space bar presses the button that has the focus, which is the first.
-  auto disposition = KeyDisposition::consumed;
+  // The space bar presses the button that has the focus.
+  auto disposition = KeyDisposition::passedOn;
   int seen = 0;
   const auto token = host().keyMonitor().addLocalKeyDownMonitor([&](const KeyDownEvent&) {
     ++seen;
     return disposition;
   });
   show();
+  const int tabs = underTest->tabsToTheFirstButton();
+  for (int i = 0; i < tabs; ++i) underTest->userPresses(platform::kKeyTab, kNoModifiers);
+  underTest->userPresses(kKeyF5, kNoModifiers);  // once it is here, the one before it has been handled
+  ASSERT_TRUE(underTest->waitUntil([&] { return seen == tabs + 1; }));
+  seen = 0;
+  disposition = KeyDisposition::consumed;
   underTest->userPresses(kKeySpace, kNoModifiers);
-  underTest->userPresses(kKeyF5, kNoModifiers);  // once it is here, the one before it has been let go of
+  underTest->userPresses(kKeyF5, kNoModifiers);
   EXPECT_TRUE(underTest->waitUntil([&] { return seen == 2; }));
   EXPECT_EQ(saves, 0);
   disposition = KeyDisposition::passedOn;

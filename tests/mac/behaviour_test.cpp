@@ -197,6 +197,13 @@ TEST_F(LayoutObservers, areSilentOnceTheirRegistrationEnded) {
   EXPECT_EQ(changes, 0);
 }
 
+TEST_F(LayoutObservers, hearNothingElseThatProgramsTellEachOther) {
+  doubles::input_sources::postSelectedSourceChanged();
+  host->application().activate(true);
+  doubles::time::advance(0ms);
+  EXPECT_EQ(changes, 0);
+}
+
 TEST_F(LayoutObservers, hearEachForItself) {
   int others = 0;
   const auto other = host->inputSourceService().observeEnabledLayoutsChanged([&] { ++others; });
@@ -294,17 +301,36 @@ TEST_F(AgentOnARealMac, keepsTheKeyboardForTheRecorderThatWasOpenedWhileAnAlertS
   });
 }
 
-struct ClosedRecorder : InMacApplication {};
+struct ClosedRecorder : InMacApplication {
+  /// A recorder that was shown in front. Its owner keeps it.
+  std::unique_ptr<RecorderWindow> shown() {
+    RecorderWindowLook look;
+    look.contentRect = {0, 0, 400, 210};
+    const auto nothing = [] {};
+    auto window =
+        host->recorderWindows().create(look, {.save = nothing, .cancel = nothing, .willClose = nothing});
+    host->application().activate(true);
+    window->showAndMakeKey();
+    return window;
+  }
+};
 
 TEST_F(ClosedRecorder, givesTheKeyboardBackThoughItsOwnerKeepsIt) {
-  RecorderWindowLook look;
-  look.contentRect = {0, 0, 400, 210};
-  const auto nothing = [] {};
-  const auto window =
-      host->recorderWindows().create(look, {.save = nothing, .cancel = nothing, .willClose = nothing});
-  host->application().activate(true);
-  window->showAndMakeKey();
+  const auto window = shown();
   window->close();
+  doubles::time::advance(0ms);
+  EXPECT_FALSE(doubles::app::isActive());
+}
+
+TEST_F(ClosedRecorder, keepsTheKeyboardWhileTheMenuIsOpen) {
+  const StatusItemRef item = host->statusBar().statusItem(kSquareStatusItemLength);
+  item->setMenu(host->statusBar().makeMenu());
+  const auto window = shown();
+  doubles::status_bar::openMenu();
+  window->close();
+  doubles::time::advance(1s);
+  EXPECT_TRUE(doubles::app::isActive()) << "hiding would take the menu from under the pointer";
+  doubles::status_bar::closeMenu();
   doubles::time::advance(0ms);
   EXPECT_FALSE(doubles::app::isActive());
 }

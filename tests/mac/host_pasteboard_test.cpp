@@ -109,6 +109,12 @@ TEST_F(MacPasteboardService, writesPlainText) {
   EXPECT_EQ(contents[0][0].data, bytesOf("שלום 😀"));
 }
 
+TEST_F(MacPasteboardService, writesNoTextWhoseBytesAreNoText) {
+  pasteboard->clearContents();
+  pasteboard->setString("\xFF");
+  EXPECT_TRUE(dbl::contents().empty());
+}
+
 TEST_F(MacPasteboardService, writesAllItemsAtOnceAndNewOnesEachTime) {
   const std::vector<PasteboardItemData> items = {
       {{kRtf, sharedBytesOf("{\\rtf1}")}, {kText, sharedBytesOf("text")}},

@@ -12,7 +12,6 @@
 #include "platform/linux/session/login_item.h"
 #include "platform/linux/session/session_notice.h"
 #include "platform/linux/session/user_defaults.h"
-#include "platform/linux/session/user_folders.h"
 
 namespace lexwend::platform {
 namespace {
@@ -81,29 +80,13 @@ std::vector<std::string> missingExtensions(const X11Connection& x11) {
   return missing;
 }
 
-struct FreeArguments {
-  void operator()(char** arguments) const { g_strfreev(arguments); }
-};
-
 void readAutostart(SessionFacts& facts) {
   facts.autostartPath = LinuxLoginItem::standardPath();
-  const auto text = user_folders::readSmallFile(facts.autostartPath);
-  const GKeyFileRef entry(g_key_file_new());
-  facts.autostartIsOn = LinuxLoginItem(facts.autostartPath, "").status() == LoginItemStatus::enabled;
-  if (!text ||
-      g_key_file_load_from_data(entry.get(), text->data(), text->size(), G_KEY_FILE_NONE, nullptr) == FALSE) {
-    return;
-  }
-  const GText command(
-      g_key_file_get_string(entry.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr));
-  char** words = nullptr;
-  if (command == nullptr || g_shell_parse_argv(command.get(), nullptr, &words, nullptr) == FALSE) {
-    facts.autostartProgramIsThere = false;
-    return;
-  }
-  const std::unique_ptr<char*, FreeArguments> owner(words);
-  facts.autostartProgram = words[0];
-  facts.autostartProgramIsThere = GText(g_find_program_in_path(words[0])) != nullptr;
+  const auto command = LinuxLoginItem::commandOf(facts.autostartPath);
+  facts.autostartIsOn = command.has_value();
+  if (!command) return;
+  facts.autostartProgram = command->empty() ? "" : command->front();
+  facts.autostartProgramIsThere = GText(g_find_program_in_path(facts.autostartProgram.c_str())) != nullptr;
 }
 
 }  // namespace

@@ -38,28 +38,6 @@ void set(GKeyFile* entry, const char* key, const std::string& value) {
   g_key_file_set_string(entry, kGroup, key, value.c_str());
 }
 
-/// The command that an entry which is switched on gives, in words; empty when it gives none that can be read.
-/// Nothing for an entry that is switched off or not there.
-std::optional<std::vector<std::string>> commandOfEntry(const std::string& path) {
-  const auto text = user_folders::readSmallFile(path);
-  const GKeyFileRef entry(g_key_file_new());
-  const bool on =
-      text &&
-      g_key_file_load_from_data(entry.get(), text->data(), text->size(), G_KEY_FILE_NONE, nullptr) != FALSE &&
-      has(entry.get(), G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION) &&
-      !has(entry.get(), G_KEY_FILE_DESKTOP_KEY_HIDDEN, "true") && !has(entry.get(), kGnomeSwitch, "false");
-  if (!on) return std::nullopt;
-  std::vector<std::string> words;
-  const GText command(g_key_file_get_string(entry.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr));
-  gint count = 0;
-  gchar** parsed = nullptr;
-  if (command == nullptr || g_shell_parse_argv(command.get(), &count, &parsed, nullptr) == FALSE)
-    return words;
-  for (gint i = 0; i < count; ++i) words.push_back(withoutFieldCodes(parsed[i]));
-  g_strfreev(parsed);
-  return words;
-}
-
 /// Whether a command's first word names a program that can be started, by its path or in the PATH.
 bool isProgram(const std::string& name) {
   const GText found(g_find_program_in_path(name.c_str()));
@@ -101,14 +79,34 @@ std::string LinuxLoginItem::ownProgram() {
   return length <= 0 ? "" : programOfLink({path.data(), static_cast<std::size_t>(length)});
 }
 
+std::optional<std::vector<std::string>> LinuxLoginItem::commandOf(const std::string& path) {
+  const auto text = user_folders::readSmallFile(path);
+  const GKeyFileRef entry(g_key_file_new());
+  const bool on =
+      text &&
+      g_key_file_load_from_data(entry.get(), text->data(), text->size(), G_KEY_FILE_NONE, nullptr) != FALSE &&
+      has(entry.get(), G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION) &&
+      !has(entry.get(), G_KEY_FILE_DESKTOP_KEY_HIDDEN, "true") && !has(entry.get(), kGnomeSwitch, "false");
+  if (!on) return std::nullopt;
+  std::vector<std::string> words;
+  const GText command(g_key_file_get_string(entry.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr));
+  gint count = 0;
+  gchar** parsed = nullptr;
+  if (command == nullptr || g_shell_parse_argv(command.get(), &count, &parsed, nullptr) == FALSE)
+    return words;
+  for (gint i = 0; i < count; ++i) words.push_back(withoutFieldCodes(parsed[i]));
+  g_strfreev(parsed);
+  return words;
+}
+
 LoginItemStatus LinuxLoginItem::status() {
-  const auto command = commandOfEntry(entryPath_);
+  const auto command = commandOf(entryPath_);
   const bool starts = command && !command->empty() && isProgram(command->front());
   return starts ? LoginItemStatus::enabled : LoginItemStatus::notRegistered;
 }
 
 void LinuxLoginItem::followProgram() {
-  const auto command = commandOfEntry(entryPath_);
+  const auto command = commandOf(entryPath_);
   if (!command || command->size() != 1 || command->front() == program_) return;
   static_cast<void>(registerItem());
 }

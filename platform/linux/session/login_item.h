@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/login_item.h"
 
@@ -29,6 +31,10 @@ class LinuxLoginItem : public LoginItem {
   static std::string standardPath();
   /// The absolute path of this process's executable; empty when the system does not tell.
   static std::string ownProgram();
+
+  /// The words of the command of an entry that is switched on; empty when it has none that can be read. Nothing
+  /// for an entry that is switched off or not there.
+  static std::optional<std::vector<std::string>> commandOf(const std::string& path);
 
   LoginItemStatus status() override;
   bool registerItem() override;

@@ -69,6 +69,7 @@ class LinuxUnderTest : public HostUnderTest {
   bool isInFront() override;
   int beeps() override { return surroundings_->beeps(); }
   bool hasBell() const override { return surroundings_->hasBell(); }
+  int tabsToTheFirstButton() const override { return 1; }  // the combination has it first, for screen readers
   std::vector<std::string> openedUrls() override;
 
   void storeDefault(const std::string& key, const platform::DefaultsValue& value) override;

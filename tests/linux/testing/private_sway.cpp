@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/linux/testing/private_sway.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -39,8 +40,9 @@ auto waitFor(const Question& question, const char* what) {
   const auto end = std::chrono::steady_clock::now() + kStart;
   for (;;) {
     if (auto answer = question()) return answer;
-    if (std::chrono::steady_clock::now() > end)
+    if (std::chrono::steady_clock::now() > end) {
       throw std::runtime_error(std::string("waited in vain for ") + what);
+    }
     std::this_thread::sleep_for(kLook);
   }
 }

@@ -24,7 +24,7 @@ __dispatch_main_q _dispatch_after _dispatch_after_f _dispatch_async _dispatch_as
 """.split()
 
 # What lexwend-convert needs beyond that; the application must do without.
-COMMAND_LINE = "_close _open _poll _read _signal _write".split()
+COMMAND_LINE = "_close _fstat _isatty _lseek _open _poll _read _signal _stat _write".split()
 
 # What the borrowed C headers make of things that Darwin's spell in another way.
 BORROWED = "___errno_location ___assert_fail".split()

@@ -118,6 +118,7 @@ void listIsAbsent();    ///< the list of sources comes back null
 void listIsMistyped();  ///< it comes back as something that is no list
 void setKeyboardType(std::uint8_t type);
 void postEnabledSourcesChanged();  ///< the distributed notification
+void postSelectedSourceChanged();  ///< another distributed one, whenever the layout is switched
 }  // namespace input_sources
 
 namespace accessibility {
@@ -262,7 +263,8 @@ struct Item {
 std::vector<Item> items();
 void nextItemHasNoButton();
 void symbolIsUnknown(const std::string& name);
-/// The user opens the menu of the first status item. Until it closes, presses of hot keys wait.
+/// The user opens the menu of the first status item. Until it closes, presses of hot keys wait, and so does
+/// what is in the run loop's default mode alone.
 void openMenu();
 void closeMenu();
 /// The user chooses the item of that title there, opening and closing the menu.

@@ -57,7 +57,7 @@ struct TimeState {
   std::vector<PerformedBlock> performed;  // blocks that the run loop runs in its next turn
   bool isWoken = false;                   // its next turn comes at once, not with whatever happens next
   std::vector<NSTimer*> timers;           // retained while they are scheduled and valid
-  bool isModal = false;                   // the run loop is in the mode of a modal panel
+  bool isPanelModal = false;              // the run loop is in the mode of a modal panel
   bool isBlocked = false;                 // the main thread sleeps, and no event reaches it
   std::size_t activities = 0;
 };
@@ -89,6 +89,9 @@ microseconds fromSeconds(double seconds) { return microseconds(std::llround(seco
 
 constexpr microseconds kNever = microseconds::max();
 
+/// The run loop is in the mode of a modal panel or of an open menu, both of which are common modes.
+bool isInModeOfItsOwn() { return timeState().isPanelModal || isMenuOpen(); }
+
 /// An application that nobody works with naps, unless it says that it is at something: what it waits for
 /// comes much later.
 microseconds nap() {
@@ -112,7 +115,7 @@ microseconds earliestOuter() {
 NSTimer* nextTimer() {
   NSTimer* next = nil;
   for (NSTimer* each : timeState().timers) {
-    if (timeState().isModal && !each->isInCommonModes_) continue;
+    if (isInModeOfItsOwn() && !each->isInCommonModes_) continue;
     if (next == nil || dueOf(each) < dueOf(next)) next = each;
   }
   return next;
@@ -161,7 +164,7 @@ void enqueue(microseconds due, dispatch_block_t block) {
 /// Those that wait for a mode that the run loop is not in stay.
 void runPerformedBlocks() {
   for (PerformedBlock& each : std::exchange(timeState().performed, {})) {
-    if (timeState().isModal && !each.isInCommonModes) {
+    if (isInModeOfItsOwn() && !each.isInCommonModes) {
       timeState().performed.push_back(each);
       continue;
     }
@@ -179,6 +182,7 @@ void requireMainQueue(dispatch_queue_t queue, const char* what) {
 namespace lexwend::doubles {
 
 bool isMainThreadBlocked() { return timeState().isBlocked; }
+void wakeRunLoop() { timeState().isWoken = true; }
 void runMainQueueAndTimersDue() {
   deliverQueuedPresses();
   runOuterDue();
@@ -226,10 +230,10 @@ void advance(microseconds duration) {
   timeState().now = std::max(timeState().now, end);
 }
 void advanceInModalPanel(microseconds duration) {
-  const bool wasModal = timeState().isModal;
-  timeState().isModal = true;
+  const bool wasModal = timeState().isPanelModal;
+  timeState().isPanelModal = true;
   advance(duration);
-  timeState().isModal = wasModal;
+  timeState().isPanelModal = wasModal;
 }
 void block(microseconds duration) { sleepFor(duration); }
 void later(microseconds delay, std::function<void()> event) {
@@ -332,7 +336,7 @@ void CFRunLoopPerformBlock(CFRunLoopRef runLoop, CFTypeRef mode, void (^block)(v
 void CFRunLoopWakeUp(CFRunLoopRef runLoop) {
   requireNonnull(runLoop, "CFRunLoopWakeUp: the run loop");
   record();
-  timeState().isWoken = true;
+  wakeRunLoop();
 }
 
 // Only the queue's address is used. Its isa makes it an object that is never counted.

@@ -114,6 +114,10 @@ void postEnabledSourcesChanged() {
   postTo([NSDistributedNotificationCenter defaultCenter],
          (NSString*)kTISNotifyEnabledKeyboardInputSourcesChanged);
 }
+void postSelectedSourceChanged() {
+  postTo([NSDistributedNotificationCenter defaultCenter],
+         (NSString*)kTISNotifySelectedKeyboardInputSourceChanged);
+}
 
 }  // namespace lexwend::doubles::input_sources
 

@@ -246,6 +246,7 @@ void closeMenu() {
     if ([menu.delegate respondsToSelector:@selector(menuDidClose:)]) [menu.delegate menuDidClose:menu];
   }
   state().isMenuOpen = false;
+  wakeRunLoop();  // it goes on in its default mode
   deliverQueuedPresses();
 }
 

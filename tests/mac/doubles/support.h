@@ -66,6 +66,8 @@ void deliverHeldNotifications();
 /// Presses that waited for the agent's own menu to close, or for the main thread.
 void deliverQueuedPresses();
 bool isMenuOpen();
+/// Its next turn comes at once, not with whatever happens next.
+void wakeRunLoop();
 bool isMainThreadBlocked();
 bool isDark();
 double secondsSinceStartup();
