@@ -49,7 +49,8 @@ class Diagnosis {
   /// Opens a window with a text field that holds the text, all of it selected. Calls `ready` when the field
   /// has the keyboard, and `changed` with its new text after each change. Blocks until standard input ends.
   /// False where the host has no such field.
-  virtual bool runTrialField(std::string_view, std::function<void()>, std::function<void(std::string_view)>) {
+  virtual bool runTrialField(std::string_view, const std::function<void()>&,
+                             const std::function<void(std::string_view)>&) {
     return false;
   }
 };

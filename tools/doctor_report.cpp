@@ -43,7 +43,7 @@ std::string line(CheckState state, const Sentence& said, TextStyle style) {
   return text + (style.hebrew ? "" : "  ") + in(said, style.hebrew) + '\n';
 }
 
-std::string quoted(std::string_view text) {
+std::string jsonString(std::string_view text) {
   std::string result = "\"";
   for (const char byte : text) {
     if (byte == '"' || byte == '\\') {
@@ -88,14 +88,15 @@ std::string asText(const DoctorReport& report, std::string_view version, TextSty
 }
 
 std::string asJson(const DoctorReport& report, std::string_view version) {
-  std::string text = "{\"version\": " + quoted(version) +
+  std::string text = "{\"version\": " + jsonString(version) +
                      ", \"good\": " + (allIsWell(report) ? "true" : "false") + ", \"checks\": [";
   for (std::size_t i = 0; i < report.checks.size(); ++i) {
     const Check& check = report.checks[i];
     text += (i == 0 ? "\n" : ",\n");
-    text += "  {\"name\": " + quoted(check.name) + ", \"state\": " + quoted(labelOf(check.state).tool) +
-            ", \"found\": " + quoted(check.found.english) + ", \"advice\": " + quoted(check.advice.english) +
-            "}";
+    text += "  {\"name\": " + jsonString(check.name) +
+            ", \"state\": " + jsonString(labelOf(check.state).tool) +
+            ", \"found\": " + jsonString(check.found.english) +
+            ", \"advice\": " + jsonString(check.advice.english) + "}";
   }
   text += "]";
   if (!report.trial.empty()) {
@@ -103,9 +104,9 @@ std::string asJson(const DoctorReport& report, std::string_view version) {
     for (std::size_t i = 0; i < report.trial.size(); ++i) {
       const TrialStep& step = report.trial[i];
       text += (i == 0 ? "\n" : ",\n");
-      text += "  {\"name\": " + quoted(step.name) + ", \"done\": " + (step.done ? "true" : "false") +
+      text += "  {\"name\": " + jsonString(step.name) + ", \"done\": " + (step.done ? "true" : "false") +
               ", \"milliseconds\": " + std::to_string(step.took.count()) +
-              ", \"said\": " + quoted(step.said.english) + "}";
+              ", \"said\": " + jsonString(step.said.english) + "}";
     }
     text += "]";
   }

@@ -24,8 +24,8 @@ class LinuxDiagnosis : public Diagnosis {
 
   SessionFacts facts() override;
   void waitFor(std::chrono::milliseconds time) override;
-  bool runTrialField(std::string_view text, std::function<void()> ready,
-                     std::function<void(std::string_view)> changed) override;
+  bool runTrialField(std::string_view text, const std::function<void()>& ready,
+                     const std::function<void(std::string_view)>& changed) override;
 
  private:
   Needs needs_;

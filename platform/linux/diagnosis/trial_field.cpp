@@ -18,8 +18,8 @@ constexpr std::chrono::milliseconds kLookAgain(20);
 
 }  // namespace
 
-bool LinuxDiagnosis::runTrialField(std::string_view text, std::function<void()> ready,
-                                   std::function<void(std::string_view)> changed) {
+bool LinuxDiagnosis::runTrialField(std::string_view text, const std::function<void()>& ready,
+                                   const std::function<void(std::string_view)>& changed) {
   if (needs_.x11() == nullptr) return false;
   // Qt joins the accessibility bus only if that was on when the program started, or if it is told to.
   qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");

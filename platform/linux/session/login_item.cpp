@@ -92,8 +92,9 @@ std::optional<std::vector<std::string>> LinuxLoginItem::commandOf(const std::str
   const GText command(g_key_file_get_string(entry.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr));
   gint count = 0;
   gchar** parsed = nullptr;
-  if (command == nullptr || g_shell_parse_argv(command.get(), &count, &parsed, nullptr) == FALSE)
-    return words;
+  const bool isRead =
+      command != nullptr && g_shell_parse_argv(command.get(), &count, &parsed, nullptr) != FALSE;
+  if (!isRead) return words;
   for (gint i = 0; i < count; ++i) words.push_back(withoutFieldCodes(parsed[i]));
   g_strfreev(parsed);
   return words;

@@ -32,8 +32,8 @@ class LinuxLoginItem : public LoginItem {
   /// The absolute path of this process's executable; empty when the system does not tell.
   static std::string ownProgram();
 
-  /// The words of the command of an entry that is switched on; empty when it has none that can be read. Nothing
-  /// for an entry that is switched off or not there.
+  /// The words of the command of an entry that is switched on; empty when it has none that can be read.
+  /// Nothing for an entry that is switched off or not there.
   static std::optional<std::vector<std::string>> commandOf(const std::string& path);
 
   LoginItemStatus status() override;
