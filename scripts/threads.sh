@@ -21,8 +21,9 @@ programs="linux_clipboard_test linux_selection_test linux_session_test linux_acc
 cmake --preset tsan >/dev/null && cmake --build --preset tsan -j "$jobs" \
   --target lexwend lexwend-convert lexwend_host_module qt6_editor $programs >/dev/null || exit 1
 rm -rf "$reports" && mkdir -p "$reports"
-# GLib, Qt and D-Bus are not instrumented: what they hand from thread to thread looks like a race.
-export TSAN_OPTIONS="ignore_noninstrumented_modules=1 second_deadlock_stack=1 log_path=$PWD/$reports/report"
+# GLib, Qt and D-Bus are not instrumented: what they hand from thread to thread looks like a race. Some tests have another
+# program in a process that they fork, and it has threads.
+export TSAN_OPTIONS="ignore_noninstrumented_modules=1 second_deadlock_stack=1 die_after_fork=0 log_path=$PWD/$reports/report"
 for program in $programs; do
   path=$(find build/tsan/tests -name "$program" -type f)
   # With its addresses at random the sanitizer of clang 14 does not start on every kernel.

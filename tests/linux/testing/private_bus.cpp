@@ -83,10 +83,13 @@ std::unique_ptr<GVariant, decltype(&g_variant_unref)> BusPeer::call(const std::s
   return {reply.value, &g_variant_unref};
 }
 
-/// Runs on GDBus's own thread: the test sets its answer before the first call can come.
+/// Runs on GDBus's own thread.
 GDBusMessage* BusPeer::seen(GDBusConnection* connection, GDBusMessage* message, int incoming, void* self) {
   auto& peer = *static_cast<BusPeer*>(self);
-  const auto& answer = peer.answer_;
+  const Answer answer = [&peer] {
+    const std::lock_guard<std::mutex> lock(peer.mutex_);
+    return peer.answer_;
+  }();
   if (incoming == FALSE || !answer ||
       g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL) {
     return message;

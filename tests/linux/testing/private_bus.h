@@ -4,6 +4,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include <gio/gio.h>
@@ -41,7 +42,10 @@ class BusPeer {
   void ownName(const std::string& name);
   void releaseName(const std::string& name);
   /// Answers every call at that path.
-  void answer(Answer answer) { answer_ = std::move(answer); }
+  void answer(Answer answer) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    answer_ = std::move(answer);
+  }
   /// From now on calls get no answer, as those to a program that hangs, or answers again.
   void beSilent(bool silent) { isSilent_ = silent; }
   /// How many calls got none.
@@ -56,6 +60,7 @@ class BusPeer {
  private:
   static GDBusMessage* seen(GDBusConnection* connection, GDBusMessage* message, int incoming, void* self);
   GDBusConnection* connection_;
+  std::mutex mutex_;
   Answer answer_;
   std::atomic<bool> isSilent_ = false;
   std::atomic<int> unanswered_ = 0;
