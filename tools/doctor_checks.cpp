@@ -64,9 +64,10 @@ Check checkAgent(const SessionFacts& facts) {
 
 Check checkSession(const SessionFacts& facts) {
   const std::string desktop = facts.desktop.empty() ? "" : " (" + facts.desktop + ")";
-  if (!facts.limit)
+  if (!facts.limit) {
     return good("session",
                 with("", {"fixes work in a session of this type", "תיקונים עובדים בסביבה כזאת"}, desktop));
+  }
   return finding("session", with("", *facts.limit, desktop),
                  {"at the login screen choose the session on X11 (Xorg)",
                   "במסך הכניסה למחשב לבחור בסביבה שעובדת ב־X11 ‏(Xorg)"});
@@ -304,8 +305,9 @@ Check checkLog() {
 }
 
 Check checkFonts(const SessionFacts& facts) {
-  if (facts.hebrewFont)
+  if (facts.hebrewFont) {
     return good("fonts", {"there is a font with Hebrew letters", "יש גופן עם אותיות עבריות"});
+  }
   return finding("fonts",
                  {"no font has Hebrew letters, so the menu cannot be read",
                   "אין גופן עם אותיות עבריות, ולכן אי אפשר לקרוא את התפריט"},

@@ -74,8 +74,9 @@ std::string asText(const DoctorReport& report, std::string_view version, TextSty
     const std::string& advice = in(check.advice, style.hebrew);
     if (!advice.empty()) text += (style.hebrew ? "    מה עושים: " : "           -> ") + advice + '\n';
   }
-  if (!report.trial.empty())
+  if (!report.trial.empty()) {
     text += style.hebrew ? "\nניסיון בשדה של הבדיקה\n" : "\nTrial in a field of its own\n";
+  }
   for (const TrialStep& step : report.trial) {
     Sentence said{step.name + ": " + step.said.english, step.said.hebrew + " (" + step.name + ")"};
     if (step.done) {

@@ -22,8 +22,6 @@
 #include "text/accessibility_path.h"
 #include "text/clipboard_path.h"
 
-extern char** environ;
-
 namespace lexwend {
 namespace {
 
@@ -54,8 +52,9 @@ class Field {
     std::string name = "lexwend-doctor";
     std::string option = "--field";
     std::array<char*, 3> arguments{name.data(), option.data(), nullptr};
-    if (posix_spawn(&process_, "/proc/self/exe", &actions, nullptr, arguments.data(), environ) != 0)
-      process_ = -1;
+    const int failure =
+        posix_spawn(&process_, "/proc/self/exe", &actions, nullptr, arguments.data(), environ);
+    if (failure != 0) process_ = -1;
     posix_spawn_file_actions_destroy(&actions);
     close(in[0]);
     close(out[1]);

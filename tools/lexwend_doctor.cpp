@@ -90,8 +90,8 @@ int run(const Options& options) {
   }
   DoctorReport report{examine({.focusIsMeant = options.after.has_value()}), {}};
   if (options.tries) report.trial = tryFixes();
-  const bool colour =
-      isatty(STDOUT_FILENO) != 0 && (std::getenv("NO_COLOR") == nullptr || *std::getenv("NO_COLOR") == '\0');
+  const char* const noColour = std::getenv("NO_COLOR");
+  const bool colour = isatty(STDOUT_FILENO) != 0 && (noColour == nullptr || *noColour == '\0');
   const std::string text = options.json ? asJson(report, LEXWEND_VERSION)
                                         : asText(report, LEXWEND_VERSION, {localeIsHebrew(), colour});
   std::fputs(text.c_str(), stdout);

@@ -81,8 +81,9 @@ InstanceAnswer LinuxRunningInstance::pass(InstanceCommand command) {
 }
 
 Registration LinuxRunningInstance::receive(std::function<bool(InstanceCommand)> handler) {
-  if (observation_ == nullptr)
+  if (observation_ == nullptr) {
     observation_ = observeSessionBus([this](GDBusConnection* bus) { offerOn(bus); });
+  }
   return handlers_.add(std::move(handler));
 }
 

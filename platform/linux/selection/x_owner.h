@@ -17,7 +17,7 @@
 namespace lexwend::platform {
 
 /// The CLIPBOARD selection by the ICCCM (section 2).
-class XSelectionOwner : public SelectionOwner {
+class XSelectionOwner final : public SelectionOwner {
  public:
   /// Null when there is no display or no XFIXES.
   static std::unique_ptr<SelectionOwner> open(Changed changed);

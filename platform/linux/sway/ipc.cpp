@@ -62,7 +62,7 @@ class SwayIpc::Stream {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path == nullptr || std::strlen(path) >= sizeof address.sun_path) return nullptr;
-    std::strcpy(address.sun_path, path);
+    std::memcpy(address.sun_path, path, std::strlen(path) + 1);
     auto stream = std::make_unique<Stream>(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const bool connects =
         connect(stream->socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
