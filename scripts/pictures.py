@@ -138,7 +138,7 @@ class Studio:
         self.look = look
         self.folder = folder
         self._set_up()
-        # The panel first: an agent that starts without one draws its icon in the text color, until a panel is there.
+        # The panel first: an agent that starts without one says in a notification that it runs.
         Tray(session).start(look.panel, PANEL)
         until(lambda: self.pixels(Region(0, 0, 1, 1)) == bytes.fromhex(look.panel[1:]), 'the panel to be drawn')
         self.agent = session.start_agent(agent)
@@ -168,8 +168,8 @@ class Studio:
         if self.pixels(Region(x, y, 1, 1)) != bytes.fromhex(self.look.panel[1:]):
             return False  # not yet drawn on this panel
         pixels = self.screen.icon_pixels()
-        darkest, lightest = min(pixels), max(pixels)
-        return lightest > 180 if self.look.is_dark else darkest < 80 and lightest > 200
+        field = sum(80 < pixel < 140 for pixel in pixels)
+        return max(pixels) > 220 and field > len(pixels) / 5
 
     def texts(self):
         """Every name in the agent's windows that can be seen."""
@@ -364,10 +364,10 @@ def take_interface(studio):
     studio.wait_for_texts('F2', 'הצירוף הנוכחי.')
     last = studio.take('recorder-current', window)
     keyboard.press('Control+c')
-    studio.wait_for_texts('⌘C', 'שמור למערכת')
+    studio.wait_for_texts('Ctrl+C', 'שמור למערכת')
     last = studio.take('recorder-refused', window, unlike=last)
     keyboard.press('Control+Alt+Super+Shift+k')
-    studio.wait_for_texts('⌃⌥⇧⌘K', 'אפשר לשמור.')
+    studio.wait_for_texts('Super+Ctrl+Alt+Shift+K', 'אפשר לשמור.')
     studio.take('recorder-accepted', window, unlike=last)
     keyboard.press('Escape')
     screen.gone(recorder, 'the recorder')
