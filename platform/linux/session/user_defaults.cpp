@@ -98,8 +98,10 @@ void LinuxUserDefaults::refresh() {
   if (version.exists) {
     const auto text = user_folders::readSmallFile(path_);
     if (!text) return;  // the reason may pass: the next access looks again
-    const bool isWhole = !text->empty() && g_key_file_load_from_data(fresh.get(), text->data(), text->size(),
-                                                                     kEverything, nullptr) != FALSE;
+    // A NUL would end a value for the reader, and what follows it would be lost with the next writing.
+    const bool isText = !text->empty() && text->find('\0') == std::string::npos;
+    const bool isWhole = isText && g_key_file_load_from_data(fresh.get(), text->data(), text->size(),
+                                                             kEverything, nullptr) != FALSE;
     if (!isWhole && !hasSettled(version)) return;
     if (!isWhole && !text->empty()) {
       keepAside();

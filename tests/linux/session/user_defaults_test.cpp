@@ -93,6 +93,14 @@ TEST_F(UserDefaultsFile, staysWhereItIsWhileAnEditorMayBeWritingIt) {
   EXPECT_EQ(test::contentsOf(path), "[Settings]\nhotKeyCode=97\ncompatMode=true\n");
 }
 
+TEST_F(UserDefaultsFile, isDamagedWhenItHoldsANul) {
+  const std::string contents = std::string("[Settings]\nlanguage=he") + '\0' + "\ncompatMode=true\n";
+  put(contents);
+  auto defaults = opened();
+  defaults.setBool(true, "switchLayoutAfterFix");
+  EXPECT_EQ(test::contentsOf(path + ".damaged"), contents);
+}
+
 TEST_F(UserDefaultsFile, isKeptAsideOnlyWhenItHasStayedDamaged) {
   put("nonsense");
   LinuxUserDefaults defaults(path, 50ms);
