@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: MIT
 """Builds the fuzz targets and runs each for some time from its corpus, as many at once as there are processors.
 
-usage: fuzz/run.py [--seconds N] [--jobs N] [--no-build] [TARGET ...]
+usage: fuzz/run.py [--seconds N] [--seed N] [--jobs N] [--no-build] [TARGET ...]
 
-A finding is kept in build/fuzz/findings, its report is printed, and the exit status is 1. `fuzz/run.py --seconds 600` is ten
-minutes for each. What a run has found worth keeping lies in build/fuzz/found; corpus/ is a small choice of it.
+Inputs are made at random, from another seed each time unless one is given. A finding is kept in build/fuzz/findings, its
+report is printed, and the exit status is 1. `fuzz/run.py --seconds 600` is ten minutes for each. What a run has found worth keeping lies in build/fuzz/found; corpus/ is a small choice of it.
 """
 import argparse
 import os
@@ -28,8 +28,8 @@ LINES_OF_REPORT = 60
 class Run:
     """The targets that are still to be run."""
 
-    def __init__(self, seconds, names):
-        self.seconds, self.left, self.lock, self.bad = seconds, list(names), threading.Lock(), []
+    def __init__(self, seconds, seed, names):
+        self.seconds, self.seed, self.left, self.lock, self.bad = seconds, seed, list(names), threading.Lock(), []
 
     def work(self):
         while True:
@@ -50,8 +50,8 @@ class Run:
         for folder in (found, findings):
             folder.mkdir(parents=True, exist_ok=True)
         corpus = HERE / 'corpus' / name
-        command = [str(BUILD / 'fuzz' / f'fuzz_{name}'), f'-max_total_time={self.seconds}', '-max_len=2048', '-timeout=20',
-                   '-rss_limit_mb=2048', '-close_fd_mask=1', f'-artifact_prefix={findings}/{name}-', str(found),
+        command = [str(BUILD / 'fuzz' / f'fuzz_{name}'), f'-max_total_time={self.seconds}', f'-seed={self.seed}', '-max_len=2048',
+                   '-timeout=20', '-rss_limit_mb=2048', '-close_fd_mask=1', f'-artifact_prefix={findings}/{name}-', str(found),
                    *([str(corpus)] if corpus.is_dir() else [])]
         with tempfile.TemporaryFile('w+', errors='replace') as output:
             process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=output, start_new_session=True,
@@ -74,6 +74,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument('targets', nargs='*', metavar='TARGET', help=', '.join(TARGETS))
     parser.add_argument('--seconds', type=int, default=20)
+    parser.add_argument('--seed', type=int, default=0, help='0: another one each time')
     parser.add_argument('--jobs', type=int, default=os.cpu_count() or 2)
     parser.add_argument('--no-build', action='store_true')
     arguments = parser.parse_args()
@@ -85,7 +86,7 @@ def main():
             if subprocess.run(command, cwd=HERE.parent, stdout=subprocess.DEVNULL, check=False).returncode != 0:
                 print(f'fuzz: {" ".join(command)} failed')
                 return 1
-    run = Run(arguments.seconds, names)
+    run = Run(arguments.seconds, arguments.seed, names)
     workers = [threading.Thread(target=run.work) for _ in range(arguments.jobs)]
     for worker in workers:
         worker.start()
