@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include "platform/linux/kwin/entry.h"
 #include "platform/linux/selection/selections.h"
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/identity.h"
@@ -66,7 +67,8 @@ Accessibility& LinuxHost::accessibility() {
 
 SecureInput& LinuxHost::secureInput() {
   return made(secureInput_, LinuxSecureInput::Needs{[this] { return frontWindowClass(); },
-                                                    [this] { return linuxAccessibility().focusIsSecure(); }});
+                                                    [this] { return linuxAccessibility().focusIsSecure(); },
+                                                    [this] { return kwin() && kwin()->screenIsLocked(); }});
 }
 
 KeyEvents& LinuxHost::keyEvents() {
@@ -138,7 +140,7 @@ Application& LinuxHost::application() {
   return made(application_,
               LinuxApplication::Needs{
                   [this] { finishWork(); }, [this] { return isWayland(); }, [this] { return x11(); },
-                  [this] { focusOwnWindow(); }});
+                  [this] { focusOwnWindow(); }, [this] { return !kwin() || kwin()->grantsAll(); }});
 }
 
 Files& LinuxHost::files() {
@@ -158,6 +160,7 @@ Diagnosis& LinuxHost::diagnosis() {
               LinuxDiagnosis::Needs{
                   .x11 = [this] { return x11(); },
                   .compositorServes = [this] { return isWayland(); },
+                  .grantIsMissing = [this] { return kwin() && !anEntryGrantsKeys(); },
                   .accessibilityIsConnected = [this] { return linuxAccessibility().isConnected(); },
                   .runningAgent = [this] { return runningApplications_.holderOfLock(kIdentifier); }});
 }
@@ -211,6 +214,7 @@ LinuxAccessibility::Display LinuxHost::displayOfAccessibility() {
       .frontWindowClass = [this] { return frontWindowClass(); },
       .primarySelection = [reader = std::make_shared<PrimaryReader>(
                                isWayland() ? selectionsOfWayland() : selectionsOfX())] { return reader->read(); },
+      .tellsFront = [this] { return !kwin() || kwin()->grantsAll(); },
   };
 }
 

@@ -79,6 +79,7 @@ class KWinKeyboard(Keyboard):
 
 class KWinSession(Session):
     """A session whose display is a compositor. XWayland starts with it."""
+    TERMINAL, TERMINAL_CLASS = ['konsole', '-e'], 'org.kde.konsole'
 
     def __init__(self, granted=True, **options):
         super().__init__(**options)

@@ -106,6 +106,7 @@ class WaylandKeyboard:
 
 class SwaySession(Session):
     """A session whose display is a compositor. XWayland starts with its first window."""
+    TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
 
     def __init__(self, typist, **options):
         super().__init__(**options)

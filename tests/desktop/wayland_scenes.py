@@ -121,11 +121,11 @@ def refuses_a_terminal_and_leaves_its_program_running(stage):
     stage.start_agent()
     stage.put_on_clipboard('kept')
     alive = stage.session.folder / 'alive'
-    terminal = stage.session.start_in_front(['foot', 'sh', '-c', f'touch {alive}; exec sleep 600'])
+    terminal = stage.session.start_in_front([*stage.session.TERMINAL, 'sh', '-c', f'touch {alive}; exec sleep 600'])
     until(alive.exists, 'the program in the terminal to run')
     stage.expect_secure_input()
     assert terminal.poll() is None, 'the terminal has ended'
-    assert 'fix: front=foot' in stage.session.log(), stage.session.log()
+    assert f'fix: front={stage.session.TERMINAL_CLASS} ' in stage.session.log(), stage.session.log()
 
 
 @scene

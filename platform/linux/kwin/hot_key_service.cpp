@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/kwin/hot_key_service.h"
 
+#include <cerrno>
 #include <string>
 #include <string_view>
 
@@ -13,7 +14,8 @@ namespace {
 
 constexpr BusObject kShortcuts = {"org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel"};
 constexpr const char* kComponentInterface = "org.kde.kglobalaccel.Component";
-constexpr const char* kComponent = "lexwend";
+// Of this program: another one, which only looks whether a key is free, must not take the agent's.
+const char* const kComponent = program_invocation_short_name;
 
 // Flags of setShortcut: the shortcut is there now, and not the one that the settings have kept from before.
 constexpr guint32 kSetPresent = 2;

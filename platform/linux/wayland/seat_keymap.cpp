@@ -26,7 +26,11 @@ SeatKeymap::~SeatKeymap() {
 void SeatKeymap::capabilitiesChange(void* self, wl_seat* seat, std::uint32_t capabilities) {
   auto& keymap = *static_cast<SeatKeymap*>(self);
   const bool hasKeyboard = (capabilities & WL_SEAT_CAPABILITY_KEYBOARD) != 0;
-  if (!hasKeyboard || keymap.keyboard_ != nullptr) return;
+  if (hasKeyboard == (keymap.keyboard_ != nullptr)) return;
+  if (!hasKeyboard) {
+    wl_keyboard_destroy(std::exchange(keymap.keyboard_, nullptr));  // it stays silent when one comes again
+    return;
+  }
   // This program's window is never in front on this connection: of the keyboard only the keymap comes.
   static constexpr wl_keyboard_listener kListener = {
       .keymap = keymapComes,

@@ -26,7 +26,7 @@ class SeatKeymap {
   SeatKeymap(const SeatKeymap&) = delete;
   SeatKeymap& operator=(const SeatKeymap&) = delete;
 
-  /// Null while none has come, as on a seat without a keyboard.
+  /// Null while none has come. That of the last keyboard stays.
   const std::shared_ptr<xkb_keymap>& keymap() const { return keymap_; }
 
  private:
