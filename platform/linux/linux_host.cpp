@@ -100,7 +100,8 @@ StatusBar& LinuxHost::statusBar() {
 }
 
 RecorderWindows& LinuxHost::recorderWindows() {
-  return recorderWindows_;
+  if (kwin()) return made(recorderWindows_, [this](bool held) { kwin()->blockShortcuts(held); });
+  return made(recorderWindows_);
 }
 
 KeyMonitor& LinuxHost::keyMonitor() {

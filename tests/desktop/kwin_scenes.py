@@ -8,8 +8,12 @@ import os
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+from gi.repository import GLib
 
 from kwin_session import KWinSession
+from panel import PROPERTIES, WATCHER, Panel, ScreenReader
 from session import AccessibilityBus, call, run_scene, until
 from stage import DESKTOPS, SCENES, main
 from wayland_scenes import scenes_of
@@ -26,7 +30,9 @@ def scene_without_grant(function):
 
 
 OTHER_PROGRAM = ['other', 'rename', 'Other', 'Rename']
-F2 = 0x01000031  # as Qt numbers it
+F2, F3 = 0x01000031, 0x01000032  # as Qt numbers them
+RECORDER = 'מקש קיצור'
+TAKEN = 'הצירוף תפוס'
 ALT_H = {'hotKeyCode': 4, 'hotKeyModifiers': 0x0800}
 CONTROL_ALT_H = {'hotKeyCode': 4, 'hotKeyModifiers': 0x0900}
 
@@ -133,6 +139,51 @@ def refuses_a_terminal_that_is_known_by_accessibility_alone(stage):
     until(bus.text_has_said_that_it_is_focused, 'the terminal to have the focus')
     stage.expect_secure_input()
     assert terminal.poll() is None, 'the terminal has ended'
+
+
+@scene
+def shows_its_icon_its_recorder_and_an_alert(stage):
+    """A combination that another program holds reaches the recorder, which then says that it is taken."""
+    session = stage.session
+    os.environ['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'  # Qt 6.4 on Wayland asks for it at its start only
+    settings = session.folder / 'bar'
+    settings.write_text('{"layer": "top", "height": 32, "modules-right": ["tray"], "tray": {"icon-size": 24}}', encoding='utf-8')
+    session.start(['waybar', '--config', str(settings), '--style', '/dev/null'])
+    panel = Panel(session)
+    until(bar_shows_items, 'the bar')
+    stage.start_agent()
+    until(lambda: len(panel.items()) == 1, 'one icon in the bar')
+    reader = ScreenReader(session)
+    shortcuts('doRegister', '(as)', OTHER_PROGRAM)
+    shortcuts('setShortcut', '(asaiu)', OTHER_PROGRAM, [F3], 6)
+    subprocess.run([str(stage.agent_path), '--settings'], check=True)
+    until(lambda: session.active_process() == stage.agent.pid, 'a window of the agent')
+    until(lambda: reader.is_active(RECORDER), 'the recorder to have the keyboard')
+    picture(stage, 'icon-and-recorder')
+    stage.keyboard.press('F3')
+    until(lambda: 'F3' in reader.labels(RECORDER), 'the combination in the recorder')
+    before = session.look()
+    stage.keyboard.press('Return')
+    until(lambda: TAKEN in reader.labels('Lexwend'), 'the alert')
+    until(lambda: reader.is_active('Lexwend'), 'the alert to have the keyboard')
+    until(lambda: session.look() != before, 'the alert to be drawn')
+    picture(stage, 'alert')
+    stage.keyboard.press('Return')
+    until(lambda: not reader.window('Lexwend'), 'the alert to close')
+    assert holder_of_f2() == ['lexwend'], holder_of_f2()
+
+
+def bar_shows_items():
+    try:
+        return call(WATCHER, '/StatusNotifierWatcher', PROPERTIES, 'Get', '(ss)', WATCHER, 'IsStatusNotifierHostRegistered')[0]
+    except GLib.Error:
+        return False  # not yet there
+
+
+def picture(stage, what):
+    folder = os.environ.get('LEXWEND_DESKTOP_PICTURES')
+    if folder:
+        stage.session.screenshot(Path(folder) / f'{what}.png')
 
 
 def run_all(arguments):

@@ -159,6 +159,10 @@ class KWinSession(Session):
         Path(path).parent.mkdir(parents=True, exist_ok=True)
         subprocess.run(['import', '-display', self.display, '-window', 'root', str(path)], check=True)
 
+    def look(self):
+        """The pixels of the screen."""
+        return subprocess.run(['import', '-display', self.display, '-window', 'root', 'rgb:-'], check=True, capture_output=True).stdout
+
     def copy(self, target):
         return ['wl-copy', '--foreground', '--type', target]
 

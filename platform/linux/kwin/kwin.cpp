@@ -16,6 +16,7 @@ namespace lexwend::platform {
 namespace {
 
 constexpr BusObject kBus = {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"};
+constexpr BusObject kShortcuts = {"org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel"};
 constexpr BusObject kScreenSaver = {"org.kde.KWin", "/ScreenSaver", "org.freedesktop.ScreenSaver"};
 
 GVariantRef callOnBus(const BusObject& object, const char* method, GVariant* arguments,
@@ -93,6 +94,10 @@ void KWin::focusOwnWindow() {
   if (!windows_ || !connection_->roundTrip()) return;
   windows_->activate(static_cast<std::uint32_t>(getpid()));
   connection_->flush();
+}
+
+void KWin::blockShortcuts(bool blocked) {
+  call(kShortcuts, "blockGlobalShortcuts", g_variant_new("(b)", blocked ? TRUE : FALSE), "()");
 }
 
 bool KWin::screenIsLocked() {

@@ -55,6 +55,9 @@ class KWin {
   std::optional<FrontWindow> frontWindow();
   /// Gives the keyboard to this program's window, if it may.
   void focusOwnWindow();
+  /// Lets no shortcut of any program fire, or all of them again. KWin remembers it until it is told again, also
+  /// when this program ends meanwhile.
+  void blockShortcuts(bool blocked);
   /// Whether the screen is locked.
   bool screenIsLocked();
   /// The layouts of the user, a group each; null where there is no keyboard.
