@@ -138,10 +138,9 @@ RunLoop& LinuxHost::runLoop() {
 }
 
 Application& LinuxHost::application() {
-  return made(application_,
-              LinuxApplication::Needs{
-                  [this] { finishWork(); }, [this] { return isWayland(); }, [this] { return x11(); },
-                  [this] { focusOwnWindow(); }, [this] { return !kwin() || kwin()->grantsAll(); }});
+  return made(application_, LinuxApplication::Needs{[this] { finishWork(); }, [this] { return isWayland(); },
+                                                    [this] { return x11(); }, [this] { focusOwnWindow(); },
+                                                    [this] { return !kwin() || kwin()->grantsAll(); }});
 }
 
 Files& LinuxHost::files() {
@@ -213,8 +212,10 @@ LinuxAccessibility::Display LinuxHost::displayOfAccessibility() {
           },
       .frontProcess = [this] { return frontProcess(); },
       .frontWindowClass = [this] { return frontWindowClass(); },
-      .primarySelection = [reader = std::make_shared<PrimaryReader>(
-                               isWayland() ? selectionsOfWayland() : selectionsOfX())] { return reader->read(); },
+      .primarySelection =
+          [reader = std::make_shared<PrimaryReader>(isWayland() ? selectionsOfWayland() : selectionsOfX())] {
+            return reader->read();
+          },
       .tellsFront = [this] { return !kwin() || kwin()->grantsAll(); },
   };
 }

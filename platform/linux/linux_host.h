@@ -39,8 +39,8 @@
 namespace lexwend::platform {
 
 /// The desktop: an X11 display, or the compositor sway or KWin of Wayland where that is there and offers what
-/// the services need; its X11 windows are windows like the others then. A connection, a file or a bus is opened
-/// when the service that needs it is first asked for. So a program that prints a report runs without a
+/// the services need; its X11 windows are windows like the others then. A connection, a file or a bus is
+/// opened when the service that needs it is first asked for. So a program that prints a report runs without a
 /// display, a bus, a home or a writable disk.
 class LinuxHost : public Host {
  public:

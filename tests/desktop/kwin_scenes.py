@@ -108,6 +108,23 @@ def reads_layouts_with_variants(stage):
     stage.fix('שהכד')
 
 
+@scene
+def refuses_while_the_screen_is_locked(stage):
+    stage.start_agent()
+    stage.open('mousepad', 'akuo')
+    stage.select_all()
+    lock('Lock')
+    until(lambda: lock('GetActive')[0], 'the screen to be locked')
+    stage.keyboard.press('F2')  # fires no shortcut; the command does the same
+    subprocess.run([str(stage.agent_path), '--fix'], check=False, capture_output=True)
+    until(lambda: 'fix: failed secureInput' in stage.session.log(), 'the fix to be refused')
+    assert stage.session.log().count('fix: front=') == 1 and 'AX' not in stage.session.log(), stage.session.log()
+
+
+def lock(method):
+    return call('org.kde.KWin', '/ScreenSaver', 'org.freedesktop.ScreenSaver', method)
+
+
 @scene_without_grant
 def fixes_what_needs_no_key_and_says_what_it_may_not_do(stage):
     stage.start_agent()

@@ -10,8 +10,8 @@
 namespace lexwend::platform {
 
 /// No display has a secure input mode that a client could ask about. A locked screen and a focused field for
-/// passwords stand for it, and a terminal, in a window of its own or inside another one: there the copy shortcut stops the
-/// running program or types an escape sequence, and no selection can be replaced in place.
+/// passwords stand for it, and a terminal, in a window of its own or inside another one: there the copy
+/// shortcut stops the running program or types an escape sequence, and no selection can be replaced in place.
 class LinuxSecureInput : public SecureInput {
  public:
   struct Needs {

@@ -55,8 +55,8 @@ class KWin {
   std::optional<FrontWindow> frontWindow();
   /// Gives the keyboard to this program's window, if it may.
   void focusOwnWindow();
-  /// Lets no shortcut of any program fire, or all of them again. KWin remembers it until it is told again, also
-  /// when this program ends meanwhile.
+  /// Lets no shortcut of any program fire, or all of them again. KWin remembers it until it is told again,
+  /// also when this program ends meanwhile.
   void blockShortcuts(bool blocked);
   /// Whether the screen is locked.
   bool screenIsLocked();

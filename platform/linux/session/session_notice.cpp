@@ -23,7 +23,8 @@ const SessionNotice kNoGrant = {
 const SessionNotice kHowToGetGrant = {
     "install Lexwend to a path without spaces (its package, or cmake --install), quit it, and start it from "
     "the applications menu",
-    "להתקין את Lexwend בנתיב ללא רווחים (מחבילה, או ב־cmake --install), לצאת ממנה ולהפעיל אותה מתפריט היישומים"};
+    "להתקין את Lexwend בנתיב ללא רווחים (מחבילה, או ב־cmake --install), לצאת ממנה ולהפעיל אותה מתפריט "
+    "היישומים"};
 const SessionNotice kWaylandOnly = {
     "this Wayland session has no X11 display (XWayland), so the hot key and the fix cannot work here; "
     "conversion on the command line works: lexwend-convert",

@@ -45,8 +45,8 @@ class LinuxApplication : public Application {
   /// windows of this application are then silent to screen readers. Nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
   /// When the services are those of X11 in a Wayland session, or a compositor does not let this program press
-  /// keys: a sentence about what works there. Else one when no font has Hebrew letters, without which the menu
-  /// and the windows are empty.
+  /// keys: a sentence about what works there. Else one when no font has Hebrew letters, without which the
+  /// menu and the windows are empty.
   std::optional<std::string> notice() override;
   void setDelegate(std::function<void()> didFinishLaunching) override;
   /// Has no effect: an agent without windows is an accessory here.

@@ -27,8 +27,7 @@ FakeKWin::Session::Session() {
 }
 
 FakeKWin::FakeKWin() {
-  peer_.answer(
-      [this](const std::string& method, GVariant* arguments) { return answer(method, arguments); });
+  peer_.answer([this](const std::string& method, GVariant* arguments) { return answer(method, arguments); });
   for (const char* name : {"org.kde.KWin", "org.kde.kglobalaccel", "org.kde.keyboard"}) peer_.ownName(name);
   kwin_ = KWin::open();
 }
@@ -37,7 +36,8 @@ GVariant* FakeKWin::answer(const std::string& method, GVariant* arguments) {
   const std::lock_guard lock(mutex_);
   const GText text(arguments != nullptr ? g_variant_print(arguments, FALSE) : g_strdup("()"));
   calls_.push_back(method + text.get());
-  if (method == "doRegister" || method == "unRegister" || method == "blockGlobalShortcuts") return g_variant_new("()");
+  if (method == "doRegister" || method == "unRegister" || method == "blockGlobalShortcuts")
+    return g_variant_new("()");
   if (method == "setShortcut") {
     component_ = textAt(arguments, 0);
     action_ = textAt(arguments, 1);

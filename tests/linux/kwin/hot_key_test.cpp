@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/kwin/hot_key_service.h"
-
 #include <cerrno>
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/linux/kwin/hot_key_service.h"
 #include "tests/linux/kwin/fake_kwin.h"
 #include "tests/linux/testing/virtual_display.h"
 
@@ -51,8 +50,8 @@ TEST_F(KWinHotKey, isTakenByTheNumberThatQtGivesItAndGivenBack) {
     const auto registration = service.registerHotKey(kKeyF2, kCmdKey | kOptionKey | kControlKey, kIdentity);
     ASSERT_EQ(registration.status, kNoErr);
     EXPECT_THAT(fake.calls("doRegister"), ElementsAre("doRegister(" + names + ",)"));
-    EXPECT_THAT(fake.calls("setShortcut"), ElementsAre("setShortcut(" + names + ", [" +
-                                                       std::to_string(0x1D000031) + "], 6)"));
+    EXPECT_THAT(fake.calls("setShortcut"),
+                ElementsAre("setShortcut(" + names + ", [" + std::to_string(0x1D000031) + "], 6)"));
     EXPECT_THAT(fake.calls("unRegister"), IsEmpty());
   }
   EXPECT_THAT(fake.calls("unRegister"), ElementsAre("unRegister(" + names + ",)"));
@@ -61,7 +60,8 @@ TEST_F(KWinHotKey, isTakenByTheNumberThatQtGivesItAndGivenBack) {
 TEST_F(KWinHotKey, thatTypesIsTakenForEachLayout) {
   const auto registration = service.registerHotKey(kKeyH, kOptionKey, kIdentity);
   ASSERT_EQ(registration.status, kNoErr);
-  const std::string keys = "[" + std::to_string(0x08000000 + 'H') + ", " + std::to_string(0x08000000 + U'י') + "]";
+  const std::string keys =
+      "[" + std::to_string(0x08000000 + 'H') + ", " + std::to_string(0x08000000 + U'י') + "]";
   EXPECT_THAT(fake.calls("setShortcut"), ElementsAre(HasSubstr(keys)));
 }
 
