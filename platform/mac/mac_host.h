@@ -19,6 +19,7 @@
 #include "platform/mac/recorder_window.h"
 #include "platform/mac/run_loop.h"
 #include "platform/mac/running_applications.h"
+#include "platform/mac/running_instance.h"
 #include "platform/mac/secure_input.h"
 #include "platform/mac/status_item.h"
 #include "platform/mac/user_defaults.h"
@@ -41,6 +42,7 @@ class MacHost : public Host {
   Alerts& alerts() override { return alerts_; }
   Workspace& workspace() override { return workspace_; }
   RunningApplications& runningApplications() override { return runningApplications_; }
+  RunningInstance& runningInstance() override { return runningInstance_; }
   UserDefaults& standardUserDefaults() override { return standardUserDefaults_; }
   LoginItem& loginItem() override { return loginItem_; }
   RunLoop& runLoop() override { return runLoop_; }
@@ -62,6 +64,7 @@ class MacHost : public Host {
   MacAlerts alerts_;
   MacWorkspace workspace_;
   MacRunningApplications runningApplications_;
+  MacRunningInstance runningInstance_;
   MacUserDefaults standardUserDefaults_;
   MacLoginItem loginItem_;
   MacRunLoop runLoop_;
