@@ -556,6 +556,37 @@ TEST_F(AField, isLookedForInTheActiveWindowOnly) {
   EXPECT_TRUE(searched()) << "told by a state";
 }
 
+TEST_F(AField, isFoundInTheActiveWindowWhereTheDisplayDoesNotTellWhichThatIs) {
+  std::map<std::string, ScriptedObject> windows = {
+      {ScriptedApplication::kRoot, {.children = {ScriptedApplication::kWindow}}},
+      {ScriptedApplication::kWindow, {.children = {"/field"}}},
+  };
+  app->show(selected(u"akuo", {0, 4}), windows);
+  LinuxAccessibility other{{.mayControl = [] { return true; },
+                            .frontProcess = [] { return std::optional<std::uint32_t>(); },
+                            .frontWindowClass = [] { return std::optional<std::string>(); },
+                            .primarySelection = [] { return std::optional<std::string>(); },
+                            .tellsFront = [] { return false; }}};
+  other.start();
+  const auto isFound = [&] {
+    EXPECT_FALSE(other.focusIsSecure());
+    return other.copyAttributeValue(other.createSystemWideElement(), kFocusedUIElementAttribute).error == 0;
+  };
+  EXPECT_TRUE(pumpUntil([&] {
+    return other.copyAttributeValue(other.createSystemWideElement(), kFocusedUIElementAttribute).error !=
+           kNotConnected;
+  }));
+  EXPECT_FALSE(isFound()) << "no window is active";
+  windows[ScriptedApplication::kWindow].states |= stateBit(ATSPI_STATE_ACTIVE);
+  app->show(selected(u"akuo", {0, 4}), windows);
+  EXPECT_TRUE(isFound());
+  // The application has lost the keyboard to one that is not on the bus.
+  app->sayActive(ScriptedApplication::kWindow);
+  windows[ScriptedApplication::kWindow].states &= ~stateBit(ATSPI_STATE_ACTIVE);
+  app->show(selected(u"akuo", {0, 4}), windows);
+  EXPECT_FALSE(isFound());
+}
+
 TEST_F(AField, isFoundBesideReferencesToNobody) {
   const std::vector<std::pair<const char*, const char*>> malformed = {
       {"", "/org/a11y/atspi/null"},    {"", "/"}, {":", "/x"}, {"no name", "/x"}, {"a..b", "/x"},
