@@ -92,6 +92,27 @@ for _path in PATHS:
 fault('application stopped for 6 s: clipboard, mousepad, after the paste')(stop_application('clipboard', 'mousepad', 125, 6))
 
 
+def press_again_while_stopped(step):
+    """The application has not come to the paste when the hot key is pressed again: its text is still selected."""
+    def run(rig):
+        rig.prepare('clipboard')
+        rig.press()
+        time.sleep(step / 1000)
+        os.killpg(rig.editor.pid, signal.SIGSTOP)
+        time.sleep(0.3)
+        rig.keyboard.press('F2')
+        time.sleep(0.7)
+        os.killpg(rig.editor.pid, signal.SIGCONT)
+        rig.wait_for_end()
+        time.sleep(1.0)
+        rig.expect()
+    return run
+
+
+for _step in (40, 60, 80, 100, 120):
+    fault(f'application stopped and the hot key pressed again: {_step} ms', short=_step == 80)(press_again_while_stopped(_step))
+
+
 # -- the owner of the clipboard
 
 def own(*arguments, target='UTF8_STRING', clipboard=KEPT, may_be_refused=True, may_be_pasted=()):

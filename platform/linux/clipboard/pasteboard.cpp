@@ -9,6 +9,8 @@
 namespace lexwend::platform {
 namespace {
 
+constexpr std::chrono::seconds kPasteTime{2};
+
 /// An item that has been read already.
 class ReadItem : public PasteboardItem {
  public:
@@ -166,6 +168,11 @@ bool LinuxPasteboard::passingTextStands() {
 
 bool LinuxPasteboard::holdsPassingText() {
   return owner_ && (owner_->lastChange().isOwn || passingTextStands());
+}
+
+bool LinuxPasteboard::pasteIsUnderWay() {
+  const auto paste = needs_.lastPaste ? needs_.lastPaste() : std::nullopt;
+  return owner_ && paste && Clock::now() < paste->time + kPasteTime && owner_->awaitsFetch(*paste);
 }
 
 /// Of a fix only: whoever clears or writes at another time wants what is there to go.

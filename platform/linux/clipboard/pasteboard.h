@@ -94,6 +94,10 @@ class LinuxPasteboard : public Pasteboard {
   /// Whether a paste now would paste the text of setString(): nobody has copied something else since. Where
   /// another program owns the clipboard, waits for its answer as string() does.
   bool holdsPassingText();
+  /// Whether the program that got the last paste shortcut has still to fetch the text of setString(). A copy
+  /// shortcut now would copy once more what the paste is to replace. A program that has not fetched it for
+  /// two seconds counts as one that does not paste.
+  bool pasteIsUnderWay();
 
  private:
   using Clock = std::chrono::steady_clock;

@@ -874,6 +874,23 @@ TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesBetweenTheRestoresOfTwoFixes) {
   EXPECT_EQ(read(editor), "copied since");
 }
 
+TEST_F(PasteboardOfAFix, tellsWhetherThePasteIsStillToBeFetched) {
+  EXPECT_FALSE(pasteboard->pasteIsUnderWay());
+  copyAndPaste("replacement");
+  EXPECT_EQ(stranger.paste(), "replacement");
+  EXPECT_TRUE(pasteboard->pasteIsUnderWay());
+  restore();
+  EXPECT_TRUE(pasteboard->pasteIsUnderWay());
+  EXPECT_EQ(read(editor), "replacement");
+  EXPECT_FALSE(pasteboard->pasteIsUnderWay());
+}
+
+TEST_F(PasteboardOfAFix, isNotFetchedByAProgramThatDoesNotPaste) {
+  copyAndPaste("replacement");
+  EXPECT_TRUE(becomes([&] { return !pasteboard->pasteIsUnderWay(); }));
+  EXPECT_GE(Clock::now() - paste->time, std::chrono::seconds(2));
+}
+
 TEST_F(PasteboardOfAFix, isEmptyAgainOnlyAfterTheApplicationHasFetchedTheReplacement) {
   copyAndPaste("replacement");
   pasteboard->clearContents();
