@@ -830,8 +830,9 @@ TEST_F(PasteboardOfAFix, keepsWhatALaterFixThatFailedHasPutBack) {
   std::this_thread::sleep_for(kNextKey);
   const CopyingApplication second(plainText("copied second"));
   pasteboard->items();
+  const xcb_timestamp_t pressed = editor.serverTime();
   copy = played();
-  const CopyingApplication selection(plainText("123"));
+  const CopyingApplication selection(plainText("123"), "CLIPBOARD", pressed);
   EXPECT_EQ(pasteboard->string(), "123");
   restore({{{"UTF8_STRING", bytesOf("copied second")}}});  // at once: there is nothing to change
   turnMainLoop();
@@ -847,8 +848,9 @@ TEST_F(PasteboardOfAFix, isNotEmptiedAfterALaterFixHasPutBackWhatItRead) {
   std::this_thread::sleep_for(kNextKey);
   const CopyingApplication user(plainText("copied since"));
   pasteboard->items();
+  const xcb_timestamp_t pressed = editor.serverTime();
   copy = played();
-  const CopyingApplication selection(plainText("123"));
+  const CopyingApplication selection(plainText("123"), "CLIPBOARD", pressed);
   restore({{{"UTF8_STRING", bytesOf("copied since")}}});
   turnMainLoop();
   restore({});  // of the first fix, which had found nothing
