@@ -74,7 +74,8 @@ class Pasteboard {
   /// Empties the pasteboard and makes this process its owner.
   virtual void clearContents() = 0;
   /// The plain text (UTF-8), or nothing when there is none. On Linux, after a copy shortcut, only what the
-  /// application that got the shortcut has copied counts. A copy of files has no text.
+  /// application that got the shortcut has copied counts. A copy of files has no text. Neither has ill-formed
+  /// UTF-8, which an application gives for a selection that cuts a character.
   virtual std::optional<std::string> string() = 0;
   /// Writes transient plain text, after a clearContents(). Only on Linux it carries the mark that keeps it
   /// out of clipboard histories.

@@ -73,10 +73,12 @@ SecureInput& LinuxHost::secureInput() {
 
 KeyEvents& LinuxHost::keyEvents() {
   // A clipboard that cannot be given back must not be overwritten by a simulated copy. Where nothing is
-  // selected some editors copy the line of the caret.
+  // selected some editors copy the line of the caret. Where the paste of the fix before is still to come the
+  // same text would be copied and pasted twice.
   // What somebody else has copied since must not be pasted in its place.
   const auto mayCopy = [this] {
-    return pasteboard()->canBeGivenBack() && !linuxAccessibility().selectionIsKnownEmpty();
+    return pasteboard()->canBeGivenBack() && !pasteboard()->pasteIsUnderWay() &&
+           !linuxAccessibility().selectionIsKnownEmpty();
   };
   const auto mayPaste = [this] { return pasteboard()->holdsPassingText(); };
   if (isWayland()) {

@@ -85,6 +85,12 @@ void OwnerThread::settle() {
   post({.kind = CommandKind::settle}, true);
 }
 
+bool OwnerThread::awaitsFetch(const PlayedShortcut& paste) {
+  post({.kind = CommandKind::askForFetch, .paste = paste}, true);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return awaitsFetch_;
+}
+
 void OwnerThread::putBackAfter(const CopyShortcuts& shortcuts, ClipboardContents contents) {
   post({.kind = CommandKind::putBackAfter, .contents = std::move(contents), .shortcuts = shortcuts}, true);
 }
@@ -160,6 +166,14 @@ void OwnerThread::carryOut(Command& command) {
     case CommandKind::look:
       lookedAt_ = owner_->serverTime();  // its answer comes after the notifications
       break;
+    case CommandKind::askForFetch: {
+      const PlayedShortcut& paste = *command.paste;
+      const bool awaits = passing_ && owner_->owns() && paste.time >= passedAt_ &&
+                          !owner_->firstFetchBy(paste.application, paste.time);
+      const std::lock_guard<std::mutex> lock(mutex_);
+      awaitsFetch_ = awaits;
+      break;
+    }
     case CommandKind::stop:
       break;
   }

@@ -97,6 +97,8 @@ class OwnerThread {
   void clear(std::optional<PlayedShortcut> paste);
   /// Carries out what waits, except for a fetch.
   void settle();
+  /// Whether that program has still to fetch the passing contents that are owned.
+  bool awaitsFetch(const PlayedShortcut& paste);
 
   /// Puts these contents back when an answer to the shortcuts comes within OwnerTimes::lateCopy, or has just
   /// come. Ends when anybody else copies.
@@ -106,7 +108,7 @@ class OwnerThread {
   void replacePassingAtEnd(ClipboardContents contents) { atEnd_ = std::move(contents); }
 
  private:
-  enum class CommandKind { pass, stay, clear, settle, putBackAfter, look, stop };
+  enum class CommandKind { pass, stay, clear, settle, putBackAfter, look, askForFetch, stop };
   struct Command {
     CommandKind kind = CommandKind::settle;
     ClipboardContents contents{};
@@ -157,6 +159,7 @@ class OwnerThread {
   std::uint64_t postedCommands_ = 0;
   std::uint64_t finishedCommands_ = 0;
   Change lastChange_;
+  bool awaitsFetch_ = false;
 
   // Of the thread.
   bool passing_ = false;

@@ -9,8 +9,7 @@
 namespace lexwend::platform {
 namespace {
 
-// For a clipboard manager that has taken over text of a line to a page.
-constexpr std::chrono::milliseconds kTakenOverTime{250};
+constexpr std::chrono::seconds kPasteTime{2};
 
 /// An item that has been read already.
 class ReadItem : public PasteboardItem {
@@ -34,6 +33,17 @@ class ReadItem : public PasteboardItem {
   ClipboardContents contents_;
 };
 
+/// GLib takes a NUL for the end of a text.
+bool isWellFormedUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const char* end = nullptr;
+    if (g_utf8_validate(text.data(), static_cast<gssize>(text.size()), &end) != FALSE) return true;
+    if (*end != '\0') return false;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()) + 1);
+  }
+  return true;
+}
+
 }  // namespace
 
 LinuxPasteboard::LinuxPasteboard(PasteboardBudget budget, Needs needs, const OwnerTimes& times,
@@ -50,6 +60,7 @@ LinuxPasteboard::~LinuxPasteboard() {
 std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::items() {
   if (!reader_) return std::nullopt;
   owner_->settle();
+  isPutBack_ = false;
   readAt_ = Clock::now();
   stringTimeLeft_ = kStringTime;
   if (!lastRead_ || !passingTextStands()) {
@@ -73,7 +84,7 @@ std::int64_t LinuxPasteboard::changeCount() {
 }
 
 void LinuxPasteboard::clearContents() {
-  if (!owner_ || somebodyElseHasCopied()) return;
+  if (!owner_ || isPutBack_ || somebodyElseHasCopied()) return;
   owner_->clear(pasteOfPassingText());
   passingIsOver_ = true;
   forgetSoon();
@@ -82,6 +93,12 @@ void LinuxPasteboard::clearContents() {
 std::optional<std::string> LinuxPasteboard::string() {
   if (!reader_) return std::nullopt;
   owner_->settle();
+  auto text = copiedText();
+  // Half a character, say, that the selection cuts. What is pasted in its place would not be what it was.
+  return text && isWellFormedUtf8(*text) ? std::move(text) : std::nullopt;
+}
+
+std::optional<std::string> LinuxPasteboard::copiedText() {
   const auto copy = copyOfThisFix();
   if (!copy) return reader_->readText({kStringTime, kStringTime, budget_.bytes});
   const Clock::time_point start = Clock::now();
@@ -97,10 +114,11 @@ void LinuxPasteboard::setString(std::string_view text) {
   owner_->pass(passingTextContents(text));
   passing_ = PassingText{std::string(text), Clock::now()};
   passingIsOver_ = false;
+  isPutBack_ = false;
 }
 
 void LinuxPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
-  if (!owner_ || somebodyElseHasCopied()) return;
+  if (!owner_ || isPutBack_ || somebodyElseHasCopied()) return;
   ClipboardContents contents;
   for (const PasteboardItemData& item : items) {
     for (const auto& [typeName, bytes] : item) {
@@ -114,12 +132,12 @@ void LinuxPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
     }
   }
   // Of fixes in quick succession the restore of the first may come after the second has pasted. What the user
-  // has copied between them is what the second has read, and its own restore is still to come.
+  // has copied between them is what the second has read.
   const auto paste = pasteOfPassingText();
-  const bool isOfAnEarlierFix = paste && lastRead_ && contents != *lastRead_;
-  if (isOfAnEarlierFix) contents = *lastRead_;
+  if (paste && lastRead_) contents = *lastRead_;
   owner_->stay(std::move(contents), paste);
-  passingIsOver_ = !isOfAnEarlierFix;
+  isPutBack_ = copyOfThisFix().has_value();
+  passingIsOver_ = true;
   forgetSoon();
 }
 
@@ -145,11 +163,16 @@ bool LinuxPasteboard::isFromCopier(xcb_window_t owner, const XApplication& copie
 /// A clipboard manager may have taken it over: the text tells, not the owner.
 bool LinuxPasteboard::passingTextStands() {
   return passing_ && !passingIsOver_ &&
-         reader_->readText({kTakenOverTime, kTakenOverTime, budget_.bytes}) == passing_->text;
+         reader_->readText({budget_.takenOver, budget_.takenOver, budget_.bytes}) == passing_->text;
 }
 
 bool LinuxPasteboard::holdsPassingText() {
   return owner_ && (owner_->lastChange().isOwn || passingTextStands());
+}
+
+bool LinuxPasteboard::pasteIsUnderWay() {
+  const auto paste = needs_.lastPaste ? needs_.lastPaste() : std::nullopt;
+  return owner_ && paste && Clock::now() < paste->time + kPasteTime && owner_->awaitsFetch(*paste);
 }
 
 /// Of a fix only: whoever clears or writes at another time wants what is there to go.
@@ -160,7 +183,8 @@ bool LinuxPasteboard::somebodyElseHasCopied() {
   if (pasteOfPassingText()) {
     const bool isAnswer = copy && OwnerThread::isAnswerTo({copy->application, readAt_, copy->time}, change,
                                                           reader_->application(change.owner));
-    return !isAnswer && reader_->readText({kTakenOverTime, kTakenOverTime, budget_.bytes}) != passing_->text;
+    return !isAnswer &&
+           reader_->readText({budget_.takenOver, budget_.takenOver, budget_.bytes}) != passing_->text;
   }
   return copy && change.number != changesAtRead_ && !isFromCopier(change.owner, copy->application);
 }

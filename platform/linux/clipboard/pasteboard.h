@@ -27,6 +27,8 @@ struct PasteboardBudget {
   std::size_t bytes = std::size_t{256} * 1024 * 1024;
   /// For everything with a picture, which its owner may encode only when it is asked.
   std::chrono::milliseconds picture{2500};
+  /// For a clipboard manager that has taken over text of a line to a page.
+  std::chrono::milliseconds takenOver{250};
 };
 
 /// The CLIPBOARD selection as a pasteboard, by the ICCCM (section 2). PRIMARY is never touched: applications
@@ -43,7 +45,7 @@ struct PasteboardBudget {
 ///
 /// string() of a fix, that is after a copy shortcut that was played since the last items(), gives what the
 /// program that got the shortcut has put there, or a clipboard manager has taken over from it, and nothing
-/// that another program has copied. A copy of files has no string.
+/// that another program has copied. A copy of files has no string, nor has ill-formed UTF-8.
 ///
 /// setString() writes text that passes through. It bears the mark by which clipboard histories leave an entry
 /// out ("x-kde-passwordManagerHint" = "secret"). While it stands, items() gives what was there before it.
@@ -51,10 +53,10 @@ struct PasteboardBudget {
 /// the text or has closed its window, 30 s at most; all other programs get the new contents meanwhile. Where
 /// no paste shortcut was played it waits for half a second or the next question to this pasteboard.
 ///
-/// What somebody else has copied during a fix stays: clearContents() and writeItems() do nothing then. After
-/// the paste of a fix writeItems() with anything but what that fix has read is the restore of an earlier one:
-/// what was read last is put back instead. When a
-/// fix has ended without a text, a copy by which its shortcut is answered late is undone for 30 s.
+/// What somebody else has copied during a fix stays: clearContents() and writeItems() do nothing then. Of
+/// fixes in quick succession the first of their restores puts back what was read last. The others come too
+/// late: clearContents() and writeItems() do nothing until the next items(). When a fix has ended without a
+/// text, a copy by which its shortcut is answered late is undone for 30 s.
 ///
 /// The change count counts the owner notifications of XFIXES: each claim, also a repeated one of the same
 /// owner, the end of an owner, and the claims of this program. It is current while the main thread sleeps.
@@ -92,6 +94,10 @@ class LinuxPasteboard : public Pasteboard {
   /// Whether a paste now would paste the text of setString(): nobody has copied something else since. Where
   /// another program owns the clipboard, waits for its answer as string() does.
   bool holdsPassingText();
+  /// Whether the program that got the last paste shortcut has still to fetch the text of setString(). A copy
+  /// shortcut now would copy once more what the paste is to replace. A program that has not fetched it for
+  /// two seconds counts as one that does not paste.
+  bool pasteIsUnderWay();
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -101,6 +107,7 @@ class LinuxPasteboard : public Pasteboard {
     Clock::time_point since;
   };
 
+  std::optional<std::string> copiedText();
   std::optional<PlayedShortcut> copyOfThisFix() const;
   std::optional<PlayedShortcut> pasteOfPassingText() const;
   bool isFromCopier(xcb_window_t owner, const XApplication& copier);
@@ -122,6 +129,8 @@ class LinuxPasteboard : public Pasteboard {
   std::chrono::milliseconds stringTimeLeft_ = kStringTime;
   std::optional<PassingText> passing_;
   bool passingIsOver_ = true;
+  /// Whether a fix has put back what the last items() found.
+  bool isPutBack_ = false;
   unsigned forgetting_ = 0;  // the source in the main context
 };
 

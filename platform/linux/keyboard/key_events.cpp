@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <vector>
 
 #include <xcb/xinput.h>
@@ -24,6 +25,21 @@ constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, &ShortcutKeys
                                                {kEventFlagShift, &ShortcutKeys::shift},
                                                {kEventFlagOption, &ShortcutKeys::alt},
                                                {kEventFlagControl, &ShortcutKeys::super}}};
+
+/// Keeps every other program from changing anything on the server, the focus included.
+class ServerGrab {
+ public:
+  explicit ServerGrab(X11Connection& x11) : x11_(x11) { xcb_grab_server(x11_.get()); }
+  ~ServerGrab() {
+    xcb_ungrab_server(x11_.get());
+    x11_.flush();
+  }
+  ServerGrab(const ServerGrab&) = delete;
+  ServerGrab& operator=(const ServerGrab&) = delete;
+
+ private:
+  X11Connection& x11_;
+};
 
 class XTestEventSource : public EventSource {};
 
@@ -95,14 +111,20 @@ PostResult LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   const auto* keyEvent = dynamic_cast<const XTestKeyEvent*>(&event);
   if (!x11_ || keyEvent == nullptr) return PostResult::refused;
   xcb_connection_t* c = x11_->get();
+  // The other window that gets the focus meanwhile must not get the keys.
+  std::optional<ServerGrab> grab;
   if (keyEvent->down()) {
     devices_ = readKeyboardDevices(*x11_);
     keys_ = readShortcutKeys(*x11_, devices_);
     const Shortcut shortcut = keyEvent->shortcut();
     const Front inFront = front();
     if (shortcut != Shortcut::none && !mayPlay(shortcut, inFront)) return PostResult::refused;
-    note(shortcut, inFront);
     releaseHeldModifiers();
+    if (shortcut != Shortcut::none) {
+      grab.emplace(*x11_);
+      if (front() != inFront) return PostResult::refused;
+      note(shortcut, inFront);
+    }
   }
   std::vector<xcb_keycode_t> chord = keyEvent->chord(keys_);
   if (!keyEvent->down()) std::reverse(chord.begin(), chord.end());

@@ -35,7 +35,10 @@ DefaultsValue typedValue(GKeyFile* file, const char* key, const char* raw) {
   if (const auto real = realValue(raw)) return defaultsNumber(*real);
   const GText string(g_key_file_get_string(file, kSettingsGroup, key, nullptr));
   if (string == nullptr || (!text.empty() && text.back() == ';')) return OtherDefaultsValue{};
-  return std::string(string.get());
+  // Of the carriage returns at the end of a line each reading takes one away.
+  std::string value = string.get();
+  value.erase(value.find_last_not_of('\r') + 1);
+  return value;
 }
 
 void setValue(GKeyFile* file, const std::string& key, const DefaultsValue& value) {

@@ -48,7 +48,8 @@ constexpr milliseconds kNextKey{100};
 constexpr int kLoad = 5;
 /// Where a test is not about the budget, a loaded machine must not exceed it.
 constexpr PasteboardBudget kAmpleBudget{.time = std::chrono::seconds(60),
-                                        .silence = std::chrono::seconds(30)};
+                                        .silence = std::chrono::seconds(30),
+                                        .takenOver = std::chrono::seconds(30)};
 const OwnerTimes kAmpleTimes{.fetch = std::chrono::seconds(60)};
 /// For the end of pasteboards that are no matter of the test.
 const OwnerTimes kNoLastServe{.lastServe = milliseconds(0)};
@@ -183,6 +184,19 @@ TEST_F(ClipboardPasteboard, readsTextInWhicheverFormItIsOffered) {
   }
   CopyingApplication application(plainText(""));
   EXPECT_EQ(pasteboard.string().value_or(""), "");
+}
+
+TEST_F(ClipboardPasteboard, takesNoTextThatIsNotWellFormed) {
+  const std::vector<std::string> texts = {"akuo\xED\xA0\xBD", "\xED\xB8\x80kuo", "ak\xD7",
+                                          std::string("a\0\xFF", 3)};
+  for (const std::string& text : texts) {
+    CopyingApplication application(plainText(text));
+    EXPECT_EQ(pasteboard.string(), std::nullopt);
+    EXPECT_EQ(snapshot(), std::vector<PasteboardItemData>({{{"UTF8_STRING", bytesOf(text)}}}));
+  }
+  const std::string whole("a\0\xF0\x9F\x98\x80\0", 7);
+  CopyingApplication application(plainText(whole));
+  EXPECT_EQ(pasteboard.string(), whole);
 }
 
 TEST_F(ClipboardPasteboard, offersItsTextInEveryUsualForm) {
@@ -707,7 +721,7 @@ TEST_F(PasteboardAtTheEnd, goesOnServingUntilSomebodyHasFetchedWhereThereIsNoMan
   EXPECT_LT(Clock::now() - start, kLoad * OwnerTimes().lastServe);
 
   // Long enough that the first fetch comes within it on a busy machine too.
-  constexpr std::chrono::seconds kWatchers(2);
+  constexpr std::chrono::seconds kWatchers(5);
   pasteboard = std::make_unique<LinuxPasteboard>(
       PasteboardBudget{}, LinuxPasteboard::Needs{},
       OwnerTimes{.lastServe = std::chrono::seconds(60), .watchers = kWatchers});
@@ -806,6 +820,77 @@ TEST_F(PasteboardOfAFix, keepsWhatTheUserCopiesBeforeTheFixBeforeHasPutBackWhatI
   restore({{{"UTF8_STRING", bytesOf("copied second")}}});
   turnMainLoop();
   EXPECT_TRUE(becomes([&] { return stranger.paste() == "copied second"; }));
+}
+
+TEST_F(PasteboardOfAFix, keepsWhatALaterFixThatFailedHasPutBack) {
+  const CopyingApplication first(plainText("copied first"));
+  pasteboard->items();
+  copyAndPaste("replacement");
+  EXPECT_EQ(read(editor), "replacement");
+  std::this_thread::sleep_for(kNextKey);
+  const CopyingApplication second(plainText("copied second"));
+  pasteboard->items();
+  const xcb_timestamp_t pressed = editor.serverTime();
+  copy = played();
+  const CopyingApplication selection(plainText("123"), "CLIPBOARD", pressed);
+  EXPECT_EQ(pasteboard->string(), "123");
+  restore({{{"UTF8_STRING", bytesOf("copied second")}}});  // at once: there is nothing to change
+  turnMainLoop();
+  restore({{{"UTF8_STRING", bytesOf("copied first")}}});  // half a second after the first paste
+  turnMainLoop();
+  EXPECT_TRUE(becomes([&] { return read(editor) == "copied second"; }));
+}
+
+TEST_F(PasteboardOfAFix, isNotEmptiedAfterALaterFixHasPutBackWhatItRead) {
+  pasteboard->items();
+  copyAndPaste("replacement");
+  EXPECT_EQ(read(editor), "replacement");
+  std::this_thread::sleep_for(kNextKey);
+  const CopyingApplication user(plainText("copied since"));
+  pasteboard->items();
+  const xcb_timestamp_t pressed = editor.serverTime();
+  copy = played();
+  const CopyingApplication selection(plainText("123"), "CLIPBOARD", pressed);
+  restore({{{"UTF8_STRING", bytesOf("copied since")}}});
+  turnMainLoop();
+  restore({});  // of the first fix, which had found nothing
+  turnMainLoop();
+  EXPECT_TRUE(becomes([&] { return read(editor) == "copied since"; }));
+}
+
+TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesBetweenTheRestoresOfTwoFixes) {
+  const CopyingApplication user(plainText("the user's"));
+  for (const char* text : {"first", "second"}) {
+    pasteboard->items();
+    copyAndPaste(text);
+    EXPECT_EQ(read(editor), text);
+    std::this_thread::sleep_for(milliseconds(1));
+  }
+  restore();
+  turnMainLoop();
+  EXPECT_TRUE(becomes([&] { return read(editor) == "the user's"; }));
+  std::this_thread::sleep_for(kNextKey);
+  const CopyingApplication again(plainText("copied since"));
+  restore();
+  turnMainLoop();
+  EXPECT_EQ(read(editor), "copied since");
+}
+
+TEST_F(PasteboardOfAFix, tellsWhetherThePasteIsStillToBeFetched) {
+  EXPECT_FALSE(pasteboard->pasteIsUnderWay());
+  copyAndPaste("replacement");
+  EXPECT_EQ(stranger.paste(), "replacement");
+  EXPECT_TRUE(pasteboard->pasteIsUnderWay());
+  restore();
+  EXPECT_TRUE(pasteboard->pasteIsUnderWay());
+  EXPECT_EQ(read(editor), "replacement");
+  EXPECT_FALSE(pasteboard->pasteIsUnderWay());
+}
+
+TEST_F(PasteboardOfAFix, isNotFetchedByAProgramThatDoesNotPaste) {
+  copyAndPaste("replacement");
+  EXPECT_TRUE(becomes([&] { return !pasteboard->pasteIsUnderWay(); }));
+  EXPECT_GE(Clock::now() - paste->time, std::chrono::seconds(2));
 }
 
 TEST_F(PasteboardOfAFix, isEmptyAgainOnlyAfterTheApplicationHasFetchedTheReplacement) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/keyboard/key_events.h"
 
+#include <functional>
+#include <optional>
+
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 #include <unistd.h>
@@ -16,7 +19,12 @@ struct SimulatedKeys : testing::Test {
   std::shared_ptr<X11Connection> x11 = X11Connection::open();
   bool mayCopy = true;
   bool mayPaste = true;
-  LinuxKeyEvents keyEvents{x11, [this] { return mayCopy; }, [this] { return mayPaste; }};
+  std::function<void()> meanwhile = [] {};
+  LinuxKeyEvents keyEvents{x11, [this] { return mayCopy; },
+                           [this] {
+                             meanwhile();
+                             return mayPaste;
+                           }};
 
   SimulatedKeys() { display.setLayouts("us,il"); }
   EventFlags held() { return keyEvents.flagsState(EventSourceState::combinedSession); }
@@ -231,6 +239,17 @@ TEST_F(SimulatedKeys, arePastedOnlyWhereTheyWereCopied) {
   }
   window.focus();
   EXPECT_EQ(play(kKeyV), PostResult::posted);
+}
+
+TEST_F(SimulatedKeys, areNotPastedWhereTheFocusGoesInTheLastMoment) {
+  FocusedWindow window("Mousepad");
+  EXPECT_EQ(play(kKeyC), PostResult::posted);
+  std::optional<FocusedWindow> other;
+  meanwhile = [&] { other.emplace("Mousepad"); };
+  EXPECT_EQ(play(kKeyV), PostResult::refused);
+  ASSERT_TRUE(other);
+  EXPECT_EQ(other->keys(), "");
+  EXPECT_FALSE(keyEvents.lastPaste());
 }
 
 TEST_F(SimulatedKeys, useTheKeyThatTypesInsertWhereverItIs) {

@@ -135,6 +135,16 @@ TEST_F(UserDefaultsFile, keepsWhatItDoesNotKnowWhenItWrites) {
   EXPECT_EQ(test::contentsOf(path), once) << "the file grows with every write";
 }
 
+TEST_F(UserDefaultsFile, readsTheSameBehindSeveralCarriageReturns) {
+  put("[Settings]\nhotKeyModifiers=Shift\r\r\r\nfuture=\r\r\r\nhotKeyCode=96\r\r\r\n");
+  for (const bool flag : {true, false, true}) {
+    opened().setBool(flag, "compatMode");
+    EXPECT_EQ(opened().objectForKey("hotKeyModifiers"), DefaultsValue(std::string("Shift")));
+    EXPECT_EQ(opened().objectForKey("future"), DefaultsValue(std::string()));
+    EXPECT_EQ(opened().objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{96}));
+  }
+}
+
 TEST_F(UserDefaultsFile, isReadAnewAfterAnEditByHand) {
   auto defaults = opened();
   defaults.setInteger(120, "hotKeyCode");
