@@ -46,6 +46,7 @@ LINUX_ROOMS = {
     "clipboard": {"selection", "display"},
     "wayland": {"selection", "display", "session", "keymap"},
     "sway": {"display", "session", "keymap"},
+    "gnome": {"selection", "wayland", "display", "session", "keymap"},
     "accessibility": {"session"},
     "tray": {"display", "session"},
     "windows": {"tray", "keymap", "display", "session"},

@@ -6,6 +6,8 @@
 
 #include <unistd.h>
 
+#include "platform/linux/gnome/key_player.h"
+#include "platform/linux/gnome/selections.h"
 #include "platform/linux/selection/selections.h"
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/identity.h"
@@ -56,6 +58,7 @@ bool compositorOffersEnough() {
 
 InputSourceService& LinuxHost::inputSourceService() {
   if (sway()) return made(swayInputSources_, sway(), VirtualKeyboard::kLayoutName);
+  if (gnome()) return made(gnomeInputSources_, gnome());
   return made(inputSources_, x11(), sessionBus);
 }
 
@@ -76,15 +79,20 @@ KeyEvents& LinuxHost::keyEvents() {
     return pasteboard()->canBeGivenBack() && !linuxAccessibility().selectionIsKnownEmpty();
   };
   const auto mayPaste = [this] { return pasteboard()->holdsPassingText(); };
-  if (sway()) {
+  if (isWayland()) {
+    std::unique_ptr<KeyPlayer> player;
+    if (sway()) player = VirtualKeyboard::open();
+    if (gnome()) player = std::make_unique<MutterKeyPlayer>(mutter_);
     return made(waylandKeyEvents_,
-                WaylandKeyEvents::Needs{[this] { return frontWindowOf(*sway()); }, mayCopy, mayPaste});
+                WaylandKeyEvents::Needs{[this] { return frontWindow(); }, mayCopy, mayPaste},
+                std::move(player));
   }
   return made(keyEvents_, x11(), mayCopy, mayPaste);
 }
 
 HotKeyService& LinuxHost::hotKeyService() {
   if (sway()) return made(swayHotKeyService_, sway());
+  if (gnome()) return made(gnomeHotKeyService_, gnome());
   return made(hotKeyService_, x11());
 }
 
@@ -134,8 +142,8 @@ RunLoop& LinuxHost::runLoop() {
 Application& LinuxHost::application() {
   return made(application_,
               LinuxApplication::Needs{
-                  [this] { finishWork(); }, [this] { return sway() != nullptr; }, [this] { return x11(); },
-                  [this] { sway()->run("[pid=" + std::to_string(getpid()) + "] focus"); }});
+                  [this] { finishWork(); }, [this] { return isWayland(); }, [this] { return x11(); },
+                  [this] { focusOwnWindow(); }});
 }
 
 Files& LinuxHost::files() {
@@ -154,7 +162,7 @@ Diagnosis& LinuxHost::diagnosis() {
   return made(diagnosis_,
               LinuxDiagnosis::Needs{
                   .x11 = [this] { return x11(); },
-                  .compositorServes = [this] { return sway() != nullptr; },
+                  .compositorServes = [this] { return isWayland(); },
                   .accessibilityIsConnected = [this] { return linuxAccessibility().isConnected(); },
                   .runningAgent = [this] { return runningApplications_.holderOfLock(kIdentifier); }});
 }
@@ -167,31 +175,56 @@ const std::shared_ptr<SwayIpc>& LinuxHost::sway() {
   return *sway_;
 }
 
+const std::shared_ptr<GnomeShell>& LinuxHost::gnome() {
+  if (!gnome_) {
+    const bool isMutter = !sway() && MutterRemoteDesktop::isOffered() && WaylandConnection::open();
+    // Whoever holds the lock is the agent.
+    const bool isAgent = isMutter && runningApplications_.holdsLock(kIdentifier);
+    gnome_ = isMutter ? std::make_shared<GnomeShell>(isAgent) : nullptr;
+    if (isMutter) mutter_ = std::make_shared<MutterRemoteDesktop>();
+  }
+  return *gnome_;
+}
+
 const std::shared_ptr<X11Connection>& LinuxHost::x11() {
-  if (!x11_) x11_ = sway() ? nullptr : X11Connection::open();
+  if (!x11_) x11_ = isWayland() ? nullptr : X11Connection::open();
   return *x11_;
 }
 
+Selections LinuxHost::selections() {
+  if (sway()) return selectionsOfWayland();
+  return gnome() ? selectionsOfMutter(mutter_) : selectionsOfX();
+}
+
+std::optional<FrontWindow> LinuxHost::frontWindow() {
+  return sway() ? frontWindowOf(*sway()) : gnome()->frontWindow();
+}
+
 std::optional<std::uint32_t> LinuxHost::frontProcess() {
-  if (!sway()) return x11() ? x11()->activeWindowProcess() : std::nullopt;
-  const auto window = frontWindowOf(*sway());
+  if (!isWayland()) return x11() ? x11()->activeWindowProcess() : std::nullopt;
+  const auto window = frontWindow();
   return window ? window->process : std::nullopt;
 }
 
 std::optional<std::string> LinuxHost::frontWindowClass() {
-  if (!sway()) return x11() ? x11()->activeWindowClass() : std::nullopt;
-  const auto window = frontWindowOf(*sway());
+  if (!isWayland()) return x11() ? x11()->activeWindowClass() : std::nullopt;
+  const auto window = frontWindow();
   return window ? window->windowClass : std::nullopt;
+}
+
+void LinuxHost::focusOwnWindow() {
+  if (sway()) sway()->run("[pid=" + std::to_string(getpid()) + "] focus");
 }
 
 LinuxAccessibility::Display LinuxHost::displayOfAccessibility() {
   return {
       .mayControl =
-          [this] { return sway() || (x11() && x11()->hasXTest() && x11()->hasXFixes() && x11()->hasXkb()); },
+          [this] {
+            return isWayland() || (x11() && x11()->hasXTest() && x11()->hasXFixes() && x11()->hasXkb());
+          },
       .frontProcess = [this] { return frontProcess(); },
       .frontWindowClass = [this] { return frontWindowClass(); },
-      .primarySelection = [reader = std::make_shared<PrimaryReader>(
-                               sway() ? selectionsOfWayland() : selectionsOfX())] { return reader->read(); },
+      .primarySelection = [reader = std::make_shared<PrimaryReader>(selections())] { return reader->read(); },
   };
 }
 
@@ -206,7 +239,7 @@ const std::shared_ptr<LinuxPasteboard>& LinuxHost::pasteboard() {
         PasteboardBudget{},
         LinuxPasteboard::Needs{.lastCopy = [lastOf] { return lastOf(true); },
                                .lastPaste = [lastOf] { return lastOf(false); }},
-        OwnerTimes{}, sway() ? selectionsOfWayland() : selectionsOfX());
+        OwnerTimes{}, selections());
   }
   return pasteboard_;
 }
@@ -229,6 +262,7 @@ LinuxRunLoop& LinuxHost::linuxRunLoop() {
 void LinuxHost::finishWork() {
   if (hotKeyService_) hotKeyService_->stop();
   if (swayHotKeyService_) swayHotKeyService_->stop();
+  if (gnomeHotKeyService_) gnomeHotKeyService_->stop();
   linuxRunLoop().finishPending(kLastWork);
 }
 
