@@ -45,6 +45,7 @@ class GnomeKeyboard:
         self.bus = Gio.bus_get_sync(Gio.BusType.SESSION)  # held, because the session ends with the connection
         self.path = call(self.NAME, '/org/gnome/Mutter/RemoteDesktop', self.NAME, 'CreateSession')[0]
         self._tell('Start')
+        self.press('Shift')  # from its first key on there is a keyboard, without which GTK 3 has no focus
 
     def _tell(self, method, *arguments):
         call(self.NAME, self.path, f'{self.NAME}.Session', method, *arguments)
