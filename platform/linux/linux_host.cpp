@@ -58,6 +58,7 @@ bool compositorOffersEnough() {
 
 InputSourceService& LinuxHost::inputSourceService() {
   if (sway()) return made(swayInputSources_, sway(), VirtualKeyboard::kLayoutName);
+  if (kwin()) return made(kwinInputSources_, kwin());
   if (gnome()) return made(gnomeInputSources_, gnome());
   return made(inputSources_, x11(), sessionBus);
 }
@@ -82,6 +83,7 @@ KeyEvents& LinuxHost::keyEvents() {
   if (isWayland()) {
     std::unique_ptr<KeyPlayer> player;
     if (sway()) player = VirtualKeyboard::open();
+    if (kwin()) player = kwin()->keyPlayer();
     if (gnome()) player = std::make_unique<MutterKeyPlayer>(mutter_);
     return made(waylandKeyEvents_,
                 WaylandKeyEvents::Needs{[this] { return frontWindow(); }, mayCopy, mayPaste},
@@ -92,6 +94,7 @@ KeyEvents& LinuxHost::keyEvents() {
 
 HotKeyService& LinuxHost::hotKeyService() {
   if (sway()) return made(swayHotKeyService_, sway());
+  if (kwin()) return made(kwinHotKeyService_, kwin());
   if (gnome()) return made(gnomeHotKeyService_, gnome());
   return made(hotKeyService_, x11());
 }
@@ -175,9 +178,14 @@ const std::shared_ptr<SwayIpc>& LinuxHost::sway() {
   return *sway_;
 }
 
+const std::shared_ptr<KWin>& LinuxHost::kwin() {
+  if (!kwin_) kwin_ = sway() ? nullptr : KWin::open();
+  return *kwin_;
+}
+
 const std::shared_ptr<GnomeShell>& LinuxHost::gnome() {
   if (!gnome_) {
-    const bool isMutter = !sway() && MutterRemoteDesktop::isOffered() && WaylandConnection::open();
+    const bool isMutter = !sway() && !kwin() && MutterRemoteDesktop::isOffered() && WaylandConnection::open();
     // Whoever holds the lock is the agent.
     const bool isAgent = isMutter && runningApplications_.holdsLock(kIdentifier);
     gnome_ = isMutter ? std::make_shared<GnomeShell>(isAgent) : nullptr;
@@ -192,12 +200,13 @@ const std::shared_ptr<X11Connection>& LinuxHost::x11() {
 }
 
 Selections LinuxHost::selections() {
-  if (sway()) return selectionsOfWayland();
-  return gnome() ? selectionsOfMutter(mutter_) : selectionsOfX();
+  if (gnome()) return selectionsOfMutter(mutter_);
+  return isWayland() ? selectionsOfWayland() : selectionsOfX();
 }
 
 std::optional<FrontWindow> LinuxHost::frontWindow() {
-  return sway() ? frontWindowOf(*sway()) : gnome()->frontWindow();
+  if (sway()) return frontWindowOf(*sway());
+  return kwin() ? kwin()->frontWindow() : gnome()->frontWindow();
 }
 
 std::optional<std::uint32_t> LinuxHost::frontProcess() {
@@ -214,6 +223,7 @@ std::optional<std::string> LinuxHost::frontWindowClass() {
 
 void LinuxHost::focusOwnWindow() {
   if (sway()) sway()->run("[pid=" + std::to_string(getpid()) + "] focus");
+  if (kwin()) kwin()->focusOwnWindow();
 }
 
 LinuxAccessibility::Display LinuxHost::displayOfAccessibility() {
@@ -262,6 +272,7 @@ LinuxRunLoop& LinuxHost::linuxRunLoop() {
 void LinuxHost::finishWork() {
   if (hotKeyService_) hotKeyService_->stop();
   if (swayHotKeyService_) swayHotKeyService_->stop();
+  if (kwinHotKeyService_) kwinHotKeyService_->stop();
   if (gnomeHotKeyService_) gnomeHotKeyService_->stop();
   linuxRunLoop().finishPending(kLastWork);
 }

@@ -20,6 +20,9 @@
 #include "platform/linux/keyboard/hot_key_service.h"
 #include "platform/linux/keyboard/input_sources.h"
 #include "platform/linux/keyboard/key_events.h"
+#include "platform/linux/kwin/hot_key_service.h"
+#include "platform/linux/kwin/input_sources.h"
+#include "platform/linux/kwin/kwin.h"
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/date_formatter.h"
 #include "platform/linux/session/files.h"
@@ -39,8 +42,8 @@
 
 namespace lexwend::platform {
 
-/// The desktop: an X11 display, or the compositor sway of Wayland where that is there and offers what the
-/// services need; its X11 windows are windows like the others then. A connection, a file or a bus is opened
+/// The desktop: an X11 display, or the compositor sway or KWin of Wayland where that is there and offers what
+/// the services need; its X11 windows are windows like the others then. A connection, a file or a bus is opened
 /// when the service that needs it is first asked for. So a program that prints a report runs without a
 /// display, a bus, a home or a writable disk.
 class LinuxHost : public Host {
@@ -74,9 +77,11 @@ class LinuxHost : public Host {
  private:
   /// The compositor; null where this is no session of sway, or one that offers less than the services need.
   const std::shared_ptr<SwayIpc>& sway();
+  /// The compositor; null where this is no session of KWin.
+  const std::shared_ptr<KWin>& kwin();
   /// GNOME Shell's extension, which need not be there; null where this is no session of mutter on Wayland.
   const std::shared_ptr<GnomeShell>& gnome();
-  bool isWayland() { return sway() || gnome(); }
+  bool isWayland() { return sway() || kwin() || gnome(); }
   Selections selections();
   /// The connection that the services share; null without a display and where there is a compositor.
   const std::shared_ptr<X11Connection>& x11();
@@ -95,6 +100,7 @@ class LinuxHost : public Host {
   // Destroyed from the last to the first: deferred work goes before what it uses, grabs and held keys before
   // the clipboard is handed over, and the toolkit and the display at the end.
   std::optional<std::shared_ptr<SwayIpc>> sway_;
+  std::optional<std::shared_ptr<KWin>> kwin_;
   std::optional<std::shared_ptr<GnomeShell>> gnome_;
   std::shared_ptr<MutterRemoteDesktop> mutter_;
   std::optional<std::shared_ptr<X11Connection>> x11_;
@@ -108,6 +114,7 @@ class LinuxHost : public Host {
   std::shared_ptr<LinuxPasteboard> pasteboard_;
   std::optional<LinuxInputSources> inputSources_;
   std::optional<SwayInputSources> swayInputSources_;
+  std::optional<KWinInputSources> kwinInputSources_;
   std::optional<GnomeInputSources> gnomeInputSources_;
   std::optional<LinuxAccessibility> accessibility_;
   BusObservation sessionBus_;
@@ -122,6 +129,7 @@ class LinuxHost : public Host {
   std::optional<WaylandKeyEvents> waylandKeyEvents_;
   std::optional<LinuxHotKeyService> hotKeyService_;
   std::optional<SwayHotKeyService> swayHotKeyService_;
+  std::optional<KWinHotKeyService> kwinHotKeyService_;
   std::optional<GnomeHotKeyService> gnomeHotKeyService_;
   std::optional<LinuxDiagnosis> diagnosis_;
   std::optional<LinuxRunLoop> runLoop_;

@@ -164,6 +164,9 @@ class SwaySession(Session):
         front = self.sway.front()
         return front and front['pid']
 
+    def front_is_of_x11(self):
+        return self.sway.front()['shell'] == 'xwayland'
+
     def screenshot(self, path):
         Path(path).parent.mkdir(parents=True, exist_ok=True)
         subprocess.run(['grim', str(path)], check=True, timeout=DEADLINE_SECONDS)
