@@ -2,6 +2,7 @@
 #include "platform/linux/linux_host.h"
 
 #include <chrono>
+#include <fstream>
 #include <string>
 
 #include <unistd.h>
@@ -48,6 +49,13 @@ class PrimaryReader {
   std::unique_ptr<ClipboardReader> reader_;
 };
 
+/// The name of its program, as the kernel cuts it; nothing when it is gone.
+std::optional<std::string> nameOfProcess(std::uint32_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/comm");
+  std::string name;
+  return std::getline(file, name) ? std::optional(name) : std::nullopt;
+}
+
 /// Whether the compositor, if there is one, lets a program use the clipboard and press keys.
 bool compositorOffersEnough() {
   const auto connection = WaylandConnection::open();
@@ -59,7 +67,9 @@ bool compositorOffersEnough() {
 InputSourceService& LinuxHost::inputSourceService() {
   if (sway()) return made(swayInputSources_, sway(), VirtualKeyboard::kLayoutName);
   if (kwin()) return made(kwinInputSources_, kwin());
-  if (gnome()) return made(gnomeInputSources_, gnome());
+  if (gnome()) {
+    return made(gnomeInputSources_, gnome(), [this](KeyCode key, EventFlags flags) { playKey(key, flags); });
+  }
   return made(inputSources_, x11(), sessionBus);
 }
 
@@ -69,7 +79,8 @@ Accessibility& LinuxHost::accessibility() {
 
 SecureInput& LinuxHost::secureInput() {
   return made(secureInput_, LinuxSecureInput::Needs{[this] { return frontWindowClass(); },
-                                                    [this] { return linuxAccessibility().focusIsSecure(); }});
+                                                    [this] { return linuxAccessibility().focusIsSecure(); },
+                                                    [this] { return screenIsLocked(); }});
 }
 
 KeyEvents& LinuxHost::keyEvents() {
@@ -77,7 +88,9 @@ KeyEvents& LinuxHost::keyEvents() {
   // selected some editors copy the line of the caret.
   // What somebody else has copied since must not be pasted in its place.
   const auto mayCopy = [this] {
-    return pasteboard()->canBeGivenBack() && !linuxAccessibility().selectionIsKnownEmpty();
+    // Without a window that tells of itself it could be a terminal.
+    const bool isUnknown = gnome() && !frontWindow();
+    return !isUnknown && pasteboard()->canBeGivenBack() && !linuxAccessibility().selectionIsKnownEmpty();
   };
   const auto mayPaste = [this] { return pasteboard()->holdsPassingText(); };
   if (isWayland()) {
@@ -95,8 +108,17 @@ KeyEvents& LinuxHost::keyEvents() {
 HotKeyService& LinuxHost::hotKeyService() {
   if (sway()) return made(swayHotKeyService_, sway());
   if (kwin()) return made(kwinHotKeyService_, kwin());
-  if (gnome()) return made(gnomeHotKeyService_, gnome());
+  if (gnome()) return gnomeHotKeyService();
   return made(hotKeyService_, x11());
+}
+
+/// Or the user will be asked for it.
+bool LinuxHost::hotKeyCanCome() {
+  return gnomeHotKeyService().hasHotKeys() || gnomeHotKeyService().needsAgreement();
+}
+
+GnomeHotKeyService& LinuxHost::gnomeHotKeyService() {
+  return made(gnomeHotKeyService_, gnome(), GnomeKeyBinding(LinuxLoginItem::ownProgram()));
 }
 
 StatusBar& LinuxHost::statusBar() {
@@ -144,9 +166,9 @@ RunLoop& LinuxHost::runLoop() {
 
 Application& LinuxHost::application() {
   return made(application_,
-              LinuxApplication::Needs{
-                  [this] { finishWork(); }, [this] { return isWayland(); }, [this] { return x11(); },
-                  [this] { focusOwnWindow(); }});
+              LinuxApplication::Needs{[this] { finishWork(); }, [this] { return isWayland(); },
+                                      [this] { return x11(); }, [this] { focusOwnWindow(); },
+                                      [] { return true; }, [this] { return !gnome() || hotKeyCanCome(); }});
 }
 
 Files& LinuxHost::files() {
@@ -166,6 +188,8 @@ Diagnosis& LinuxHost::diagnosis() {
               LinuxDiagnosis::Needs{
                   .x11 = [this] { return x11(); },
                   .compositorServes = [this] { return isWayland(); },
+                  .grantIsMissing = [] { return false; },
+                  .hasHotKeys = [this] { return !gnome() || gnomeHotKeyService().hasHotKeys(); },
                   .accessibilityIsConnected = [this] { return linuxAccessibility().isConnected(); },
                   .runningAgent = [this] { return runningApplications_.holderOfLock(kIdentifier); }});
 }
@@ -206,7 +230,26 @@ Selections LinuxHost::selections() {
 
 std::optional<FrontWindow> LinuxHost::frontWindow() {
   if (sway()) return frontWindowOf(*sway());
-  return kwin() ? kwin()->frontWindow() : gnome()->frontWindow();
+  if (kwin()) return kwin()->frontWindow();
+  if (gnome()->serves()) return gnome()->frontWindow();
+  // The window of that process: the bus tells no more.
+  const auto process = linuxAccessibility().activeProcess();
+  if (!process) return std::nullopt;
+  return FrontWindow{*process, process, nameOfProcess(*process)};
+}
+
+bool LinuxHost::screenIsLocked() {
+  return (kwin() && kwin()->screenIsLocked()) || (gnome() && gnome()->screenIsLocked());
+}
+
+void LinuxHost::playKey(KeyCode key, EventFlags flags) {
+  pasteboard();  // which ends the session that the keys are played in
+  for (const bool down : {true, false}) {
+    const auto event = keyEvents().createKeyboardEvent(nullptr, key, down);
+    if (!event) return;
+    event->setFlags(flags);
+    keyEvents().post(EventTap::hid, *event);
+  }
 }
 
 std::optional<std::uint32_t> LinuxHost::frontProcess() {
@@ -235,6 +278,7 @@ LinuxAccessibility::Display LinuxHost::displayOfAccessibility() {
       .frontProcess = [this] { return frontProcess(); },
       .frontWindowClass = [this] { return frontWindowClass(); },
       .primarySelection = [reader = std::make_shared<PrimaryReader>(selections())] { return reader->read(); },
+      .tellsFront = [this] { return !gnome() || gnome()->serves(); },
   };
 }
 

@@ -43,8 +43,8 @@
 namespace lexwend::platform {
 
 /// The desktop: an X11 display, or the compositor sway or KWin of Wayland where that is there and offers what
-/// the services need; its X11 windows are windows like the others then. A connection, a file or a bus is opened
-/// when the service that needs it is first asked for. So a program that prints a report runs without a
+/// the services need; its X11 windows are windows like the others then. A connection, a file or a bus is
+/// opened when the service that needs it is first asked for. So a program that prints a report runs without a
 /// display, a bus, a home or a writable disk.
 class LinuxHost : public Host {
  public:
@@ -86,10 +86,14 @@ class LinuxHost : public Host {
   /// The connection that the services share; null without a display and where there is a compositor.
   const std::shared_ptr<X11Connection>& x11();
   /// The window that has the keyboard.
+  GnomeHotKeyService& gnomeHotKeyService();
+  bool hotKeyCanCome();
   std::optional<FrontWindow> frontWindow();
   std::optional<std::uint32_t> frontProcess();
   std::optional<std::string> frontWindowClass();
   void focusOwnWindow();
+  bool screenIsLocked();
+  void playKey(KeyCode key, EventFlags flags);
   LinuxAccessibility::Display displayOfAccessibility();
   const std::shared_ptr<LinuxPasteboard>& pasteboard();
   LinuxAccessibility& linuxAccessibility();

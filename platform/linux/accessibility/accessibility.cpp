@@ -104,12 +104,17 @@ AccessibilityElementRef LinuxAccessibility::createSystemWideElement() {
   return std::make_shared<const SystemWideElement>();
 }
 
+std::optional<std::uint32_t> LinuxAccessibility::activeProcess() {
+  bus_.joinRound();
+  return bus_.isConnected() ? finder_.activeProcess() : std::nullopt;
+}
+
 std::optional<Field> LinuxAccessibility::focusedField() {
   if (!bus_.isConnected()) {
     bus_.start();  // for the next time
     return std::nullopt;
   }
-  const auto process = display_.frontProcess();
+  const auto process = display_.tellsFront() ? display_.frontProcess() : finder_.activeProcess();
   if (!process) return std::nullopt;
   // What was looked at a moment ago is most likely still the one.
   if (checked_ && bus_.processOf(checked_->object.bus) == process) {

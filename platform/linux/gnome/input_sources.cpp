@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include <xkbcommon/xkbcommon.h>
+
 namespace lexwend::platform {
 namespace {
 
@@ -17,17 +19,28 @@ XkbLayoutName layoutNamed(std::string_view identifier) {
 
 }  // namespace
 
-GnomeInputSources::GnomeInputSources(std::shared_ptr<GnomeShell> shell) : shell_(std::move(shell)) {
+GnomeInputSources::GnomeInputSources(std::shared_ptr<GnomeShell> shell, Play play)
+    : shell_(std::move(shell)),
+      shortcut_({.current = nullptr,
+                 .keyGiving = [this](std::uint32_t keysym) { return keyGiving(keysym); },
+                 .play = std::move(play)}) {
   observation_ = shell_->observe([this](const ShellEvent& event) {
     if (event.kind != ShellEventKind::keyPressed) reportChange();
   });
 }
 
 std::optional<XkbInputSources::Layouts> GnomeInputSources::layouts() {
-  const auto told = shell_->layouts();
-  if (!told) return std::nullopt;
   Layouts layouts;
   places_.clear();
+  const auto told = shell_->layouts();
+  if (!told) {
+    const std::vector<XkbLayoutName> byUse = desktopLayoutsByUse();
+    if (!byUse.empty() && !byUse.front().layout.empty()) layouts.active = 0;
+    for (const XkbLayoutName& name : byUse) {
+      if (!name.layout.empty()) layouts.enabled.push_back(name);  // no input method
+    }
+    return layouts;
+  }
   for (std::size_t i = 0; i < told->sources.size(); ++i) {
     const auto& [kind, identifier] = told->sources[i];
     if (kind != "xkb") continue;
@@ -38,8 +51,29 @@ std::optional<XkbInputSources::Layouts> GnomeInputSources::layouts() {
   return layouts;
 }
 
-void GnomeInputSources::selectLayout(const std::vector<XkbLayoutName>& /*enabled*/, std::size_t place) {
-  shell_->selectLayout(places_[place]);
+void GnomeInputSources::selectLayout(const std::vector<XkbLayoutName>& enabled, std::size_t place) {
+  if (places_.empty()) {
+    shortcut_.select(enabled[place]);
+  } else {
+    shell_->selectLayout(places_[place]);
+  }
+}
+
+std::optional<KeyCode> GnomeInputSources::keyGiving(std::uint32_t keysym) {
+  std::string layoutList;
+  std::string variantList;
+  const auto now = layouts();
+  for (const XkbLayoutName& name : now ? now->enabled : std::vector<XkbLayoutName>()) {
+    const std::string separator = layoutList.empty() ? "" : ",";
+    layoutList += separator + name.layout;
+    variantList += separator + name.variant;
+  }
+  const xkb_rule_names names{"evdev", "pc105", layoutList.c_str(), variantList.c_str(), ""};
+  const std::unique_ptr<xkb_keymap, decltype(&xkb_keymap_unref)> keymap(
+      context() != nullptr ? xkb_keymap_new_from_names(context(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS)
+                           : nullptr,
+      xkb_keymap_unref);
+  return keymap ? platform::keyGiving(*keymap, keysym) : std::nullopt;
 }
 
 }  // namespace lexwend::platform

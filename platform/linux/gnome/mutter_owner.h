@@ -85,8 +85,8 @@ class MutterOwner : public SelectionOwner {
   Changed changed_;
   std::unique_ptr<SelectionOwner> x_;  // made for the first contents that stay
   bool sessionOwns_ = false;
-  bool ownsNothing_ = false;  // but what stands for an empty clipboard
-  bool xIsToAppear_ = false;  // a claim over XWayland that mutter has not told yet
+  bool ownsNothing_ = false;                        // but what stands for an empty clipboard
+  bool xIsToAppear_ = false;                        // a claim over XWayland that mutter has not told yet
   std::shared_ptr<const ClipboardContents> owned_;  // by the session
   std::vector<Transfer> transfers_;
   std::deque<Fetch> fetches_;

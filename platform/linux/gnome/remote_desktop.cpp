@@ -77,8 +77,7 @@ bool MutterRemoteDesktop::open() {
     filter_ = g_dbus_connection_add_filter(bus, &MutterRemoteDesktop::heard, this, nullptr);
     call(bus, kBus, kBusPath, kBus, "AddMatch", g_variant_new("(s)", rule().c_str()), nullptr);
   }
-  const GVariantRef created =
-      call(bus, kName, kPath, kName, "CreateSession", g_variant_new("()"), "(o)");
+  const GVariantRef created = call(bus, kName, kPath, kName, "CreateSession", g_variant_new("()"), "(o)");
   if (!created) return false;
   const char* path = nullptr;
   g_variant_get(created.get(), "(&o)", &path);
@@ -91,8 +90,8 @@ bool MutterRemoteDesktop::open() {
     owned_.reset();
   }
   // What stands on the clipboard is told before the answer to the second.
-  const bool isOpen = ask(session, "EnableClipboard", g_variant_new("(a{sv})", nullptr)) &&
-                      ask(session, "Start", nullptr);
+  const bool isOpen =
+      ask(session, "EnableClipboard", g_variant_new("(a{sv})", nullptr)) && ask(session, "Start", nullptr);
   if (!isOpen) forget();
   const std::lock_guard<std::mutex> lock(mutex_);
   isOpening_ = false;
@@ -146,7 +145,8 @@ void MutterRemoteDesktop::forget() {
 }
 
 bool MutterRemoteDesktop::ask(const Session& session, const char* method, GVariant* arguments) {
-  return call(session.bus.get(), kName, session.path.c_str(), kSession, method, arguments, nullptr) != nullptr;
+  return call(session.bus.get(), kName, session.path.c_str(), kSession, method, arguments, nullptr) !=
+         nullptr;
 }
 
 bool MutterRemoteDesktop::playKey(std::uint16_t evdevKey, bool down) {
@@ -262,10 +262,14 @@ void MutterRemoteDesktop::handle(GDBusMessage* message) {
     g_variant_lookup(options.get(), "session-is-owner", "b", &isOwn);
     auto types = typesIn(options.get());
     const bool isEmpty = types.empty();
-    offer_ = isEmpty ? nullptr
-                     : std::make_shared<const Offer>(
-                           Offer{std::move(types), isOwn != FALSE ? owned_ : nullptr});
-    note({.kind = EventKind::changed, .time = now, .isEmpty = isEmpty, .isOwn = isOwn != FALSE, .isInitial = isOpening_});
+    offer_ = isEmpty
+                 ? nullptr
+                 : std::make_shared<const Offer>(Offer{std::move(types), isOwn != FALSE ? owned_ : nullptr});
+    note({.kind = EventKind::changed,
+          .time = now,
+          .isEmpty = isEmpty,
+          .isOwn = isOwn != FALSE,
+          .isInitial = isOpening_});
   } else if (signal == "SelectionTransfer" && g_variant_is_of_type(body, G_VARIANT_TYPE("(su)")) != FALSE) {
     const char* type = nullptr;
     guint32 serial = 0;

@@ -37,20 +37,15 @@ void GnomeShell::useBus(GDBusConnection* bus) {
   if (isAgent_) {
     // Waits for the answer, since the extension asks the bus for the name's owner.
     constexpr guint32 kNoFlags = 0;
-    const GVariantRef answer(g_dbus_connection_call_sync(
-        bus_.get(), kBus, kBusPath, kBus, "RequestName",
-        g_variant_new("(su)", std::string(kIdentifier).c_str(), kNoFlags), nullptr, G_DBUS_CALL_FLAGS_NONE,
-        kBusCallTimeout, nullptr, nullptr));
+    const GVariantRef answer(
+        g_dbus_connection_call_sync(bus_.get(), kBus, kBusPath, kBus, "RequestName",
+                                    g_variant_new("(su)", std::string(kIdentifier).c_str(), kNoFlags),
+                                    nullptr, G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, nullptr, nullptr));
   }
-  subscription_ = g_dbus_connection_signal_subscribe(bus_.get(), kShell, kShell, nullptr, kPath, nullptr,
-                                                     G_DBUS_SIGNAL_FLAGS_NONE, &GnomeShell::heard, this,
-                                                     nullptr);
-  const GVariantRef answer(g_dbus_connection_call_sync(
-      bus_.get(), kBus, kBusPath, kBus, "NameHasOwner", g_variant_new("(s)", kShell), G_VARIANT_TYPE("(b)"),
-      G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, nullptr, nullptr));
-  gboolean isOwned = FALSE;
-  if (answer) g_variant_get(answer.get(), "(b)", &isOwned);
-  isThere_ = isOwned != FALSE;
+  subscription_ =
+      g_dbus_connection_signal_subscribe(bus_.get(), kShell, kShell, nullptr, kPath, nullptr,
+                                         G_DBUS_SIGNAL_FLAGS_NONE, &GnomeShell::heard, this, nullptr);
+  isThere_ = isOwned(kShell);
   watch_ = g_bus_watch_name_on_connection(
       bus_.get(), kShell, G_BUS_NAME_WATCHER_FLAGS_NONE,
       [](GDBusConnection*, const char*, const char*, void* self) {
@@ -62,9 +57,23 @@ void GnomeShell::useBus(GDBusConnection* bus) {
       this, nullptr);
 }
 
+bool GnomeShell::isOwned(const char* name) {
+  if (!bus_) return false;
+  const GVariantRef answer(g_dbus_connection_call_sync(
+      bus_.get(), kBus, kBusPath, kBus, "NameHasOwner", g_variant_new("(s)", name), G_VARIANT_TYPE("(b)"),
+      G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, nullptr, nullptr));
+  gboolean isOwned = FALSE;
+  if (answer) g_variant_get(answer.get(), "(b)", &isOwned);
+  return isOwned != FALSE;
+}
+
+bool GnomeShell::agentRuns() {
+  return isOwned(std::string(kIdentifier).c_str());
+}
+
 GVariantRef GnomeShell::ask(const char* method, GVariant* arguments, const char* answerType) {
   const GVariantRef sunk(g_variant_ref_sink(arguments));
-  if (!isThere_) return nullptr;
+  if (!serves()) return nullptr;
   return GVariantRef(g_dbus_connection_call_sync(bus_.get(), kShell, kPath, kShell, method, sunk.get(),
                                                  G_VARIANT_TYPE(answerType), G_DBUS_CALL_FLAGS_NO_AUTO_START,
                                                  kBusCallTimeout, nullptr, nullptr));
@@ -104,6 +113,17 @@ std::optional<FrontWindow> GnomeShell::frontWindow() {
   return front;
 }
 
+bool GnomeShell::screenIsLocked() {
+  if (!bus_) return false;
+  constexpr char kSaver[] = "org.gnome.ScreenSaver";
+  const GVariantRef answer(g_dbus_connection_call_sync(
+      bus_.get(), kSaver, "/org/gnome/ScreenSaver", kSaver, "GetActive", nullptr, G_VARIANT_TYPE("(b)"),
+      G_DBUS_CALL_FLAGS_NO_AUTO_START, kBusCallTimeout, nullptr, nullptr));
+  gboolean isLocked = FALSE;
+  if (answer) g_variant_get(answer.get(), "(b)", &isLocked);
+  return isLocked != FALSE;
+}
+
 std::optional<std::uint32_t> GnomeShell::bindKey(const std::string& accelerator) {
   const GVariantRef answer = ask("BindKey", g_variant_new("(s)", accelerator.c_str()), "(u)");
   guint32 key = 0;
@@ -116,7 +136,7 @@ void GnomeShell::unbindKey(std::uint32_t key) {
 }
 
 void GnomeShell::afterEvents(std::function<void()> then) {
-  if (!isThere_) {
+  if (!serves()) {
     then();
     return;
   }

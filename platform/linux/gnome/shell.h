@@ -19,7 +19,7 @@
 namespace lexwend::platform {
 
 enum class ShellEventKind {
-  appeared,        ///< the extension is there, also again after the screen was locked
+  appeared,  ///< the extension is there, also again after the screen was locked
   keyPressed,
   layoutsChanged,  ///< others are enabled
 };
@@ -43,6 +43,10 @@ class GnomeShell {
 
   /// Whether the extension is there now.
   bool isThere() const { return isThere_; }
+  /// Whether it also answers this program.
+  bool serves() const { return isThere_ && isAgent_; }
+  /// Whether the agent is on the bus, this program or another one.
+  bool agentRuns();
 
   struct Layouts {
     /// The kind of each, as "xkb", and its identifier, as "us+dvorak".
@@ -54,6 +58,8 @@ class GnomeShell {
   void selectLayout(std::uint32_t place);
   /// Nothing also where no window has the keyboard.
   std::optional<FrontWindow> frontWindow();
+  /// Whether GNOME's screen is locked, which it tells without the extension too.
+  bool screenIsLocked();
   /// The number of the bound key; nothing when somebody else has it.
   std::optional<std::uint32_t> bindKey(const std::string& accelerator);
   void unbindKey(std::uint32_t key);
@@ -63,6 +69,7 @@ class GnomeShell {
   [[nodiscard]] Registration observe(std::function<void(const ShellEvent&)> handler);
 
  private:
+  bool isOwned(const char* name);
   GVariantRef ask(const char* method, GVariant* arguments, const char* answerType);
   void useBus(GDBusConnection* bus);
   void tell(const ShellEvent& event);
