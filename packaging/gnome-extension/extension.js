@@ -2,13 +2,16 @@
 'use strict';
 /* exported init */
 
-const {Gio, GLib, Meta, Shell} = imports.gi;
+const {Clutter, Gio, GLib, Meta, Shell} = imports.gi;
 const Main = imports.ui.main;
 const {getInputSourceManager} = imports.ui.status.keyboard;
 
 const AGENT = 'org.lexwend.Lexwend';
 const NAME = 'org.lexwend.Shell';
 const PATH = '/org/lexwend/Shell';
+const MODIFIERS = Clutter.ModifierType.SHIFT_MASK | Clutter.ModifierType.CONTROL_MASK |
+    Clutter.ModifierType.MOD1_MASK | Clutter.ModifierType.MOD4_MASK;
+const LOOK_MILLISECONDS = 10;
 const INTERFACE = `<node><interface name="${NAME}">
   <method name="Layouts"><arg type="a(ss)" direction="out"/><arg type="u" direction="out"/></method>
   <method name="SelectLayout"><arg type="u" direction="in"/></method>
@@ -23,13 +26,11 @@ const INTERFACE = `<node><interface name="${NAME}">
 class Extension {
     enable() {
         this._agent = null;
+        this._waiting = 0;
         this._keys = new Set();
         this._layouts = getInputSourceManager();
         this._layoutsHandler = this._layouts.connect('sources-changed', () => this._tell('LayoutsChanged', null));
-        this._keyHandler = global.display.connect('accelerator-activated', (_display, key) => {
-            if (this._keys.has(key))
-                this._tell('KeyPressed', new GLib.Variant('(u)', [key]));
-        });
+        this._keyHandler = global.display.connect('accelerator-activated', (_display, key) => this._press(key));
         this._object = Gio.DBusExportedObject.wrapJSObject(INTERFACE, this);
         this._object.export(Gio.DBus.session, PATH);
         // The watch comes before the name: who sees the name is known here by then.
@@ -40,6 +41,8 @@ class Extension {
 
     disable() {
         this._agentChanges(null);
+        if (this._waiting)
+            GLib.source_remove(this._waiting);
         Gio.bus_unown_name(this._name);
         Gio.bus_unwatch_name(this._watch);
         this._object.unexport();
@@ -67,6 +70,24 @@ class Extension {
             invocation.return_value(new GLib.Variant(type, values()));
         else
             invocation.return_dbus_error('org.freedesktop.DBus.Error.AccessDenied', 'for Lexwend only');
+    }
+
+    // Told when no modifier is down any more: it would count for the keys that the agent plays.
+    _press(key) {
+        if (!this._keys.has(key) || this._waiting)
+            return;
+        const isHeld = () => (global.get_pointer()[2] & MODIFIERS) !== 0;
+        if (!isHeld()) {
+            this._tell('KeyPressed', new GLib.Variant('(u)', [key]));
+            return;
+        }
+        this._waiting = GLib.timeout_add(GLib.PRIORITY_DEFAULT, LOOK_MILLISECONDS, () => {
+            if (isHeld())
+                return GLib.SOURCE_CONTINUE;
+            this._waiting = 0;
+            this._press(key);
+            return GLib.SOURCE_REMOVE;
+        });
     }
 
     _unbind(key) {

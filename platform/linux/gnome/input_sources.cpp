@@ -53,7 +53,8 @@ std::optional<XkbInputSources::Layouts> GnomeInputSources::layouts() {
 
 void GnomeInputSources::selectLayout(const std::vector<XkbLayoutName>& enabled, std::size_t place) {
   if (places_.empty()) {
-    shortcut_.select(enabled[place]);
+    // Where it cannot be checked, the shortcut would be pressed once too often.
+    if (shell_->notesLayouts()) shortcut_.select(enabled[place]);
   } else {
     shell_->selectLayout(places_[place]);
   }

@@ -11,7 +11,8 @@
 namespace lexwend::platform {
 
 /// Keys by mutter's remote control, with a pause between them: of a chord whose events came at once mutter
-/// was seen to lose the modifier. Each key waits for that pause.
+/// was seen to lose the modifier. Each key waits for that pause. Modifiers that the user holds would count
+/// for the keys that are played; the extension tells a press when they are up.
 class MutterKeyPlayer : public KeyPlayer {
  public:
   explicit MutterKeyPlayer(std::shared_ptr<MutterRemoteDesktop> remote) : remote_(std::move(remote)) {}

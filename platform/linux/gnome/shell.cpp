@@ -67,6 +67,10 @@ bool GnomeShell::isOwned(const char* name) {
   return isOwned != FALSE;
 }
 
+bool GnomeShell::notesLayouts() {
+  return isOwned("org.freedesktop.IBus");
+}
+
 bool GnomeShell::agentRuns() {
   return isOwned(std::string(kIdentifier).c_str());
 }

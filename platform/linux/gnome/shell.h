@@ -60,6 +60,8 @@ class GnomeShell {
   std::optional<FrontWindow> frontWindow();
   /// Whether GNOME's screen is locked, which it tells without the extension too.
   bool screenIsLocked();
+  /// Whether GNOME writes to its settings which layout its shortcut has selected: it does while IBus runs.
+  bool notesLayouts();
   /// The number of the bound key; nothing when somebody else has it.
   std::optional<std::uint32_t> bindKey(const std::string& accelerator);
   void unbindKey(std::uint32_t key);
