@@ -118,13 +118,8 @@ void GnomeHotKeyService::markEndOfPause() {
 void GnomeHotKeyService::handleEvent(const ShellEvent& event) {
   if (event.kind == ShellEventKind::appeared) {
     if (isAgreed_) binding_.remove();
-    const auto bound = std::exchange(bound_, {});
-    for (const auto& hotKey : hotKeys()) {
-      // It may have been there already when the key was registered.
-      const auto found = bound.find(hotKey->number);
-      if (found != bound.end()) shell_->unbindKey(found->second);
-      take(*hotKey);
-    }
+    bound_.clear();
+    for (const auto& hotKey : hotKeys()) take(*hotKey);
   }
   if (event.kind != ShellEventKind::keyPressed || *pausesEnding_ > 0) return;
   for (const auto& hotKey : hotKeys()) {

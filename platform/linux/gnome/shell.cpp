@@ -2,6 +2,7 @@
 #include "platform/linux/gnome/shell.h"
 
 #include <memory>
+#include <utility>
 
 #include "platform/linux/session/identity.h"
 
@@ -50,7 +51,7 @@ void GnomeShell::useBus(GDBusConnection* bus) {
       bus_.get(), kShell, G_BUS_NAME_WATCHER_FLAGS_NONE,
       [](GDBusConnection*, const char*, const char*, void* self) {
         auto& shell = *static_cast<GnomeShell*>(self);
-        shell.isThere_ = true;
+        if (std::exchange(shell.isThere_, true)) return;  // what was known before the watch
         shell.tell({ShellEventKind::appeared});
       },
       [](GDBusConnection*, const char*, void* self) { static_cast<GnomeShell*>(self)->isThere_ = false; },

@@ -3,6 +3,7 @@
 
 #include "platform/linux/gnome/hot_key_service.h"
 #include "tests/linux/gnome/fake_shell.h"
+#include "tests/linux/gnome/shared_bus.h"
 #include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::platform {
@@ -12,8 +13,7 @@ constexpr KeyCode kF2{120};
 constexpr KeyCode kK{40};
 constexpr KeyCode kNoKeyOfAPc{63};  // Globe
 
-struct GnomeHotKeys : ::testing::Test {
-  PrivateBus bus;
+struct GnomeHotKeys : OnSharedBus {
   FakeShell fake;
   std::shared_ptr<GnomeShell> shell;
   std::optional<GnomeHotKeyService> service;

@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include "tests/linux/gnome/fake_shell.h"
+#include "tests/linux/gnome/shared_bus.h"
 #include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::platform {
 namespace {
 
-struct GnomeLayouts : ::testing::Test {
-  PrivateBus bus;
+struct GnomeLayouts : OnSharedBus {
   FakeShell fake;
   std::shared_ptr<GnomeShell> shell;
   std::optional<GnomeInputSources> sources;

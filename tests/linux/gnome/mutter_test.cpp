@@ -12,7 +12,7 @@
 #include "platform/linux/gnome/mutter_owner.h"
 #include "platform/linux/gnome/mutter_reader.h"
 #include "tests/linux/gnome/fake_mutter.h"
-#include "tests/linux/testing/private_bus.h"
+#include "tests/linux/gnome/shared_bus.h"
 #include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::platform {
@@ -56,8 +56,7 @@ ClipboardContents text(std::string_view words) {
   return {{"text/plain", "text/plain", 8, Bytes(first, first + words.size())}};
 }
 
-struct Mutter : ::testing::Test {
-  PrivateBus bus;
+struct Mutter : OnSharedBus {
   FakeMutter fake;
   std::shared_ptr<MutterRemoteDesktop> remote = std::make_shared<MutterRemoteDesktop>();
   std::shared_ptr<ClipboardContents> ownedByX = std::make_shared<ClipboardContents>();
