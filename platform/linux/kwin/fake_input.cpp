@@ -25,8 +25,8 @@ bool FakeInput::isOffered(const WaylandConnection& connection) {
 
 std::unique_ptr<KeyPlayer> FakeInput::open(WaylandConnection& connection) {
   if (!isOffered(connection)) return nullptr;
-  auto* input = static_cast<org_kde_kwin_fake_input*>(
-      connection.bind(org_kde_kwin_fake_input_interface, kVersion));
+  auto* input =
+      static_cast<org_kde_kwin_fake_input*>(connection.bind(org_kde_kwin_fake_input_interface, kVersion));
   org_kde_kwin_fake_input_authenticate(input, std::string(kDisplayName).c_str(), "copy and paste");
   return std::unique_ptr<KeyPlayer>(new FakeInput(connection, input));
 }
@@ -42,8 +42,8 @@ bool FakeInput::play(std::uint16_t evdevKey, bool down, std::uint32_t /*modifier
       org_kde_kwin_fake_input_keyboard_key(input_, key, WL_KEYBOARD_KEY_STATE_RELEASED);
     }
   }
-  org_kde_kwin_fake_input_keyboard_key(
-      input_, evdevKey, down ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
+  org_kde_kwin_fake_input_keyboard_key(input_, evdevKey,
+                                       down ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
   keysDown_ += down ? 1 : -1;
   return connection_.isConnected();
 }

@@ -53,10 +53,10 @@ OSStatus KWinHotKeyService::take(const HotKey& hotKey) {
   const auto keys = qtCombinations(hotKey.keyCode, hotKey.modifiers, kwin_->keymap().get());
   if (keys.empty()) return kHotKeyInvalidErr;
   kwin_->call(kShortcuts, "doRegister", g_variant_new("(@as)", identityOf(hotKey.number)), "()");
-  const auto answer = kwin_->call(kShortcuts, "setShortcut",
-                                  g_variant_new("(@as@aiu)", identityOf(hotKey.number), numbers(keys),
-                                                kSetPresent | kNoAutoloading),
-                                  "(ai)");
+  const auto answer = kwin_->call(
+      kShortcuts, "setShortcut",
+      g_variant_new("(@as@aiu)", identityOf(hotKey.number), numbers(keys), kSetPresent | kNoAutoloading),
+      "(ai)");
   if (!answer) return kHotKeyInvalidErr;
   const GVariantRef list(g_variant_get_child_value(answer.get(), 0));
   gint32 first = 0;
@@ -78,8 +78,7 @@ void KWinHotKeyService::markEndOfPause() {
       g_variant_new("(s)", kComponent), nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, kBusCallTimeout, nullptr,
       [](GObject* bus, GAsyncResult* result, gpointer pausesEnding) {
         const GVariantRef answer(g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, nullptr));
-        const std::unique_ptr<std::shared_ptr<int>> counter(
-            static_cast<std::shared_ptr<int>*>(pausesEnding));
+        const std::unique_ptr<std::shared_ptr<int>> counter(static_cast<std::shared_ptr<int>*>(pausesEnding));
         --**counter;
       },
       new std::shared_ptr<int>(pausesEnding_));

@@ -40,7 +40,8 @@ std::string ownerOf(const char* name) {
 }  // namespace
 
 std::shared_ptr<KWin> KWin::open() {
-  // A daemon of its own serves the global shortcuts in a session of X11, and may run under another compositor.
+  // A daemon of its own serves the global shortcuts in a session of X11, and may run under another
+  // compositor.
   const std::string owner = ownerOf("org.kde.KWin");
   if (owner.empty() || owner != ownerOf("org.kde.kglobalaccel")) return nullptr;
   auto connection = WaylandConnection::open();

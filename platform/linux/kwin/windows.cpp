@@ -31,8 +31,7 @@ struct KWinWindows::Listener {
     static_cast<Window*>(window)->told.windowClass = identifier;
   }
   static void stateChanges(void* window, Proxy*, std::uint32_t flags) {
-    static_cast<Window*>(window)->isActive =
-        (flags & ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE) != 0;
+    static_cast<Window*>(window)->isActive = (flags & ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE) != 0;
   }
   static void processChanges(void* window, Proxy*, std::uint32_t process) {
     if (process != 0) static_cast<Window*>(window)->told.process = process;
@@ -85,8 +84,7 @@ KWinWindows::~KWinWindows() {
 }
 
 void KWinWindows::add(const char* identifier) {
-  org_kde_plasma_window* proxy =
-      org_kde_plasma_window_management_get_window_by_uuid(management_, identifier);
+  org_kde_plasma_window* proxy = org_kde_plasma_window_management_get_window_by_uuid(management_, identifier);
   auto window = std::make_unique<Window>(Window{*this, {++lastNumber_, std::nullopt, std::nullopt}});
   org_kde_plasma_window_add_listener(proxy, &Listener::kWindow, window.get());
   windows_.emplace(proxy, std::move(window));

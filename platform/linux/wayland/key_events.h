@@ -13,8 +13,8 @@
 
 namespace lexwend::platform {
 
-/// Keys that the compositor lets this program press. Command is Control here, Option is Alt, and Control is Super. Main thread
-/// only. A call waits for the compositor, and for nobody else.
+/// Keys that the compositor lets this program press. Command is Control here, Option is Alt, and Control is
+/// Super. Main thread only. A call waits for the compositor, and for nobody else.
 ///
 /// A shortcut is refused in a terminal, in a prompt for a password, and in an editor in which copying ends
 /// the selection (window_classes.h). A copy is refused when `mayCopy` returns false, a paste when `mayPaste`
