@@ -8,6 +8,7 @@
 #include "platform/accessibility.h"
 #include "platform/alerts.h"
 #include "platform/application.h"
+#include "platform/hot_key_service.h"
 #include "platform/login_item.h"
 #include "support/fatal.h"
 #include "support/log.h"
@@ -61,6 +62,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   }
   refreshMenuState();
   receiveCommands();
+  offerKeyBinding();
 }
 
 void AppDelegate::setupStatusItem() {
@@ -108,7 +110,10 @@ void AppDelegate::refreshMenuState() {
   const bool trusted = platform::accessibility().isProcessTrusted();
   permissionItem_->setHidden(trusted);
   statusLine_->setTitle(statusLineTitle(trusted, layoutMap_.builtFromSystem));
-  statusLine_->setToolTip(Settings::switchLayoutAfter() ? whyLayoutCannotFollow_ : std::string_view());
+  const std::string_view noPress = platform::hotKeyService().whyNoPressComes();
+  const std::string_view noLayout =
+      Settings::switchLayoutAfter() ? whyLayoutCannotFollow_ : std::string_view();
+  statusLine_->setToolTip(noPress.empty() ? noLayout : noPress);
   showSymbol(trusted ? kReadySymbol : kWaitingSymbol);
 }
 

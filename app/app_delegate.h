@@ -74,6 +74,11 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   void setupLoginItem();
   void toggleLoginItem();
 
+  /// Where a hot key takes a change to the desktop's settings: makes it when the user has agreed, and asks
+  /// once.
+  void offerKeyBinding();
+  void askForKeyBinding();
+
   // commands.cpp: commands of other processes, and an agent without an icon
   void receiveCommands();
   bool carryOut(platform::InstanceCommand command);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <chrono>
+#include <string>
 #include <string_view>
 
 #include "app/app_delegate.h"
@@ -7,6 +8,7 @@
 #include "platform/accessibility.h"
 #include "platform/alerts.h"
 #include "platform/application.h"
+#include "platform/hot_key_service.h"
 #include "platform/input_sources.h"
 #include "platform/login_item.h"
 #include "platform/run_loop.h"
@@ -18,6 +20,9 @@ namespace lexwend {
 namespace {
 
 constexpr std::chrono::milliseconds kPollingInterval{2000};
+
+/// The desktop has shown its panel and its windows by then.
+constexpr std::chrono::milliseconds kOfferDelay{3000};
 
 constexpr std::string_view kNoEnglishLayout =
     "שפת המקלדת לא תוחלף לאנגלית אחרי תיקון, כי לא מופעלת פריסת מקלדת אנגלית.";
@@ -85,6 +90,29 @@ void AppDelegate::openPermission() {
   platform::accessibility().isProcessTrustedWithPrompt();
   TextAccess::openAccessibilitySettings();
   startPermissionPolling();
+}
+
+void AppDelegate::offerKeyBinding() {
+  if (!platform::hotKeyService().needsAgreement()) return;
+  if (!Settings::d().objectForKey(Settings::kMayBindKeyKey)) {
+    platform::runLoop().dispatchAfter(kOfferDelay, weakly(&AppDelegate::askForKeyBinding));
+  } else if (Settings::d().boolForKey(Settings::kMayBindKeyKey)) {
+    platform::hotKeyService().agree();
+    refreshMenuState();
+  }
+}
+
+void AppDelegate::askForKeyBinding() {
+  const std::string key = HotKeyCenter::displayName(Settings::hotKeyCode(), Settings::hotKeyModifiers());
+  platform::application().activate(/*ignoringOtherApps=*/true);
+  const int response = platform::alerts().runModal(
+      {.messageText = "להוסיף קיצור מקלדת?",
+       .informativeText = "סביבת העבודה לא מרשה לתוכנה לקבל מקש קיצור. אפשר להוסיף להגדרות המקלדת שלה את " +
+                          key + " כקיצור שמפעיל את Lexwend. הקיצור יוסר כשיוצאים מ־Lexwend.",
+       .buttons = {"הוסף", "לא עכשיו"}});
+  Settings::d().setBool(response == platform::kAlertFirstButtonReturn, Settings::kMayBindKeyKey);
+  if (response == platform::kAlertFirstButtonReturn) platform::hotKeyService().agree();
+  refreshMenuState();
 }
 
 void AppDelegate::setupLoginItem() {

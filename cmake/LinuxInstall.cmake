@@ -17,6 +17,9 @@ install(CODE [[
 ]])
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/org.lexwend.Lexwend.desktop"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
+# GNOME Shell lists it for every user; each switches it on.
+install(FILES packaging/gnome-extension/extension.js packaging/gnome-extension/metadata.json
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/gnome-shell/extensions/lexwend@lexwend.org")
 install(FILES packaging/linux/lexwend.conf DESTINATION "${CMAKE_INSTALL_DATADIR}/user-tmpfiles.d")
 install(FILES packaging/icons/org.lexwend.Lexwend.svg
   DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string_view>
 
 #include "platform/key_names.h"
 #include "platform/keys.h"
@@ -52,6 +53,14 @@ class HotKeyService {
   /// A press that is made while the result lives is never reported, however late the system delivers it.
   /// Pauses may overlap. Does not block.
   virtual Registration ignorePresses() = 0;
+  /// Whether a hot key takes a change to the user's own settings of the desktop, to which the user has not
+  /// agreed: until agree() a key can be registered and no press of it comes.
+  virtual bool needsAgreement() { return false; }
+  /// The user has agreed. The change is undone when no key is registered any more. A press may then come as a
+  /// command of another process (running_instance.h).
+  virtual void agree() {}
+  /// Why no press of a registered key can come in this session, for the user; empty when it can.
+  virtual std::string_view whyNoPressComes() { return {}; }
   /// How combinations are shown on this system.
   virtual const KeyNames& keyNames() { return kMacKeyNames; }
 };

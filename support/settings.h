@@ -16,6 +16,7 @@ inline constexpr std::string_view kHotKeyModifiersKey = "hotKeyModifiers";      
 inline constexpr std::string_view kSwitchLayoutAfterKey = "switchLayoutAfterFix";     // boolean
 inline constexpr std::string_view kCompatModeKey = "compatMode";                      // boolean
 inline constexpr std::string_view kDidRegisterLoginItemKey = "didRegisterLoginItem";  // boolean
+inline constexpr std::string_view kMayBindKeyKey = "mayBindKey";                      // boolean
 
 /// The store itself, for writing.
 platform::UserDefaults& d();

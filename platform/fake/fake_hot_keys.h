@@ -27,8 +27,14 @@ class FakeHotKeys : public HotKeyService {
   OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
   HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
   Registration ignorePresses() override;
+  bool needsAgreement() override { return takesSettings_ && !isAgreed_; }
+  void agree() override { isAgreed_ = true; }
+  std::string_view whyNoPressComes() override { return needsAgreement() ? "no press comes" : ""; }
 
   // Controls of a test.
+  /// From now on a hot key takes a change to the user's settings.
+  void takeSettings() { takesSettings_ = true; }
+  bool isAgreed() const { return isAgreed_; }
   /// Another program holds the combination.
   void otherAppTakes(KeyCode keyCode, Modifiers modifiers) { taken_.insert({keyCode, modifiers}); }
   /// The user presses the combination; false when this program does not hold it. During a pause the handler
@@ -54,6 +60,8 @@ class FakeHotKeys : public HotKeyService {
   std::size_t handlerInstallations() const { return handlerInstallations_; }
 
  private:
+  bool takesSettings_ = false;
+  bool isAgreed_ = false;
   void unregister(const Combination& combination);
 
   FakeSystem& system_;

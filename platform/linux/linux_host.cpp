@@ -2,10 +2,13 @@
 #include "platform/linux/linux_host.h"
 
 #include <chrono>
+#include <fstream>
 #include <string>
 
 #include <unistd.h>
 
+#include "platform/linux/gnome/key_player.h"
+#include "platform/linux/gnome/selections.h"
 #include "platform/linux/kwin/entry.h"
 #include "platform/linux/selection/selections.h"
 #include "platform/linux/session/buses.h"
@@ -47,6 +50,13 @@ class PrimaryReader {
   std::unique_ptr<ClipboardReader> reader_;
 };
 
+/// The name of its program, as the kernel cuts it; nothing when it is gone.
+std::optional<std::string> nameOfProcess(std::uint32_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/comm");
+  std::string name;
+  return std::getline(file, name) ? std::optional(name) : std::nullopt;
+}
+
 /// Whether the compositor, if there is one, lets a program use the clipboard and press keys.
 bool compositorOffersEnough() {
   const auto connection = WaylandConnection::open();
@@ -58,6 +68,9 @@ bool compositorOffersEnough() {
 InputSourceService& LinuxHost::inputSourceService() {
   if (sway()) return made(swayInputSources_, sway(), VirtualKeyboard::kLayoutName);
   if (kwin()) return made(kwinInputSources_, kwin());
+  if (gnome()) {
+    return made(gnomeInputSources_, gnome(), [this](KeyCode key, EventFlags flags) { playKey(key, flags); });
+  }
   return made(inputSources_, x11(), sessionBus);
 }
 
@@ -68,7 +81,7 @@ Accessibility& LinuxHost::accessibility() {
 SecureInput& LinuxHost::secureInput() {
   return made(secureInput_, LinuxSecureInput::Needs{[this] { return frontWindowClass(); },
                                                     [this] { return linuxAccessibility().focusIsSecure(); },
-                                                    [this] { return kwin() && kwin()->screenIsLocked(); }});
+                                                    [this] { return screenIsLocked(); }});
 }
 
 KeyEvents& LinuxHost::keyEvents() {
@@ -77,14 +90,20 @@ KeyEvents& LinuxHost::keyEvents() {
   // same text would be copied and pasted twice.
   // What somebody else has copied since must not be pasted in its place.
   const auto mayCopy = [this] {
-    return pasteboard()->canBeGivenBack() && !pasteboard()->pasteIsUnderWay() &&
+    // Without a window that tells of itself it could be a terminal.
+    const bool isUnknown = gnome() && !frontWindow();
+    return !isUnknown && pasteboard()->canBeGivenBack() && !pasteboard()->pasteIsUnderWay() &&
            !linuxAccessibility().selectionIsKnownEmpty();
   };
   const auto mayPaste = [this] { return pasteboard()->holdsPassingText(); };
   if (isWayland()) {
+    std::unique_ptr<KeyPlayer> player;
+    if (sway()) player = VirtualKeyboard::open();
+    if (kwin()) player = kwin()->keyPlayer();
+    if (gnome()) player = std::make_unique<MutterKeyPlayer>(mutter_);
     return made(waylandKeyEvents_,
                 WaylandKeyEvents::Needs{[this] { return frontWindow(); }, mayCopy, mayPaste},
-                sway() ? VirtualKeyboard::open() : kwin()->keyPlayer());
+                std::move(player));
   }
   return made(keyEvents_, x11(), mayCopy, mayPaste);
 }
@@ -92,7 +111,17 @@ KeyEvents& LinuxHost::keyEvents() {
 HotKeyService& LinuxHost::hotKeyService() {
   if (sway()) return made(swayHotKeyService_, sway());
   if (kwin()) return made(kwinHotKeyService_, kwin());
+  if (gnome()) return gnomeHotKeyService();
   return made(hotKeyService_, x11());
+}
+
+/// Or the user will be asked for it.
+bool LinuxHost::hotKeyCanCome() {
+  return gnomeHotKeyService().hasHotKeys() || gnomeHotKeyService().needsAgreement();
+}
+
+GnomeHotKeyService& LinuxHost::gnomeHotKeyService() {
+  return made(gnomeHotKeyService_, gnome(), GnomeKeyBinding(LinuxLoginItem::ownProgram()));
 }
 
 StatusBar& LinuxHost::statusBar() {
@@ -140,9 +169,11 @@ RunLoop& LinuxHost::runLoop() {
 }
 
 Application& LinuxHost::application() {
-  return made(application_, LinuxApplication::Needs{[this] { finishWork(); }, [this] { return isWayland(); },
-                                                    [this] { return x11(); }, [this] { focusOwnWindow(); },
-                                                    [this] { return !kwin() || kwin()->grantsAll(); }});
+  return made(application_,
+              LinuxApplication::Needs{[this] { finishWork(); }, [this] { return isWayland(); },
+                                      [this] { return x11(); }, [this] { focusOwnWindow(); },
+                                      [this] { return !kwin() || kwin()->grantsAll(); },
+                                      [this] { return !gnome() || hotKeyCanCome(); }});
 }
 
 Files& LinuxHost::files() {
@@ -163,6 +194,7 @@ Diagnosis& LinuxHost::diagnosis() {
                   .x11 = [this] { return x11(); },
                   .compositorServes = [this] { return isWayland(); },
                   .grantIsMissing = [this] { return kwin() && !anEntryGrantsKeys(); },
+                  .hasHotKeys = [this] { return !gnome() || gnomeHotKeyService().hasHotKeys(); },
                   .accessibilityIsConnected = [this] { return linuxAccessibility().isConnected(); },
                   .runningAgent = [this] { return runningApplications_.holderOfLock(kIdentifier); }});
 }
@@ -180,13 +212,49 @@ const std::shared_ptr<KWin>& LinuxHost::kwin() {
   return *kwin_;
 }
 
+const std::shared_ptr<GnomeShell>& LinuxHost::gnome() {
+  if (!gnome_) {
+    const bool isMutter = !sway() && !kwin() && MutterRemoteDesktop::isOffered() && WaylandConnection::open();
+    // Whoever holds the lock is the agent.
+    const bool isAgent = isMutter && runningApplications_.holdsLock(kIdentifier);
+    gnome_ = isMutter ? std::make_shared<GnomeShell>(isAgent) : nullptr;
+    if (isMutter) mutter_ = std::make_shared<MutterRemoteDesktop>();
+  }
+  return *gnome_;
+}
+
 const std::shared_ptr<X11Connection>& LinuxHost::x11() {
   if (!x11_) x11_ = isWayland() ? nullptr : X11Connection::open();
   return *x11_;
 }
 
+Selections LinuxHost::selections() {
+  if (gnome()) return selectionsOfMutter(mutter_);
+  return isWayland() ? selectionsOfWayland() : selectionsOfX();
+}
+
 std::optional<FrontWindow> LinuxHost::frontWindow() {
-  return sway() ? frontWindowOf(*sway()) : kwin()->frontWindow();
+  if (sway()) return frontWindowOf(*sway());
+  if (kwin()) return kwin()->frontWindow();
+  if (gnome()->serves()) return gnome()->frontWindow();
+  // The window of that process: the bus tells no more.
+  const auto process = linuxAccessibility().activeProcess();
+  if (!process) return std::nullopt;
+  return FrontWindow{*process, process, nameOfProcess(*process)};
+}
+
+bool LinuxHost::screenIsLocked() {
+  return (kwin() && kwin()->screenIsLocked()) || (gnome() && gnome()->screenIsLocked());
+}
+
+void LinuxHost::playKey(KeyCode key, EventFlags flags) {
+  pasteboard();  // which ends the session that the keys are played in
+  for (const bool down : {true, false}) {
+    const auto event = keyEvents().createKeyboardEvent(nullptr, key, down);
+    if (!event) return;
+    event->setFlags(flags);
+    keyEvents().post(EventTap::hid, *event);
+  }
 }
 
 std::optional<std::uint32_t> LinuxHost::frontProcess() {
@@ -214,11 +282,9 @@ LinuxAccessibility::Display LinuxHost::displayOfAccessibility() {
           },
       .frontProcess = [this] { return frontProcess(); },
       .frontWindowClass = [this] { return frontWindowClass(); },
-      .primarySelection =
-          [reader = std::make_shared<PrimaryReader>(isWayland() ? selectionsOfWayland() : selectionsOfX())] {
-            return reader->read();
-          },
-      .tellsFront = [this] { return !kwin() || kwin()->grantsAll(); },
+      .primarySelection = [reader = std::make_shared<PrimaryReader>(selections())] { return reader->read(); },
+      .tellsFront =
+          [this] { return (!kwin() || kwin()->grantsAll()) && (!gnome() || gnome()->serves()); },
   };
 }
 
@@ -233,7 +299,7 @@ const std::shared_ptr<LinuxPasteboard>& LinuxHost::pasteboard() {
         PasteboardBudget{},
         LinuxPasteboard::Needs{.lastCopy = [lastOf] { return lastOf(true); },
                                .lastPaste = [lastOf] { return lastOf(false); }},
-        OwnerTimes{}, isWayland() ? selectionsOfWayland() : selectionsOfX());
+        OwnerTimes{}, selections());
   }
   return pasteboard_;
 }
@@ -257,6 +323,7 @@ void LinuxHost::finishWork() {
   if (hotKeyService_) hotKeyService_->stop();
   if (swayHotKeyService_) swayHotKeyService_->stop();
   if (kwinHotKeyService_) kwinHotKeyService_->stop();
+  if (gnomeHotKeyService_) gnomeHotKeyService_->stop();
   linuxRunLoop().finishPending(kLastWork);
 }
 

@@ -11,6 +11,10 @@
 #include "platform/linux/clipboard/pasteboard.h"
 #include "platform/linux/diagnosis/diagnosis.h"
 #include "platform/linux/display/x11_connection.h"
+#include "platform/linux/gnome/hot_key_service.h"
+#include "platform/linux/gnome/input_sources.h"
+#include "platform/linux/gnome/remote_desktop.h"
+#include "platform/linux/gnome/shell.h"
 #include "platform/linux/instance/running_applications.h"
 #include "platform/linux/instance/running_instance.h"
 #include "platform/linux/keyboard/hot_key_service.h"
@@ -75,14 +79,21 @@ class LinuxHost : public Host {
   const std::shared_ptr<SwayIpc>& sway();
   /// The compositor; null where this is no session of KWin.
   const std::shared_ptr<KWin>& kwin();
-  bool isWayland() { return sway() || kwin(); }
+  /// GNOME Shell's extension, which need not be there; null where this is no session of mutter on Wayland.
+  const std::shared_ptr<GnomeShell>& gnome();
+  bool isWayland() { return sway() || kwin() || gnome(); }
+  Selections selections();
   /// The connection that the services share; null without a display and where there is a compositor.
   const std::shared_ptr<X11Connection>& x11();
   /// The window that has the keyboard.
+  GnomeHotKeyService& gnomeHotKeyService();
+  bool hotKeyCanCome();
   std::optional<FrontWindow> frontWindow();
   std::optional<std::uint32_t> frontProcess();
   std::optional<std::string> frontWindowClass();
   void focusOwnWindow();
+  bool screenIsLocked();
+  void playKey(KeyCode key, EventFlags flags);
   LinuxAccessibility::Display displayOfAccessibility();
   const std::shared_ptr<LinuxPasteboard>& pasteboard();
   LinuxAccessibility& linuxAccessibility();
@@ -94,6 +105,8 @@ class LinuxHost : public Host {
   // the clipboard is handed over, and the toolkit and the display at the end.
   std::optional<std::shared_ptr<SwayIpc>> sway_;
   std::optional<std::shared_ptr<KWin>> kwin_;
+  std::optional<std::shared_ptr<GnomeShell>> gnome_;
+  std::shared_ptr<MutterRemoteDesktop> mutter_;
   std::optional<std::shared_ptr<X11Connection>> x11_;
   LinuxFiles files_;
   LinuxDateFormatters dateFormatters_;
@@ -106,6 +119,7 @@ class LinuxHost : public Host {
   std::optional<LinuxInputSources> inputSources_;
   std::optional<SwayInputSources> swayInputSources_;
   std::optional<KWinInputSources> kwinInputSources_;
+  std::optional<GnomeInputSources> gnomeInputSources_;
   std::optional<LinuxAccessibility> accessibility_;
   BusObservation sessionBus_;
   std::optional<LinuxSecureInput> secureInput_;
@@ -120,6 +134,7 @@ class LinuxHost : public Host {
   std::optional<LinuxHotKeyService> hotKeyService_;
   std::optional<SwayHotKeyService> swayHotKeyService_;
   std::optional<KWinHotKeyService> kwinHotKeyService_;
+  std::optional<GnomeHotKeyService> gnomeHotKeyService_;
   std::optional<LinuxDiagnosis> diagnosis_;
   std::optional<LinuxRunLoop> runLoop_;
 };

@@ -34,6 +34,35 @@ struct Untrusted : Agent {
   }
 };
 
+TEST(KeyBinding, isAskedForOnceWhereAHotKeyTakesASettingOfTheUsers) {
+  Agent a;
+  a.host.hotKeyService().takeSettings();
+  a.host.alerts().answer("הוסף");
+  a.launch();
+  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
+  a.host.advance(milliseconds(3000));
+  EXPECT_EQ(a.host.alerts().shown().size(), 1U);
+  EXPECT_TRUE(a.host.hotKeyService().isAgreed());
+}
+
+TEST(KeyBinding, thatWasRefusedIsNotAskedForAgain) {
+  Agent a;
+  a.host.hotKeyService().takeSettings();
+  a.host.standardUserDefaults().setBool(false, "mayBindKey");
+  a.launch();
+  a.host.advance(milliseconds(10000));
+  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
+  EXPECT_FALSE(a.host.hotKeyService().isAgreed());
+}
+
+TEST(KeyBinding, thatWasAgreedToIsMadeAtTheStart) {
+  Agent a;
+  a.host.hotKeyService().takeSettings();
+  a.host.standardUserDefaults().setBool(true, "mayBindKey");
+  a.launch();
+  EXPECT_TRUE(a.host.hotKeyService().isAgreed());
+}
+
 TEST(PermissionPolling, doesNotRunWhenTrusted) {
   Agent a;
   a.launch();

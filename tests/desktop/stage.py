@@ -47,7 +47,7 @@ class Stage:
         if settings:
             folder = self.session.home / '.config' / 'lexwend'
             folder.mkdir(parents=True, exist_ok=True)
-            lines = [f'{key}={"true" if value else "false"}\n' for key, value in settings.items()]
+            lines = [f'{key}={str(value).lower()}\n' for key, value in settings.items()]
             (folder / 'settings').write_text(f'[Settings]\n{"".join(lines)}', encoding='utf-8')
         self.agent = self.session.start_agent(self.agent_path)
 

@@ -4,6 +4,7 @@
 
 usage: install_test.py CMAKE BUILD
 """
+import json
 import os
 import subprocess
 import sys
@@ -46,6 +47,9 @@ def expect_installed(root, prefix):
     assert status == 1 and said.startswith('lexwend: the part for this desktop cannot be loaded: '), (status, said)
     away.rename(part)
     assert (root / 'share' / 'icons' / 'hicolor' / 'scalable' / 'apps' / f'{IDENTIFIER}.svg').is_file()
+    extension = root / 'share' / 'gnome-shell' / 'extensions' / 'lexwend@lexwend.org'
+    assert json.loads((extension / 'metadata.json').read_text(encoding='utf-8'))['uuid'] == extension.name
+    assert (extension / 'extension.js').is_file(), extension
     folders = (root / 'share' / 'user-tmpfiles.d' / 'lexwend.conf').read_text(encoding='utf-8')
     assert '\nd %h/Library/Logs ' in folders, folders
 

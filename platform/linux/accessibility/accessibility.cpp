@@ -104,6 +104,11 @@ AccessibilityElementRef LinuxAccessibility::createSystemWideElement() {
   return std::make_shared<const SystemWideElement>();
 }
 
+std::optional<std::uint32_t> LinuxAccessibility::activeProcess() {
+  bus_.joinRound();
+  return bus_.isConnected() ? finder_.activeProcess() : std::nullopt;
+}
+
 std::optional<Field> LinuxAccessibility::focusedField() {
   if (!bus_.isConnected()) {
     bus_.start();  // for the next time

@@ -47,6 +47,9 @@ class LinuxAccessibility final : public Accessibility {
   /// Connects in the background; until then no element is found.
   void start() { bus_.start(); }
   bool isConnected() const { return bus_.isConnected(); }
+  /// The process of the window that its application calls active, where the display does not tell; nothing
+  /// where none does.
+  std::optional<std::uint32_t> activeProcess();
 
   /// Whether the focused field is one for passwords or a terminal. Asks the field for its role and for the
   /// extent of its selection, never for its text. A field with the role of plain text may yet hide its own:

@@ -145,7 +145,7 @@ void OwnerThread::carryOut(Command& command) {
     case CommandKind::pass:
       deferred_.reset();
       lateCopy_.reset();
-      owner_->claim(command.contents, owner_->serverTime());
+      owner_->claimForNow(command.contents, owner_->serverTime());
       passing_ = true;
       passedAt_ = Clock::now();
       break;

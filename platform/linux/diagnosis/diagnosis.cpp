@@ -112,6 +112,10 @@ SessionFacts LinuxDiagnosis::facts() {
     facts.limit = sentence(kNoGrant);
     facts.wayOut = sentence(kHowToGetGrant);
   }
+  if (isCompositor && !needs_.hasHotKeys()) {
+    facts.limit = sentence(kNoExtension);
+    facts.wayOut = sentence(kHowToGetExtension);
+  }
   GDBusConnection* bus = sessionBus();
   facts.sessionBus = bus != nullptr;
   facts.accessibilityBus = ask(bus, {"org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"},

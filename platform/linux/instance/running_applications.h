@@ -24,6 +24,8 @@ class LinuxRunningApplications : public RunningApplications {
   /// The other process that is known by that identifier; nothing when there is none. Does not make this
   /// process known.
   std::optional<ProcessIdentifier> holderOfLock(std::string_view identifier) const;
+  /// Whether this process is known by that identifier.
+  bool holdsLock(std::string_view identifier) const { return locks_.count(identifier) != 0; }
 
  private:
   std::optional<ProcessIdentifier> holdLock(const std::string& identifier);

@@ -34,6 +34,8 @@ class SelectionOwner {
   /// Claims the selection as of a time of the display, which ignores the claim when somebody else has claimed
   /// it since. Empty contents leave the selection without owner.
   virtual void claim(const ClipboardContents& contents, xcb_timestamp_t time) = 0;
+  /// The same for contents that pass through, where the display has a way of its own for them.
+  virtual void claimForNow(const ClipboardContents& contents, xcb_timestamp_t time) { claim(contents, time); }
   virtual bool owns() const = 0;
   virtual bool isOwnWindow(xcb_window_t window) const = 0;
   /// owns() after a look at the display: the news that somebody has claimed may be under way.

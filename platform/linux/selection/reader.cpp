@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/selection/reader.h"
 
+#include <cerrno>
 #include <limits>
 #include <thread>
+
+#include <unistd.h>
 
 #include "platform/linux/display/latin1.h"
 
@@ -179,6 +182,32 @@ ClipboardReader::Answer ClipboardReader::readTextOnce(Limits& limits, std::optio
     if (answer == Answer::refused && offersUtf8) return Answer::refused;
   }
   return Answer::given;
+}
+
+ClipboardReader::Answer ClipboardReader::readToEnd(int descriptor, Limits& limits, Bytes& answer,
+                                                   const std::function<bool(Clock::time_point)>& wait) {
+  constexpr std::size_t kPiece = std::size_t{64} * 1024;
+  std::vector<std::byte> bytes;
+  std::vector<std::byte> piece(kPiece);
+  Clock::time_point deadline = limits.nextDeadline();
+  while (Clock::now() < deadline) {
+    const ssize_t count = read(descriptor, piece.data(), piece.size());
+    if (count == 0) {
+      answer = Bytes(std::move(bytes));
+      return Answer::given;
+    }
+    if (count > 0) {
+      const auto size = static_cast<std::size_t>(count);
+      if (size > limits.bytesLeft) return Answer::overBudget;
+      limits.bytesLeft -= size;
+      bytes.insert(bytes.end(), piece.begin(), piece.begin() + count);
+      deadline = limits.nextDeadline();
+      continue;
+    }
+    if (errno != EAGAIN && errno != EINTR) return Answer::refused;
+    if (!wait(deadline)) return Answer::ownerChanged;
+  }
+  return Answer::overBudget;
 }
 
 }  // namespace lexwend::platform

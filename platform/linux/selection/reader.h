@@ -81,6 +81,10 @@ class ClipboardReader {
   /// Given with the names of the targets, each once; refused where the owner lists none.
   virtual Answer readTargetNames(Limits& limits, std::vector<std::string>& names) = 0;
   virtual Answer convert(const std::string& target, Limits& limits, ClipboardTarget& answer) = 0;
+  /// Reads from a descriptor that does not block until it ends. Where there is nothing to read `wait` waits
+  /// for more, until that time at most, and tells whether the owner is still the same.
+  static Answer readToEnd(int descriptor, Limits& limits, Bytes& answer,
+                          const std::function<bool(Clock::time_point until)>& wait);
 
  private:
   Result readAllTargets(const Budget& budget);

@@ -19,6 +19,10 @@ extern const SessionNotice kWaylandWithX11;
 extern const SessionNotice kNoGrant;
 /// What to do about that.
 extern const SessionNotice kHowToGetGrant;
+/// Why no hot key can be taken in GNOME without the extension.
+extern const SessionNotice kNoExtension;
+/// What to do about that.
+extern const SessionNotice kHowToGetExtension;
 /// Why no agent can run in a Wayland session without one.
 extern const SessionNotice kWaylandOnly;
 /// Why no agent can run without any display.

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -66,41 +65,18 @@ ClipboardReader::Answer DataControlReader::convert(const std::string& target, Li
   reading_->receive(target, ends[1]);
   control_->connection().flush();
   close(ends[1]);
-  const Answer result = readToEnd(ends[0], limits, answer.bytes);
+  const Answer result = readToEnd(ends[0], limits, answer.bytes, [&](Clock::time_point until) {
+    std::vector<pollfd> waited = {{ends[0], POLLIN, 0}};
+    control_->connection().wait(waited, until);
+    control_->connection().handleEvents();
+    return reading_ == offer_;
+  });
   close(ends[0]);
   if (result == Answer::given) {
     answer.propertyType = targetOfTypeName(target).propertyType;
     answer.format = 8;
   }
   return result;
-}
-
-ClipboardReader::Answer DataControlReader::readToEnd(int descriptor, Limits& limits, Bytes& answer) {
-  constexpr std::size_t kPiece = std::size_t{64} * 1024;
-  std::vector<std::byte> bytes;
-  std::vector<std::byte> piece(kPiece);
-  Clock::time_point deadline = limits.nextDeadline();
-  while (Clock::now() < deadline) {
-    const ssize_t count = read(descriptor, piece.data(), piece.size());
-    if (count == 0) {
-      answer = Bytes(std::move(bytes));
-      return Answer::given;
-    }
-    if (count > 0) {
-      const auto size = static_cast<std::size_t>(count);
-      if (size > limits.bytesLeft) return Answer::overBudget;
-      limits.bytesLeft -= size;
-      bytes.insert(bytes.end(), piece.begin(), piece.begin() + count);
-      deadline = limits.nextDeadline();
-      continue;
-    }
-    if (errno != EAGAIN && errno != EINTR) return Answer::refused;
-    std::vector<pollfd> waited = {{descriptor, POLLIN, 0}};
-    control_->connection().wait(waited, deadline);
-    control_->connection().handleEvents();
-    if (reading_ != offer_) return Answer::ownerChanged;
-  }
-  return Answer::overBudget;
 }
 
 }  // namespace lexwend::platform

@@ -153,7 +153,8 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
 }
 
 const SessionNotice* LinuxApplication::limit() {
-  if (needs_.isWayland()) return needs_.mayPressKeys() ? nullptr : &kNoGrant;
+  if (needs_.isWayland() && !needs_.mayPressKeys()) return &kNoGrant;
+  if (needs_.isWayland()) return needs_.hasHotKeys() ? nullptr : &kNoExtension;
   return sessionIsWayland() ? &kWaylandWithX11 : nullptr;
 }
 

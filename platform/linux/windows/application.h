@@ -28,6 +28,7 @@ class LinuxApplication : public Application {
     std::function<std::shared_ptr<X11Connection>()> x11;
     std::function<void()> focusOwnWindow;  ///< asks the compositor; called only where there is one
     std::function<bool()> mayPressKeys = [] { return true; };  ///< whether the compositor lets it
+    std::function<bool()> hasHotKeys = [] { return true; };    ///< whether a press of the hot key can come
   };
   explicit LinuxApplication(Needs needs);
   ~LinuxApplication() override;

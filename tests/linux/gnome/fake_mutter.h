@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gio/gio.h>
+
+namespace lexwend::platform {
+
+/// Mutter's remote control on a private bus, on a thread of its own, with one session at a time and a
+/// clipboard that another program fills.
+class FakeMutter {
+ public:
+  FakeMutter();
+  ~FakeMutter();
+  FakeMutter(const FakeMutter&) = delete;
+  FakeMutter& operator=(const FakeMutter&) = delete;
+
+  /// Another program copies these types; nobody copies where there is none.
+  void copy(std::map<std::string, std::string> contents);
+  /// Another program asks for what the session owns, and gets it; empty when it is refused.
+  std::string fetch(const std::string& type);
+  /// The types that the session owns.
+  std::vector<std::string> owned();
+  /// The user ends the session.
+  void end();
+  bool isOpen();
+  int sessions();
+  std::vector<std::string> keys();
+
+ private:
+  static void called(GDBusConnection* bus, const char* sender, const char* path, const char* interface,
+                     const char* method, GVariant* arguments, GDBusMethodInvocation* invocation, void* self);
+  void answer(const std::string& method, GVariant* arguments, GDBusMethodInvocation* invocation);
+  void tellOwner();
+
+  GMainContext* context_;
+  GMainLoop* loop_;
+  GDBusConnection* bus_ = nullptr;
+  std::thread thread_;
+  std::mutex mutex_;
+  // Under the mutex.
+  bool isOpen_ = false;
+  int sessions_ = 0;
+  bool sessionOwns_ = false;
+  std::vector<std::string> owned_;
+  std::map<std::string, std::string> copied_;
+  std::vector<std::string> keys_;
+  std::map<unsigned, int> waiting_;  // read ends by serial
+  std::map<unsigned, std::string> fetched_;
+  unsigned lastSerial_ = 0;
+};
+
+}  // namespace lexwend::platform
