@@ -7,7 +7,12 @@ install(TARGETS lexwend_host_module LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}
 install(CODE "set(source \"${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux\")
   set(build \"${CMAKE_CURRENT_BINARY_DIR}\")
   get_filename_component(LEXWEND_PROGRAM \"${CMAKE_INSTALL_BINDIR}/lexwend\" ABSOLUTE BASE_DIR \"\${CMAKE_INSTALL_PREFIX}\")")
+# KWin compares the command with the program's path, so it has quotes only where the path needs them.
 install(CODE [[
+  set(LEXWEND_COMMAND "${LEXWEND_PROGRAM}")
+  if(NOT LEXWEND_PROGRAM MATCHES "^[A-Za-z0-9/._+-]+$")
+    set(LEXWEND_COMMAND "\"${LEXWEND_PROGRAM}\"")
+  endif()
   configure_file("${source}/org.lexwend.Lexwend.desktop.in" "${build}/org.lexwend.Lexwend.desktop" @ONLY)
 ]])
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/org.lexwend.Lexwend.desktop"

@@ -24,7 +24,8 @@ struct SessionFacts {
   std::string display;  ///< the name of the display
   bool displayAnswers = true;
   std::vector<std::string> missingExtensions;  ///< what a fix needs and the display does not have
-  std::optional<Sentence> limit;  ///< what does not work in a session of this type; nothing when all does
+  std::optional<Sentence> limit;   ///< what does not work in a session of this type; nothing when all does
+  std::optional<Sentence> wayOut;  ///< what to do about it; nothing where only another session helps
   bool sessionBus = true;
   bool accessibilityBus = true;
   bool tray = true;                          ///< something shows the icons of programs

@@ -68,9 +68,10 @@ Check checkSession(const SessionFacts& facts) {
     return good("session",
                 with("", {"fixes work in a session of this type", "תיקונים עובדים בסביבה כזאת"}, desktop));
   }
-  return finding("session", with("", *facts.limit, desktop),
-                 {"at the login screen choose the session on X11 (Xorg)",
-                  "במסך הכניסה למחשב לבחור בסביבה שעובדת ב־X11 ‏(Xorg)"});
+  const Sentence otherSession{
+      "at the login screen choose the session on X11 (Xorg)",
+      "במסך הכניסה למחשב לבחור בסביבה שעובדת ב־X11 ‏(Xorg)"};
+  return finding("session", with("", *facts.limit, desktop), facts.wayOut.value_or(otherSession));
 }
 
 Check checkDisplay(const SessionFacts& facts) {

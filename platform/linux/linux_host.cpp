@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include "platform/linux/kwin/entry.h"
 #include "platform/linux/selection/selections.h"
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/identity.h"
@@ -56,6 +57,7 @@ bool compositorOffersEnough() {
 
 InputSourceService& LinuxHost::inputSourceService() {
   if (sway()) return made(swayInputSources_, sway(), VirtualKeyboard::kLayoutName);
+  if (kwin()) return made(kwinInputSources_, kwin());
   return made(inputSources_, x11(), sessionBus);
 }
 
@@ -65,7 +67,8 @@ Accessibility& LinuxHost::accessibility() {
 
 SecureInput& LinuxHost::secureInput() {
   return made(secureInput_, LinuxSecureInput::Needs{[this] { return frontWindowClass(); },
-                                                    [this] { return linuxAccessibility().focusIsSecure(); }});
+                                                    [this] { return linuxAccessibility().focusIsSecure(); },
+                                                    [this] { return kwin() && kwin()->screenIsLocked(); }});
 }
 
 KeyEvents& LinuxHost::keyEvents() {
@@ -78,15 +81,17 @@ KeyEvents& LinuxHost::keyEvents() {
            !linuxAccessibility().selectionIsKnownEmpty();
   };
   const auto mayPaste = [this] { return pasteboard()->holdsPassingText(); };
-  if (sway()) {
+  if (isWayland()) {
     return made(waylandKeyEvents_,
-                WaylandKeyEvents::Needs{[this] { return frontWindowOf(*sway()); }, mayCopy, mayPaste});
+                WaylandKeyEvents::Needs{[this] { return frontWindow(); }, mayCopy, mayPaste},
+                sway() ? VirtualKeyboard::open() : kwin()->keyPlayer());
   }
   return made(keyEvents_, x11(), mayCopy, mayPaste);
 }
 
 HotKeyService& LinuxHost::hotKeyService() {
   if (sway()) return made(swayHotKeyService_, sway());
+  if (kwin()) return made(kwinHotKeyService_, kwin());
   return made(hotKeyService_, x11());
 }
 
@@ -97,7 +102,8 @@ StatusBar& LinuxHost::statusBar() {
 }
 
 RecorderWindows& LinuxHost::recorderWindows() {
-  return recorderWindows_;
+  if (kwin()) return made(recorderWindows_, [this](bool held) { kwin()->blockShortcuts(held); });
+  return made(recorderWindows_);
 }
 
 KeyMonitor& LinuxHost::keyMonitor() {
@@ -134,10 +140,9 @@ RunLoop& LinuxHost::runLoop() {
 }
 
 Application& LinuxHost::application() {
-  return made(application_,
-              LinuxApplication::Needs{
-                  [this] { finishWork(); }, [this] { return sway() != nullptr; }, [this] { return x11(); },
-                  [this] { sway()->run("[pid=" + std::to_string(getpid()) + "] focus"); }});
+  return made(application_, LinuxApplication::Needs{[this] { finishWork(); }, [this] { return isWayland(); },
+                                                    [this] { return x11(); }, [this] { focusOwnWindow(); },
+                                                    [this] { return !kwin() || kwin()->grantsAll(); }});
 }
 
 Files& LinuxHost::files() {
@@ -156,7 +161,8 @@ Diagnosis& LinuxHost::diagnosis() {
   return made(diagnosis_,
               LinuxDiagnosis::Needs{
                   .x11 = [this] { return x11(); },
-                  .compositorServes = [this] { return sway() != nullptr; },
+                  .compositorServes = [this] { return isWayland(); },
+                  .grantIsMissing = [this] { return kwin() && !anEntryGrantsKeys(); },
                   .accessibilityIsConnected = [this] { return linuxAccessibility().isConnected(); },
                   .runningAgent = [this] { return runningApplications_.holderOfLock(kIdentifier); }});
 }
@@ -169,31 +175,50 @@ const std::shared_ptr<SwayIpc>& LinuxHost::sway() {
   return *sway_;
 }
 
+const std::shared_ptr<KWin>& LinuxHost::kwin() {
+  if (!kwin_) kwin_ = sway() ? nullptr : KWin::open();
+  return *kwin_;
+}
+
 const std::shared_ptr<X11Connection>& LinuxHost::x11() {
-  if (!x11_) x11_ = sway() ? nullptr : X11Connection::open();
+  if (!x11_) x11_ = isWayland() ? nullptr : X11Connection::open();
   return *x11_;
 }
 
+std::optional<FrontWindow> LinuxHost::frontWindow() {
+  return sway() ? frontWindowOf(*sway()) : kwin()->frontWindow();
+}
+
 std::optional<std::uint32_t> LinuxHost::frontProcess() {
-  if (!sway()) return x11() ? x11()->activeWindowProcess() : std::nullopt;
-  const auto window = frontWindowOf(*sway());
+  if (!isWayland()) return x11() ? x11()->activeWindowProcess() : std::nullopt;
+  const auto window = frontWindow();
   return window ? window->process : std::nullopt;
 }
 
 std::optional<std::string> LinuxHost::frontWindowClass() {
-  if (!sway()) return x11() ? x11()->activeWindowClass() : std::nullopt;
-  const auto window = frontWindowOf(*sway());
+  if (!isWayland()) return x11() ? x11()->activeWindowClass() : std::nullopt;
+  const auto window = frontWindow();
   return window ? window->windowClass : std::nullopt;
+}
+
+void LinuxHost::focusOwnWindow() {
+  if (sway()) sway()->run("[pid=" + std::to_string(getpid()) + "] focus");
+  if (kwin()) kwin()->focusOwnWindow();
 }
 
 LinuxAccessibility::Display LinuxHost::displayOfAccessibility() {
   return {
       .mayControl =
-          [this] { return sway() || (x11() && x11()->hasXTest() && x11()->hasXFixes() && x11()->hasXkb()); },
+          [this] {
+            return isWayland() || (x11() && x11()->hasXTest() && x11()->hasXFixes() && x11()->hasXkb());
+          },
       .frontProcess = [this] { return frontProcess(); },
       .frontWindowClass = [this] { return frontWindowClass(); },
-      .primarySelection = [reader = std::make_shared<PrimaryReader>(
-                               sway() ? selectionsOfWayland() : selectionsOfX())] { return reader->read(); },
+      .primarySelection =
+          [reader = std::make_shared<PrimaryReader>(isWayland() ? selectionsOfWayland() : selectionsOfX())] {
+            return reader->read();
+          },
+      .tellsFront = [this] { return !kwin() || kwin()->grantsAll(); },
   };
 }
 
@@ -208,7 +233,7 @@ const std::shared_ptr<LinuxPasteboard>& LinuxHost::pasteboard() {
         PasteboardBudget{},
         LinuxPasteboard::Needs{.lastCopy = [lastOf] { return lastOf(true); },
                                .lastPaste = [lastOf] { return lastOf(false); }},
-        OwnerTimes{}, sway() ? selectionsOfWayland() : selectionsOfX());
+        OwnerTimes{}, isWayland() ? selectionsOfWayland() : selectionsOfX());
   }
   return pasteboard_;
 }
@@ -231,6 +256,7 @@ LinuxRunLoop& LinuxHost::linuxRunLoop() {
 void LinuxHost::finishWork() {
   if (hotKeyService_) hotKeyService_->stop();
   if (swayHotKeyService_) swayHotKeyService_->stop();
+  if (kwinHotKeyService_) kwinHotKeyService_->stop();
   linuxRunLoop().finishPending(kLastWork);
 }
 

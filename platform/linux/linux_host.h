@@ -16,6 +16,9 @@
 #include "platform/linux/keyboard/hot_key_service.h"
 #include "platform/linux/keyboard/input_sources.h"
 #include "platform/linux/keyboard/key_events.h"
+#include "platform/linux/kwin/hot_key_service.h"
+#include "platform/linux/kwin/input_sources.h"
+#include "platform/linux/kwin/kwin.h"
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/date_formatter.h"
 #include "platform/linux/session/files.h"
@@ -35,9 +38,9 @@
 
 namespace lexwend::platform {
 
-/// The desktop: an X11 display, or the compositor sway of Wayland where that is there and offers what the
-/// services need; its X11 windows are windows like the others then. A connection, a file or a bus is opened
-/// when the service that needs it is first asked for. So a program that prints a report runs without a
+/// The desktop: an X11 display, or the compositor sway or KWin of Wayland where that is there and offers what
+/// the services need; its X11 windows are windows like the others then. A connection, a file or a bus is
+/// opened when the service that needs it is first asked for. So a program that prints a report runs without a
 /// display, a bus, a home or a writable disk.
 class LinuxHost : public Host {
  public:
@@ -70,11 +73,16 @@ class LinuxHost : public Host {
  private:
   /// The compositor; null where this is no session of sway, or one that offers less than the services need.
   const std::shared_ptr<SwayIpc>& sway();
+  /// The compositor; null where this is no session of KWin.
+  const std::shared_ptr<KWin>& kwin();
+  bool isWayland() { return sway() || kwin(); }
   /// The connection that the services share; null without a display and where there is a compositor.
   const std::shared_ptr<X11Connection>& x11();
   /// The window that has the keyboard.
+  std::optional<FrontWindow> frontWindow();
   std::optional<std::uint32_t> frontProcess();
   std::optional<std::string> frontWindowClass();
+  void focusOwnWindow();
   LinuxAccessibility::Display displayOfAccessibility();
   const std::shared_ptr<LinuxPasteboard>& pasteboard();
   LinuxAccessibility& linuxAccessibility();
@@ -85,6 +93,7 @@ class LinuxHost : public Host {
   // Destroyed from the last to the first: deferred work goes before what it uses, grabs and held keys before
   // the clipboard is handed over, and the toolkit and the display at the end.
   std::optional<std::shared_ptr<SwayIpc>> sway_;
+  std::optional<std::shared_ptr<KWin>> kwin_;
   std::optional<std::shared_ptr<X11Connection>> x11_;
   LinuxFiles files_;
   LinuxDateFormatters dateFormatters_;
@@ -96,19 +105,21 @@ class LinuxHost : public Host {
   std::shared_ptr<LinuxPasteboard> pasteboard_;
   std::optional<LinuxInputSources> inputSources_;
   std::optional<SwayInputSources> swayInputSources_;
+  std::optional<KWinInputSources> kwinInputSources_;
   std::optional<LinuxAccessibility> accessibility_;
   BusObservation sessionBus_;
   std::optional<LinuxSecureInput> secureInput_;
   std::optional<LinuxWorkspace> workspace_;
   LinuxAlerts alerts_;
   LinuxKeyMonitor keyMonitor_;
-  LinuxRecorderWindows recorderWindows_;
+  std::optional<LinuxRecorderWindows> recorderWindows_;
   std::optional<LinuxStatusBar> statusBar_;
   std::optional<LinuxRunningInstance> runningInstance_;
   std::optional<LinuxKeyEvents> keyEvents_;
   std::optional<WaylandKeyEvents> waylandKeyEvents_;
   std::optional<LinuxHotKeyService> hotKeyService_;
   std::optional<SwayHotKeyService> swayHotKeyService_;
+  std::optional<KWinHotKeyService> kwinHotKeyService_;
   std::optional<LinuxDiagnosis> diagnosis_;
   std::optional<LinuxRunLoop> runLoop_;
 };

@@ -50,6 +50,8 @@ def terminal():
     from gi.repository import Vte
     widget = Vte.Terminal()
     widget.connect('contents-changed', lambda _: widget.select_all())
+    # A compositor takes a selection from the window with the keyboard only, and the terminal gives up one that is refused.
+    widget.connect('focus-in-event', lambda *_: GLib.idle_add(lambda: widget.select_all()) and False)
     widget.spawn_async(Vte.PtyFlags.DEFAULT, None, ['/bin/sh', '-c', text], None, GLib.SpawnFlags.DEFAULT, None, None, -1, None, None)
     return widget
 

@@ -1,154 +1,15 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Fixes in real applications on the Wayland compositor sway, one scene per run: those of X11 that do not depend on the
-display, and what is sway's own.
+"""Fixes in real applications on the Wayland compositor sway, one scene per run.
 
 usage: sway_scenes.py --list | sway_scenes.py SCENE AGENT QT6_EDITOR
 """
-import os
-import shutil
-import subprocess
-import time
-from pathlib import Path
-
-# These fill SCENES.
-import clipboard_scenes  # noqa: F401
-import large_apps  # noqa: F401
-import scenes  # noqa: F401
-from session import run_scene, until
-from stage import SCENES, main
+from session import run_scene
+from stage import main
 from sway_session import SwaySession
+from wayland_scenes import scenes_of
 
-SHARED = (
-    'fixes_both_ways_in_mousepad', 'fixes_both_ways_in_gnome_text_editor', 'fixes_both_ways_in_featherpad',
-    'fixes_both_ways_in_qt6_editor',
-    'keeps_the_clipboard_in_mousepad', 'keeps_the_clipboard_in_gnome_text_editor', 'keeps_the_clipboard_in_featherpad',
-    'keeps_the_clipboard_in_qt6_editor',
-    'fixes_several_lines_with_emoji_and_vowel_points_in_mousepad',
-    'fixes_several_lines_through_the_clipboard_in_gnome_text_editor',
-    'fixes_several_lines_through_the_clipboard_in_qt6_editor',
-    'works_with_every_order_of_layouts_in_mousepad', 'works_with_every_order_of_layouts_through_the_clipboard_in_qt6_editor',
-    'fixes_an_entry_of_gtk4', 'fixes_a_full_entry_of_gtk3',
-    'leaves_everything_alone_without_a_selection_in_mousepad', 'leaves_read_only_text_alone',
-    'refuses_a_hidden_entry_of_gtk3', 'refuses_a_password_entry_of_gtk4', 'refuses_a_password_field_of_qt6',
-    'refuses_a_terminal_inside_another_window',
-    'is_not_held_up_by_an_application_that_has_stopped', 'a_second_instance_leaves_silently',
-    'fixes_both_ways_in_kate', 'keeps_the_clipboard_in_kate', 'leaves_kate_alone_without_a_selection',
-    'leaves_what_the_user_copies_right_after_a_paste', 'leaves_a_clipboard_alone_that_cannot_be_kept',
-    'fixes_a_megabyte_through_the_clipboard',
-)
-FROM_X11 = {name: SCENES[name] for name in SHARED}
-SCENES.clear()
-SCENES.update({f'sway_{name}': function for name, function in FROM_X11.items()})
-
-
-def scene(function):
-    SCENES[f'sway_{function.__name__}'] = function
-    return function
-
-
-@scene
-def fixes_an_application_of_x11(stage):
-    """By each path."""
-    stage.session.let_in_to_xwayland()
-    stage.start_agent()
-    os.environ['GDK_BACKEND'] = 'x11'
-    editor = stage.open('mousepad', 'akuo')
-    assert stage.session.sway.front()['shell'] == 'xwayland', stage.session.sway.front()
-    stage.put_on_clipboard('kept')
-    stage.select_all()
-    stage.fix('שלום')
-    stage.expect_paths(['done'])
-    stage.session.end(stage.agent)
-    stage.start_agent(compatMode=True)
-    stage.select_all()
-    stage.fix('akuo')
-    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
-    stage.session.end(editor)
-
-
-@scene
-def keeps_a_picture(stage):
-    stage.start_agent(compatMode=True)
-    stage.open('mousepad', 'akuo')
-    picture = stage.session.folder / 'picture.png'
-    subprocess.run(['convert', '-size', '1920x1080', 'plasma:', str(picture)], check=True)
-    stage.put_file_on_clipboard(picture, 'image/png')
-    stage.select_all()
-    stage.fix('שלום')
-    until(lambda: stage.clipboard_targets() == ['image/png'], 'the picture to come back')
-    assert stage.clipboard_bytes('image/png') == picture.read_bytes(), 'the picture has changed'
-
-
-def processes_of(program):
-    """Those that run that file."""
-    found = []
-    for folder in Path('/proc').glob('[0-9]*'):
-        try:
-            found += [int(folder.name)] if os.readlink(folder / 'exe') == str(program) else []
-        except OSError:
-            pass  # has ended
-    return found
-
-
-@scene
-def keeps_the_clipboard_after_its_end(stage):
-    """Also where it ends before the paste, and only until somebody else copies."""
-    stage.agent_path = shutil.copy(stage.agent_path, stage.session.folder / 'agent')  # other tests run the same program
-    stage.start_agent(compatMode=True)
-    stage.open('mousepad', 'akuo')
-    stage.put_on_clipboard('kept', 'text/html')
-    targets = stage.clipboard_targets()
-    stage.select_all()
-    stage.keyboard.press('F2')
-    until(lambda: 'clipboard: pasted' in stage.session.log(), 'the paste')
-    assert stage.session.end(stage.agent) == 0
-    stage.expect_text('שלום')
-    assert stage.clipboard('text/html') == 'kept', stage.clipboard('text/html')
-    assert stage.clipboard_targets() == targets, stage.clipboard_targets()
-    assert len(processes_of(stage.agent_path)) == 1, processes_of(stage.agent_path)
-    stage.start_agent()
-    stage.put_on_clipboard('copied since')
-    until(lambda: processes_of(stage.agent_path) == [stage.agent.pid], 'the process that has kept it to end')
-
-
-@scene
-def refuses_a_terminal_and_leaves_its_program_running(stage):
-    stage.start_agent()
-    stage.put_on_clipboard('kept')
-    alive = stage.session.folder / 'alive'
-    terminal = stage.session.start_in_front(['foot', 'sh', '-c', f'touch {alive}; exec sleep 600'])
-    until(alive.exists, 'the program in the terminal to run')
-    stage.expect_secure_input()
-    assert terminal.poll() is None, 'the terminal has ended'
-    assert 'fix: front=foot' in stage.session.log(), stage.session.log()
-
-
-@scene
-def a_held_hot_key_fires_once(stage):
-    stage.start_agent()
-    stage.open('mousepad', 'akuo')
-    stage.select_all()
-    stage.session.sway.run('input type:keyboard repeat_delay 50')
-    stage.keyboard.down('F2')
-    until(lambda: stage.field.text() == 'שלום', 'the fix')
-    time.sleep(0.5)  # the key repeats; nothing tells how often
-    stage.keyboard.up('F2')
-    # A second fix comes after whatever the repetitions have set off.
-    stage.select_all()
-    stage.fix('akuo')
-    assert stage.session.log().count('fix: front=') == 2, stage.session.log()
-
-
-@scene
-def types_in_the_layout_of_the_fixed_text(stage):
-    """The agent's own keys leave the user's keyboard as it is."""
-    stage.start_agent(compatMode=True)
-    stage.open('mousepad', 'akuo')
-    stage.select_all()
-    stage.fix('שלום')
-    stage.keyboard.press('a')
-    stage.expect_text('שלוםש')
+scene = scenes_of('sway')
 
 
 @scene
@@ -158,18 +19,6 @@ def keeps_its_hot_key_when_the_configuration_is_read_again(stage):
     stage.session.sway.run('reload')
     stage.select_all()
     stage.fix('שלום')
-
-
-@scene
-def works_without_xwayland(stage):
-    del os.environ['DISPLAY']
-    report = subprocess.run([str(stage.agent_path), '--selftest'], capture_output=True, text=True, timeout=10, check=True).stdout
-    assert report.startswith('source: system layouts\ncurrent layout is Hebrew: false\n'), report[:80]
-    stage.start_agent()
-    stage.open('mousepad', 'akuo')
-    stage.select_all()
-    stage.fix('שלום')
-    stage.expect_group(1)
 
 
 def make_session(programs, **options):

@@ -106,6 +106,7 @@ class WaylandKeyboard:
 
 class SwaySession(Session):
     """A session whose display is a compositor. XWayland starts with its first window."""
+    TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
 
     def __init__(self, typist, **options):
         super().__init__(**options)
@@ -163,6 +164,9 @@ class SwaySession(Session):
     def active_process(self):
         front = self.sway.front()
         return front and front['pid']
+
+    def front_is_of_x11(self):
+        return self.sway.front()['shell'] == 'xwayland'
 
     def screenshot(self, path):
         Path(path).parent.mkdir(parents=True, exist_ok=True)

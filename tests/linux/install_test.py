@@ -23,10 +23,14 @@ def expect_installed(root, prefix):
     """`root` is where the prefix's files are now."""
     shown = root / 'share' / 'applications' / f'{IDENTIFIER}.desktop'
     entry = shown.read_text(encoding='utf-8').splitlines()
-    assert f'Exec="{prefix}/bin/lexwend"' in entry, entry
+    # KWin compares the command with the program's path, so it has quotes only where the path needs them.
+    program = f'{prefix}/bin/lexwend'
+    command = f'"{program}"' if ' ' in program else program
+    assert f'Exec={command}' in entry, entry
+    assert 'X-KDE-Wayland-Interfaces=org_kde_kwin_fake_input,org_kde_plasma_window_management' in entry, entry
     assert f'Icon={IDENTIFIER}' in entry, entry
     for action in ('fix', 'menu', 'settings', 'quit'):
-        assert f'[Desktop Action {action}]' in entry and f'Exec="{prefix}/bin/lexwend" --{action}' in entry, entry
+        assert f'[Desktop Action {action}]' in entry and f'Exec={command} --{action}' in entry, entry
     for state in ('', '-waiting', '-done', '-failed'):
         icon = root / 'share' / 'icons' / 'hicolor' / 'symbolic' / 'apps' / f'{IDENTIFIER}{state}-symbolic.svg'
         assert icon.is_file(), icon

@@ -97,6 +97,14 @@ TEST_F(Doctor, findsWhatASessionOfThisTypeCannotDo) {
   expectFinding("session", "nothing works in windows of that kind (GNOME)");
 }
 
+TEST_F(Doctor, saysWhatToDoAboutThat) {
+  session.limit = platform::Sentence{"no keys", "אין מקשים"};
+  EXPECT_THAT(asText({checks(), {}}, "1", {}), HasSubstr("choose the session on X11"));
+  session.wayOut = platform::Sentence{"install it", "להתקין"};
+  EXPECT_THAT(asText({checks(), {}}, "1", {}), HasSubstr("install it"));
+  EXPECT_THAT(asText({checks(), {}}, "1", {}), Not(HasSubstr("choose the session on X11")));
+}
+
 TEST_F(Doctor, findsThatThereIsNoDisplay) {
   session.displayAnswers = false;
   expectFinding("display", "no display answers at :7");

@@ -109,7 +109,7 @@ std::optional<Field> LinuxAccessibility::focusedField() {
     bus_.start();  // for the next time
     return std::nullopt;
   }
-  const auto process = display_.frontProcess();
+  const auto process = display_.tellsFront() ? display_.frontProcess() : finder_.activeProcess();
   if (!process) return std::nullopt;
   // What was looked at a moment ago is most likely still the one.
   if (checked_ && bus_.processOf(checked_->object.bus) == process) {

@@ -31,12 +31,15 @@ class LinuxAccessibility final : public Accessibility {
   /// What this service needs of the display.
   struct Display {
     std::function<bool()> mayControl;  ///< keys, selections and layouts of the session can be used
-    /// Owner of the window that has the keyboard.
+    /// Owner of the window that has the keyboard. Where the display does not tell, that is the owner of the
+    /// window that the bus knows for active.
     std::function<std::optional<std::uint32_t>()> frontProcess;
     /// The class of that window.
     std::function<std::optional<std::string>()> frontWindowClass;
     /// PRIMARY as text, when it is short and at hand. Waits for a bounded time.
     std::function<std::optional<std::string>()> primarySelection;
+    /// Whether the display tells which window has the keyboard.
+    std::function<bool()> tellsFront = [] { return true; };
   };
 
   explicit LinuxAccessibility(Display display);

@@ -209,10 +209,11 @@ void AtspiBus::connected(GDBusConnection* connection) {
   subscribe(kWindowEvents, "Activate", nullptr,
             [](GDBusConnection*, const char* sender, const char* path, const char*, const char*, GVariant*,
                gpointer self) {
-              auto& windows = static_cast<AtspiBus*>(self)->windowsHeard_;
+              auto& bus = *static_cast<AtspiBus*>(self);
               if (sender == nullptr) return;
-              if (windows.size() == kMaxApplicationsHeard) windows.clear();
-              windows[sender] = {sender, path};
+              if (bus.windowsHeard_.size() == kMaxApplicationsHeard) bus.windowsHeard_.clear();
+              bus.windowsHeard_[sender] = {sender, path};
+              bus.lastWindowHeard_ = {sender, path};
             });
   registryWatch_ = g_bus_watch_name_on_connection(
       connection, kAtspiRegistry, G_BUS_NAME_WATCHER_FLAGS_AUTO_START,
@@ -252,6 +253,7 @@ void AtspiBus::disconnected() {
   connection_.reset();
   focusHeard_.clear();
   windowsHeard_.clear();
+  lastWindowHeard_.reset();
   processes_.clear();
   toolkits_.clear();
 }
@@ -376,8 +378,12 @@ std::optional<std::string> AtspiBus::toolkitOf(const AtspiObject& object) {
   return toolkit;
 }
 
+std::vector<AtspiObject> AtspiBus::applications() {
+  return objectsIn(call(askChildren({kAtspiRegistry, kAtspiRootPath})));
+}
+
 std::vector<AtspiObject> AtspiBus::applicationsOf(std::uint32_t process) {
-  std::vector<AtspiObject> applications = objectsIn(call(askChildren({kAtspiRegistry, kAtspiRootPath})));
+  std::vector<AtspiObject> applications = this->applications();
   std::vector<std::string> unknown;
   std::vector<AtspiCall> questions;
   for (const AtspiObject& application : applications) {

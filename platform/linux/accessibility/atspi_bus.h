@@ -42,6 +42,8 @@ class AtspiBus {
   const std::vector<AtspiObject>& focusHeard() const { return focusHeard_; }
   /// The window of that application that last said that it became the active one.
   std::optional<AtspiObject> windowHeard(const std::string& bus) const;
+  /// The same of all applications.
+  const std::optional<AtspiObject>& lastWindowHeard() const { return lastWindowHeard_; }
 
   /// Begins a round of calls: together they may take 0.7 s, and an application that let one call time out
   /// gets no other in this round.
@@ -77,7 +79,9 @@ class AtspiBus {
   std::optional<std::uint32_t> processOf(const std::string& bus);
   /// The name of the toolkit of that object's application; nothing on any error.
   std::optional<std::string> toolkitOf(const AtspiObject& object);
-  /// The root object of each application of that process.
+  /// The root object of each application.
+  std::vector<AtspiObject> applications();
+  /// The same of that process alone.
   std::vector<AtspiObject> applicationsOf(std::uint32_t process);
 
  private:
@@ -108,6 +112,7 @@ class AtspiBus {
   guint registryWatch_ = 0;
   std::vector<AtspiObject> focusHeard_;
   std::map<std::string, AtspiObject> windowsHeard_;
+  std::optional<AtspiObject> lastWindowHeard_;
   // By unique bus names, which are never used again on this connection.
   std::map<std::string, std::uint32_t> processes_;
   std::map<std::string, std::string> toolkits_;

@@ -101,6 +101,18 @@ std::optional<Field> FocusFinder::focusedText(std::uint32_t process) {
   }
 }
 
+std::optional<std::uint32_t> FocusFinder::activeProcess() {
+  const auto last = bus_.lastWindowHeard();
+  const auto states = last ? statesIn(bus_.call(askStates(*last))) : std::nullopt;
+  if (states && (*states & stateBit(ATSPI_STATE_ACTIVE)) != 0) return bus_.processOf(last->bus);
+  // It was active before the agent came, or has not said so.
+  const std::vector<AtspiObject> applications = bus_.applications();
+  for (const Seen& window : childrenOf(bus_, applications)) {
+    if (window.has(ATSPI_STATE_ACTIVE)) return bus_.processOf(window.object.bus);
+  }
+  return std::nullopt;
+}
+
 std::optional<Field> FocusFinder::stillFocused(const AtspiObject& object) {
   Field field = fieldIn(object, bus_.callAll(askField(object)));
   return field.isFocusedText() ? std::optional(std::move(field)) : std::nullopt;

@@ -21,6 +21,8 @@ class FocusFinder {
   /// The focused object with text in that process; none when there is none or it was not found in time. Early
   /// in a round GTK 3 is asked again, which forgets its focus for a moment when the hot key is pressed.
   std::optional<Field> focusedText(std::uint32_t process);
+  /// The process of the window that its application calls active; nothing where none does.
+  std::optional<std::uint32_t> activeProcess();
   /// The same object, asked anew; none when it has lost the keyboard.
   std::optional<Field> stillFocused(const AtspiObject& object);
 

@@ -12,7 +12,7 @@ LinuxSecureInput::LinuxSecureInput(Needs needs) : needs_(std::move(needs)) {}
 bool LinuxSecureInput::isSecureEventInputEnabled() {
   const auto windowClass = needs_.frontWindowClass();
   if (windowClass && (isTerminalClass(*windowClass) || isPasswordPromptClass(*windowClass))) return true;
-  return needs_.focusIsSecure();
+  return needs_.focusIsSecure() || needs_.screenIsLocked();
 }
 
 }  // namespace lexwend::platform

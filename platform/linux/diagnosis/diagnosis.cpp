@@ -80,6 +80,10 @@ std::vector<std::string> missingExtensions(const X11Connection& x11) {
   return missing;
 }
 
+Sentence sentence(const SessionNotice& notice) {
+  return {std::string(notice.english), std::string(notice.hebrew)};
+}
+
 void readAutostart(SessionFacts& facts) {
   facts.autostartPath = LinuxLoginItem::standardPath();
   const auto command = LinuxLoginItem::commandOf(facts.autostartPath);
@@ -102,7 +106,11 @@ SessionFacts LinuxDiagnosis::facts() {
   if (x11 != nullptr) facts.missingExtensions = missingExtensions(*x11);
   if (sessionIsWayland() && !isCompositor) {
     const SessionNotice& notice = x11 != nullptr ? kWaylandWithX11 : kWaylandOnly;
-    facts.limit = Sentence{std::string(notice.english), std::string(notice.hebrew)};
+    facts.limit = sentence(notice);
+  }
+  if (isCompositor && needs_.grantIsMissing()) {
+    facts.limit = sentence(kNoGrant);
+    facts.wayOut = sentence(kHowToGetGrant);
   }
   GDBusConnection* bus = sessionBus();
   facts.sessionBus = bus != nullptr;

@@ -16,6 +16,7 @@ class LinuxDiagnosis : public Diagnosis {
   struct Needs {
     std::function<std::shared_ptr<X11Connection>()> x11;  ///< null without a display
     std::function<bool()> compositorServes;          ///< a Wayland compositor does what the display would
+    std::function<bool()> grantIsMissing;            ///< it would, if an entry asked for this program
     std::function<bool()> accessibilityIsConnected;  ///< begins to connect when first asked
     std::function<std::optional<std::int64_t>()> runningAgent;  ///< of this user
   };

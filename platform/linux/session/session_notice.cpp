@@ -15,6 +15,16 @@ const SessionNotice kWaylandWithX11 = {
     "windows nothing is read or changed",
     "זו סביבת Wayland: מקש הקיצור והתיקון פועלים רק בחלונות X11 (XWayland). בחלונות Wayland שום דבר לא נקרא "
     "ולא משתנה."};
+const SessionNotice kNoGrant = {
+    "the compositor does not let Lexwend press keys, because no installed entry of an application names its "
+    "program: text that can be replaced through the clipboard only stays as it is",
+    "סביבת העבודה לא מרשה ל־Lexwend ללחוץ על מקשים, כי היא לא מותקנת ביישומים. טקסט שאפשר להחליף רק דרך לוח "
+    "העריכה לא יתוקן."};
+const SessionNotice kHowToGetGrant = {
+    "install Lexwend to a path without spaces (its package, or cmake --install), quit it, and start it from "
+    "the applications menu",
+    "להתקין את Lexwend בנתיב ללא רווחים (מחבילה, או ב־cmake --install), לצאת ממנה ולהפעיל אותה מתפריט "
+    "היישומים"};
 const SessionNotice kWaylandOnly = {
     "this Wayland session has no X11 display (XWayland), so the hot key and the fix cannot work here; "
     "conversion on the command line works: lexwend-convert",

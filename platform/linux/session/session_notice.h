@@ -15,6 +15,10 @@ struct SessionNotice {
 bool sessionIsWayland();
 /// What works and what does not in a Wayland session that also has an X11 display.
 extern const SessionNotice kWaylandWithX11;
+/// What works and what does not where a compositor does not let this program press keys.
+extern const SessionNotice kNoGrant;
+/// What to do about that.
+extern const SessionNotice kHowToGetGrant;
 /// Why no agent can run in a Wayland session without one.
 extern const SessionNotice kWaylandOnly;
 /// Why no agent can run without any display.

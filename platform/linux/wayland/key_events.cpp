@@ -17,8 +17,8 @@ struct Key {
   std::uint16_t evdev;
   std::uint32_t modifier;  ///< that it is; 0 for any other key
 };
-constexpr Key kControl{KEY_LEFTCTRL, VirtualKeyboard::control};
-constexpr Key kShift{KEY_LEFTSHIFT, VirtualKeyboard::shift};
+constexpr Key kControl{KEY_LEFTCTRL, KeyPlayer::control};
+constexpr Key kShift{KEY_LEFTSHIFT, KeyPlayer::shift};
 constexpr Key kInsert{KEY_INSERT, 0};
 
 struct FlagKey {
@@ -27,8 +27,8 @@ struct FlagKey {
 };
 constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, kControl},
                                                {kEventFlagShift, kShift},
-                                               {kEventFlagOption, {KEY_LEFTALT, VirtualKeyboard::alt}},
-                                               {kEventFlagControl, {KEY_LEFTMETA, VirtualKeyboard::super}}}};
+                                               {kEventFlagOption, {KEY_LEFTALT, KeyPlayer::alt}},
+                                               {kEventFlagControl, {KEY_LEFTMETA, KeyPlayer::super}}}};
 
 class VirtualEventSource : public EventSource {};
 
@@ -67,27 +67,27 @@ class VirtualKeyEvent : public KeyEvent {
 
 }  // namespace
 
-WaylandKeyEvents::WaylandKeyEvents(Needs needs)
-    : needs_(std::move(needs)), keyboard_(VirtualKeyboard::open()) {}
+WaylandKeyEvents::WaylandKeyEvents(Needs needs, std::unique_ptr<KeyPlayer> player)
+    : needs_(std::move(needs)), player_(std::move(player)) {}
 
 EventFlags WaylandKeyEvents::flagsState(EventSourceState /*state*/) {
   return kNoEventFlags;
 }
 
 EventSourceRef WaylandKeyEvents::createSource(EventSourceState /*state*/) {
-  return keyboard_ ? std::make_shared<const VirtualEventSource>() : nullptr;
+  return player_ ? std::make_shared<const VirtualEventSource>() : nullptr;
 }
 
 std::unique_ptr<KeyEvent> WaylandKeyEvents::createKeyboardEvent(const EventSourceRef& /*source*/,
                                                                 KeyCode keyCode, bool keyDown) {
   const auto key = evdevFromMacKeyCode(keyCode);
-  if (!keyboard_ || !key) return nullptr;
+  if (!player_ || !key) return nullptr;
   return std::make_unique<VirtualKeyEvent>(keyCode, *key, keyDown);
 }
 
 PostResult WaylandKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   const auto* keyEvent = dynamic_cast<const VirtualKeyEvent*>(&event);
-  if (keyEvent == nullptr || !keyboard_) return PostResult::refused;
+  if (keyEvent == nullptr || !player_) return PostResult::refused;
   const Shortcut shortcut = keyEvent->shortcut();
   if (keyEvent->down() && shortcut != Shortcut::none) {
     const auto front = needs_.frontWindow ? needs_.frontWindow() : std::nullopt;
@@ -104,9 +104,9 @@ PostResult WaylandKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   }
   for (const Key& key : chord) {
     modifiers = keyEvent->down() ? modifiers | key.modifier : modifiers & ~key.modifier;
-    keyboard_->play(key.evdev, keyEvent->down(), modifiers);
+    player_->play(key.evdev, keyEvent->down(), modifiers);
   }
-  return keyboard_->settle() ? PostResult::posted : PostResult::refused;
+  return player_->settle() ? PostResult::posted : PostResult::refused;
 }
 
 bool WaylandKeyEvents::mayPlay(Shortcut shortcut, const std::optional<FrontWindow>& front) {

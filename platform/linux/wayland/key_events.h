@@ -9,12 +9,12 @@
 #include "platform/linux/display/front_window.h"
 #include "platform/linux/display/x_application.h"
 #include "platform/linux/keymap/shortcuts.h"
-#include "platform/linux/wayland/virtual_keyboard.h"
+#include "platform/linux/wayland/key_player.h"
 
 namespace lexwend::platform {
 
-/// Keys of a virtual keyboard. Command is Control here, Option is Alt, and Control is Super. Main thread
-/// only. A call waits for the compositor, and for nobody else.
+/// Keys that the compositor lets this program press. Command is Control here, Option is Alt, and Control is
+/// Super. Main thread only. A call waits for the compositor, and for nobody else.
 ///
 /// A shortcut is refused in a terminal, in a prompt for a password, and in an editor in which copying ends
 /// the selection (window_classes.h). A copy is refused when `mayCopy` returns false, a paste when `mayPaste`
@@ -27,7 +27,8 @@ class WaylandKeyEvents : public KeyEvents {
     std::function<bool()> mayCopy;   ///< asked right before a copy
     std::function<bool()> mayPaste;  ///< asked right before a paste
   };
-  explicit WaylandKeyEvents(Needs needs);
+  /// Without a player no event can be made.
+  WaylandKeyEvents(Needs needs, std::unique_ptr<KeyPlayer> player);
 
   /// Always none: a compositor tells only the program in front what the user holds. It makes no difference to
   /// the keys that are played here.
@@ -45,7 +46,7 @@ class WaylandKeyEvents : public KeyEvents {
   bool mayPlay(Shortcut shortcut, const std::optional<FrontWindow>& front);
 
   Needs needs_;
-  std::unique_ptr<VirtualKeyboard> keyboard_;
+  std::unique_ptr<KeyPlayer> player_;
   std::optional<std::int64_t> copiedFrom_;  // the window
   std::optional<PlayedShortcut> lastCopy_;
   std::optional<PlayedShortcut> lastPaste_;

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "platform/linux/wayland/connection.h"
+#include "platform/linux/wayland/key_player.h"
 
 struct zwp_virtual_keyboard_manager_v1;
 struct zwp_virtual_keyboard_v1;
@@ -14,27 +15,22 @@ namespace lexwend::platform {
 
 /// A keyboard of this program's own, with keys and modifiers and a keymap (US) of its own: what the user
 /// holds and which layout is active make no difference to it, and it changes neither. The compositor lists it
-/// from the first key on. Main thread only; a call waits for the compositor, for a second at most.
-class VirtualKeyboard {
+/// from the first key on.
+class VirtualKeyboard : public KeyPlayer {
  public:
   /// The name of its one layout, by which it can be told from the user's keyboards.
   static constexpr const char* kLayoutName = "Lexwend";
-  /// The bits of the keymap's modifiers.
-  enum Modifier : std::uint32_t { shift = 1U << 0, control = 1U << 2, alt = 1U << 3, super = 1U << 6 };
 
   /// Null when there is no compositor or it takes no keys from programs.
   static std::unique_ptr<VirtualKeyboard> open();
-  ~VirtualKeyboard();
+  ~VirtualKeyboard() override;
   VirtualKeyboard(const VirtualKeyboard&) = delete;
   VirtualKeyboard& operator=(const VirtualKeyboard&) = delete;
 
   static bool isOffered(const WaylandConnection& connection);
 
-  /// Presses or releases a key (evdev code) while exactly these modifiers are down afterwards. False when the
-  /// compositor is gone.
-  bool play(std::uint16_t evdevKey, bool down, std::uint32_t modifiersAfter);
-  /// Waits until the compositor has taken what was played.
-  bool settle();
+  bool play(std::uint16_t evdevKey, bool down, std::uint32_t modifiersAfter) override;
+  bool settle() override;
 
  private:
   VirtualKeyboard(std::unique_ptr<WaylandConnection> connection, zwp_virtual_keyboard_manager_v1* manager)

@@ -148,12 +148,17 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
                    Qt::DirectConnection);
   QObject::connect(application_.get(), &QGuiApplication::saveStateRequest, application_.get(), neverRestart,
                    Qt::DirectConnection);
-  if (notice()) notifyUser(kWaylandWithX11.hebrew);
+  if (const SessionNotice* limits = limit()) notifyUser(limits->hebrew);
   return std::nullopt;
 }
 
+const SessionNotice* LinuxApplication::limit() {
+  if (needs_.isWayland()) return needs_.mayPressKeys() ? nullptr : &kNoGrant;
+  return sessionIsWayland() ? &kWaylandWithX11 : nullptr;
+}
+
 std::optional<std::string> LinuxApplication::notice() {
-  if (sessionIsWayland() && !needs_.isWayland()) return std::string(kWaylandWithX11.english);
+  if (const SessionNotice* limits = limit()) return std::string(limits->english);
   if (QFontDatabase::families(QFontDatabase::Hebrew).isEmpty()) return std::string(kNoHebrewFont);
   return std::nullopt;
 }

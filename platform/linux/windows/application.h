@@ -13,6 +13,7 @@ class QApplication;
 
 namespace lexwend::platform {
 
+struct SessionNotice;
 class X11Connection;
 
 /// The agent as a Qt application on an X11 display or a Wayland compositor. SIGTERM, SIGINT, SIGHUP
@@ -26,6 +27,7 @@ class LinuxApplication : public Application {
     std::function<bool()> isWayland;   ///< whether the services are those of a Wayland compositor
     std::function<std::shared_ptr<X11Connection>()> x11;
     std::function<void()> focusOwnWindow;  ///< asks the compositor; called only where there is one
+    std::function<bool()> mayPressKeys = [] { return true; };  ///< whether the compositor lets it
   };
   explicit LinuxApplication(Needs needs);
   ~LinuxApplication() override;
@@ -42,8 +44,9 @@ class LinuxApplication : public Application {
   /// its memory. When the session bus does not answer yet, the toolkit does without it for the whole run. The
   /// windows of this application are then silent to screen readers. Nothing else depends on it.
   std::optional<std::string> takeSharedApplication() override;
-  /// When the services are those of X11 in a Wayland session: a sentence about what works there. Else one
-  /// when no font has Hebrew letters, without which the menu and the windows are empty.
+  /// When the services are those of X11 in a Wayland session, or a compositor does not let this program press
+  /// keys: a sentence about what works there. Else one when no font has Hebrew letters, without which the
+  /// menu and the windows are empty.
   std::optional<std::string> notice() override;
   void setDelegate(std::function<void()> didFinishLaunching) override;
   /// Has no effect: an agent without windows is an accessory here.
@@ -58,6 +61,8 @@ class LinuxApplication : public Application {
 
  private:
   class HiddenBus;
+  /// What does not work in this session; null when all does.
+  const SessionNotice* limit();
 
   Needs needs_;
   std::unique_ptr<HiddenBus> busIsHidden_;  ///< from the making of the toolkit to the start of its loop

@@ -176,8 +176,10 @@ constexpr int kGrabAgainMilliseconds = 20;
 /// desktop.
 class Panel : public QDialog {
  public:
-  Panel(const RecorderWindowLook& look, RecorderWindowEvents events)
+  Panel(const RecorderWindowLook& look, RecorderWindowEvents events,
+        LinuxRecorderWindows::HoldShortcuts holdShortcuts)
       : events_(std::move(events)),
+        holdShortcuts_(std::move(holdShortcuts)),
         prompt_(look.prompt, look.contentRect, this),
         combination_(look.combination, look.contentRect, this),
         message_(look.message, look.contentRect, this),
@@ -247,6 +249,11 @@ class Panel : public QDialog {
     if (window == nullptr) return;
     const bool wanted = isVisible() && isActiveWindow();
     if (wanted == holdsKeyboard_) return;
+    if (holdShortcuts_) {
+      holdsKeyboard_ = wanted;
+      holdShortcuts_(wanted);
+      return;
+    }
     const bool done = window->setKeyboardGrabEnabled(wanted);
     holdsKeyboard_ = wanted && done;
     if (wanted && !done) grabAgain_.start();
@@ -276,6 +283,7 @@ class Panel : public QDialog {
   }
 
   RecorderWindowEvents events_;
+  LinuxRecorderWindows::HoldShortcuts holdShortcuts_;
   Label prompt_;
   Label combination_;
   Label message_;
@@ -289,8 +297,9 @@ class Panel : public QDialog {
 
 class LinuxRecorderWindow : public RecorderWindow {
  public:
-  LinuxRecorderWindow(const RecorderWindowLook& look, RecorderWindowEvents events)
-      : look_(look), panel_(new Panel(look, std::move(events))) {}
+  LinuxRecorderWindow(const RecorderWindowLook& look, RecorderWindowEvents events,
+                      LinuxRecorderWindows::HoldShortcuts holdShortcuts)
+      : look_(look), panel_(new Panel(look, std::move(events), std::move(holdShortcuts))) {}
   ~LinuxRecorderWindow() override {
     if (panel_ && QCoreApplication::instance() != nullptr) panel_->forget();
   }
@@ -326,7 +335,7 @@ class LinuxRecorderWindow : public RecorderWindow {
 
 std::unique_ptr<RecorderWindow> LinuxRecorderWindows::create(const RecorderWindowLook& look,
                                                              RecorderWindowEvents events) {
-  return std::make_unique<LinuxRecorderWindow>(look, std::move(events));
+  return std::make_unique<LinuxRecorderWindow>(look, std::move(events), holdShortcuts_);
 }
 
 }  // namespace lexwend::platform

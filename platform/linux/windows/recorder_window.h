@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include "platform/recorder_window.h"
 
 namespace lexwend::platform {
@@ -11,8 +14,17 @@ namespace lexwend::platform {
 /// application object must exist.
 class LinuxRecorderWindows : public RecorderWindows {
  public:
+  /// Keeps the combinations of the desktop from coming to it, or lets them come again.
+  using HoldShortcuts = std::function<void(bool)>;
+
+  /// Without the function the toolkit holds the keyboard.
+  explicit LinuxRecorderWindows(HoldShortcuts holdShortcuts = {})
+      : holdShortcuts_(std::move(holdShortcuts)) {}
   std::unique_ptr<RecorderWindow> create(const RecorderWindowLook& look,
                                          RecorderWindowEvents events) override;
+
+ private:
+  HoldShortcuts holdShortcuts_;
 };
 
 }  // namespace lexwend::platform

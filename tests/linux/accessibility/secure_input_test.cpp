@@ -25,5 +25,11 @@ TEST(LinuxSecureInput, isOnInATerminalAndInAPromptForAPassword) {
   }
 }
 
+TEST(LinuxSecureInput, isOnWhileTheScreenIsLocked) {
+  LinuxSecureInput input(
+      {[] { return std::optional<std::string>(); }, [] { return false; }, [] { return true; }});
+  EXPECT_TRUE(input.isSecureEventInputEnabled());
+}
+
 }  // namespace
 }  // namespace lexwend::platform

@@ -721,7 +721,7 @@ TEST_F(PasteboardAtTheEnd, goesOnServingUntilSomebodyHasFetchedWhereThereIsNoMan
   EXPECT_LT(Clock::now() - start, kLoad * OwnerTimes().lastServe);
 
   // Long enough that the first fetch comes within it on a busy machine too.
-  constexpr std::chrono::seconds kWatchers(2);
+  constexpr std::chrono::seconds kWatchers(5);
   pasteboard = std::make_unique<LinuxPasteboard>(
       PasteboardBudget{}, LinuxPasteboard::Needs{},
       OwnerTimes{.lastServe = std::chrono::seconds(60), .watchers = kWatchers});
