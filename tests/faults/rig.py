@@ -114,11 +114,10 @@ class Rig:
 
     @staticmethod
     def window_titled(title):
-        found = subprocess.run(['xdotool', 'search', '--onlyvisible', '--name', title], capture_output=True, text=True, check=False)
-        numbers = found.stdout.split()
-        if not numbers:
-            raise DesktopError(f'no window is titled {title}')
-        return numbers[0]
+        def numbers():
+            search = ['xdotool', 'search', '--onlyvisible', '--name', title]
+            return subprocess.run(search, capture_output=True, text=True, check=False).stdout.split()
+        return until(numbers, f'a window to be titled {title}')[0]
 
     @staticmethod
     def activate(window):

@@ -830,9 +830,10 @@ TEST_F(PasteboardOfAFix, keepsWhatALaterFixThatFailedHasPutBack) {
   std::this_thread::sleep_for(kNextKey);
   const CopyingApplication second(plainText("copied second"));
   pasteboard->items();
-  const xcb_timestamp_t pressed = editor.serverTime();
+  const xcb_timestamp_t pressed = PastingApplication().serverTime();  // with no older event in its queue
   copy = played();
-  const CopyingApplication selection(plainText("123"), "CLIPBOARD", pressed);
+  CopyingApplication selection(plainText("123"), "CLIPBOARD", pressed);
+  EXPECT_TRUE(becomes([&] { return selection.ownsSelection(); }));
   EXPECT_EQ(pasteboard->string(), "123");
   restore({{{"UTF8_STRING", bytesOf("copied second")}}});  // at once: there is nothing to change
   turnMainLoop();
@@ -848,9 +849,10 @@ TEST_F(PasteboardOfAFix, isNotEmptiedAfterALaterFixHasPutBackWhatItRead) {
   std::this_thread::sleep_for(kNextKey);
   const CopyingApplication user(plainText("copied since"));
   pasteboard->items();
-  const xcb_timestamp_t pressed = editor.serverTime();
+  const xcb_timestamp_t pressed = PastingApplication().serverTime();  // with no older event in its queue
   copy = played();
-  const CopyingApplication selection(plainText("123"), "CLIPBOARD", pressed);
+  CopyingApplication selection(plainText("123"), "CLIPBOARD", pressed);
+  EXPECT_TRUE(becomes([&] { return selection.ownsSelection(); }));
   restore({{{"UTF8_STRING", bytesOf("copied since")}}});
   turnMainLoop();
   restore({});  // of the first fix, which had found nothing
