@@ -40,7 +40,7 @@ LINUX_ROOMS = {
     "display": set(),
     "session": set(),
     "instance": {"session"},
-    "keymap": set(),
+    "keymap": {"session"},
     "keyboard": {"display", "session", "keymap"},
     "selection": {"display"},
     "clipboard": {"selection", "display"},

@@ -56,7 +56,14 @@ bool compositorOffersEnough() {
 
 InputSourceService& LinuxHost::inputSourceService() {
   if (sway()) return made(swayInputSources_, sway(), VirtualKeyboard::kLayoutName);
-  return made(inputSources_, x11(), sessionBus);
+  return made(inputSources_, x11(), sessionBus, [this](KeyCode key, EventFlags modifiers) {
+    for (const bool down : {true, false}) {
+      const auto event = keyEvents().createKeyboardEvent(nullptr, key, down);
+      if (event == nullptr) return;
+      event->setFlags(modifiers);
+      keyEvents().post(EventTap::hid, *event);
+    }
+  });
 }
 
 Accessibility& LinuxHost::accessibility() {

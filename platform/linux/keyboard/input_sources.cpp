@@ -77,7 +77,7 @@ class LinuxInputSources::Observer {
   X11Connection::Observation observation_;
 };
 
-LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus)
+LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus, Play play)
     : x11_(std::move(x11)), sessionBus_(std::move(sessionBus)) {
   if (x11_ && !x11_->hasXkb()) x11_ = nullptr;
   if (x11_) {
@@ -94,6 +94,18 @@ LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, Session
       if (x11_->isKeymapChange(event)) keymap_.reset();
     });
     x11_->selectKeymapEvents();
+  }
+  if (x11_ && play) {
+    shortcut_.emplace(
+        LayoutShortcut::Needs{.current = [this]() -> std::optional<XkbLayoutName> {
+                                const auto source = sourceInUse();
+                                return source ? std::optional(source->name) : std::nullopt;
+                              },
+                              .keyGiving = [this](std::uint32_t keysym) -> std::optional<KeyCode> {
+                                const std::shared_ptr<xkb_keymap> keymap = serverKeymap();
+                                return keymap ? platform::keyGiving(*keymap, keysym) : std::nullopt;
+                              },
+                              .play = std::move(play)});
   }
 }
 
@@ -150,11 +162,7 @@ InputSourceValue LinuxInputSources::property(const InputSourceRef& source, Input
 InputSourceRef LinuxInputSources::copyCurrentKeyboardLayoutInputSource() {
   if (!x11_) return nullptr;
   if (observer_) observer_->settle();
-  const XcbReply<xcb_xkb_get_state_reply_t> state(
-      xcb_xkb_get_state_reply(x11_->get(), xcb_xkb_get_state(x11_->get(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
-  const std::vector<XkbLayoutName> names = enabledLayouts();
-  if (!state || state->group >= names.size()) return nullptr;
-  return std::make_shared<XkbInputSource>(names[state->group], state->group);
+  return sourceInUse();
 }
 
 void LinuxInputSources::select(const InputSourceRef& source) {
@@ -164,6 +172,9 @@ void LinuxInputSources::select(const InputSourceRef& source) {
   const std::vector<XkbLayoutName> names = enabledLayouts();
   const auto group = placeOf(*xkbSource, names);
   if (!group) return;
+  if (shortcut_ && sessionBus_ && desktopKeepsItsLayout(sessionBus_()) && shortcut_->select(names[*group])) {
+    return;
+  }
   // Waits until the server has selected it, so that the next key that the user types is of that layout.
   const XcbReply<xcb_generic_error_t> error(xcb_request_check(
       x11_->get(), xcb_xkb_latch_lock_state_checked(x11_->get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 1,
@@ -215,6 +226,14 @@ std::shared_ptr<xkb_keymap> LinuxInputSources::serverKeymap() {
   keymapsKeyboard_ = device;
   keymapsRules_ = std::move(rules);
   return keymap_;
+}
+
+std::shared_ptr<const XkbInputSource> LinuxInputSources::sourceInUse() {
+  const XcbReply<xcb_xkb_get_state_reply_t> state(
+      xcb_xkb_get_state_reply(x11_->get(), xcb_xkb_get_state(x11_->get(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
+  const std::vector<XkbLayoutName> names = enabledLayouts();
+  if (!state || state->group >= names.size()) return nullptr;
+  return std::make_shared<XkbInputSource>(names[state->group], state->group);
 }
 
 /// The names of the enabled layouts and what they type, as bytes to compare.

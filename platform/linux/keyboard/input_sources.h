@@ -11,6 +11,7 @@
 #include "platform/input_sources.h"
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/keyboard/keyboard_devices.h"
+#include "platform/linux/keymap/layout_shortcut.h"
 #include "platform/linux/keymap/xkb_layouts.h"
 
 namespace lexwend::platform {
@@ -19,12 +20,16 @@ namespace lexwend::platform {
 /// configuration that produced the keymap, and their identifiers XkbLayoutName::id(). The keyboard type is
 /// always 0, because the keymap already depends on it. Of the modifiers, translate() knows Shift and Caps
 /// Lock. Without a display there is no list. Selecting a layout locks its group and tells a desktop that has
-/// a list of its own (desktop_layouts.h).
+/// a list of its own (desktop_layouts.h). Where the desktop does not let go of its layout, its own shortcut
+/// is pressed instead (layout_shortcut.h), and the layout is another one a moment later.
 class LinuxInputSources : public InputSourceService {
  public:
   using SessionBus = std::function<GDBusConnection*()>;
-  /// `sessionBus` is called when a layout is selected. It may be null and may return null.
-  explicit LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus = nullptr);
+  using Play = std::function<void(KeyCode, EventFlags)>;
+  /// `sessionBus` is called when a layout is selected. It may be null and may return null. `play` presses and
+  /// releases a key with modifiers; without it no shortcut is pressed.
+  explicit LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus = nullptr,
+                             Play play = nullptr);
   ~LinuxInputSources() override;
 
   std::optional<std::vector<InputSourceRef>> createInputSourceList(const InputSourceFilter& filter,
@@ -50,10 +55,12 @@ class LinuxInputSources : public InputSourceService {
   /// differs, or for another keyboard.
   std::shared_ptr<xkb_keymap> serverKeymap();
   std::string signature();
+  std::shared_ptr<const XkbInputSource> sourceInUse();
 
   std::shared_ptr<X11Connection> x11_;
   KeyboardDevices::Id usersKeyboard_ = KeyboardDevices::kNone;
   SessionBus sessionBus_;
+  std::optional<LayoutShortcut> shortcut_;
   std::shared_ptr<xkb_context> context_;
   std::shared_ptr<xkb_keymap> keymap_;
   std::int32_t keymapsKeyboard_ = -1;

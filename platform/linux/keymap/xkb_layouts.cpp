@@ -202,4 +202,16 @@ std::string typedIn(xkb_keymap& keymap, std::size_t groups) {
   return signature;
 }
 
+std::optional<KeyCode> keyGiving(xkb_keymap& keymap, std::uint32_t keysym) {
+  for (xkb_layout_index_t group = 0; group < xkb_keymap_num_layouts(&keymap); ++group) {
+    for (xkb_keycode_t key = xkb_keymap_min_keycode(&keymap); key <= xkb_keymap_max_keycode(&keymap); ++key) {
+      const xkb_keysym_t* given = nullptr;
+      const int count = xkb_keymap_key_get_syms_by_level(&keymap, key, group, 0, &given);
+      if (count != 1 || given[0] != keysym) continue;
+      if (const auto found = macFromXKeyCode(key)) return found;
+    }
+  }
+  return std::nullopt;
+}
+
 }  // namespace lexwend::platform

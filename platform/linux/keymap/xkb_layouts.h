@@ -60,4 +60,8 @@ std::optional<std::u16string> translateByKeymap(const KeyLayoutData& data, const
 /// Of the keys that type, what they type in the first groups, as bytes to compare.
 std::string typedIn(xkb_keymap& keymap, std::size_t groups);
 
+/// The key that gives the keysym without modifiers, in the first of the groups in which one does; nothing
+/// where none does or where it has no place on a PC keyboard.
+std::optional<KeyCode> keyGiving(xkb_keymap& keymap, std::uint32_t keysym);
+
 }  // namespace lexwend::platform

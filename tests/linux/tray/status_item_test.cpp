@@ -268,6 +268,7 @@ TEST_F(Tray, itemNamesItsInstalledIconForThePanelToColor) {
   std::filesystem::create_directories(place);
   test::putContents(place + "/org.lexwend.Lexwend-failed-symbolic.svg", "<svg/>");
   const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
+  const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "XFCE");
   Panel panel;
   panel.appear();
   const auto item = bar.statusItem(kSquareStatusItemLength);
@@ -285,6 +286,7 @@ TEST_F(Tray, itemTellsItsIconAnewWhenTheThemeChanges) {
   std::filesystem::create_directories(place);
   test::putContents(place + "/org.lexwend.Lexwend-symbolic.svg", "<svg/>");
   const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
+  const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "XFCE");
   const auto x11 = X11Connection::open();
   const auto window = xcb_generate_id(x11->get());
   xcb_create_window(x11->get(), XCB_COPY_FROM_PARENT, window, x11->root(), 0, 0, 1, 1, 0,
@@ -310,13 +312,15 @@ TEST_F(Tray, itemHasNoNameForAPanelThatColorsNone) {
   std::filesystem::create_directories(place);
   test::putContents(place + "/org.lexwend.Lexwend-symbolic.svg", "<svg/>");
   const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
-  const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "LXQt");
-  Panel panel;
-  panel.appear();
-  const auto item = bar.statusItem(kSquareStatusItemLength);
-  item->setImage(bar.symbolImage("keyboard", "Lexwend"));
-  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
-  EXPECT_EQ(panel.text("IconName"), "");
+  for (const char* desktop : {static_cast<const char*>(nullptr), "LXQt", "MATE"}) {
+    const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", desktop);
+    Panel panel;
+    panel.appear();
+    const auto item = bar.statusItem(kSquareStatusItemLength);
+    item->setImage(bar.symbolImage("keyboard", "Lexwend"));
+    ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+    EXPECT_EQ(panel.text("IconName"), "");
+  }
 }
 
 TEST_F(Tray, itemWaitsForAPanelThatIsBusyAndMakesNoSecondIcon) {
