@@ -33,7 +33,7 @@ TAKEN = 'הצירוף תפוס'
 class Desktop:
     """How one desktop is started, and where its things are."""
 
-    def __init__(self, session, log_out, editor, panel_class, dark, light, taken='Alt+F2', colors_icons=True, **environment):
+    def __init__(self, session, log_out, editor, panel_class, dark, light, taken='Alt+F2', colors_icons=True, prepare=None, **environment):
         self.session = session
         self.log_out = log_out
         self.editor = editor
@@ -41,6 +41,7 @@ class Desktop:
         self.dark, self.light = dark, light  # commands that change the theme
         self.colors_icons = colors_icons  # the panel, by its own theme
         self.taken = taken  # a combination that the desktop holds
+        self.prepare = prepare  # the user's settings, before the login
         self.environment = environment
 
 
@@ -48,8 +49,10 @@ def gsettings(schema, key, value):
     return ['gsettings', 'set', schema, key, value]
 
 
-def xfce_theme(name):
-    return ['xfconf-query', '-c', 'xsettings', '-p', '/Net/ThemeName', '-n', '-t', 'string', '-s', name]
+def xfce_theme(name, is_dark):
+    # The panel has a switch of its own.
+    return ['sh', '-c', f'xfconf-query -c xsettings -p /Net/ThemeName -n -t string -s {name}'
+            f' && xfconf-query -c xfce4-panel -p /panels/dark-mode -n -t bool -s {is_dark}']
 
 
 def lxqt_theme(name):
@@ -58,12 +61,23 @@ def lxqt_theme(name):
             f' > ~/.config/lxqt/lxqt.conf']
 
 
+def write_file(path, text):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text(text, encoding='utf-8')
+
+
+def prepare_lxqt():
+    # Nobody answers the question whether to log out.
+    write_file(HOME / '.config' / 'lxqt' / 'session.conf', '[General]\n__userfile__=true\nleave_confirmation=false\nwindow_manager=openbox\n')
+
+
 DESKTOPS = {
-    'xfce': Desktop(['xfce4-session'], ['xfce4-session-logout', '--logout', '--fast'], ['mousepad'], 'xfce4-panel', xfce_theme('Greybird-dark'), xfce_theme('Greybird')),
+    'xfce': Desktop(['xfce4-session'], ['xfce4-session-logout', '--logout', '--fast'], ['mousepad'], 'xfce4-panel', xfce_theme('Greybird-dark', 'true'),
+                    xfce_theme('Adwaita', 'false')),
     'mate': Desktop(['mate-session'], ['mate-session-save', '--force-logout'], ['pluma'], 'mate-panel', gsettings('org.mate.interface', 'gtk-theme', 'BlackMATE'),
-                    gsettings('org.mate.interface', 'gtk-theme', 'Menta')),
+                    gsettings('org.mate.interface', 'gtk-theme', 'Menta'), colors_icons=False),
     'lxqt': Desktop(['startlxqt'], ['lxqt-leave', '--logout'], ['featherpad', '--standalone'], 'lxqt-panel', lxqt_theme('dark'), lxqt_theme('light'),
-                    colors_icons=False,
+                    colors_icons=False, prepare=prepare_lxqt,
                     XDG_CONFIG_DIRS='/etc:/etc/xdg:/usr/share'),
 }
 
@@ -88,6 +102,8 @@ class Login:
                           XDG_SESSION_CLASS='user', XDG_SESSION_ID='c1', XDG_SEAT='seat0', GDK_BACKEND='x11',
                           LIBGL_ALWAYS_SOFTWARE='1', QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', XDG_CONFIG_DIRS='/etc/xdg', XDG_DATA_DIRS='/usr/local/share:/usr/share')
         os.environ.update(self.desktop.environment)
+        if self.desktop.prepare:
+            self.desktop.prepare()
         self.display = self.start(['Xvfb', ':7', '-screen', '0', '1280x800x24', '-nolisten', 'tcp', '-noreset'])
         until(Path('/tmp/.X11-unix/X7').exists, 'the display')
         subprocess.run(['setxkbmap', '-model', 'pc105', '-layout', 'us,il', '-option', 'grp:alt_shift_toggle'], check=True)
@@ -125,11 +141,8 @@ def install(prefix):
 
 
 def write_entry(program):
-    ENTRY.parent.mkdir(parents=True, exist_ok=True)
-    ENTRY.write_text(f'[Desktop Entry]\nType=Application\nName=Lexwend\nExec="{program}"\nTerminal=false\n', encoding='utf-8')
-    settings = HOME / '.config' / 'lexwend' / 'settings'
-    settings.parent.mkdir(parents=True, exist_ok=True)
-    settings.write_text('[Settings]\ndidRegisterLoginItem=true\n', encoding='utf-8')
+    write_file(ENTRY, f'[Desktop Entry]\nType=Application\nName=Lexwend\nExec="{program}"\nTerminal=false\n')
+    write_file(HOME / '.config' / 'lexwend' / 'settings', '[Settings]\ndidRegisterLoginItem=true\n')
 
 
 class XImage(ctypes.Structure):
@@ -193,10 +206,17 @@ class Screen:
         place = (min(columns), min(rows), max(columns) - min(columns) + 1, max(rows) - min(rows) + 1)
         return place if all(self.SMALLEST <= side <= self.LARGEST for side in place[2:]) else None
 
-    def grays(self, place):
+    def _pixels(self, place):
         x, y, width, height = place
         rows = self.look()[y:y + height]
-        return [sum(row[4 * c:4 * c + 3]) // 3 for row in rows for c in range(x, x + width)]
+        return [row[4 * c:4 * c + 3] for row in rows for c in range(x, x + width)]
+
+    def grays(self, place):
+        return [sum(pixel) // 3 for pixel in self._pixels(place)]
+
+    def colorfulness(self, place):
+        """The largest difference of two channels of a pixel; none in a gray picture."""
+        return max(max(pixel) - min(pixel) for pixel in self._pixels(place))
 
 
 class Scenes:
@@ -256,7 +276,10 @@ class Scenes:
         panel = self.screen.grays((x - 4, y + height // 2, 1, 2))  # beside the icon, which may move by a pixel
         levels = sorted(self.screen.grays(self.place))
         tenth = max(1, len(levels) // 10)
-        return (max(panel) < 110 if dark else min(panel) > 150) and levels[-tenth] - levels[tenth] > 60
+        is_legible = levels[-tenth] - levels[tenth] > 60
+        # A panel that gives icons its own color shows the picture of the agent's only while its theme changes.
+        is_settled = not self.login.desktop.colors_icons or self.screen.colorfulness(self.place) < 60
+        return (max(panel) < 110 if dark else min(panel) > 150) and is_legible and is_settled
 
     def both_buttons_open_the_menu(self):
         self.click_icon()
