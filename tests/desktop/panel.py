@@ -45,7 +45,7 @@ class Panel:
             found = call(WATCHER, '/StatusNotifierWatcher', PROPERTIES, 'Get', '(ss)', WATCHER, 'RegisteredStatusNotifierItems')[0]
         except GLib.Error:
             return []
-        return [item.partition('/')[0] for item in found]  # some panels keep the object's path too
+        return [item.partition('/')[0].rstrip('@') for item in found]  # some panels keep the object's path too
 
     def expect_item(self):
         """Waits until the agent's item is there, and no second one."""

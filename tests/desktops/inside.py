@@ -18,31 +18,40 @@ from pathlib import Path
 CHECKOUT = Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(CHECKOUT / 'tests' / 'desktop'))
 
-from panel import Panel, ScreenReader  # noqa: E402  (found by the line above)
-from session import AccessibilityBus, FocusedText, Keyboard, run_scene, until  # noqa: E402
+from panel import PROPERTIES, Panel, ScreenReader  # noqa: E402  (found by the line above)
+from session import AccessibilityBus, FocusedText, Keyboard, call, run_scene, until  # noqa: E402
 
 PICTURES = Path('/pictures')
 HOME = Path.home()
 ENTRY = HOME / '.config' / 'autostart' / 'org.lexwend.Lexwend.desktop'
 LOGIN_SECONDS = 90
+MENU_PIXELS = 15000  # that the panel's menu changes at least
 RECORDER = 'מקש קיצור'
 FIX = 'תקן טקסט מסומן    F2'
 TAKEN = 'הצירוף תפוס'
+NOTIFICATIONS, NOTIFICATIONS_PATH = 'org.freedesktop.Notifications', '/org/freedesktop/Notifications'
 
 
 class Desktop:
     """How one desktop is started, and where its things are."""
 
-    def __init__(self, session, log_out, editor, panel_class, dark, light, taken='Alt+F2', colors_icons=True, prepare=None, **environment):
+    def __init__(self, session, log_out, editor, is_ready, dark=None, light=None, name='', names_icon=False, colors_icons=False, draws_menu=False,
+                 has_tray=True, prepare=None, is_settled=lambda: True, taken='Alt+F2', **environment):
         self.session = session
         self.log_out = log_out
         self.editor = editor
-        self.panel_class = panel_class
-        self.dark, self.light = dark, light  # commands that change the theme
+        self.is_ready = is_ready  # the desktop, for its user
+        self.is_settled = is_settled  # asked whenever the screen is still after the login
+        self.dark, self.light = dark, light  # commands that change the theme; a panel that is always dark has no light one
+        self.names_icon = names_icon or colors_icons  # the agent, to the panel
         self.colors_icons = colors_icons  # the panel, by its own theme
-        self.taken = taken  # a combination that the desktop holds
+        self.draws_menu = draws_menu  # the panel, on a click of either button
+        self.has_tray = has_tray
         self.prepare = prepare  # the user's settings, before the login
+        self.taken = taken  # a combination that the desktop holds
         self.environment = environment
+        if name:  # as the screen of the login sets it
+            self.environment['XDG_CURRENT_DESKTOP'] = name
 
 
 def gsettings(schema, key, value):
@@ -71,14 +80,75 @@ def prepare_lxqt():
     write_file(HOME / '.config' / 'lxqt' / 'session.conf', '[General]\n__userfile__=true\nleave_confirmation=false\nwindow_manager=openbox\n')
 
 
+def prepare_gnome():
+    for command in (gsettings('org.gnome.desktop.input-sources', 'sources', "[('xkb', 'us'), ('xkb', 'il')]"),
+                    gsettings('org.gnome.shell', 'enabled-extensions', "['ubuntu-appindicators@ubuntu.com']"),
+                    gsettings('org.gnome.shell', 'welcome-dialog-last-shown-version', '99'),
+                    gsettings('org.gnome.desktop.session', 'idle-delay', '0')):
+        subprocess.run(command, check=True)
+
+
+def prepare_plasma():
+    write_file(HOME / '.config' / 'kxkbrc', '[Layout]\nUse=true\nLayoutList=us,il\n')
+    write_file(HOME / '.config' / 'kscreenlockerrc', '[Daemon]\nAutolock=false\n')
+
+
+def prepare_cinnamon():
+    subprocess.run(gsettings('org.gnome.libgnomekbd.keyboard', 'layouts', "['us', 'il']"), check=True)
+
+
+def prepare_i3():
+    # A bar without a tray. Its users start programs from here.
+    write_file(HOME / '.config' / 'i3' / 'config', f'font pango:monospace 9\nexec --no-startup-id {HOME}/.local/bin/lexwend\n'
+               f'bindsym Mod1+F2 exec true\nbar {{\n  tray_output none\n}}\n')
+
+
+def has_window(window_class):
+    return lambda: window_class in windows()
+
+
+def windows():
+    return subprocess.run(['wmctrl', '-lx'], capture_output=True, text=True, check=False).stdout
+
+
+def has_name(name):
+    return lambda: call('org.freedesktop.DBus', '/', 'org.freedesktop.DBus', 'NameHasOwner', '(s)', name)[0]
+
+
+def overview_is_closed():
+    """GNOME begins with its overview, over which no panel opens a menu. Closes it where it is open."""
+    from gi.repository import GLib
+    shell = ('org.gnome.Shell', '/org/gnome/Shell', PROPERTIES)
+    if not call(*shell, 'Get', '(ss)', 'org.gnome.Shell', 'OverviewActive')[0]:
+        return True
+    call(*shell, 'Set', '(ssv)', 'org.gnome.Shell', 'OverviewActive', GLib.Variant('b', False))
+    return False
+
+
+def i3_is_ready():
+    return 'Name: i3' in subprocess.run(['wmctrl', '-m'], capture_output=True, text=True, check=False).stdout
+
+
 DESKTOPS = {
-    'xfce': Desktop(['xfce4-session'], ['xfce4-session-logout', '--logout', '--fast'], ['mousepad'], 'xfce4-panel', xfce_theme('Greybird-dark', 'true'),
-                    xfce_theme('Adwaita', 'false')),
-    'mate': Desktop(['mate-session'], ['mate-session-save', '--force-logout'], ['pluma'], 'mate-panel', gsettings('org.mate.interface', 'gtk-theme', 'BlackMATE'),
-                    gsettings('org.mate.interface', 'gtk-theme', 'Menta'), colors_icons=False),
-    'lxqt': Desktop(['startlxqt'], ['lxqt-leave', '--logout'], ['featherpad', '--standalone'], 'lxqt-panel', lxqt_theme('dark'), lxqt_theme('light'),
-                    colors_icons=False, prepare=prepare_lxqt,
-                    XDG_CONFIG_DIRS='/etc:/etc/xdg:/usr/share'),
+    'xfce': Desktop(['xfce4-session'], ['xfce4-session-logout', '--logout', '--fast'], ['mousepad'], has_window('xfce4-panel'),
+                    xfce_theme('Greybird-dark', 'true'), xfce_theme('Adwaita', 'false'), name='XFCE', colors_icons=True),
+    'mate': Desktop(['mate-session'], ['mate-session-save', '--force-logout'], ['pluma'], has_window('mate-panel'),
+                    gsettings('org.mate.interface', 'gtk-theme', 'BlackMATE'), gsettings('org.mate.interface', 'gtk-theme', 'Menta'),
+                    name='MATE'),
+    'lxqt': Desktop(['startlxqt'], ['lxqt-leave', '--logout'], ['featherpad', '--standalone'], has_window('lxqt-panel'),
+                    lxqt_theme('dark'), lxqt_theme('light'), name='LXQt', prepare=prepare_lxqt, XDG_CONFIG_DIRS='/etc:/etc/xdg:/usr/share'),
+    'gnome': Desktop(['gnome-session', '--builtin', '--session=gnome'], ['gnome-session-quit', '--logout', '--no-prompt'],
+                     ['gnome-text-editor', '--standalone'], has_name('org.gnome.Shell'),
+                     gsettings('org.gnome.desktop.interface', 'color-scheme', 'prefer-dark'), name='GNOME', names_icon=True,
+                     draws_menu=True, prepare=prepare_gnome, is_settled=overview_is_closed),
+    'plasma': Desktop(['startplasma-x11'],
+                      ['gdbus', 'call', '--session', '--dest', 'org.kde.ksmserver', '--object-path', '/KSMServer',
+                       '--method', 'org.kde.KSMServerInterface.logout', '0', '0', '0'],
+                      ['kwrite'], has_window('plasmashell'), ['plasma-apply-colorscheme', 'BreezeDark'],
+                      ['plasma-apply-colorscheme', 'BreezeLight'], name='KDE', colors_icons=True, prepare=prepare_plasma),
+    'cinnamon': Desktop(['cinnamon-session', '--session', 'cinnamon'], ['cinnamon-session-quit', '--logout', '--no-prompt'], ['gedit', '--standalone'],
+                        has_name('org.Cinnamon'), name='X-Cinnamon', prepare=prepare_cinnamon),
+    'i3': Desktop(['i3'], ['i3-msg', 'exit'], ['mousepad'], i3_is_ready, name='i3', has_tray=False, prepare=prepare_i3),
 }
 
 
@@ -102,20 +172,17 @@ class Login:
                           XDG_SESSION_CLASS='user', XDG_SESSION_ID='c1', XDG_SEAT='seat0', GDK_BACKEND='x11',
                           LIBGL_ALWAYS_SOFTWARE='1', QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', XDG_CONFIG_DIRS='/etc/xdg', XDG_DATA_DIRS='/usr/local/share:/usr/share')
         os.environ.update(self.desktop.environment)
-        if self.desktop.prepare:
-            self.desktop.prepare()
         self.display = self.start(['Xvfb', ':7', '-screen', '0', '1280x800x24', '-nolisten', 'tcp', '-noreset'])
         until(Path('/tmp/.X11-unix/X7').exists, 'the display')
         subprocess.run(['setxkbmap', '-model', 'pc105', '-layout', 'us,il', '-option', 'grp:alt_shift_toggle'], check=True)
         self.start(['dbus-daemon', '--session', '--nofork', f'--address={os.environ["DBUS_SESSION_BUS_ADDRESS"]}'])
         until(Path('/run/user/1000/bus').exists, 'the session bus')
         self.keyboard = Keyboard(':7')
+        if self.desktop.prepare:
+            self.desktop.prepare()
         self.session = self.start(self.desktop.session)
         self.home = HOME  # as the reader and the panel know a session
-        until(lambda: self.desktop.panel_class in self.windows(), 'the panel of the desktop', LOGIN_SECONDS)
-
-    def windows(self):
-        return subprocess.run(['wmctrl', '-lx'], capture_output=True, text=True, check=False).stdout
+        until(self.desktop.is_ready, 'the desktop to be there', LOGIN_SECONDS)
 
     def picture(self, what):
         self.pictures += 1
@@ -236,11 +303,12 @@ class Scenes:
         until(lambda: 'hotkey: register F2 ok=true' in self.login.log(), 'the hot key to be registered')
         self.reader = ScreenReader(self.login)
         self.panel = Panel(self.login)
+        until(lambda: self.screen.still_look() and self.login.desktop.is_settled(), 'the desktop to be settled', LOGIN_SECONDS)
         self.says('the login starts the agent')
 
     def one_icon_is_in_the_panel(self):
         until(lambda: len(self.panel.items()) == 1, 'one item in the panel')
-        wanted = 'org.lexwend.Lexwend-symbolic' if self.login.desktop.colors_icons else ''
+        wanted = 'org.lexwend.Lexwend-symbolic' if self.login.desktop.names_icon else ''
         assert self.panel.item('IconName') == wanted, self.panel.item('IconName')
         self.place = self.find_icon()
         self.login.picture('icon')
@@ -264,11 +332,13 @@ class Scenes:
 
     def the_icon_is_legible_while_the_theme_changes(self):
         for name, command in (('dark', self.login.desktop.dark), ('light', self.login.desktop.light)):
+            if not command:
+                continue
             subprocess.run(command, check=True)
             self.keyboard.point(640, 400)  # away from the panel
             until(lambda n=name: self._looks(n == 'dark'), f'an icon that is legible on the {name} panel')
             self.login.picture(f'theme-{name}')
-        self.says('the icon is legible with the dark and with the light theme')
+        self.says('the icon is legible while the theme changes')
 
     def _looks(self, dark):
         """Whether the panel is dark, or light, and the lightest and the darkest tenth of the icon's pixels differ."""
@@ -282,31 +352,51 @@ class Scenes:
         return (max(panel) < 110 if dark else min(panel) > 150) and is_legible and is_settled
 
     def both_buttons_open_the_menu(self):
-        self.click_icon()
-        self.reader.hear_menu()
-        self.keyboard.press('Down')
-        until(self.reader.focused_item, 'an item of the menu to be highlighted')
-        assert self.reader.menu_titles()[0] == FIX, self.reader.menu_titles()
-        self.login.picture('menu-left')
-        self.keyboard.press('Escape')
-        until(self.reader.menu_is_closed, 'the menu to close')
-        before = self.screen.look()
-        self.click_icon(3)
-        until(lambda: self.screen.changed_pixels(before) > 20000, 'the menu of the second button')
-        self.login.picture('menu-right')
-        self.keyboard.press('Escape')
+        if self.login.desktop.draws_menu:
+            self.open_menu_of_panel(1, 'menu-left')
+        else:
+            self.click_icon()
+            self.reader.hear_menu()
+            self.keyboard.press('Down')
+            until(self.reader.focused_item, 'an item of the menu to be highlighted')
+            assert self.reader.menu_titles()[0] == FIX, self.reader.menu_titles()
+            self.login.picture('menu-left')
+            self.keyboard.press('Escape')
+            until(self.reader.menu_is_closed, 'the menu to close')
+        self.open_menu_of_panel(3, 'menu-right')
         self.says('both buttons open the menu')
+
+    def open_menu_of_panel(self, button, picture):
+        before = self.screen.still_look()
+        self.click_icon(button)
+        until(lambda: self.screen.changed_pixels(before) > MENU_PIXELS, 'the menu of the panel')
+        opened = self.screen.still_look()  # some come in gently
+        self.login.picture(picture)
+        self.keyboard.press('Escape')
+        until(lambda: self.screen.changed_pixels(opened) > MENU_PIXELS, 'the menu of the panel to close')
+
+    def a_notification_says_that_the_agent_runs(self):
+        def shown():
+            return call(NOTIFICATIONS, NOTIFICATIONS_PATH, PROPERTIES, 'Get', '(ss)', 'org.dunstproject.cmd0', 'displayedLength')[0]
+        until(lambda: shown() == 1, 'the notification')
+        self.login.picture('notification')
+        call(NOTIFICATIONS, NOTIFICATIONS_PATH, 'org.dunstproject.cmd0', 'NotificationCloseAll')
+        history = call(NOTIFICATIONS, NOTIFICATIONS_PATH, 'org.dunstproject.cmd0', 'NotificationListHistory')[0]
+        assert 'F2' in history[0]['body'], history
+        self.says('without a tray a notification says that the agent runs')
 
     def the_recorder_gets_a_combination_of_the_desktop(self):
         subprocess.run([str(self.program), '--settings'], check=True)
         until(lambda: self.reader.is_active(RECORDER), 'the recorder to have the keyboard')
         self.keyboard.press(self.login.desktop.taken)
         until(lambda: self.login.desktop.taken in self.reader.labels(RECORDER), 'the combination of the desktop in the recorder')
+        self.screen.still_look()  # some windows come in gently
         self.login.picture('recorder')
         self.keyboard.press('Return')
         until(lambda: TAKEN in self.reader.labels('Lexwend'), 'the alert')
-        self.login.picture('alert')
         until(lambda: self.reader.is_active('Lexwend'), 'the alert to have the keyboard')
+        self.screen.still_look()
+        self.login.picture('alert')
         self.keyboard.press('Return')
         until(lambda: not self.reader.window('Lexwend'), 'the alert to close')
         self.says(f'the recorder gets {self.login.desktop.taken}, and the alert says that it is taken')
@@ -365,12 +455,16 @@ def main():
     scenes = Scenes(login, program)
     try:
         scenes.the_agent_starts_with_the_login()
-        scenes.one_icon_is_in_the_panel()
-        scenes.both_buttons_open_the_menu()
+        if login.desktop.has_tray:
+            scenes.one_icon_is_in_the_panel()
+            scenes.both_buttons_open_the_menu()
+        else:
+            scenes.a_notification_says_that_the_agent_runs()
         scenes.the_recorder_gets_a_combination_of_the_desktop()
         scenes.a_fix_goes_both_ways_in_the_editor_of_the_desktop()
         scenes.commands_reach_the_agent()
-        scenes.the_icon_is_legible_while_the_theme_changes()
+        if login.desktop.has_tray:
+            scenes.the_icon_is_legible_while_the_theme_changes()
         scenes.the_log_out_ends_the_agent()
     except BaseException:
         if login.display.poll() is None:
