@@ -450,7 +450,8 @@ def a_session_of_another_kind_is_told_in_one_sentence(stage):
 
     stage.session.end(notifications)
     shown = notifications.stdout.read().splitlines()
-    assert shown == [X11_WINDOWS_ONLY, NO_X11_DISPLAY, NO_X11_DISPLAY], shown
+    from_right_to_left = '\u200f'
+    assert shown == [from_right_to_left + sentence for sentence in (X11_WINDOWS_ONLY, NO_X11_DISPLAY, NO_X11_DISPLAY)], shown
 
 
 @scene_on(server_options=('-extension', 'XTEST'))
