@@ -158,6 +158,21 @@ def the_menu_reads_to_the_letter(stage):
     user.close_menu()
 
 
+@scene
+def the_open_menu_stands_in_the_accessibility_tree(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.panel.expect_item()
+    assert user.reader.open_menu_in_tree() is None, user.reader.open_menu_in_tree()
+    user.open_menu()
+    entries = user.reader.open_menu_in_tree()
+    titles = [FIX + 'F2', CHANGE_KEY, SWITCH_LAYOUT, LOGIN_ITEM, COMPATIBILITY, PERMISSION, status(stage, READY), QUIT]
+    assert entries == [('menu item', title) for title in titles], entries
+    user.close_menu()
+    assert user.reader.open_menu_in_tree() is None, user.reader.open_menu_in_tree()
+
+
 @in_each_editor
 def fixes_from_the_menu(stage, editor):
     user = User(stage)

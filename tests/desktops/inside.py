@@ -341,6 +341,7 @@ class Scenes:
         self.keyboard.click(x + width // 2, y + height // 2, button)
 
     def the_icon_is_legible_while_the_theme_changes(self):
+        self.place = self.find_icon()  # others may have come beside it
         for name, command in (('dark', self.login.desktop.dark), ('light', self.login.desktop.light)):
             if not command:
                 continue
@@ -370,6 +371,7 @@ class Scenes:
             self.keyboard.press('Down')
             until(self.reader.focused_item, 'an item of the menu to be highlighted')
             assert self.reader.menu_titles()[0] == FIX, self.reader.menu_titles()
+            self.screen.still_look()  # some come in gently
             self.login.picture('menu-left')
             self.keyboard.press('Escape')
             until(self.reader.menu_is_closed, 'the menu to close')
@@ -380,7 +382,7 @@ class Scenes:
         before = self.screen.still_look()
         self.click_icon(button)
         until(lambda: self.screen.changed_pixels(before) > MENU_PIXELS, 'the menu of the panel')
-        opened = self.screen.still_look()  # some come in gently
+        opened = self.screen.still_look()
         self.login.picture(picture)
         self.keyboard.press('Escape')
         until(lambda: self.screen.changed_pixels(opened) > MENU_PIXELS, 'the menu of the panel to close')
@@ -400,7 +402,7 @@ class Scenes:
         until(lambda: self.reader.is_active(RECORDER), 'the recorder to have the keyboard')
         self.keyboard.press(self.login.desktop.taken)
         until(lambda: self.login.desktop.taken in self.reader.labels(RECORDER), 'the combination of the desktop in the recorder')
-        self.screen.still_look()  # some windows come in gently
+        self.screen.still_look()
         self.login.picture('recorder')
         self.keyboard.press('Return')
         until(lambda: TAKEN in self.reader.labels('Lexwend'), 'the alert')
