@@ -123,12 +123,16 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
                    Qt::DirectConnection);
   QObject::connect(application_.get(), &QGuiApplication::saveStateRequest, application_.get(), neverRestart,
                    Qt::DirectConnection);
-  if (notice()) notifyUser(kWaylandWithX11.hebrew);
+  if (servesX11WindowsOnly()) notifyUser(kWaylandWithX11.hebrew);
   return std::nullopt;
 }
 
+bool LinuxApplication::servesX11WindowsOnly() {
+  return sessionIsWayland() && !needs_.isWayland();
+}
+
 std::optional<std::string> LinuxApplication::notice() {
-  if (sessionIsWayland() && !needs_.isWayland()) return std::string(kWaylandWithX11.english);
+  if (servesX11WindowsOnly()) return std::string(kWaylandWithX11.english);
   if (QFontDatabase::families(QFontDatabase::Hebrew).isEmpty()) return std::string(kNoHebrewFont);
   return std::nullopt;
 }

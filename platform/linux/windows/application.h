@@ -57,6 +57,7 @@ class LinuxApplication : public Application {
   void notifyUser(std::string_view sentence) override;
 
  private:
+  bool servesX11WindowsOnly();
   class HiddenBus;
 
   Needs needs_;
