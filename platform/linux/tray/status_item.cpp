@@ -72,6 +72,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
 
  private:
   void busChanged(GDBusConnection* bus) {
+    theme_->follow(bus);
     notifier_.reset();
     exported_.reset();
     if (bus == nullptr) {
@@ -107,7 +108,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
     }
   }
 
-  /// Xfce's panel keeps the color that an icon had when its name was told.
+  /// The panels of Xfce and Plasma keep the color that an icon had when its name was told.
   void themeChanged() {
     if (themeIsNew_) return;
     themeIsNew_ = true;

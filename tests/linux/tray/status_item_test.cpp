@@ -306,6 +306,25 @@ TEST_F(Tray, itemTellsItsIconAnewWhenTheThemeChanges) {
   EXPECT_TRUE(pumpUntil([&] { return panel.text("IconName") == "org.lexwend.Lexwend-symbolic"; }));
 }
 
+TEST_F(Tray, itemTellsItsIconAnewWhenPlasmasColorsChange) {
+  const test::TemporaryFolder folder;
+  const std::string place = folder.file("icons/hicolor/symbolic/apps");
+  std::filesystem::create_directories(place);
+  test::putContents(place + "/org.lexwend.Lexwend-symbolic.svg", "<svg/>");
+  const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
+  const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "KDE");
+  Panel panel;
+  panel.appear();
+  const auto item = bar.statusItem(kSquareStatusItemLength);
+  item->setImage(bar.symbolImage("keyboard", "Lexwend"));
+  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+  ASSERT_NE(panel.text("IconName"), "");
+  BusPeer desktop;
+  desktop.emit("/KGlobalSettings", "org.kde.KGlobalSettings", "notifyChange", g_variant_new("(ii)", 0, 0));
+  EXPECT_TRUE(pumpUntil([&] { return panel.text("IconName").empty(); }));
+  EXPECT_TRUE(pumpUntil([&] { return panel.text("IconName") == "org.lexwend.Lexwend-symbolic"; }));
+}
+
 TEST_F(Tray, itemHasNoNameForAPanelThatColorsNone) {
   const test::TemporaryFolder folder;
   const std::string place = folder.file("icons/hicolor/symbolic/apps");
