@@ -20,6 +20,7 @@
 #include <poll.h>
 
 #include "platform/linux/selection/x_reader.h"
+#include "tests/linux/testing/other_application.h"
 #include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::platform {
@@ -134,14 +135,7 @@ class Owner {
       put(request.requestor, property, type, script_->ConsumeRandomLengthString(kMaxAnswer));
     }
     if (script_->ConsumeIntegralInRange<int>(0, 15) == 15) property = anyType();
-    xcb_selection_notify_event_t event{};
-    event.response_type = XCB_SELECTION_NOTIFY;
-    event.time = request.time;
-    event.requestor = request.requestor;
-    event.selection = request.selection;
-    event.target = request.target;
-    event.property = property;
-    xcb_send_event(connection_, 0, request.requestor, 0, reinterpret_cast<const char*>(&event));
+    sendNotify(connection_, request, property);
   }
 
   void sendPiece(xcb_window_t window, xcb_atom_t property) {

@@ -39,19 +39,7 @@ Host& installedHost() {
   return *current;
 }
 
-class NoWayToInstances : public RunningInstance {
- public:
-  InstanceAnswer pass(InstanceCommand) override { return InstanceAnswer::notHere; }
-  Registration receive(std::function<bool(InstanceCommand)>) override { return {}; }
-  Registration dropFixes() override { return {}; }
-};
-
 }  // namespace
-
-RunningInstance& Host::runningInstance() {
-  static NoWayToInstances none;
-  return none;
-}
 
 HostScope::HostScope(Host& host) : previous_(current), previousNumber_(currentNumber) {
   static std::uint64_t lastNumber = 0;

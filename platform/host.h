@@ -31,7 +31,7 @@ class Diagnosis;
 /// program that needs no display never looks for one. The first call may block while the service connects to
 /// the system. A service that cannot reach the system is made all the same; its header says what its calls
 /// then return. Main thread only, except standardUserDefaults(), files() and dateFormatters(), which any
-/// thread may call.
+/// thread may call. Every function is pure: a host that passes on to another one cannot leave one out.
 class Host {
  public:
   virtual ~Host() = default;
@@ -46,8 +46,7 @@ class Host {
   virtual Alerts& alerts() = 0;
   virtual Workspace& workspace() = 0;
   virtual RunningApplications& runningApplications() = 0;
-  /// By default one that reaches nobody and answers `notHere`.
-  virtual RunningInstance& runningInstance();
+  virtual RunningInstance& runningInstance() = 0;
   virtual UserDefaults& standardUserDefaults() = 0;
   virtual LoginItem& loginItem() = 0;
   virtual RunLoop& runLoop() = 0;

@@ -12,7 +12,7 @@
 The rooms see the C++ standard library and ICU, core/simd the standard library and Highway, the contracts in platform/ the
 standard library alone; the host in memory, which is made for tests, may speak to GoogleTest. Only platform/linux and
 platform/mac see system headers (the tools those few that every POSIX system has), only platform/linux sees Qt, and nobody
-else asks which operating system it is compiled for. tests/, bench/ and fuzz/ are free.
+else asks which operating system it is compiled for. tests/, bench/ and fuzz/ are free. Every function of Host is pure.
 
 With --canaries the script checks itself: in scripts/canaries/layers the lines that say "denied" must be denied, and no
 other line.
@@ -53,6 +53,9 @@ LINUX_ROOMS = {
 }
 POSIX = {"dlfcn.h", "fcntl.h", "poll.h", "spawn.h", "sys/stat.h", "sys/wait.h", "unistd.h"}
 ICU_ROOMS = {"core", "support", "input", "text", "hotkey", "app"}
+# A host that passes on to another one (platform/linux/load_host.cpp) is made to name every function by the compiler, if all are pure.
+PURE = "platform/host.h"
+IMPURE = re.compile(r"\bvirtual\s+(?!~)(?!.*= 0;\s*$)")
 HOSTS = {"platform/fake", "platform/linux", "platform/mac"}
 SYSTEM_HOSTS = {"platform/linux", "platform/mac"}
 FREE = {"tests", "bench", "fuzz"}
@@ -172,6 +175,8 @@ def errors_of(path, text):
         return [(1, f"{path} stands in no room of the house; give its folder a rule in scripts/check_layers.py")]
     errors = []
     for number, line in enumerate(without_comments(text).split("\n"), start=1):
+        if path == PURE and IMPURE.search(line):
+            errors.append((number, "a function of Host with an answer of its own is one that a host in front of another may forget"))
         match = INCLUDE.match(line)
         if match and match["other"]:
             errors.append((number, "an include must name its file, not a macro"))

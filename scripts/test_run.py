@@ -46,6 +46,7 @@ class Tally:
     def __init__(self):
         self.passed, self.failed, self.skipped = 0, 0, 0
         self.rows, self.wrong = [], []  # what went wrong by its name and with the end of what it said
+        self.spent = 0.0  # processor seconds of the steps so far
 
     def note(self, name, said=""):
         self.wrong.append((name, said or ""))
@@ -54,13 +55,16 @@ class Tally:
         self.passed += passed
         self.failed += failed
         self.skipped += skipped
-        self.rows.append((name, seconds, passed, failed, skipped))
+        times = os.times()
+        spent = times.children_user + times.children_system
+        self.rows.append((name, seconds, spent - self.spent, passed, failed, skipped))
+        self.spent = spent
 
     def close(self):
         headline("summary")
-        for name, seconds, passed, failed, skipped in self.rows:
+        for name, seconds, spent, passed, failed, skipped in self.rows:
             verdict = coloured("FAILED", RED) if failed else coloured("ok    ", GREEN)
-            print(f"  {verdict}  {seconds:5.0f} s  {name}: {passed} passed, {failed} failed, {skipped} skipped")
+            print(f"  {verdict}  {seconds:5.0f} s  {spent:5.0f} s of a processor  {name}: {passed} passed, {failed} failed, {skipped} skipped")
         for name, said in self.wrong:
             print("  " + coloured(f"failed: {name}", RED))
             for line in said.splitlines()[-LINES_OF_FAILURE:]:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/accessibility.h"
+#include "platform/mac/accessibility.h"
 
 #import <ApplicationServices/ApplicationServices.h>
 
@@ -7,7 +7,6 @@
 
 #include "platform/mac/cf_ref.h"
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 
 namespace lexwend::platform::mac {
 namespace {
@@ -36,54 +35,48 @@ AccessibilityValue accessibilityValue(CFTypeRef value) {
   return OtherAccessibilityValue{};
 }
 
-/// No messaging time-out is set: the system's own applies.
-class MacAccessibility : public Accessibility {
- public:
-  bool isProcessTrusted() override { return AXIsProcessTrusted(); }
-
-  bool isProcessTrustedWithPrompt() override {
-    const void* key = kAXTrustedCheckOptionPrompt;
-    const void* value = kCFBooleanTrue;
-    const auto options = CFRef<CFDictionaryRef>::adopt(CFDictionaryCreate(kCFAllocatorDefault, &key, &value,
-                                                                          1, &kCFTypeDictionaryKeyCallBacks,
-                                                                          &kCFTypeDictionaryValueCallBacks));
-    return AXIsProcessTrustedWithOptions(options.get());
-  }
-
-  AccessibilityElementRef createSystemWideElement() override {
-    return std::make_shared<MacAccessibilityElement>(
-        CFRef<AXUIElementRef>::adopt(AXUIElementCreateSystemWide()));
-  }
-
-  AttributeResult copyAttributeValue(const AccessibilityElementRef& element,
-                                     std::string_view attribute) override {
-    CFTypeRef copied = nullptr;
-    const AXError error =
-        AXUIElementCopyAttributeValue(axElement(element), cfTextOrEmpty(attribute).get(), &copied);
-    const auto value = CFRef<CFTypeRef>::adopt(copied);
-    AttributeResult result{.error = error, .value = {}};
-    if (error == kAXErrorSuccess) result.value = accessibilityValue(value.get());
-    return result;
-  }
-
-  SettableResult isAttributeSettable(const AccessibilityElementRef& element,
-                                     std::string_view attribute) override {
-    Boolean settable = false;
-    const AXError error =
-        AXUIElementIsAttributeSettable(axElement(element), cfTextOrEmpty(attribute).get(), &settable);
-    return {.error = error, .settable = settable != 0};
-  }
-
-  AccessibilityError setAttributeValue(const AccessibilityElementRef& element, std::string_view attribute,
-                                       std::string_view value) override {
-    const CFRef<CFStringRef> text = cfText(value);
-    if (!text) return kAXErrorIllegalArgument;
-    return AXUIElementSetAttributeValue(axElement(element), cfTextOrEmpty(attribute).get(), text.get());
-  }
-};
-
 }  // namespace
 
-std::unique_ptr<Accessibility> makeAccessibility() { return std::make_unique<MacAccessibility>(); }
+bool MacAccessibility::isProcessTrusted() { return AXIsProcessTrusted(); }
+
+bool MacAccessibility::isProcessTrustedWithPrompt() {
+  const void* key = kAXTrustedCheckOptionPrompt;
+  const void* value = kCFBooleanTrue;
+  const auto options = CFRef<CFDictionaryRef>::adopt(CFDictionaryCreate(kCFAllocatorDefault, &key, &value, 1,
+                                                                        &kCFTypeDictionaryKeyCallBacks,
+                                                                        &kCFTypeDictionaryValueCallBacks));
+  return AXIsProcessTrustedWithOptions(options.get());
+}
+
+AccessibilityElementRef MacAccessibility::createSystemWideElement() {
+  return std::make_shared<MacAccessibilityElement>(
+      CFRef<AXUIElementRef>::adopt(AXUIElementCreateSystemWide()));
+}
+
+AttributeResult MacAccessibility::copyAttributeValue(const AccessibilityElementRef& element,
+                                                     std::string_view attribute) {
+  CFTypeRef copied = nullptr;
+  const AXError error =
+      AXUIElementCopyAttributeValue(axElement(element), cfTextOrEmpty(attribute).get(), &copied);
+  const auto value = CFRef<CFTypeRef>::adopt(copied);
+  AttributeResult result{.error = error, .value = {}};
+  if (error == kAXErrorSuccess) result.value = accessibilityValue(value.get());
+  return result;
+}
+
+SettableResult MacAccessibility::isAttributeSettable(const AccessibilityElementRef& element,
+                                                     std::string_view attribute) {
+  Boolean settable = false;
+  const AXError error =
+      AXUIElementIsAttributeSettable(axElement(element), cfTextOrEmpty(attribute).get(), &settable);
+  return {.error = error, .settable = settable != 0};
+}
+
+AccessibilityError MacAccessibility::setAttributeValue(const AccessibilityElementRef& element,
+                                                       std::string_view attribute, std::string_view value) {
+  const CFRef<CFStringRef> text = cfText(value);
+  if (!text) return kAXErrorIllegalArgument;
+  return AXUIElementSetAttributeValue(axElement(element), cfTextOrEmpty(attribute).get(), text.get());
+}
 
 }  // namespace lexwend::platform::mac

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/application.h"
+#include "platform/mac/application.h"
 
 #import <AppKit/AppKit.h>
 
@@ -7,7 +7,6 @@
 
 #include "platform/mac/callback.h"
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 
 @interface LXWApplicationDelegate : NSObject <NSApplicationDelegate> {
  @public
@@ -40,55 +39,53 @@ std::optional<std::string> infoString(NSString* key) {
   return utf8((__bridge CFStringRef)value);
 }
 
-class MacApplication : public Application {
- public:
-  std::optional<std::string> bundleIdentifier() override {
-    NSString* identifier = [[NSBundle mainBundle] bundleIdentifier];
-    if (identifier == nil) return std::nullopt;
-    return utf8((__bridge CFStringRef)identifier);
-  }
-  std::string displayName() override {
-    return infoString(@"CFBundleDisplayName").value_or(kNameWithoutBundle);
-  }
-  std::optional<std::string> shortVersionString() override {
-    return infoString(@"CFBundleShortVersionString");
-  }
+}  // namespace
 
-  std::optional<std::string> takeSharedApplication() override {
-    application_ = [NSApplication sharedApplication];
-    return std::nullopt;
-  }
-  std::optional<std::string> notice() override { return std::nullopt; }
-  void setDelegate(std::function<void()> didFinishLaunching) override {
-    delegate_ = [[LXWApplicationDelegate alloc] init];
-    delegate_->didFinishLaunching = std::move(didFinishLaunching);
-    application_.delegate = delegate_;
-  }
-  void setActivationPolicy(ActivationPolicy policy) override {
-    [application_ setActivationPolicy:static_cast<NSApplicationActivationPolicy>(policy)];
-  }
-  void run() override {
-    @autoreleasepool {
-      [application_ run];
-    }
-  }
-  void terminate() override { [application_ terminate:nil]; }
+std::optional<std::string> MacApplication::bundleIdentifier() {
+  NSString* identifier = [[NSBundle mainBundle] bundleIdentifier];
+  if (identifier == nil) return std::nullopt;
+  return utf8((__bridge CFStringRef)identifier);
+}
 
-  void activate(bool ignoringOtherApps) override {
-    [application_ activateIgnoringOtherApps:ignoringOtherApps];
-  }
-  void beep() override { NSBeep(); }
+std::string MacApplication::displayName() {
+  return infoString(@"CFBundleDisplayName").value_or(kNameWithoutBundle);
+}
 
- private:
-  NSApplication* application_ = nil;
-  LXWApplicationDelegate* delegate_ = nil;  ///< the application holds it weakly
-};
+std::optional<std::string> MacApplication::shortVersionString() {
+  return infoString(@"CFBundleShortVersionString");
+}
+
+std::optional<std::string> MacApplication::takeSharedApplication() {
+  [NSApplication sharedApplication];
+  return std::nullopt;
+}
+
+std::optional<std::string> MacApplication::notice() { return std::nullopt; }
+
+void MacApplication::setDelegate(std::function<void()> didFinishLaunching) {
+  LXWApplicationDelegate* delegate = [[LXWApplicationDelegate alloc] init];
+  delegate->didFinishLaunching = std::move(didFinishLaunching);
+  [NSApp setDelegate:delegate];
+  delegate_ = {(__bridge_retained CFTypeRef)delegate, CFRelease};
+}
+
+void MacApplication::setActivationPolicy(ActivationPolicy policy) {
+  [NSApp setActivationPolicy:static_cast<NSApplicationActivationPolicy>(policy)];
+}
+
+void MacApplication::run() {
+  @autoreleasepool {
+    [NSApp run];
+  }
+}
+
+void MacApplication::terminate() { [NSApp terminate:nil]; }
+
+void MacApplication::activate(bool ignoringOtherApps) { [NSApp activateIgnoringOtherApps:ignoringOtherApps]; }
+
+void MacApplication::beep() { NSBeep(); }
 
 static_assert(static_cast<int>(ActivationPolicy::regular) == NSApplicationActivationPolicyRegular);
 static_assert(static_cast<int>(ActivationPolicy::accessory) == NSApplicationActivationPolicyAccessory);
-
-}  // namespace
-
-std::unique_ptr<Application> makeApplication() { return std::make_unique<MacApplication>(); }
 
 }  // namespace lexwend::platform::mac

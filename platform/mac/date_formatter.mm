@@ -1,18 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "platform/date_formatter.h"
+#include "platform/mac/date_formatter.h"
 
 #import <Foundation/Foundation.h>
 
-#include <map>
-#include <mutex>
-
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 
 namespace lexwend::platform::mac {
 namespace {
 
-/// Neither locale nor time zone is set: the user's own apply.
 class MacDateFormatter : public DateFormatter {
  public:
   explicit MacDateFormatter(std::string_view pattern) {
@@ -26,24 +21,15 @@ class MacDateFormatter : public DateFormatter {
   NSDateFormatter* formatter_ = [[NSDateFormatter alloc] init];
 };
 
-class MacDateFormatters : public DateFormatters {
- public:
-  DateFormatter& withPattern(std::string_view pattern) override {
-    const std::lock_guard lock(mutex_);
-    auto found = formatters_.find(pattern);
-    if (found == formatters_.end()) {
-      found = formatters_.emplace(pattern, std::make_unique<MacDateFormatter>(pattern)).first;
-    }
-    return *found->second;
-  }
-
- private:
-  std::mutex mutex_;
-  std::map<std::string, std::unique_ptr<MacDateFormatter>, std::less<>> formatters_;
-};
-
 }  // namespace
 
-std::unique_ptr<DateFormatters> makeDateFormatters() { return std::make_unique<MacDateFormatters>(); }
+DateFormatter& MacDateFormatters::withPattern(std::string_view pattern) {
+  const std::lock_guard lock(mutex_);
+  auto found = formatters_.find(pattern);
+  if (found == formatters_.end()) {
+    found = formatters_.emplace(pattern, std::make_unique<MacDateFormatter>(pattern)).first;
+  }
+  return *found->second;
+}
 
 }  // namespace lexwend::platform::mac

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "platform/files.h"
+#include "platform/mac/files.h"
 
 #import <Foundation/Foundation.h>
 
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 
 namespace lexwend::platform::mac {
 namespace {
@@ -44,31 +43,26 @@ class MacFileHandle : public FileHandle {
   NSFileHandle* handle_;  ///< closes its file when it goes
 };
 
-class MacFiles : public Files {
- public:
-  std::string homeDirectoryForCurrentUser() override {
-    NSString* path = [[[NSFileManager defaultManager] homeDirectoryForCurrentUser] path];
-    return path == nil ? std::string() : utf8((__bridge CFStringRef)path);
-  }
-
-  std::unique_ptr<FileHandle> fileHandleForWriting(const std::string& path) override {
-    NSURL* url = fileUrl(path);
-    if (url == nil) return nullptr;
-    NSFileHandle* handle = [NSFileHandle fileHandleForWritingToURL:url error:nil];
-    if (handle == nil) return nullptr;
-    return std::make_unique<MacFileHandle>(handle);
-  }
-
-  bool writeWholeFile(const std::string& path, std::string_view bytes) override {
-    NSURL* url = fileUrl(path);
-    if (url == nil) return false;
-    constexpr NSDataWritingOptions kNoOptions = 0;
-    return [nsData(bytes) writeToURL:url options:kNoOptions error:nil];
-  }
-};
-
 }  // namespace
 
-std::unique_ptr<Files> makeFiles() { return std::make_unique<MacFiles>(); }
+std::string MacFiles::homeDirectoryForCurrentUser() {
+  NSString* path = [[[NSFileManager defaultManager] homeDirectoryForCurrentUser] path];
+  return path == nil ? std::string() : utf8((__bridge CFStringRef)path);
+}
+
+std::unique_ptr<FileHandle> MacFiles::fileHandleForWriting(const std::string& path) {
+  NSURL* url = fileUrl(path);
+  if (url == nil) return nullptr;
+  NSFileHandle* handle = [NSFileHandle fileHandleForWritingToURL:url error:nil];
+  if (handle == nil) return nullptr;
+  return std::make_unique<MacFileHandle>(handle);
+}
+
+bool MacFiles::writeWholeFile(const std::string& path, std::string_view bytes) {
+  NSURL* url = fileUrl(path);
+  if (url == nil) return false;
+  constexpr NSDataWritingOptions kNoOptions = 0;
+  return [nsData(bytes) writeToURL:url options:kNoOptions error:nil];
+}
 
 }  // namespace lexwend::platform::mac

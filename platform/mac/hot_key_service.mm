@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "platform/hot_key_service.h"
+#include "platform/mac/hot_key_service.h"
 
 #import <Carbon/Carbon.h>
 
 #include <utility>
 
 #include "platform/mac/callback.h"
-#include "platform/mac/mac_services.h"
 #include "platform/mac/own_menu.h"
 
 namespace lexwend::platform::mac {
@@ -61,45 +60,40 @@ bool wasPausedAt(EventTime time) { return pauses().running > 0 || time < pauses(
   return status;
 }
 
-class MacHotKeyService : public HotKeyService {
- public:
-  ~MacHotKeyService() override {
-    installedHandler() = nullptr;
-    pauses() = {};
-  }
+}  // namespace
 
-  OSStatus installHandler(PressHandler handler) override {
-    installedHandler() = shared(std::move(handler));
-    const EventTypeSpec pressed = {kEventClassKeyboard, kEventHotKeyPressed};
-    return InstallEventHandler(GetApplicationEventTarget(), hotKeyPressed, 1, &pressed, nullptr, nullptr);
-  }
+MacHotKeyService::~MacHotKeyService() {
+  installedHandler() = nullptr;
+  pauses() = {};
+}
 
-  HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override {
-    EventHotKeyRef registration = nullptr;
-    const ::OSStatus status = RegisterEventHotKey(
-        number(keyCode), number(modifiers), EventHotKeyID{identity.signature, identity.id},
-        GetApplicationEventTarget(), kEventHotKeyNoOptions, &registration);
-    HotKeyRegistration registered{.status = status, .hotKey = {}};
-    if (status == noErr && registration != nullptr) {
-      registered.hotKey = Registration([registration] { UnregisterEventHotKey(registration); });
-    }
-    return registered;
-  }
+OSStatus MacHotKeyService::installHandler(PressHandler handler) {
+  installedHandler() = shared(std::move(handler));
+  const EventTypeSpec pressed = {kEventClassKeyboard, kEventHotKeyPressed};
+  return InstallEventHandler(GetApplicationEventTarget(), hotKeyPressed, 1, &pressed, nullptr, nullptr);
+}
 
-  Registration ignorePresses() override {
-    ++pauses().running;
-    return Registration([] {
-      --pauses().running;
-      pauses().lastEnd = GetCurrentEventTime();
-    });
+HotKeyRegistration MacHotKeyService::registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) {
+  EventHotKeyRef registration = nullptr;
+  const ::OSStatus status =
+      RegisterEventHotKey(number(keyCode), number(modifiers), EventHotKeyID{identity.signature, identity.id},
+                          GetApplicationEventTarget(), kEventHotKeyNoOptions, &registration);
+  HotKeyRegistration registered{.status = status, .hotKey = {}};
+  if (status == noErr && registration != nullptr) {
+    registered.hotKey = Registration([registration] { UnregisterEventHotKey(registration); });
   }
-};
+  return registered;
+}
+
+Registration MacHotKeyService::ignorePresses() {
+  ++pauses().running;
+  return Registration([] {
+    --pauses().running;
+    pauses().lastEnd = GetCurrentEventTime();
+  });
+}
 
 static_assert(number(kCmdKey) == cmdKey && number(kShiftKey) == shiftKey && number(kOptionKey) == optionKey &&
               number(kControlKey) == controlKey);
-
-}  // namespace
-
-std::unique_ptr<HotKeyService> makeHotKeyService() { return std::make_unique<MacHotKeyService>(); }
 
 }  // namespace lexwend::platform::mac

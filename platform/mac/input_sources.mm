@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/input_sources.h"
+#include "platform/mac/input_sources.h"
 
 #import <Carbon/Carbon.h>
 #import <Foundation/Foundation.h>
@@ -11,7 +11,6 @@
 #include "platform/mac/callback.h"
 #include "platform/mac/cf_ref.h"
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 
 /// Hears of a change of the enabled layouts also while the application is not active. The center of the
 /// notifications holds it weakly.
@@ -122,105 +121,86 @@ InputSourceValue layoutDataValue(CFTypeRef value) {
 /// UCKeyTranslate takes the mask of a Carbon event without its low byte.
 constexpr unsigned kModifierShift = 8;
 
-class MacInputSourceService : public InputSourceService {
- public:
-  MacInputSourceService() = default;
-  ~MacInputSourceService() override {
-    for (LXWLayoutsObserver* observer : observers_) {
-      [[NSDistributedNotificationCenter defaultCenter] removeObserver:observer];
-    }
-  }
-  MacInputSourceService(const MacInputSourceService&) = delete;
-  MacInputSourceService& operator=(const MacInputSourceService&) = delete;
-
-  std::optional<std::vector<InputSourceRef>> createInputSourceList(const InputSourceFilter& filter,
-                                                                   bool includeAllInstalled) override {
-    const CFRef<CFDictionaryRef> properties = propertyFilter(filter);
-    const auto list =
-        CFRef<CFArrayRef>::adopt(TISCreateInputSourceList(properties.get(), includeAllInstalled));
-    if (!list || CFGetTypeID(list.get()) != CFArrayGetTypeID()) return std::nullopt;
-
-    std::vector<InputSourceRef> sources;
-    for (CFIndex index = 0; index < CFArrayGetCount(list.get()); ++index) {
-      const void* element = CFArrayGetValueAtIndex(list.get(), index);
-      const auto source = static_cast<TISInputSourceRef>(const_cast<void*>(element));
-      sources.push_back(std::make_shared<MacInputSource>(CFRef<TISInputSourceRef>::share(source)));
-    }
-    return sources;
-  }
-
-  InputSourceValue property(const InputSourceRef& source, InputSourceProperty key) override {
-    const CFTypeRef value = TISGetInputSourceProperty(tisSource(source), propertyKey(key));
-    if (value == nullptr) return std::monostate{};
-    switch (key) {
-      case InputSourceProperty::id:
-        return stringValue(value);
-      case InputSourceProperty::languages:
-        return stringListValue(value);
-      case InputSourceProperty::unicodeKeyLayoutData:
-        return layoutDataValue(value);
-    }
-    return MistypedProperty{};
-  }
-
-  InputSourceRef copyCurrentKeyboardLayoutInputSource() override {
-    auto source = CFRef<TISInputSourceRef>::adopt(TISCopyCurrentKeyboardLayoutInputSource());
-    if (!source) return nullptr;
-    return std::make_shared<MacInputSource>(std::move(source));
-  }
-
-  void select(const InputSourceRef& source) override { TISSelectInputSource(tisSource(source)); }
-
-  std::uint32_t keyboardType() override { return LMGetKbdType(); }
-
-  std::optional<std::u16string> translate(const KeyLayoutData& data, const KeyTranslation& translation,
-                                          std::uint32_t& deadKeyState) override {
-    const auto keyCode = static_cast<UInt16>(translation.keyCode);
-    if (KeyCode{keyCode} != translation.keyCode) return std::nullopt;
-    std::vector<UniChar> characters(translation.maxLength);
-    UniCharCount length = 0;
-    const ::OSStatus status = UCKeyTranslate(
-        static_cast<const MacKeyLayoutData&>(data).layout(), keyCode, static_cast<UInt16>(translation.action),
-        number(translation.modifiers) >> kModifierShift, translation.keyboardType, translation.options,
-        &deadKeyState, characters.size(), &length, characters.data());
-    if (status != noErr) return std::nullopt;
-    const std::size_t reported = std::min<std::size_t>(length, characters.size());
-    return std::u16string(characters.begin(), characters.begin() + static_cast<std::ptrdiff_t>(reported));
-  }
-
-  Registration observeEnabledLayoutsChanged(std::function<void()> handler) override {
-    auto kept = shared(std::move(handler));
-    const std::weak_ptr observer = kept;
-    NSString* name = (__bridge NSString*)kTISNotifyEnabledKeyboardInputSourcesChanged;
-    void (^changed)(NSNotification*) = ^(NSNotification*) {
-      if (const auto running = observer.lock()) guarded(*running);
-    };
-    NSDistributedNotificationCenter* center = [NSDistributedNotificationCenter defaultCenter];
-    [center addObserverForName:name object:nil queue:[NSOperationQueue mainQueue] usingBlock:changed];
-    // The system holds back what the one above observes as long as the application is not active, and this
-    // one hardly ever is. While it is active, both hear of the change.
-    LXWLayoutsObserver* immediate = [[LXWLayoutsObserver alloc] init];
-    immediate->handler = observer;
-    observers_.push_back(immediate);
-    [center addObserver:immediate
-                  selector:@selector(layoutsChanged:)
-                      name:name
-                    object:nil
-        suspensionBehavior:NSNotificationSuspensionBehaviorDeliverImmediately];
-    // The system keeps its observers, which do nothing once the handler has gone.
-    return Registration([kept = std::move(kept)] {});
-  }
-
- private:
-  std::vector<LXWLayoutsObserver*> observers_;
-};
-
-static_assert(static_cast<int>(KeyAction::down) == kUCKeyActionDown);
-
 }  // namespace
 
-std::unique_ptr<InputSourceService> makeInputSourceService() {
-  return std::make_unique<MacInputSourceService>();
+std::optional<std::vector<InputSourceRef>> MacInputSourceService::createInputSourceList(
+    const InputSourceFilter& filter, bool includeAllInstalled) {
+  const CFRef<CFDictionaryRef> properties = propertyFilter(filter);
+  const auto list = CFRef<CFArrayRef>::adopt(TISCreateInputSourceList(properties.get(), includeAllInstalled));
+  if (!list || CFGetTypeID(list.get()) != CFArrayGetTypeID()) return std::nullopt;
+
+  std::vector<InputSourceRef> sources;
+  for (CFIndex index = 0; index < CFArrayGetCount(list.get()); ++index) {
+    const void* element = CFArrayGetValueAtIndex(list.get(), index);
+    const auto source = static_cast<TISInputSourceRef>(const_cast<void*>(element));
+    sources.push_back(std::make_shared<MacInputSource>(CFRef<TISInputSourceRef>::share(source)));
+  }
+  return sources;
 }
+
+InputSourceValue MacInputSourceService::property(const InputSourceRef& source, InputSourceProperty key) {
+  const CFTypeRef value = TISGetInputSourceProperty(tisSource(source), propertyKey(key));
+  if (value == nullptr) return std::monostate{};
+  switch (key) {
+    case InputSourceProperty::id:
+      return stringValue(value);
+    case InputSourceProperty::languages:
+      return stringListValue(value);
+    case InputSourceProperty::unicodeKeyLayoutData:
+      return layoutDataValue(value);
+  }
+  return MistypedProperty{};
+}
+
+InputSourceRef MacInputSourceService::copyCurrentKeyboardLayoutInputSource() {
+  auto source = CFRef<TISInputSourceRef>::adopt(TISCopyCurrentKeyboardLayoutInputSource());
+  if (!source) return nullptr;
+  return std::make_shared<MacInputSource>(std::move(source));
+}
+
+void MacInputSourceService::select(const InputSourceRef& source) { TISSelectInputSource(tisSource(source)); }
+
+std::uint32_t MacInputSourceService::keyboardType() { return LMGetKbdType(); }
+
+std::optional<std::u16string> MacInputSourceService::translate(const KeyLayoutData& data,
+                                                               const KeyTranslation& translation,
+                                                               std::uint32_t& deadKeyState) {
+  const auto keyCode = static_cast<UInt16>(translation.keyCode);
+  if (KeyCode{keyCode} != translation.keyCode) return std::nullopt;
+  std::vector<UniChar> characters(translation.maxLength);
+  UniCharCount length = 0;
+  const ::OSStatus status = UCKeyTranslate(
+      static_cast<const MacKeyLayoutData&>(data).layout(), keyCode, static_cast<UInt16>(translation.action),
+      number(translation.modifiers) >> kModifierShift, translation.keyboardType, translation.options,
+      &deadKeyState, characters.size(), &length, characters.data());
+  if (status != noErr) return std::nullopt;
+  const std::size_t reported = std::min<std::size_t>(length, characters.size());
+  return std::u16string(characters.begin(), characters.begin() + static_cast<std::ptrdiff_t>(reported));
+}
+
+Registration MacInputSourceService::observeEnabledLayoutsChanged(std::function<void()> handler) {
+  auto kept = shared(std::move(handler));
+  const std::weak_ptr observer = kept;
+  NSString* name = (__bridge NSString*)kTISNotifyEnabledKeyboardInputSourcesChanged;
+  void (^changed)(NSNotification*) = ^(NSNotification*) {
+    if (const auto running = observer.lock()) guarded(*running);
+  };
+  NSDistributedNotificationCenter* center = [NSDistributedNotificationCenter defaultCenter];
+  [center addObserverForName:name object:nil queue:[NSOperationQueue mainQueue] usingBlock:changed];
+  // The system holds back what the one above observes as long as the application is not active, and this
+  // one hardly ever is. While it is active, both hear of the change.
+  LXWLayoutsObserver* immediate = [[LXWLayoutsObserver alloc] init];
+  immediate->handler = observer;
+  [center addObserver:immediate
+                selector:@selector(layoutsChanged:)
+                    name:name
+                  object:nil
+      suspensionBehavior:NSNotificationSuspensionBehaviorDeliverImmediately];
+  observers_.emplace_back([center, immediate] { [center removeObserver:immediate]; });
+  // The system keeps the other observer, which does nothing once the handler has gone.
+  return Registration([kept = std::move(kept)] {});
+}
+
+static_assert(static_cast<int>(KeyAction::down) == kUCKeyActionDown);
 
 }  // namespace lexwend::platform::mac

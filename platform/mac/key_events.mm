@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "platform/key_events.h"
+#include "platform/mac/key_events.h"
 
 #import <ApplicationServices/ApplicationServices.h>
 
 #include <utility>
 
 #include "platform/mac/cf_ref.h"
-#include "platform/mac/mac_services.h"
 
 namespace lexwend::platform::mac {
 namespace {
@@ -30,35 +29,33 @@ class MacKeyEvent : public KeyEvent {
   CFRef<CGEventRef> event_;
 };
 
-class MacKeyEvents : public KeyEvents {
- public:
-  EventFlags flagsState(EventSourceState state) override {
-    return EventFlags{CGEventSourceFlagsState(static_cast<CGEventSourceStateID>(state))};
-  }
+}  // namespace
 
-  EventSourceRef createSource(EventSourceState state) override {
-    auto source =
-        CFRef<CGEventSourceRef>::adopt(CGEventSourceCreate(static_cast<CGEventSourceStateID>(state)));
-    if (!source) return nullptr;
-    return std::make_shared<MacEventSource>(std::move(source));
-  }
+EventFlags MacKeyEvents::flagsState(EventSourceState state) {
+  return EventFlags{CGEventSourceFlagsState(static_cast<CGEventSourceStateID>(state))};
+}
 
-  std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
-                                                bool keyDown) override {
-    const auto code = static_cast<CGKeyCode>(keyCode);
-    if (KeyCode{code} != keyCode) return nullptr;
-    const CGEventSourceRef from =
-        source == nullptr ? nullptr : static_cast<const MacEventSource&>(*source).get();
-    auto event = CFRef<CGEventRef>::adopt(CGEventCreateKeyboardEvent(from, code, keyDown));
-    if (!event) return nullptr;
-    return std::make_unique<MacKeyEvent>(std::move(event));
-  }
+EventSourceRef MacKeyEvents::createSource(EventSourceState state) {
+  auto source = CFRef<CGEventSourceRef>::adopt(CGEventSourceCreate(static_cast<CGEventSourceStateID>(state)));
+  if (!source) return nullptr;
+  return std::make_shared<MacEventSource>(std::move(source));
+}
 
-  PostResult post(EventTap tap, const KeyEvent& event) override {
-    CGEventPost(static_cast<CGEventTapLocation>(tap), static_cast<const MacKeyEvent&>(event).get());
-    return PostResult::posted;
-  }
-};
+std::unique_ptr<KeyEvent> MacKeyEvents::createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
+                                                            bool keyDown) {
+  const auto code = static_cast<CGKeyCode>(keyCode);
+  if (KeyCode{code} != keyCode) return nullptr;
+  const CGEventSourceRef from =
+      source == nullptr ? nullptr : static_cast<const MacEventSource&>(*source).get();
+  auto event = CFRef<CGEventRef>::adopt(CGEventCreateKeyboardEvent(from, code, keyDown));
+  if (!event) return nullptr;
+  return std::make_unique<MacKeyEvent>(std::move(event));
+}
+
+PostResult MacKeyEvents::post(EventTap tap, const KeyEvent& event) {
+  CGEventPost(static_cast<CGEventTapLocation>(tap), static_cast<const MacKeyEvent&>(event).get());
+  return PostResult::posted;
+}
 
 static_assert(static_cast<int>(EventSourceState::combinedSession) == kCGEventSourceStateCombinedSessionState);
 static_assert(static_cast<int>(EventSourceState::hidSystem) == kCGEventSourceStateHIDSystemState);
@@ -68,9 +65,5 @@ static_assert(number(kEventFlagShift) == kCGEventFlagMaskShift &&
               number(kEventFlagOption) == kCGEventFlagMaskAlternate &&
               number(kEventFlagCommand) == kCGEventFlagMaskCommand &&
               number(kEventFlagSecondaryFn) == kCGEventFlagMaskSecondaryFn);
-
-}  // namespace
-
-std::unique_ptr<KeyEvents> makeKeyEvents() { return std::make_unique<MacKeyEvents>(); }
 
 }  // namespace lexwend::platform::mac

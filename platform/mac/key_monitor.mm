@@ -1,35 +1,26 @@
 // SPDX-License-Identifier: MIT
-#include "platform/key_monitor.h"
+#include "platform/mac/key_monitor.h"
 
 #import <AppKit/AppKit.h>
 
 #include <utility>
 
 #include "platform/mac/callback.h"
-#include "platform/mac/mac_services.h"
 
 namespace lexwend::platform::mac {
-namespace {
-
-class MacKeyMonitor : public KeyMonitor {
- public:
-  Registration addLocalKeyDownMonitor(std::function<KeyDisposition(const KeyDownEvent&)> handler) override {
-    const auto kept = shared(std::move(handler));
-    NSEvent* (^handle)(NSEvent*) = ^NSEvent*(NSEvent* event) {
-      // Removing the monitor may release this block.
-      const auto running = kept;
-      auto disposition = KeyDisposition::passedOn;
-      guarded([&] { disposition = (*running)({KeyCode{event.keyCode}, EventFlags{event.modifierFlags}}); });
-      return disposition == KeyDisposition::consumed ? nil : event;
-    };
-    id monitor = [NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskKeyDown handler:handle];
-    if (monitor == nil) return {};
-    return Registration([monitor] { [NSEvent removeMonitor:monitor]; });
-  }
-};
-
-}  // namespace
-
-std::unique_ptr<KeyMonitor> makeKeyMonitor() { return std::make_unique<MacKeyMonitor>(); }
+Registration MacKeyMonitor::addLocalKeyDownMonitor(
+    std::function<KeyDisposition(const KeyDownEvent&)> handler) {
+  const auto kept = shared(std::move(handler));
+  NSEvent* (^handle)(NSEvent*) = ^NSEvent*(NSEvent* event) {
+    // Removing the monitor may release this block.
+    const auto running = kept;
+    auto disposition = KeyDisposition::passedOn;
+    guarded([&] { disposition = (*running)({KeyCode{event.keyCode}, EventFlags{event.modifierFlags}}); });
+    return disposition == KeyDisposition::consumed ? nil : event;
+  };
+  id monitor = [NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskKeyDown handler:handle];
+  if (monitor == nil) return {};
+  return Registration([monitor] { [NSEvent removeMonitor:monitor]; });
+}
 
 }  // namespace lexwend::platform::mac

@@ -1,34 +1,25 @@
 // SPDX-License-Identifier: MIT
-#include "platform/login_item.h"
+#include "platform/mac/login_item.h"
 
 #import <ServiceManagement/ServiceManagement.h>
 
-#include "platform/mac/mac_services.h"
-
 namespace lexwend::platform::mac {
-namespace {
-
-class MacLoginItem : public LoginItem {
- public:
-  LoginItemStatus status() override {
-    switch ([[SMAppService mainAppService] status]) {
-      case SMAppServiceStatusNotRegistered:
-        return LoginItemStatus::notRegistered;
-      case SMAppServiceStatusEnabled:
-        return LoginItemStatus::enabled;
-      case SMAppServiceStatusRequiresApproval:
-        return LoginItemStatus::requiresApproval;
-      case SMAppServiceStatusNotFound:
-        return LoginItemStatus::notFound;
-    }
-    return LoginItemStatus::notFound;  // a status that a later system may add
+LoginItemStatus MacLoginItem::status() {
+  switch ([[SMAppService mainAppService] status]) {
+    case SMAppServiceStatusNotRegistered:
+      return LoginItemStatus::notRegistered;
+    case SMAppServiceStatusEnabled:
+      return LoginItemStatus::enabled;
+    case SMAppServiceStatusRequiresApproval:
+      return LoginItemStatus::requiresApproval;
+    case SMAppServiceStatusNotFound:
+      return LoginItemStatus::notFound;
   }
-  bool registerItem() override { return [[SMAppService mainAppService] registerAndReturnError:nil]; }
-  bool unregisterItem() override { return [[SMAppService mainAppService] unregisterAndReturnError:nil]; }
-};
+  return LoginItemStatus::notFound;  // a status that a later system may add
+}
 
-}  // namespace
+bool MacLoginItem::registerItem() { return [[SMAppService mainAppService] registerAndReturnError:nil]; }
 
-std::unique_ptr<LoginItem> makeLoginItem() { return std::make_unique<MacLoginItem>(); }
+bool MacLoginItem::unregisterItem() { return [[SMAppService mainAppService] unregisterAndReturnError:nil]; }
 
 }  // namespace lexwend::platform::mac

@@ -2,80 +2,76 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 
-#include "platform/accessibility.h"
-#include "platform/alerts.h"
-#include "platform/application.h"
-#include "platform/date_formatter.h"
 #include "platform/diagnosis.h"
-#include "platform/files.h"
 #include "platform/host.h"
-#include "platform/hot_key_service.h"
-#include "platform/input_sources.h"
-#include "platform/key_events.h"
-#include "platform/key_monitor.h"
-#include "platform/login_item.h"
-#include "platform/pasteboard.h"
-#include "platform/recorder_window.h"
-#include "platform/run_loop.h"
-#include "platform/running_applications.h"
-#include "platform/secure_input.h"
-#include "platform/status_item.h"
-#include "platform/user_defaults.h"
-#include "platform/workspace.h"
+#include "platform/mac/accessibility.h"
+#include "platform/mac/alerts.h"
+#include "platform/mac/application.h"
+#include "platform/mac/date_formatter.h"
+#include "platform/mac/files.h"
+#include "platform/mac/hot_key_service.h"
+#include "platform/mac/input_sources.h"
+#include "platform/mac/key_events.h"
+#include "platform/mac/key_monitor.h"
+#include "platform/mac/login_item.h"
+#include "platform/mac/pasteboard.h"
+#include "platform/mac/recorder_window.h"
+#include "platform/mac/run_loop.h"
+#include "platform/mac/running_applications.h"
+#include "platform/mac/running_instance.h"
+#include "platform/mac/secure_input.h"
+#include "platform/mac/status_item.h"
+#include "platform/mac/user_defaults.h"
+#include "platform/mac/workspace.h"
 
 namespace lexwend::platform::mac {
 
-/// macOS 13 and later. Compiled, linked and executed against doubles; never run on macOS.
+/// macOS 13 and later. Compiled, linked and executed against doubles; never run on macOS. A service does
+/// nothing to the system before it is called: a self-test touches no window server.
 class MacHost : public Host {
  public:
-  InputSourceService& inputSourceService() override;
-  Accessibility& accessibility() override;
-  SecureInput& secureInput() override;
-  KeyEvents& keyEvents() override;
-  HotKeyService& hotKeyService() override;
-  StatusBar& statusBar() override;
-  RecorderWindows& recorderWindows() override;
-  KeyMonitor& keyMonitor() override;
-  Alerts& alerts() override;
-  Workspace& workspace() override;
-  RunningApplications& runningApplications() override;
-  UserDefaults& standardUserDefaults() override;
-  LoginItem& loginItem() override;
-  RunLoop& runLoop() override;
-  Application& application() override;
-  Files& files() override;
-  DateFormatters& dateFormatters() override;
-  std::shared_ptr<Pasteboard> generalPasteboard() override;
+  InputSourceService& inputSourceService() override { return inputSourceService_; }
+  Accessibility& accessibility() override { return accessibility_; }
+  SecureInput& secureInput() override { return secureInput_; }
+  KeyEvents& keyEvents() override { return keyEvents_; }
+  HotKeyService& hotKeyService() override { return hotKeyService_; }
+  StatusBar& statusBar() override { return statusBar_; }
+  RecorderWindows& recorderWindows() override { return recorderWindows_; }
+  KeyMonitor& keyMonitor() override { return keyMonitor_; }
+  Alerts& alerts() override { return alerts_; }
+  Workspace& workspace() override { return workspace_; }
+  RunningApplications& runningApplications() override { return runningApplications_; }
+  RunningInstance& runningInstance() override { return runningInstance_; }
+  UserDefaults& standardUserDefaults() override { return standardUserDefaults_; }
+  LoginItem& loginItem() override { return loginItem_; }
+  RunLoop& runLoop() override { return runLoop_; }
+  Application& application() override { return application_; }
+  Files& files() override { return files_; }
+  DateFormatters& dateFormatters() override { return dateFormatters_; }
+  std::shared_ptr<Pasteboard> generalPasteboard() override { return generalPasteboard_; }
   Diagnosis& diagnosis() override { return diagnosis_; }
 
  private:
-  /// A service that every thread may be the first to ask for.
-  template <typename Service>
-  struct OnAnyThread {
-    std::once_flag isMade;
-    std::unique_ptr<Service> service;
-  };
-
-  std::unique_ptr<InputSourceService> inputSourceService_;
-  std::unique_ptr<Accessibility> accessibility_;
-  std::unique_ptr<SecureInput> secureInput_;
-  std::unique_ptr<KeyEvents> keyEvents_;
-  std::unique_ptr<HotKeyService> hotKeyService_;
-  std::unique_ptr<StatusBar> statusBar_;
-  std::unique_ptr<RecorderWindows> recorderWindows_;
-  std::unique_ptr<KeyMonitor> keyMonitor_;
-  std::unique_ptr<Alerts> alerts_;
-  std::unique_ptr<Workspace> workspace_;
-  std::unique_ptr<RunningApplications> runningApplications_;
-  OnAnyThread<UserDefaults> standardUserDefaults_;
-  std::unique_ptr<LoginItem> loginItem_;
-  std::unique_ptr<RunLoop> runLoop_;
-  std::unique_ptr<Application> application_;
-  OnAnyThread<Files> files_;
-  OnAnyThread<DateFormatters> dateFormatters_;
-  std::shared_ptr<Pasteboard> generalPasteboard_;
+  MacInputSourceService inputSourceService_;
+  MacAccessibility accessibility_;
+  MacSecureInput secureInput_;
+  MacKeyEvents keyEvents_;
+  MacHotKeyService hotKeyService_;
+  MacStatusBar statusBar_;
+  MacRecorderWindows recorderWindows_;
+  MacKeyMonitor keyMonitor_;
+  MacAlerts alerts_;
+  MacWorkspace workspace_;
+  MacRunningApplications runningApplications_;
+  MacRunningInstance runningInstance_;
+  MacUserDefaults standardUserDefaults_;
+  MacLoginItem loginItem_;
+  MacRunLoop runLoop_;
+  MacApplication application_;
+  MacFiles files_;
+  MacDateFormatters dateFormatters_;
+  std::shared_ptr<MacPasteboard> generalPasteboard_ = std::make_shared<MacPasteboard>();
   Diagnosis diagnosis_;  // which has nothing to tell of macOS
 };
 

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "platform/pasteboard.h"
+#include "platform/mac/pasteboard.h"
 
 #import <AppKit/AppKit.h>
 
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 
 /// What NSPasteboard has on macOS 15.4 and later; declared here, so that an older SDK does as well.
 @protocol LXWPasteboardAccess
@@ -18,6 +17,8 @@ namespace {
 constexpr NSInteger kAlwaysAllow = 2;
 
 NSPasteboardType nsType(const std::string& type) { return (__bridge NSString*)cfTextOrEmpty(type).get(); }
+
+NSPasteboard* general() { return [NSPasteboard generalPasteboard]; }
 
 Bytes bytesOf(NSData* data) {
   const auto* first = static_cast<const std::byte*>(data.bytes);
@@ -47,56 +48,49 @@ class MacPasteboardItem : public PasteboardItem {
   NSPasteboardItem* item_;
 };
 
-class MacPasteboard : public Pasteboard {
- public:
-  std::optional<std::vector<std::unique_ptr<PasteboardItem>>> items() override {
-    NSArray<NSPasteboardItem*>* reported = pasteboard_.pasteboardItems;
-    if (reported == nil) return std::nullopt;
-    std::vector<std::unique_ptr<PasteboardItem>> items;
-    for (NSPasteboardItem* item in reported) items.push_back(std::make_unique<MacPasteboardItem>(item));
-    return items;
-  }
-
-  bool mayRefuseReading() override {
-    if (![pasteboard_ respondsToSelector:@selector(accessBehavior)]) return false;
-    return [(id<LXWPasteboardAccess>)pasteboard_ accessBehavior] != kAlwaysAllow;
-  }
-
-  std::int64_t changeCount() override { return pasteboard_.changeCount; }
-  void clearContents() override { [pasteboard_ clearContents]; }
-
-  std::optional<std::string> string() override {
-    NSString* text = [pasteboard_ stringForType:NSPasteboardTypeString];
-    if (text == nil) return std::nullopt;
-    return utf8((__bridge CFStringRef)text);
-  }
-
-  void setString(std::string_view text) override {
-    const CFRef<CFStringRef> string = cfText(text);
-    if (string) [pasteboard_ setString:(__bridge NSString*)string.get() forType:NSPasteboardTypeString];
-  }
-
-  void writeItems(const std::vector<PasteboardItemData>& items) override {
-    @autoreleasepool {
-      // A pasteboard item belongs to the one pasteboard that it was written to: each write needs new ones.
-      NSMutableArray<NSPasteboardItem*>* written = [NSMutableArray array];
-      for (const PasteboardItemData& entry : items) {
-        NSPasteboardItem* item = [[NSPasteboardItem alloc] init];
-        for (const auto& [type, bytes] : entry) {
-          [item setData:[NSData dataWithBytes:bytes.data() length:bytes.size()] forType:nsType(type)];
-        }
-        [written addObject:item];
-      }
-      [pasteboard_ writeObjects:written];
-    }
-  }
-
- private:
-  NSPasteboard* pasteboard_ = [NSPasteboard generalPasteboard];
-};
-
 }  // namespace
 
-std::shared_ptr<Pasteboard> makeGeneralPasteboard() { return std::make_shared<MacPasteboard>(); }
+std::optional<std::vector<std::unique_ptr<PasteboardItem>>> MacPasteboard::items() {
+  NSArray<NSPasteboardItem*>* reported = general().pasteboardItems;
+  if (reported == nil) return std::nullopt;
+  std::vector<std::unique_ptr<PasteboardItem>> items;
+  for (NSPasteboardItem* item in reported) items.push_back(std::make_unique<MacPasteboardItem>(item));
+  return items;
+}
+
+bool MacPasteboard::mayRefuseReading() {
+  if (![general() respondsToSelector:@selector(accessBehavior)]) return false;
+  return [(id<LXWPasteboardAccess>)general() accessBehavior] != kAlwaysAllow;
+}
+
+std::int64_t MacPasteboard::changeCount() { return general().changeCount; }
+
+void MacPasteboard::clearContents() { [general() clearContents]; }
+
+std::optional<std::string> MacPasteboard::string() {
+  NSString* text = [general() stringForType:NSPasteboardTypeString];
+  if (text == nil) return std::nullopt;
+  return utf8((__bridge CFStringRef)text);
+}
+
+void MacPasteboard::setString(std::string_view text) {
+  const CFRef<CFStringRef> string = cfText(text);
+  if (string) [general() setString:(__bridge NSString*)string.get() forType:NSPasteboardTypeString];
+}
+
+void MacPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
+  @autoreleasepool {
+    // A pasteboard item belongs to the one pasteboard that it was written to: each write needs new ones.
+    NSMutableArray<NSPasteboardItem*>* written = [NSMutableArray array];
+    for (const PasteboardItemData& entry : items) {
+      NSPasteboardItem* item = [[NSPasteboardItem alloc] init];
+      for (const auto& [type, bytes] : entry) {
+        [item setData:[NSData dataWithBytes:bytes.data() length:bytes.size()] forType:nsType(type)];
+      }
+      [written addObject:item];
+    }
+    [general() writeObjects:written];
+  }
+}
 
 }  // namespace lexwend::platform::mac

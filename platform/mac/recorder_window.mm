@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/recorder_window.h"
+#include "platform/mac/recorder_window.h"
 
 #import <AppKit/AppKit.h>
 #import <QuartzCore/QuartzCore.h>
@@ -9,7 +9,6 @@
 
 #include "platform/mac/callback.h"
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 #include "platform/mac/own_windows.h"
 
 namespace lexwend::platform::mac {
@@ -259,16 +258,11 @@ class MacRecorderWindow : public RecorderWindow {
   LXWRecorderWindowController* controller_;
 };
 
-class MacRecorderWindows : public RecorderWindows {
- public:
-  std::unique_ptr<RecorderWindow> create(const RecorderWindowLook& look,
-                                         RecorderWindowEvents events) override {
-    return std::make_unique<MacRecorderWindow>(look, std::move(events));
-  }
-};
-
 }  // namespace
 
-std::unique_ptr<RecorderWindows> makeRecorderWindows() { return std::make_unique<MacRecorderWindows>(); }
+std::unique_ptr<RecorderWindow> MacRecorderWindows::create(const RecorderWindowLook& look,
+                                                           RecorderWindowEvents events) {
+  return std::make_unique<MacRecorderWindow>(look, std::move(events));
+}
 
 }  // namespace lexwend::platform::mac

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/run_loop.h"
+#include "platform/mac/run_loop.h"
 
 #import <CoreFoundation/CoreFoundation.h>
 #import <Foundation/Foundation.h>
@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "platform/mac/callback.h"
-#include "platform/mac/mac_services.h"
 
 namespace lexwend::platform::mac {
 namespace {
@@ -39,45 +38,40 @@ struct Pending {
   Activity activity;
 };
 
-class MacRunLoop : public RunLoop {
- public:
-  void dispatchAfter(std::chrono::milliseconds delay, std::function<void()> work) override {
-    const auto kept = std::make_shared<const Pending<std::function<void()>>>(std::move(work),
-                                                                             @"Work for a moment from now");
-    const std::int64_t nanoseconds = std::chrono::nanoseconds(delay).count();
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanoseconds), dispatch_get_main_queue(), ^{
-      // The main queue waits for the work that it runs, and work may open an alert that stands for hours; a
-      // block of the run loop holds up nothing.
-      CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
-        guarded(kept->work);
-      });
-      CFRunLoopWakeUp(CFRunLoopGetMain());
-    });
-  }
-
-  Registration scheduledRepeatingTimer(std::chrono::milliseconds interval,
-                                       std::function<void()> handler) override {
-    const auto kept = std::make_shared<const Pending<std::function<void()>>>(std::move(handler),
-                                                                             @"Looking again and again");
-    const NSTimeInterval seconds = std::chrono::duration<double>(interval).count();
-    void (^tick)(NSTimer*) = ^(NSTimer*) {
-      // Invalidating the timer may release this block.
-      const auto running = kept;
-      guarded(running->work);
-    };
-    NSTimer* scheduled = [NSTimer scheduledTimerWithTimeInterval:seconds repeats:YES block:tick];
-    // Scheduled in the default mode alone, it would stand still while an alert or a menu is open.
-    [[NSRunLoop mainRunLoop] addTimer:scheduled forMode:NSRunLoopCommonModes];
-    return Registration([scheduled] { [scheduled invalidate]; });
-  }
-
-  void sleep(std::chrono::microseconds duration) override {
-    usleep(static_cast<useconds_t>(duration.count()));
-  }
-};
-
 }  // namespace
 
-std::unique_ptr<RunLoop> makeRunLoop() { return std::make_unique<MacRunLoop>(); }
+void MacRunLoop::dispatchAfter(std::chrono::milliseconds delay, std::function<void()> work) {
+  const auto kept =
+      std::make_shared<const Pending<std::function<void()>>>(std::move(work), @"Work for a moment from now");
+  const std::int64_t nanoseconds = std::chrono::nanoseconds(delay).count();
+  dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanoseconds), dispatch_get_main_queue(), ^{
+    // The main queue waits for the work that it runs, and work may open an alert that stands for hours; a
+    // block of the run loop holds up nothing.
+    CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
+      guarded(kept->work);
+    });
+    CFRunLoopWakeUp(CFRunLoopGetMain());
+  });
+}
+
+Registration MacRunLoop::scheduledRepeatingTimer(std::chrono::milliseconds interval,
+                                                 std::function<void()> handler) {
+  const auto kept =
+      std::make_shared<const Pending<std::function<void()>>>(std::move(handler), @"Looking again and again");
+  const NSTimeInterval seconds = std::chrono::duration<double>(interval).count();
+  void (^tick)(NSTimer*) = ^(NSTimer*) {
+    // Invalidating the timer may release this block.
+    const auto running = kept;
+    guarded(running->work);
+  };
+  NSTimer* scheduled = [NSTimer scheduledTimerWithTimeInterval:seconds repeats:YES block:tick];
+  // Scheduled in the default mode alone, it would stand still while an alert or a menu is open.
+  [[NSRunLoop mainRunLoop] addTimer:scheduled forMode:NSRunLoopCommonModes];
+  return Registration([scheduled] { [scheduled invalidate]; });
+}
+
+void MacRunLoop::sleep(std::chrono::microseconds duration) {
+  usleep(static_cast<useconds_t>(duration.count()));
+}
 
 }  // namespace lexwend::platform::mac

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/status_item.h"
+#include "platform/mac/status_item.h"
 
 #import <AppKit/AppKit.h>
 #import <Carbon/Carbon.h>
@@ -10,7 +10,6 @@
 
 #include "platform/mac/callback.h"
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 #include "platform/mac/own_menu.h"
 
 /// What a chosen menu item sends its action to. The item holds it weakly.
@@ -158,24 +157,22 @@ class MacStatusItem : public StatusItem {
   MenuRef menu_;
 };
 
-class MacStatusBar : public StatusBar {
- public:
-  StatusItemRef statusItem(double length) override {
-    return std::make_shared<MacStatusItem>([[NSStatusBar systemStatusBar] statusItemWithLength:length]);
-  }
-  MenuRef makeMenu() override { return std::make_shared<MacMenu>(); }
-  MenuItemRef makeMenuItem() override { return std::make_shared<MacMenuItem>(); }
-  SymbolImageRef symbolImage(std::string_view name, std::string_view accessibilityDescription) override {
-    NSString* description = (__bridge NSString*)cfTextOrEmpty(accessibilityDescription).get();
-    NSImage* image = [NSImage imageWithSystemSymbolName:(__bridge NSString*)cfTextOrEmpty(name).get()
-                               accessibilityDescription:description];
-    if (image == nil) return nullptr;
-    return std::make_shared<MacSymbolImage>(image);
-  }
-};
-
 }  // namespace
 
-std::unique_ptr<StatusBar> makeStatusBar() { return std::make_unique<MacStatusBar>(); }
+StatusItemRef MacStatusBar::statusItem(double length) {
+  return std::make_shared<MacStatusItem>([[NSStatusBar systemStatusBar] statusItemWithLength:length]);
+}
+
+MenuRef MacStatusBar::makeMenu() { return std::make_shared<MacMenu>(); }
+
+MenuItemRef MacStatusBar::makeMenuItem() { return std::make_shared<MacMenuItem>(); }
+
+SymbolImageRef MacStatusBar::symbolImage(std::string_view name, std::string_view accessibilityDescription) {
+  NSString* description = (__bridge NSString*)cfTextOrEmpty(accessibilityDescription).get();
+  NSImage* image = [NSImage imageWithSystemSymbolName:(__bridge NSString*)cfTextOrEmpty(name).get()
+                             accessibilityDescription:description];
+  if (image == nil) return nullptr;
+  return std::make_shared<MacSymbolImage>(image);
+}
 
 }  // namespace lexwend::platform::mac

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "platform/user_defaults.h"
+#include "platform/mac/user_defaults.h"
 
 #import <Foundation/Foundation.h>
 
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 
 namespace lexwend::platform::mac {
 namespace {
+
+NSUserDefaults* defaults() { return [NSUserDefaults standardUserDefaults]; }
 
 DefaultsValue numberValue(CFNumberRef number) {
   std::int64_t whole = 0;
@@ -25,29 +26,24 @@ DefaultsValue defaultsValue(CFTypeRef object) {
   return OtherDefaultsValue{};
 }
 
-class MacUserDefaults : public UserDefaults {
- public:
-  std::optional<DefaultsValue> objectForKey(std::string_view key) override {
-    id object = [defaults_ objectForKey:(__bridge NSString*)cfTextOrEmpty(key).get()];
-    if (object == nil) return std::nullopt;
-    return defaultsValue((__bridge CFTypeRef)object);
-  }
-  bool boolForKey(std::string_view key) override {
-    return [defaults_ boolForKey:(__bridge NSString*)cfTextOrEmpty(key).get()];
-  }
-  void setInteger(std::int64_t value, std::string_view key) override {
-    [defaults_ setInteger:value forKey:(__bridge NSString*)cfTextOrEmpty(key).get()];
-  }
-  void setBool(bool value, std::string_view key) override {
-    [defaults_ setBool:value forKey:(__bridge NSString*)cfTextOrEmpty(key).get()];
-  }
-
- private:
-  NSUserDefaults* defaults_ = [NSUserDefaults standardUserDefaults];
-};
-
 }  // namespace
 
-std::unique_ptr<UserDefaults> makeStandardUserDefaults() { return std::make_unique<MacUserDefaults>(); }
+std::optional<DefaultsValue> MacUserDefaults::objectForKey(std::string_view key) {
+  id object = [defaults() objectForKey:(__bridge NSString*)cfTextOrEmpty(key).get()];
+  if (object == nil) return std::nullopt;
+  return defaultsValue((__bridge CFTypeRef)object);
+}
+
+bool MacUserDefaults::boolForKey(std::string_view key) {
+  return [defaults() boolForKey:(__bridge NSString*)cfTextOrEmpty(key).get()];
+}
+
+void MacUserDefaults::setInteger(std::int64_t value, std::string_view key) {
+  [defaults() setInteger:value forKey:(__bridge NSString*)cfTextOrEmpty(key).get()];
+}
+
+void MacUserDefaults::setBool(bool value, std::string_view key) {
+  [defaults() setBool:value forKey:(__bridge NSString*)cfTextOrEmpty(key).get()];
+}
 
 }  // namespace lexwend::platform::mac

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/workspace.h"
+#include "platform/mac/workspace.h"
 
 #import <AppKit/AppKit.h>
 
@@ -7,7 +7,6 @@
 
 #include "platform/mac/callback.h"
 #include "platform/mac/cf_text.h"
-#include "platform/mac/mac_services.h"
 #include "platform/mac/own_windows.h"
 
 namespace lexwend::platform::mac {
@@ -22,47 +21,42 @@ class MacUrl : public Url {
   NSURL* url_;
 };
 
-class MacWorkspace : public Workspace {
- public:
-  std::optional<FrontApplication> frontmostApplication() override {
-    NSRunningApplication* front = [[NSWorkspace sharedWorkspace] frontmostApplication];
-    if (front == nil) return std::nullopt;
-    NSString* identifier = front.bundleIdentifier;
-    if (identifier == nil) return FrontApplication{};
-    return FrontApplication{.bundleIdentifier = utf8((__bridge CFStringRef)identifier)};
-  }
-
-  UrlRef urlFromString(std::string_view text) override {
-    const CFRef<CFStringRef> string = cfText(text);
-    if (!string) return nullptr;
-    NSURL* url = [NSURL URLWithString:(__bridge NSString*)string.get()];
-    if (url == nil) return nullptr;
-    return std::make_shared<MacUrl>(url);
-  }
-
-  void open(const UrlRef& url) override {
-    leaveKeyboardToOthers();
-    [[NSWorkspace sharedWorkspace] openURL:static_cast<const MacUrl&>(*url).get()];
-  }
-
-  Registration observeDidWake(std::function<void()> handler) override {
-    auto kept = shared(std::move(handler));
-    const std::weak_ptr observer = kept;
-    // Sleep and wake are posted to the workspace's own centre, not to the default one.
-    NSNotificationCenter* center = [[NSWorkspace sharedWorkspace] notificationCenter];
-    [center addObserverForName:NSWorkspaceDidWakeNotification
-                        object:nil
-                         queue:[NSOperationQueue mainQueue]
-                    usingBlock:^(NSNotification*) {
-                      if (const auto running = observer.lock()) guarded(*running);
-                    }];
-    // The system keeps its observer, which does nothing once the handler has gone.
-    return Registration([kept = std::move(kept)] {});
-  }
-};
-
 }  // namespace
 
-std::unique_ptr<Workspace> makeWorkspace() { return std::make_unique<MacWorkspace>(); }
+std::optional<FrontApplication> MacWorkspace::frontmostApplication() {
+  NSRunningApplication* front = [[NSWorkspace sharedWorkspace] frontmostApplication];
+  if (front == nil) return std::nullopt;
+  NSString* identifier = front.bundleIdentifier;
+  if (identifier == nil) return FrontApplication{};
+  return FrontApplication{.bundleIdentifier = utf8((__bridge CFStringRef)identifier)};
+}
+
+UrlRef MacWorkspace::urlFromString(std::string_view text) {
+  const CFRef<CFStringRef> string = cfText(text);
+  if (!string) return nullptr;
+  NSURL* url = [NSURL URLWithString:(__bridge NSString*)string.get()];
+  if (url == nil) return nullptr;
+  return std::make_shared<MacUrl>(url);
+}
+
+void MacWorkspace::open(const UrlRef& url) {
+  leaveKeyboardToOthers();
+  [[NSWorkspace sharedWorkspace] openURL:static_cast<const MacUrl&>(*url).get()];
+}
+
+Registration MacWorkspace::observeDidWake(std::function<void()> handler) {
+  auto kept = shared(std::move(handler));
+  const std::weak_ptr observer = kept;
+  // Sleep and wake are posted to the workspace's own centre, not to the default one.
+  NSNotificationCenter* center = [[NSWorkspace sharedWorkspace] notificationCenter];
+  [center addObserverForName:NSWorkspaceDidWakeNotification
+                      object:nil
+                       queue:[NSOperationQueue mainQueue]
+                  usingBlock:^(NSNotification*) {
+                    if (const auto running = observer.lock()) guarded(*running);
+                  }];
+  // The system keeps its observer, which does nothing once the handler has gone.
+  return Registration([kept = std::move(kept)] {});
+}
 
 }  // namespace lexwend::platform::mac

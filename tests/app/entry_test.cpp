@@ -128,12 +128,6 @@ TEST(Entry, twoCommandsAreRefused) {
   EXPECT_THAT(start.host.calls().all(), IsEmpty());
 }
 
-TEST(Entry, hostWithoutAWayToInstancesSaysSo) {
-  platform::FakeHost host;
-  EXPECT_EQ(host.Host::runningInstance().pass(platform::InstanceCommand::fix),
-            platform::InstanceAnswer::notHere);
-}
-
 TEST(Entry, versionIsOneLineAndNeedsNothing) {
   Start start;
   EXPECT_EQ(start({"--version"}), 0);

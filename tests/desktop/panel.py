@@ -232,6 +232,12 @@ class ScreenReader:
         return {entry.get_name(): Item(*(entry.get_state_set().contains(s) for s in (state.VISIBLE, state.ENABLED, state.CHECKED)))
                 for entry in self._entries() if entry.get_role() != self.atspi.Role.SEPARATOR}
 
+    def middle_of_item(self, title):
+        """Where that item of the open menu is on the screen."""
+        entry = next(entry for entry in self._entries() if entry.get_name() == title)
+        place = self.atspi.Component.get_extents(entry, self.atspi.CoordType.SCREEN)
+        return place.x + place.width // 2, place.y + place.height // 2
+
     def press_item(self, title):
         """As a screen reader does it for its user, without the keyboard."""
         self._press(next(entry for entry in self._entries() if entry.get_name() == title))

@@ -27,6 +27,13 @@ TEST_F(MacApplicationService, isNoApplicationBeforeItIsAskedTo) {
   EXPECT_TRUE(doubles::app::exists());
 }
 
+TEST_F(MacApplicationService, hasNoWayToTheAgentThatRuns) {
+  RunningInstance& instance = host->runningInstance();
+  EXPECT_EQ(instance.pass(InstanceCommand::fix), InstanceAnswer::notHere);
+  EXPECT_FALSE(instance.receive([](InstanceCommand) { return true; }));
+  EXPECT_FALSE(instance.dropFixes());
+}
+
 TEST_F(MacApplicationService, setsThePolicyAndRunsTheDelegateOnceAtTheStartOfTheLoop) {
   std::vector<std::string> order;
   service.takeSharedApplication();

@@ -139,30 +139,40 @@ TEST_F(MacHotKeys, givesTheHandlersStatusBackAndZeroWhenItThrows) {
   EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
 }
 
-TEST_F(MacHotKeys, hearsPressesAfterAMenuWentThatWasOpen) {
+/// With the presses counted.
+struct MacHotKeyF2 : MacHotKeys {
   int presses = 0;
-  service.installHandler([&](const HotKeyEvent&) {
-    ++presses;
-    return kNoErr;
-  });
-  const Registration key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey;
-  StatusItemRef item = host->statusBar().statusItem(kSquareStatusItemLength);
-  item->setMenu(host->statusBar().makeMenu());
+  Registration key;
+
+  void SetUp() override {
+    MacHotKeys::SetUp();
+    service.installHandler([this](const HotKeyEvent&) {
+      ++presses;
+      return kNoErr;
+    });
+    key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey;
+  }
+  void TearDown() override {
+    key.cancel();
+    MacHotKeys::TearDown();
+  }
+  StatusItemRef itemWithMenu() {
+    StatusItemRef item = host->statusBar().statusItem(kSquareStatusItemLength);
+    item->setMenu(host->statusBar().makeMenu());
+    return item;
+  }
+};
+
+TEST_F(MacHotKeyF2, hearsPressesAfterAMenuWentThatWasOpen) {
+  StatusItemRef item = itemWithMenu();
   doubles::status_bar::openMenu();
   item = nullptr;
   doubles::hot_keys::press(120, 0);
   EXPECT_EQ(presses, 1);
 }
 
-TEST_F(MacHotKeys, hearsAPressThatWasMadeBeforeTheMenuOpened) {
-  int presses = 0;
-  service.installHandler([&](const HotKeyEvent&) {
-    ++presses;
-    return kNoErr;
-  });
-  const Registration key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey;
-  StatusItemRef item = host->statusBar().statusItem(kSquareStatusItemLength);
-  item->setMenu(host->statusBar().makeMenu());
+TEST_F(MacHotKeyF2, hearsAPressThatWasMadeBeforeTheMenuOpened) {
+  StatusItemRef item = itemWithMenu();
   doubles::time::later(std::chrono::milliseconds(1), [] { doubles::hot_keys::press(120, 0); });
   host->runLoop().sleep(std::chrono::milliseconds(2));
   doubles::status_bar::openMenu();
@@ -171,13 +181,7 @@ TEST_F(MacHotKeys, hearsAPressThatWasMadeBeforeTheMenuOpened) {
   EXPECT_EQ(presses, 1);
 }
 
-TEST_F(MacHotKeys, runsNoHandlerOnceTheServiceIsGone) {
-  int presses = 0;
-  service.installHandler([&](const HotKeyEvent&) {
-    ++presses;
-    return kNoErr;
-  });
-  const Registration key = service.registerHotKey(kKeyF2, kNoModifiers, {kSignature, 1}).hotKey;
+TEST_F(MacHotKeyF2, runsNoHandlerOnceTheServiceIsGone) {
   host = nullptr;
   EXPECT_EQ(doubles::hot_keys::press(120, 0), 0);
   EXPECT_EQ(presses, 0);

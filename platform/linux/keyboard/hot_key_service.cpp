@@ -19,12 +19,6 @@ constexpr xcb_timestamp_t kLongestRepeatPause = 3000;
 // presses a hot key again more slowly.
 constexpr xcb_timestamp_t kRepeatPauseWithoutReleases = 750;
 
-struct HotKeyCombination {
-  KeyCode keyCode{};
-  Modifiers modifiers{};
-  bool operator==(const HotKeyCombination&) const = default;
-};
-
 /// The core modifier state of a mask; nothing when a modifier has no key here.
 std::optional<std::uint16_t> stateOf(Modifiers modifiers, const ModifierMasks& masks) {
   struct Row {
@@ -42,14 +36,6 @@ std::optional<std::uint16_t> stateOf(Modifiers modifiers, const ModifierMasks& m
 }
 
 }  // namespace
-
-struct LinuxHotKeyService::GrabbedKey {
-  HotKeyID identity;
-  HotKeyCombination combination;
-  std::uint8_t key = 0;
-  std::uint16_t state = 0;  ///< the modifiers without any lock
-  bool grabbed = true;      ///< false when a change of the keymap lost the key to another program
-};
 
 LinuxHotKeyService::LinuxHotKeyService(std::shared_ptr<X11Connection> x11) : x11_(std::move(x11)) {
   if (!x11_) return;
@@ -72,77 +58,48 @@ LinuxHotKeyService::~LinuxHotKeyService() {
   x11_->flush();
 }
 
-OSStatus LinuxHotKeyService::installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) {
-  handler_ = std::move(handler);
-  return kNoErr;
+std::optional<LinuxHotKeyService::Grab> LinuxHotKeyService::grabOf(const HotKey& hotKey) const {
+  const auto key = xFromMacKeyCode(hotKey.keyCode);
+  const auto state = stateOf(hotKey.modifiers, masks_);
+  if (!key || !state) return std::nullopt;
+  return Grab{*key, *state};
 }
 
-HotKeyRegistration LinuxHotKeyService::registerHotKey(KeyCode keyCode, Modifiers modifiers,
-                                                      HotKeyID identity) {
-  if (!x11_ || stopped_) {
-    return {kHotKeyInvalidErr, {}};
-  }
-  const auto key = xFromMacKeyCode(keyCode);
-  const auto state = stateOf(modifiers, masks_);
-  if (!key || !state) {
-    return {kHotKeyInvalidErr, {}};
-  }
-  auto hotKey = std::make_shared<GrabbedKey>();
-  hotKey->identity = identity;
-  hotKey->combination = {keyCode, modifiers};
-  hotKey->key = *key;
-  hotKey->state = *state;
-  // The server lets one client grab the same key twice.
-  const bool ours = std::any_of(hotKeys_.begin(), hotKeys_.end(), [&](const auto& other) {
-    return other->key == hotKey->key && other->state == hotKey->state;
-  });
-  if (ours || !grab(*hotKey)) {
-    return {kHotKeyExistsErr, {}};
-  }
-  hotKeys_.push_back(hotKey);
-  return {kNoErr, Registration([this, weak = std::weak_ptr(hotKey)] {
-            if (const auto grabbed = weak.lock()) unregister(grabbed);
-          })};
+OSStatus LinuxHotKeyService::take(const HotKey& hotKey) {
+  const auto wanted = x11_ ? grabOf(hotKey) : std::nullopt;
+  if (!wanted) return kHotKeyInvalidErr;
+  // The server lets one client grab the same key twice, and a keymap may have two modifiers on the same bit.
+  const auto all = hotKeys();
+  const bool ours =
+      std::any_of(all.begin(), all.end(), [&](const auto& other) { return grabOf(*other) == wanted; });
+  return ours || !grab(*wanted) ? kHotKeyExistsErr : kNoErr;
 }
 
-void LinuxHotKeyService::unregister(const std::shared_ptr<GrabbedKey>& hotKey) {
-  std::erase(hotKeys_, hotKey);
-  ungrab(*hotKey);
+void LinuxHotKeyService::giveBack(const HotKey& hotKey) {
+  if (const auto grabbed = grabOf(hotKey)) ungrab(*grabbed);
   x11_->flush();
 }
 
-Registration LinuxHotKeyService::ignorePresses() {
-  ++pauses_->running;
-  return Registration([x11 = x11_, pauses = pauses_] {
-    --pauses->running;
-    if (!x11) return;
-    pauses->lastEnd = xcb_no_operation(x11->get()).sequence;
-    x11->flush();
-  });
+void LinuxHotKeyService::markEndOfPause() {
+  if (!x11_) return;
+  lastEndOfPause_ = xcb_no_operation(x11_->get()).sequence;
+  x11_->flush();
 }
 
-bool LinuxHotKeyService::wasPausedAt(const xcb_key_press_event_t& event) const {
-  if (pauses_->running > 0) return true;
-  if (!pauses_->lastEnd) return false;
+bool LinuxHotKeyService::isBeforeEndOfPause(const xcb_key_press_event_t& event) const {
+  if (!lastEndOfPause_) return false;
   // The numbers wrap around.
   const auto& numbered = reinterpret_cast<const xcb_generic_event_t&>(event);
-  return static_cast<std::int32_t>(numbered.full_sequence - *pauses_->lastEnd) < 0;
+  return static_cast<std::int32_t>(numbered.full_sequence - *lastEndOfPause_) < 0;
 }
 
-void LinuxHotKeyService::stop() {
-  stopped_ = true;
-  for (const auto& hotKey : hotKeys_) ungrab(*hotKey);
-  hotKeys_.clear();
-  if (x11_) x11_->flush();
-}
-
-bool LinuxHotKeyService::grab(const GrabbedKey& hotKey) {
-  if (isHeldThroughXInput2(hotKey)) return false;
+bool LinuxHotKeyService::grab(const Grab& wanted) {
+  if (isHeldThroughXInput2(wanted)) return false;
   xcb_connection_t* c = x11_->get();
   std::vector<xcb_void_cookie_t> cookies;
   for (const std::uint16_t locks : masks_.lockCombinations()) {
     cookies.push_back(xcb_grab_key_checked(c, 0, x11_->root(),
-                                           static_cast<std::uint16_t>(hotKey.state | locks), hotKey.key,
+                                           static_cast<std::uint16_t>(wanted.state | locks), wanted.key,
                                            XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
   }
   bool taken = false;
@@ -151,7 +108,7 @@ bool LinuxHotKeyService::grab(const GrabbedKey& hotKey) {
     taken = taken || error != nullptr;
   }
   if (taken) {
-    ungrab(hotKey);
+    ungrab(wanted);
     x11_->flush();
   }
   return !taken;
@@ -159,21 +116,21 @@ bool LinuxHotKeyService::grab(const GrabbedKey& hotKey) {
 
 /// Whether another client has grabbed the key through XInput 2, as window managers may. The server compares a
 /// grab only with grabs of its own kind, so this asks for such a grab and releases it at once.
-bool LinuxHotKeyService::isHeldThroughXInput2(const GrabbedKey& hotKey) {
+bool LinuxHotKeyService::isHeldThroughXInput2(const Grab& wanted) {
   const KeyboardDevices::Id keyboard = readKeyboardDevices(*x11_).core;
   if (keyboard == KeyboardDevices::kNone) return false;
   xcb_connection_t* c = x11_->get();
   std::vector<std::uint32_t> modifiers;
   for (const std::uint16_t locks : masks_.lockCombinations()) {
-    modifiers.push_back(static_cast<std::uint32_t>(hotKey.state | locks));
+    modifiers.push_back(static_cast<std::uint32_t>(wanted.state | locks));
   }
   const auto count = static_cast<std::uint16_t>(modifiers.size());
   constexpr std::uint32_t kEvents = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS;
   const auto cookie = xcb_input_xi_passive_grab_device(
-      c, XCB_CURRENT_TIME, x11_->root(), XCB_CURSOR_NONE, hotKey.key, keyboard, count, 1,
+      c, XCB_CURRENT_TIME, x11_->root(), XCB_CURSOR_NONE, wanted.key, keyboard, count, 1,
       XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_MODE_22_ASYNC,
       XCB_INPUT_GRAB_OWNER_NO_OWNER, &kEvents, modifiers.data());
-  xcb_input_xi_passive_ungrab_device(c, x11_->root(), hotKey.key, keyboard, count,
+  xcb_input_xi_passive_ungrab_device(c, x11_->root(), wanted.key, keyboard, count,
                                      XCB_INPUT_GRAB_TYPE_KEYCODE, modifiers.data());
   // The reply lists the combinations that were refused.
   const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(
@@ -181,9 +138,9 @@ bool LinuxHotKeyService::isHeldThroughXInput2(const GrabbedKey& hotKey) {
   return reply != nullptr && reply->num_modifiers != 0;
 }
 
-void LinuxHotKeyService::ungrab(const GrabbedKey& hotKey) {
+void LinuxHotKeyService::ungrab(const Grab& grabbed) {
   for (const std::uint16_t locks : masks_.lockCombinations()) {
-    xcb_ungrab_key(x11_->get(), hotKey.key, x11_->root(), static_cast<std::uint16_t>(hotKey.state | locks));
+    xcb_ungrab_key(x11_->get(), grabbed.key, x11_->root(), static_cast<std::uint16_t>(grabbed.state | locks));
   }
 }
 
@@ -224,19 +181,14 @@ void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   const xcb_timestamp_t pause = x11_->hasXInput2() ? kLongestRepeatPause : kRepeatPauseWithoutReleases;
   const bool repeats = lastPress != held_.end() && event.time - lastPress->second < pause;
   held_[event.detail] = event.time;
-  if (repeats || wasPausedAt(event)) return;
+  if (repeats || isBeforeEndOfPause(event)) return;
   const std::uint16_t considered =
       static_cast<std::uint16_t>(masks_.shift | masks_.control | masks_.alt | masks_.super);
-  const auto pressed = static_cast<std::uint16_t>(event.state & considered);
-  const auto found = std::find_if(hotKeys_.begin(), hotKeys_.end(), [&](const auto& candidate) {
-    return candidate->key == event.detail && candidate->state == pressed;
-  });
-  if (found != hotKeys_.end() && handler_) {
-    // Copies, because the handler may unregister the key.
-    const KnownHotKeyEvent hotKeyEvent((*found)->identity);
-    const auto handler = handler_;
-    handler(hotKeyEvent);
-  }
+  const Grab pressed{event.detail, static_cast<std::uint16_t>(event.state & considered)};
+  const auto all = hotKeys();
+  const auto found = std::find_if(all.begin(), all.end(),
+                                  [&](const auto& candidate) { return grabOf(*candidate) == pressed; });
+  if (found != all.end()) report(**found);
 }
 
 void LinuxHotKeyService::handleRelease(std::uint8_t key) {
@@ -246,22 +198,18 @@ void LinuxHotKeyService::handleRelease(std::uint8_t key) {
 /// Another keyboard or layout may put the locks on other modifiers.
 void LinuxHotKeyService::handleKeymapChange() {
   const ModifierMasks masks = readModifierMasks(x11_->get());
-  const bool sameMasks = masks == masks_;
-  if (!sameMasks) {
-    for (const auto& hotKey : hotKeys_) {
-      ungrab(*hotKey);
-      hotKey->grabbed = false;
+  if (masks != masks_) {
+    for (const auto& hotKey : hotKeys()) {
+      giveBack(*hotKey);
+      hotKey->isTaken = false;
     }
     masks_ = masks;
   }
   // A key that another program has grabbed, or whose modifier no key sets now, is tried again at the next
   // change. The service cannot report it to the program.
-  for (const auto& hotKey : hotKeys_) {
-    const auto state = stateOf(hotKey->combination.modifiers, masks_);
-    if (!hotKey->grabbed && state) {
-      hotKey->state = *state;
-      hotKey->grabbed = grab(*hotKey);
-    }
+  for (const auto& hotKey : hotKeys()) {
+    const auto wanted = grabOf(*hotKey);
+    if (!hotKey->isTaken && wanted) hotKey->isTaken = grab(*wanted);
   }
   x11_->flush();
 }

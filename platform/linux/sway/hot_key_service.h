@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <chrono>
 #include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
-#include "platform/hot_key_service.h"
-#include "platform/linux/keymap/linux_key_names.h"
+#include "platform/linux/keymap/hot_key_keeper.h"
 #include "platform/linux/sway/ipc.h"
 
 namespace lexwend::platform {
@@ -20,44 +16,22 @@ namespace lexwend::platform {
 /// thread only. Registering waits for sway.
 ///
 /// sway repeats the binding of a held key. A second binding, for the release, tells that it was let go.
-class SwayHotKeyService : public HotKeyService {
+class SwayHotKeyService : public HotKeyKeeper {
  public:
   explicit SwayHotKeyService(std::shared_ptr<SwayIpc> sway);
   ~SwayHotKeyService() override;
 
-  OSStatus installHandler(std::function<OSStatus(const HotKeyEvent&)> handler) override;
-  HotKeyRegistration registerHotKey(KeyCode keyCode, Modifiers modifiers, HotKeyID identity) override;
-  /// The end of a pause is a tick of sway, which it sends after the presses before it.
-  Registration ignorePresses() override;
-  const KeyNames& keyNames() override { return kLinuxKeyNames; }
-  /// For the end of the program: gives every key back and refuses any other.
-  void stop();
-
  private:
-  using Clock = std::chrono::steady_clock;
-  struct BoundKey {
-    HotKeyID identity;
-    std::string combination;  ///< as sway spells it
-    std::uint64_t number = 0;
-    std::optional<Clock::time_point> heldSince{};  ///< the last report of it while it is down
-  };
-  /// Shared with pauses, which may outlive the service.
-  struct Pauses {
-    int running = 0;
-    int ending = 0;  ///< ticks that have been asked for and have not come
-  };
-  bool bind(const BoundKey& hotKey);
-  void unbind(const BoundKey& hotKey);
+  OSStatus take(const HotKey& hotKey) override;
+  void giveBack(const HotKey& hotKey) override;
+  /// Asks sway for a tick, which it sends after the presses before it.
+  void markEndOfPause() override;
   void handleEvent(const SwayEvent& event);
   void handleBinding(const std::string& command);
 
   std::shared_ptr<SwayIpc> sway_;
-  bool stopped_ = false;
-  std::function<OSStatus(const HotKeyEvent&)> handler_;
-  std::vector<std::shared_ptr<BoundKey>> hotKeys_;
-  std::uint64_t lastNumber_ = 0;
-  std::shared_ptr<Pauses> pauses_ = std::make_shared<Pauses>();
-  std::string tick_;  // of this process
+  int pausesEnding_ = 0;  // ticks that have been asked for and have not come
+  std::string tick_;      // of this process
   Registration observation_;
 };
 

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/input_sources.h"
-#include "platform/linux/keymap/xkb_layouts.h"
+#include "platform/linux/keymap/xkb_input_sources.h"
 #include "platform/linux/sway/ipc.h"
 
 namespace lexwend::platform {
@@ -17,21 +16,10 @@ namespace lexwend::platform {
 /// descriptions; one that is not in the registry has the description for its identifier. What a layout types
 /// is taken from the machine's keymaps, without the options of sway's configuration. Selecting a layout
 /// selects it on every keyboard. Main thread only. A call waits for sway.
-class SwayInputSources : public InputSourceService {
+class SwayInputSources : public XkbInputSources {
  public:
   /// `ownLayout` is the name of the one layout of this program's own keyboard.
   SwayInputSources(std::shared_ptr<SwayIpc> sway, std::string ownLayout);
-  ~SwayInputSources() override;
-
-  std::optional<std::vector<InputSourceRef>> createInputSourceList(const InputSourceFilter& filter,
-                                                                   bool includeAllInstalled) override;
-  InputSourceValue property(const InputSourceRef& source, InputSourceProperty key) override;
-  InputSourceRef copyCurrentKeyboardLayoutInputSource() override;
-  void select(const InputSourceRef& source) override;
-  std::uint32_t keyboardType() override;
-  std::optional<std::u16string> translate(const KeyLayoutData& data, const KeyTranslation& translation,
-                                          std::uint32_t& deadKeyState) override;
-  Registration observeEnabledLayoutsChanged(std::function<void()> handler) override;
 
  private:
   struct Keyboard {
@@ -41,14 +29,13 @@ class SwayInputSources : public InputSourceService {
   };
   /// Nothing when sway is gone or there is no keyboard.
   std::optional<Keyboard> usersKeyboard();
+  std::optional<Layouts> layouts() override;
+  void selectLayout(const std::vector<XkbLayoutName>& enabled, std::size_t place) override;
   void handleInput(JsonObject* details);
 
   std::shared_ptr<SwayIpc> sway_;
   std::string ownLayout_;
-  std::shared_ptr<xkb_context> context_;
   std::string lastChanged_;  // the identifier of a keyboard
-  std::vector<XkbLayoutName> known_;
-  Handlers<std::function<void()>> handlers_;
   Registration observation_;
 };
 

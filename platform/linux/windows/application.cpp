@@ -6,7 +6,11 @@
 #include <QSessionManager>
 #include <QTimer>
 #include <QWidget>
+#include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
 
 #include <glib-unix.h>
 #include <sys/prctl.h>
@@ -46,6 +50,27 @@ constexpr std::string_view kNoHebrewFont =
 
 constexpr const char* kBusVariable = "DBUS_SESSION_BUS_ADDRESS";
 
+/// Whether one of Qt's threads that read from the compositor is running or about to run (proc(5)).
+bool waylandThreadRuns() {
+  std::error_code error;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", error)) {
+    std::string status;
+    std::getline(std::ifstream(task.path() / "stat"), status);
+    if (status.find("(WaylandEventThr) R") != std::string::npos) return true;
+  }
+  return false;
+}
+
+/// Blocks until these threads sleep, for half a second at most. The destructor of Qt 6.4's plugin must not
+/// begin before: a thread that has just been told to read then ends without having read, and the other one
+/// waits for it for ever.
+void letWaylandThreadsSettle() {
+  constexpr std::chrono::milliseconds kLimit{500};
+  constexpr std::chrono::milliseconds kLook{1};
+  const auto end = std::chrono::steady_clock::now() + kLimit;
+  while (waylandThreadRuns() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(kLook);
+}
+
 }  // namespace
 
 /// Hides the session bus from the toolkit, which asks it without a time limit and keeps the answer for the
@@ -71,7 +96,9 @@ class LinuxApplication::HiddenBus {
 };
 
 LinuxApplication::LinuxApplication(Needs needs) : needs_(std::move(needs)) {}
-LinuxApplication::~LinuxApplication() = default;
+LinuxApplication::~LinuxApplication() {
+  if (application_ != nullptr && needs_.isWayland()) letWaylandThreadsSettle();
+}
 
 std::optional<std::string> LinuxApplication::bundleIdentifier() {
   return std::string(kIdentifier);

@@ -291,8 +291,7 @@ bool LinuxUnderTest::clickRecorder(RecorderButton which) {
   QWidget* window = recorderWindow();
   if (window == nullptr) return false;
   if (which == RecorderButton::closeBox) {
-    surroundings_->close(*window);
-    return true;
+    return pump([&] { return surroundings_->close(*window); });
   }
   const QString title = which == RecorderButton::save ? "שמור" : "ביטול";
   for (const auto* button : window->findChildren<QPushButton*>()) {
@@ -313,8 +312,7 @@ void LinuxUnderTest::answerNextAlert(std::optional<std::size_t> button, std::fun
     const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     if (box == nullptr || !isOnTheScreen(*box) || !when()) return;
     if (!button) {
-      answering_.cancel();
-      surroundings_->close(*box);
+      if (surroundings_->close(*box)) answering_.cancel();
       return;
     }
     const auto buttons = box->buttons();

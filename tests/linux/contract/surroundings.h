@@ -37,8 +37,8 @@ class Surroundings {
   virtual void pointAt(const QWidget& widget, QPoint place) = 0;
   /// Presses and releases the first button.
   virtual void click() = 0;
-  /// What the close box of the window does.
-  virtual void close(const QWidget& window) = 0;
+  /// What the close box of the window does. False while the compositor does not list the window yet.
+  virtual bool close(const QWidget& window) = 0;
 
   virtual int beeps() = 0;
   /// What a display of this kind does not have.

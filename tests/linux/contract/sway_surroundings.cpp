@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <QGuiApplication>
 #include <QWidget>
 #include <cstring>
 #include <memory>
@@ -11,6 +12,7 @@
 #include "platform/linux/wayland/selections.h"
 #include "tests/linux/contract/surroundings.h"
 #include "tests/linux/testing/private_sway.h"
+#include "tests/linux/typist/wayland_pointer.h"
 
 /// Qt's Wayland plugin does not destroy what it has bound when an application ends. The tests of the rooms
 /// `wayland` and `sway` have no Qt and find leaks of ours.
@@ -96,26 +98,24 @@ class SwaySurroundings : public Surroundings {
       const QPoint there = window->corner + widget.mapTo(widget.window(), place);
       // By way of a place beside it: the pointer may be there already, and then nobody is told.
       for (const int aside : {1, 0}) {
-        sway_.ipc().run("seat - cursor set " + std::to_string(there.x() + aside) + " " +
-                        std::to_string(there.y()));
+        pointer_.moveTo(static_cast<std::uint32_t>(there.x() + aside), static_cast<std::uint32_t>(there.y()));
       }
     }
   }
-  void click() override {
-    sway_.ipc().run("seat - cursor press button1");
-    sway_.ipc().run("seat - cursor release button1");
-  }
-  void close(const QWidget& window) override {
-    if (const auto shown = windowOf(window)) {
-      sway_.ipc().run("[con_id=" + std::to_string(shown->id) + "] kill");
-    }
+  void click() override { pointer_.click(); }
+  bool close(const QWidget& window) override {
+    const auto shown = windowOf(window);
+    return shown && sway_.ipc().run("[con_id=" + std::to_string(shown->id) + "] kill");
   }
 
  private:
   std::optional<Window> windowOf(const QWidget& widget) {
     const JsonRef tree = sway_.ipc().tree();
     if (!tree) throw std::runtime_error("sway has gone");
-    return windowTitled(json_node_get_object(tree.get()), widget.window()->windowTitle().toStdString());
+    // Qt names a window without a title after the application.
+    const QString title = widget.window()->windowTitle();
+    const QString shown = title.isEmpty() ? QGuiApplication::applicationDisplayName() : title;
+    return windowTitled(json_node_get_object(tree.get()), shown.toStdString());
   }
   void own(ClipboardContents contents) {
     constexpr OwnerTimes kNoWait{0ms, 0ms, 0ms, 0ms};
@@ -125,6 +125,7 @@ class SwaySurroundings : public Surroundings {
   }
 
   PrivateSway sway_;
+  WaylandPointer pointer_{PrivateSway::kWidth, PrivateSway::kHeight};
   std::unique_ptr<OwnerThread> copying_;
 };
 

@@ -73,7 +73,10 @@ class XSurroundings : public Surroundings {
 
   void pointAt(const QWidget& widget, QPoint place) override { pointer_.moveTo(widget, place); }
   void click() override { pointer_.click(); }
-  void close(const QWidget& window) override { pointer_.closeBox(window); }
+  bool close(const QWidget& window) override {
+    pointer_.closeBox(window);
+    return true;
+  }
   int beeps() override { return bells_.rung(); }
 
  private:

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/sway/input_sources.h"
 
+#include <chrono>
+#include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@ namespace lexwend::platform {
 namespace {
 
 constexpr std::uint32_t kGetInputs = 100;
+constexpr std::uint32_t kInput = 0x80000015;
 constexpr const char* kInputs = R"json([
   {"identifier":"power","type":"keyboard","xkb_layout_names":["English (US)"],"xkb_active_layout_index":0
 },
@@ -53,6 +56,32 @@ TEST_F(SwayLayouts, areNoneWithoutAKeyboard) {
   sway.answer(kGetInputs, "[]");
   EXPECT_FALSE(sources.createInputSourceList({InputSourceType::keyboardLayout, true}, false));
   EXPECT_EQ(sources.copyCurrentKeyboardLayoutInputSource(), nullptr);
+}
+
+TEST_F(SwayLayouts, haveTheirKeymapCompiledOnceUntilSwayTellsOfAnother) {
+  const test::TemporaryFolder folder;
+  const test::EnvironmentVariable extraPath("XKB_CONFIG_EXTRA_PATH", folder.path().c_str());
+  const auto writeLayout = [&](const char* keysym) {
+    std::filesystem::create_directory(folder.file("symbols"));
+    test::putContents(folder.file("symbols/homemade"),
+                      std::string("default xkb_symbols \"basic\" { key <AC01> { [") + keysym + "] }; };");
+  };
+  const auto typed = [&] {
+    const auto list = sources.createInputSourceList({InputSourceType::keyboardLayout, true}, false);
+    const auto data = sources.property(list.value().at(0), InputSourceProperty::unicodeKeyLayoutData);
+    std::uint32_t deadKeyState = 0;
+    return sources.translate(*std::get<KeyLayoutDataRef>(data), {.keyCode = kKeyA, .maxLength = 4},
+                             deadKeyState);
+  };
+  sway.answer(kGetInputs, R"([{"identifier":"user","type":"keyboard","xkb_layout_names":["homemade"]}])");
+  writeLayout("q");
+  EXPECT_EQ(typed(), u"q");
+  writeLayout("w");
+  EXPECT_EQ(typed(), u"q");
+  sway.tell(kInput, R"({"change":"xkb_keymap","input":{"identifier":"user"}})");
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (typed() != u"w" && std::chrono::steady_clock::now() < end) ipc->handleEvents();
+  EXPECT_EQ(typed(), u"w");
 }
 
 }  // namespace

@@ -44,6 +44,8 @@ XcbReply<xcb_generic_event_t> nextEvent(xcb_connection_t* connection, Clock::tim
   }
 }
 
+}  // namespace
+
 void sendNotify(xcb_connection_t* connection, const xcb_selection_request_event_t& request,
                 xcb_atom_t property) {
   xcb_selection_notify_event_t event{};
@@ -55,8 +57,6 @@ void sendNotify(xcb_connection_t* connection, const xcb_selection_request_event_
   event.property = property;
   xcb_send_event(connection, 0, request.requestor, 0, reinterpret_cast<const char*>(&event));
 }
-
-}  // namespace
 
 CopyingApplication::CopyingApplication(Behaviour behaviour, const std::string& selection,
                                        xcb_timestamp_t time)
@@ -148,7 +148,7 @@ void CopyingApplication::serve(const xcb_selection_request_event_t& request) {
     atoms.insert(atoms.end(), furtherTargets_.begin(), furtherTargets_.end());
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, request.requestor, request.property,
                         XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(atoms.size()), atoms.data());
-    notify(request, request.property);
+    sendNotify(connection_, request, request.property);
     return;
   }
   for (const auto& [name, value] : behaviour_.targets) {
@@ -170,10 +170,10 @@ void CopyingApplication::serve(const xcb_selection_request_event_t& request) {
           static_cast<std::uint32_t>(value.bytes.size() * 8 / static_cast<unsigned>(value.format)),
           value.bytes.data());
     }
-    notify(request, request.property);
+    sendNotify(connection_, request, request.property);
     return;
   }
-  notify(request, XCB_ATOM_NONE);
+  sendNotify(connection_, request, XCB_ATOM_NONE);
 }
 
 /// True when the application dies of it.
@@ -192,10 +192,6 @@ bool CopyingApplication::serveNextPiece(const xcb_property_notify_event_t& event
   transfer->rest.erase(0, size);
   if (size == 0) piecewise_.erase(transfer);
   return false;
-}
-
-void CopyingApplication::notify(const xcb_selection_request_event_t& request, xcb_atom_t property) {
-  sendNotify(connection_, request, property);
 }
 
 ManagingApplication::ManagingApplication() : connection_(connectWithWindow(window_)) {

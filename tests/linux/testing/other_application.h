@@ -84,7 +84,6 @@ class CopyingApplication {
   void claim(xcb_timestamp_t time);
   void serve(const xcb_selection_request_event_t& request);
   bool serveNextPiece(const xcb_property_notify_event_t& notify);
-  void notify(const xcb_selection_request_event_t& request, xcb_atom_t property);
 
   Behaviour behaviour_;
   xcb_connection_t* connection_;
@@ -171,6 +170,10 @@ class StrangeClient {
   pid_t process_;
   int socket_;
 };
+
+/// Answers a request: the requestor finds the contents in the property, or is refused (XCB_ATOM_NONE).
+void sendNotify(xcb_connection_t* connection, const xcb_selection_request_event_t& request,
+                xcb_atom_t property);
 
 /// An atom's number as the four bytes that stand for it in a property.
 std::string atomBytes(const std::string& name);

@@ -21,7 +21,6 @@ namespace lexwend::platform {
 namespace {
 
 constexpr char kConfiguration[] =
-    "output HEADLESS-1 resolution 800x600\n"
     "default_border none\ndefault_floating_border none\nfocus_on_window_activation focus\nxwayland disable\n";
 constexpr uid_t kNobody = 65534;  // sway refuses to run as root
 constexpr std::chrono::seconds kStart{20};
@@ -68,7 +67,8 @@ std::optional<std::pair<unsigned, unsigned>> layoutsAndGroup(SwayIpc& ipc) {
 PrivateSway::PrivateSway() {
   const std::string configuration = folder_.file("configuration");
   const std::string place = folder_.file("run");
-  test::putContents(configuration, kConfiguration);
+  test::putContents(configuration, "output HEADLESS-1 resolution " + std::to_string(kWidth) + "x" +
+                                       std::to_string(kHeight) + "\n" + kConfiguration);
   std::filesystem::create_directory(place);
   ::chmod(place.c_str(), S_IRWXU);
   const bool isRoot = ::geteuid() == 0;

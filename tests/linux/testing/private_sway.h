@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
@@ -17,6 +18,9 @@ namespace lexwend::platform {
 /// to its destruction it is the compositor of WAYLAND_DISPLAY and SWAYSOCK, and there is no DISPLAY.
 class PrivateSway {
  public:
+  static constexpr std::uint32_t kWidth = 800;
+  static constexpr std::uint32_t kHeight = 600;
+
   PrivateSway();
   ~PrivateSway();
   PrivateSway(const PrivateSway&) = delete;

@@ -108,6 +108,21 @@ class EmbeddingTray {
   std::shared_ptr<X11Connection> x11_ = X11Connection::open();
 };
 
+/// A file of the user's icon theme.
+class InstalledIcon {
+ public:
+  explicit InstalledIcon(const std::string& name) {
+    const std::string place = folder_.file("icons/hicolor/symbolic/apps");
+    std::filesystem::create_directories(place);
+    test::putContents(place + "/" + name + ".svg", "<svg/>");
+  }
+  std::string themes() const { return folder_.file("icons"); }
+
+ private:
+  test::TemporaryFolder folder_;
+  test::EnvironmentVariable dataHome_{"XDG_DATA_HOME", folder_.path().c_str()};
+};
+
 /// A menu of the agent's kind: an item, a check mark, an information line and Quit.
 struct Tray : ::testing::Test {
   LinuxHost& host = PrivateDesktop::shared().host();
@@ -263,11 +278,7 @@ TEST_F(Tray, itemHasNoNameForAnIconThatIsNotInstalled) {
 }
 
 TEST_F(Tray, itemNamesItsInstalledIconForThePanelToColor) {
-  const test::TemporaryFolder folder;
-  const std::string place = folder.file("icons/hicolor/symbolic/apps");
-  std::filesystem::create_directories(place);
-  test::putContents(place + "/org.lexwend.Lexwend-failed-symbolic.svg", "<svg/>");
-  const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
+  const InstalledIcon icon("org.lexwend.Lexwend-failed-symbolic");
   const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "XFCE");
   Panel panel;
   panel.appear();
@@ -275,17 +286,13 @@ TEST_F(Tray, itemNamesItsInstalledIconForThePanelToColor) {
   item->setImage(bar.symbolImage("xmark", "Lexwend"));
   ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
   EXPECT_EQ(panel.text("IconName"), "org.lexwend.Lexwend-failed-symbolic");
-  EXPECT_TRUE(std::filesystem::equivalent(panel.text("IconThemePath"), folder.file("icons")));
+  EXPECT_TRUE(std::filesystem::equivalent(panel.text("IconThemePath"), icon.themes()));
   item->setImage(bar.symbolImage("keyboard", "Lexwend"));  // which an older version has not installed
   EXPECT_EQ(panel.text("IconName"), "");
 }
 
 TEST_F(Tray, itemTellsItsIconAnewWhenTheThemeChanges) {
-  const test::TemporaryFolder folder;
-  const std::string place = folder.file("icons/hicolor/symbolic/apps");
-  std::filesystem::create_directories(place);
-  test::putContents(place + "/org.lexwend.Lexwend-symbolic.svg", "<svg/>");
-  const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
+  const InstalledIcon icon("org.lexwend.Lexwend-symbolic");
   const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "XFCE");
   const auto x11 = X11Connection::open();
   const auto window = xcb_generate_id(x11->get());
@@ -307,11 +314,7 @@ TEST_F(Tray, itemTellsItsIconAnewWhenTheThemeChanges) {
 }
 
 TEST_F(Tray, itemTellsItsIconAnewWhenPlasmasColorsChange) {
-  const test::TemporaryFolder folder;
-  const std::string place = folder.file("icons/hicolor/symbolic/apps");
-  std::filesystem::create_directories(place);
-  test::putContents(place + "/org.lexwend.Lexwend-symbolic.svg", "<svg/>");
-  const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
+  const InstalledIcon icon("org.lexwend.Lexwend-symbolic");
   const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "KDE");
   Panel panel;
   panel.appear();
@@ -326,11 +329,7 @@ TEST_F(Tray, itemTellsItsIconAnewWhenPlasmasColorsChange) {
 }
 
 TEST_F(Tray, itemHasNoNameForAPanelThatColorsNone) {
-  const test::TemporaryFolder folder;
-  const std::string place = folder.file("icons/hicolor/symbolic/apps");
-  std::filesystem::create_directories(place);
-  test::putContents(place + "/org.lexwend.Lexwend-symbolic.svg", "<svg/>");
-  const test::EnvironmentVariable dataHome("XDG_DATA_HOME", folder.path().c_str());
+  const InstalledIcon icon("org.lexwend.Lexwend-symbolic");
   for (const char* desktop : {static_cast<const char*>(nullptr), "LXQt", "MATE"}) {
     const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", desktop);
     Panel panel;
