@@ -72,7 +72,8 @@ class InputSourceService {
   virtual InputSourceValue property(const InputSourceRef& source, InputSourceProperty key) = 0;
   /// The keyboard layout now in use; null when the system reports none.
   virtual InputSourceRef copyCurrentKeyboardLayoutInputSource() = 0;
-  /// Makes a layout current. A refusal by the system is not reported.
+  /// Makes a layout current. A refusal by the system is not reported. Where the desktop has to be asked for
+  /// it, the layout is current a moment after the call.
   virtual void select(const InputSourceRef& source) = 0;
   /// The physical keyboard's type, an opaque number for translate().
   virtual std::uint32_t keyboardType() = 0;

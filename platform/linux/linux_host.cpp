@@ -67,11 +67,10 @@ bool compositorOffersEnough() {
 
 InputSourceService& LinuxHost::inputSourceService() {
   if (sway()) return made(swayInputSources_, sway(), VirtualKeyboard::kLayoutName);
+  const auto play = [this](KeyCode key, EventFlags flags) { playKey(key, flags); };
   if (kwin()) return made(kwinInputSources_, kwin());
-  if (gnome()) {
-    return made(gnomeInputSources_, gnome(), [this](KeyCode key, EventFlags flags) { playKey(key, flags); });
-  }
-  return made(inputSources_, x11(), sessionBus);
+  if (gnome()) return made(gnomeInputSources_, gnome(), play);
+  return made(inputSources_, x11(), sessionBus, play);
 }
 
 Accessibility& LinuxHost::accessibility() {
@@ -169,11 +168,10 @@ RunLoop& LinuxHost::runLoop() {
 }
 
 Application& LinuxHost::application() {
-  return made(application_,
-              LinuxApplication::Needs{[this] { finishWork(); }, [this] { return isWayland(); },
-                                      [this] { return x11(); }, [this] { focusOwnWindow(); },
-                                      [this] { return !kwin() || kwin()->grantsAll(); },
-                                      [this] { return !gnome() || hotKeyCanCome(); }});
+  return made(application_, LinuxApplication::Needs{[this] { finishWork(); }, [this] { return isWayland(); },
+                                                    [this] { return x11(); }, [this] { focusOwnWindow(); },
+                                                    [this] { return !kwin() || kwin()->grantsAll(); },
+                                                    [this] { return !gnome() || hotKeyCanCome(); }});
 }
 
 Files& LinuxHost::files() {
@@ -248,7 +246,7 @@ bool LinuxHost::screenIsLocked() {
 }
 
 void LinuxHost::playKey(KeyCode key, EventFlags flags) {
-  pasteboard();  // which ends the session that the keys are played in
+  if (gnome()) pasteboard();  // which ends the session that the keys are played in
   for (const bool down : {true, false}) {
     const auto event = keyEvents().createKeyboardEvent(nullptr, key, down);
     if (!event) return;
@@ -283,8 +281,7 @@ LinuxAccessibility::Display LinuxHost::displayOfAccessibility() {
       .frontProcess = [this] { return frontProcess(); },
       .frontWindowClass = [this] { return frontWindowClass(); },
       .primarySelection = [reader = std::make_shared<PrimaryReader>(selections())] { return reader->read(); },
-      .tellsFront =
-          [this] { return (!kwin() || kwin()->grantsAll()) && (!gnome() || gnome()->serves()); },
+      .tellsFront = [this] { return (!kwin() || kwin()->grantsAll()) && (!gnome() || gnome()->serves()); },
   };
 }
 

@@ -45,7 +45,7 @@ class Panel:
             found = call(WATCHER, '/StatusNotifierWatcher', PROPERTIES, 'Get', '(ss)', WATCHER, 'RegisteredStatusNotifierItems')[0]
         except GLib.Error:
             return []
-        return [item.partition('/')[0] for item in found]  # some panels keep the object's path too
+        return [item.partition('/')[0].rstrip('@') for item in found]  # some panels keep the object's path too
 
     def expect_item(self):
         """Waits until the agent's item is there, and no second one."""
@@ -232,6 +232,12 @@ class ScreenReader:
         return {entry.get_name(): Item(*(entry.get_state_set().contains(s) for s in (state.VISIBLE, state.ENABLED, state.CHECKED)))
                 for entry in self._entries() if entry.get_role() != self.atspi.Role.SEPARATOR}
 
+    def middle_of_item(self, title):
+        """Where that item of the open menu is on the screen."""
+        entry = next(entry for entry in self._entries() if entry.get_name() == title)
+        place = self.atspi.Component.get_extents(entry, self.atspi.CoordType.SCREEN)
+        return place.x + place.width // 2, place.y + place.height // 2
+
     def press_item(self, title):
         """As a screen reader does it for its user, without the keyboard."""
         self._press(next(entry for entry in self._entries() if entry.get_name() == title))
@@ -243,16 +249,32 @@ class ScreenReader:
         action = next(i for i in range(node.get_n_actions()) if self.atspi.Action.get_action_name(node, i) == 'Press')
         self.atspi.Action.do_action(node, action)
 
+    def open_menu_in_tree(self):
+        """The roles and names of the entries of the menu that is found in the accessibility tree; nothing while none is open."""
+        try:
+            for child in self._children_of_agent():
+                if child.get_role() == self.atspi.Role.POPUP_MENU:
+                    entries = self._entries(child)
+                    return [(entry.get_role_name(), entry.get_name()) for entry in entries if entry.get_role() != self.atspi.Role.SEPARATOR]
+        except self.error:
+            pass  # closed while it is looked at
+        return None
+
+    def _children_of_agent(self):
+        desktop = self.atspi.get_desktop(0)
+        children = []
+        for application in (desktop.get_child_at_index(i) for i in range(desktop.get_child_count())):
+            if application is None or application.get_name() != 'Lexwend':
+                continue
+            application.clear_cache()
+            children += [application.get_child_at_index(i) for i in range(application.get_child_count())]
+        return [child for child in children if child is not None]
+
     def window(self, title):
         try:
-            desktop = self.atspi.get_desktop(0)
-            for application in (desktop.get_child_at_index(i) for i in range(desktop.get_child_count())):
-                if application is None or application.get_name() != 'Lexwend':
-                    continue
-                application.clear_cache()
-                for window in (application.get_child_at_index(i) for i in range(application.get_child_count())):
-                    if window is not None and window.get_name() == title:
-                        return window
+            for window in self._children_of_agent():
+                if window.get_name() == title:
+                    return window
         except self.error:
             pass  # a window that goes while it is looked at
         return None

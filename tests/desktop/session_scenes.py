@@ -12,6 +12,7 @@ import subprocess
 import time
 from pathlib import Path
 
+from panel import Panel, start_ready
 from session import call, run_scene, until
 from stage import main, scene
 
@@ -56,6 +57,39 @@ CALL = re.compile(r'^(?:\d+ +)?(\w+)\((.*)')
 # Calls that change the tree of files, with the place of the path among the quoted arguments.
 CHANGES = {'mkdir': 0, 'mkdirat': 0, 'rename': 1, 'renameat': 1, 'renameat2': 1, 'link': 1, 'linkat': 1, 'symlink': 1,
            'symlinkat': 1, 'mknod': 0, 'mknodat': 0, 'creat': 0, 'truncate': 0}
+
+
+# The fonts of the system without those that have Hebrew.
+FONTS = """<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "fonts.dtd">
+<fontconfig>
+  <include>/etc/fonts/fonts.conf</include>
+  <selectfont><rejectfont><pattern><patelt name="lang"><string>he</string></patelt></pattern></rejectfont></selectfont>
+</fontconfig>
+"""
+NO_FONT = 'no font with Hebrew letters is installed'
+
+
+@scene
+def tells_that_there_is_no_hebrew_font(stage):
+    """Nobody could read it in the menu. It is no reason to speak of anything else to the user."""
+    notifications = start_ready(stage.session, 'notification_server.py')
+    fonts = stage.session.folder / 'fonts.conf'
+    fonts.write_text(FONTS, encoding='utf-8')
+    os.environ['FONTCONFIG_FILE'] = str(fonts)
+    Panel(stage.session).start()
+    stage.start_agent()
+    assert stage.session.end(stage.agent) == 0
+    said = stage.agent.stderr.read().decode()
+    assert said.startswith(f'lexwend: {NO_FONT}') and said.count('\n') == 1, said
+    assert stage.session.log().count(NO_FONT) == 1, stage.session.log()
+    del os.environ['FONTCONFIG_FILE']
+    stage.start_agent()
+    assert stage.session.end(stage.agent) == 0
+    assert not stage.agent.stderr.read(), 'a font is there'
+    assert stage.session.log().count(NO_FONT) == 1, stage.session.log()
+    stage.session.end(notifications)
+    assert not notifications.stdout.read(), 'a notification was shown'
 
 
 def trace_of(path):

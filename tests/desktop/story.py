@@ -158,6 +158,21 @@ def the_menu_reads_to_the_letter(stage):
     user.close_menu()
 
 
+@scene
+def the_open_menu_stands_in_the_accessibility_tree(stage):
+    user = User(stage)
+    user.panel.start()
+    stage.start_agent()
+    user.panel.expect_item()
+    assert user.reader.open_menu_in_tree() is None, user.reader.open_menu_in_tree()
+    user.open_menu()
+    entries = user.reader.open_menu_in_tree()
+    titles = [FIX + 'F2', CHANGE_KEY, SWITCH_LAYOUT, LOGIN_ITEM, COMPATIBILITY, PERMISSION, status(stage, READY), QUIT]
+    assert entries == [('menu item', title) for title in titles], entries
+    user.close_menu()
+    assert user.reader.open_menu_in_tree() is None, user.reader.open_menu_in_tree()
+
+
 @in_each_editor
 def fixes_from_the_menu(stage, editor):
     user = User(stage)
@@ -450,7 +465,8 @@ def a_session_of_another_kind_is_told_in_one_sentence(stage):
 
     stage.session.end(notifications)
     shown = notifications.stdout.read().splitlines()
-    assert shown == [X11_WINDOWS_ONLY, NO_X11_DISPLAY, NO_X11_DISPLAY], shown
+    from_right_to_left = '\u200f'
+    assert shown == [from_right_to_left + sentence for sentence in (X11_WINDOWS_ONLY, NO_X11_DISPLAY, NO_X11_DISPLAY)], shown
 
 
 @scene_on(server_options=('-extension', 'XTEST'))

@@ -18,38 +18,52 @@ from pathlib import Path
 CHECKOUT = Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(CHECKOUT / 'tests' / 'desktop'))
 
-from panel import Panel, ScreenReader  # noqa: E402  (found by the line above)
-from session import AccessibilityBus, FocusedText, Keyboard, run_scene, until  # noqa: E402
+from panel import PROPERTIES, Panel, ScreenReader  # noqa: E402  (found by the line above)
+from session import AccessibilityBus, DesktopError, FocusedText, Keyboard, call, run_scene, until  # noqa: E402
 
 PICTURES = Path('/pictures')
 HOME = Path.home()
 ENTRY = HOME / '.config' / 'autostart' / 'org.lexwend.Lexwend.desktop'
 LOGIN_SECONDS = 90
+FLASH_SECONDS = 8
+MENU_PIXELS = 15000  # that the panel's menu changes at least
 RECORDER = 'מקש קיצור'
 FIX = 'תקן טקסט מסומן    F2'
 TAKEN = 'הצירוף תפוס'
+NOTIFICATIONS, NOTIFICATIONS_PATH = 'org.freedesktop.Notifications', '/org/freedesktop/Notifications'
 
 
 class Desktop:
     """How one desktop is started, and where its things are."""
 
-    def __init__(self, session, log_out, editor, panel_class, dark, light, taken='Alt+F2', colors_icons=True, **environment):
+    def __init__(self, session, log_out, editor, is_ready, dark=None, light=None, name='', names_icon=False, colors_icons=False, draws_menu=False,
+                 embeds_icon=False, has_tray=True, prepare=None, is_settled=lambda: True, taken='Alt+F2', **environment):
         self.session = session
         self.log_out = log_out
         self.editor = editor
-        self.panel_class = panel_class
-        self.dark, self.light = dark, light  # commands that change the theme
+        self.is_ready = is_ready  # the desktop, for its user
+        self.is_settled = is_settled  # asked whenever the screen is still after the login
+        self.dark, self.light = dark, light  # commands that change the theme; a panel that is always dark has no light one
+        self.names_icon = names_icon or colors_icons  # the agent, to the panel
         self.colors_icons = colors_icons  # the panel, by its own theme
+        self.draws_menu = draws_menu  # the panel, on a click of either button
+        self.embeds_icon = embeds_icon  # as a window of the agent's
+        self.has_tray = has_tray
+        self.prepare = prepare  # the user's settings, before the login
         self.taken = taken  # a combination that the desktop holds
         self.environment = environment
+        if name:  # as the screen of the login sets it
+            self.environment['XDG_CURRENT_DESKTOP'] = name
 
 
 def gsettings(schema, key, value):
     return ['gsettings', 'set', schema, key, value]
 
 
-def xfce_theme(name):
-    return ['xfconf-query', '-c', 'xsettings', '-p', '/Net/ThemeName', '-n', '-t', 'string', '-s', name]
+def xfce_theme(name, is_dark):
+    # The panel has a switch of its own.
+    return ['sh', '-c', f'xfconf-query -c xsettings -p /Net/ThemeName -n -t string -s {name}'
+            f' && xfconf-query -c xfce4-panel -p /panels/dark-mode -n -t bool -s {is_dark}']
 
 
 def lxqt_theme(name):
@@ -58,13 +72,85 @@ def lxqt_theme(name):
             f' > ~/.config/lxqt/lxqt.conf']
 
 
+def write_file(path, text):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text(text, encoding='utf-8')
+
+
+def prepare_lxqt():
+    # Nobody answers the question whether to log out.
+    write_file(HOME / '.config' / 'lxqt' / 'session.conf', '[General]\n__userfile__=true\nleave_confirmation=false\nwindow_manager=openbox\n')
+
+
+def prepare_gnome():
+    for command in (gsettings('org.gnome.desktop.input-sources', 'sources', "[('xkb', 'us'), ('xkb', 'il')]"),
+                    gsettings('org.gnome.shell', 'enabled-extensions', "['ubuntu-appindicators@ubuntu.com']"),
+                    gsettings('org.gnome.shell', 'welcome-dialog-last-shown-version', '99'),
+                    gsettings('org.gnome.desktop.session', 'idle-delay', '0')):
+        subprocess.run(command, check=True)
+
+
+def prepare_plasma():
+    write_file(HOME / '.config' / 'kxkbrc', '[Layout]\nUse=true\nLayoutList=us,il\n')
+    write_file(HOME / '.config' / 'kscreenlockerrc', '[Daemon]\nAutolock=false\n')
+
+
+def prepare_cinnamon():
+    subprocess.run(gsettings('org.gnome.libgnomekbd.keyboard', 'layouts', "['us', 'il']"), check=True)
+
+
+def prepare_i3():
+    # A bar without a tray. Its users start programs from here.
+    write_file(HOME / '.config' / 'i3' / 'config', f'# i3 config file (v4)\nfont pango:monospace 9\nexec --no-startup-id {HOME}/.local/bin/lexwend\n'
+               f'bindsym Mod1+F2 exec true\nbar {{\n  tray_output none\n}}\n')
+
+
+def has_window(window_class):
+    return lambda: window_class in windows()
+
+
+def windows():
+    return subprocess.run(['wmctrl', '-lx'], capture_output=True, text=True, check=False).stdout
+
+
+def has_name(name):
+    return lambda: call('org.freedesktop.DBus', '/', 'org.freedesktop.DBus', 'NameHasOwner', '(s)', name)[0]
+
+
+def overview_is_closed():
+    """GNOME begins with its overview, over which no panel opens a menu. Closes it where it is open."""
+    from gi.repository import GLib
+    shell = ('org.gnome.Shell', '/org/gnome/Shell', PROPERTIES)
+    if not call(*shell, 'Get', '(ss)', 'org.gnome.Shell', 'OverviewActive')[0]:
+        return True
+    call(*shell, 'Set', '(ssv)', 'org.gnome.Shell', 'OverviewActive', GLib.Variant('b', False))
+    return False
+
+
+def i3_is_ready():
+    return 'Name: i3' in subprocess.run(['wmctrl', '-m'], capture_output=True, text=True, check=False).stdout
+
+
 DESKTOPS = {
-    'xfce': Desktop(['xfce4-session'], ['xfce4-session-logout', '--logout', '--fast'], ['mousepad'], 'xfce4-panel', xfce_theme('Greybird-dark'), xfce_theme('Greybird')),
-    'mate': Desktop(['mate-session'], ['mate-session-save', '--force-logout'], ['pluma'], 'mate-panel', gsettings('org.mate.interface', 'gtk-theme', 'BlackMATE'),
-                    gsettings('org.mate.interface', 'gtk-theme', 'Menta')),
-    'lxqt': Desktop(['startlxqt'], ['lxqt-leave', '--logout'], ['featherpad', '--standalone'], 'lxqt-panel', lxqt_theme('dark'), lxqt_theme('light'),
-                    colors_icons=False,
-                    XDG_CONFIG_DIRS='/etc:/etc/xdg:/usr/share'),
+    'xfce': Desktop(['xfce4-session'], ['xfce4-session-logout', '--logout', '--fast'], ['mousepad'], has_window('xfce4-panel'),
+                    xfce_theme('Greybird-dark', 'true'), xfce_theme('Adwaita', 'false'), name='XFCE', colors_icons=True),
+    'mate': Desktop(['mate-session'], ['mate-session-save', '--force-logout'], ['pluma'], has_window('mate-panel'),
+                    gsettings('org.mate.interface', 'gtk-theme', 'BlackMATE'), gsettings('org.mate.interface', 'gtk-theme', 'Menta'),
+                    name='MATE'),
+    'lxqt': Desktop(['startlxqt'], ['lxqt-leave', '--logout'], ['featherpad', '--standalone'], has_window('lxqt-panel'),
+                    lxqt_theme('dark'), lxqt_theme('light'), name='LXQt', prepare=prepare_lxqt, XDG_CONFIG_DIRS='/etc:/etc/xdg:/usr/share'),
+    'gnome': Desktop(['gnome-session', '--builtin', '--session=gnome'], ['gnome-session-quit', '--logout', '--no-prompt'],
+                     ['gnome-text-editor', '--standalone'], has_name('org.gnome.Shell'),
+                     gsettings('org.gnome.desktop.interface', 'color-scheme', 'prefer-dark'), name='GNOME', names_icon=True,
+                     draws_menu=True, prepare=prepare_gnome, is_settled=overview_is_closed),
+    'plasma': Desktop(['startplasma-x11'],
+                      ['gdbus', 'call', '--session', '--dest', 'org.kde.ksmserver', '--object-path', '/KSMServer',
+                       '--method', 'org.kde.KSMServerInterface.logout', '0', '0', '0'],
+                      ['kwrite'], has_window('plasmashell'), ['plasma-apply-colorscheme', 'BreezeDark'],
+                      ['plasma-apply-colorscheme', 'BreezeLight'], name='KDE', colors_icons=True, prepare=prepare_plasma),
+    'cinnamon': Desktop(['cinnamon-session', '--session', 'cinnamon'], ['cinnamon-session-quit', '--logout', '--no-prompt'], ['gedit', '--standalone'],
+                        has_name('org.Cinnamon'), name='X-Cinnamon', embeds_icon=True, prepare=prepare_cinnamon),
+    'i3': Desktop(['i3'], ['i3-msg', 'exit'], ['mousepad'], i3_is_ready, name='i3', has_tray=False, prepare=prepare_i3),
 }
 
 
@@ -94,12 +180,11 @@ class Login:
         self.start(['dbus-daemon', '--session', '--nofork', f'--address={os.environ["DBUS_SESSION_BUS_ADDRESS"]}'])
         until(Path('/run/user/1000/bus').exists, 'the session bus')
         self.keyboard = Keyboard(':7')
+        if self.desktop.prepare:
+            self.desktop.prepare()
         self.session = self.start(self.desktop.session)
         self.home = HOME  # as the reader and the panel know a session
-        until(lambda: self.desktop.panel_class in self.windows(), 'the panel of the desktop', LOGIN_SECONDS)
-
-    def windows(self):
-        return subprocess.run(['wmctrl', '-lx'], capture_output=True, text=True, check=False).stdout
+        until(self.desktop.is_ready, 'the desktop to be there', LOGIN_SECONDS)
 
     def picture(self, what):
         self.pictures += 1
@@ -125,11 +210,8 @@ def install(prefix):
 
 
 def write_entry(program):
-    ENTRY.parent.mkdir(parents=True, exist_ok=True)
-    ENTRY.write_text(f'[Desktop Entry]\nType=Application\nName=Lexwend\nExec="{program}"\nTerminal=false\n', encoding='utf-8')
-    settings = HOME / '.config' / 'lexwend' / 'settings'
-    settings.parent.mkdir(parents=True, exist_ok=True)
-    settings.write_text('[Settings]\ndidRegisterLoginItem=true\n', encoding='utf-8')
+    write_file(ENTRY, f'[Desktop Entry]\nType=Application\nName=Lexwend\nExec="{program}"\nTerminal=false\n')
+    write_file(HOME / '.config' / 'lexwend' / 'settings', '[Settings]\ndidRegisterLoginItem=true\n')
 
 
 class XImage(ctypes.Structure):
@@ -193,10 +275,17 @@ class Screen:
         place = (min(columns), min(rows), max(columns) - min(columns) + 1, max(rows) - min(rows) + 1)
         return place if all(self.SMALLEST <= side <= self.LARGEST for side in place[2:]) else None
 
-    def grays(self, place):
+    def _pixels(self, place):
         x, y, width, height = place
         rows = self.look()[y:y + height]
-        return [sum(row[4 * c:4 * c + 3]) // 3 for row in rows for c in range(x, x + width)]
+        return [row[4 * c:4 * c + 3] for row in rows for c in range(x, x + width)]
+
+    def grays(self, place):
+        return [sum(pixel) // 3 for pixel in self._pixels(place)]
+
+    def colorfulness(self, place):
+        """The largest difference of two channels of a pixel; none in a gray picture."""
+        return max(max(pixel) - min(pixel) for pixel in self._pixels(place))
 
 
 class Scenes:
@@ -216,12 +305,14 @@ class Scenes:
         until(lambda: 'hotkey: register F2 ok=true' in self.login.log(), 'the hot key to be registered')
         self.reader = ScreenReader(self.login)
         self.panel = Panel(self.login)
+        until(lambda: self.screen.still_look() and self.login.desktop.is_settled(), 'the desktop to be settled', LOGIN_SECONDS)
         self.says('the login starts the agent')
 
     def one_icon_is_in_the_panel(self):
-        until(lambda: len(self.panel.items()) == 1, 'one item in the panel')
-        wanted = 'org.lexwend.Lexwend-symbolic' if self.login.desktop.colors_icons else ''
-        assert self.panel.item('IconName') == wanted, self.panel.item('IconName')
+        if not self.login.desktop.embeds_icon:
+            until(lambda: len(self.panel.items()) == 1, 'one item in the panel')
+            wanted = 'org.lexwend.Lexwend-symbolic' if self.login.desktop.names_icon else ''
+            assert self.panel.item('IconName') == wanted, self.panel.item('IconName')
         self.place = self.find_icon()
         self.login.picture('icon')
         self.says(f'one icon, at {self.place}')
@@ -231,11 +322,20 @@ class Scenes:
         changes back. A clock that changes meanwhile is no icon."""
         def found():
             before = self.screen.still_look()
+            failures = self.login.log().count('fix: failed')
+            places = set()
+
+            def gone():
+                place = self.screen.small_change(before)
+                if place:
+                    places.add(place)
+                return self.login.log().count('fix: failed') > failures and places and not place and not self.screen.changed_pixels(before)
             self.keyboard.press('F2')
-            shown = until(lambda: self.screen.small_change(before), 'something to change in the panel')
-            until(lambda: 'fix: failed' in self.login.log(), 'the fix to fail')
-            until(lambda: self.screen.small_change(before) != shown, 'the cross to go')
-            return shown if not self.screen.changed_pixels(before) else None
+            try:
+                until(gone, 'the cross to come and go', FLASH_SECONDS)
+            except DesktopError:
+                return None
+            return max(places, key=lambda place: place[2] * place[3])  # some panels let it grow
         return until(found, 'the cross on the icon', 60)
 
     def click_icon(self, button=1):
@@ -243,12 +343,15 @@ class Scenes:
         self.keyboard.click(x + width // 2, y + height // 2, button)
 
     def the_icon_is_legible_while_the_theme_changes(self):
+        self.place = self.find_icon()  # others may have come beside it
         for name, command in (('dark', self.login.desktop.dark), ('light', self.login.desktop.light)):
+            if not command:
+                continue
             subprocess.run(command, check=True)
             self.keyboard.point(640, 400)  # away from the panel
             until(lambda n=name: self._looks(n == 'dark'), f'an icon that is legible on the {name} panel')
             self.login.picture(f'theme-{name}')
-        self.says('the icon is legible with the dark and with the light theme')
+        self.says('the icon is legible while the theme changes')
 
     def _looks(self, dark):
         """Whether the panel is dark, or light, and the lightest and the darkest tenth of the icon's pixels differ."""
@@ -256,34 +359,63 @@ class Scenes:
         panel = self.screen.grays((x - 4, y + height // 2, 1, 2))  # beside the icon, which may move by a pixel
         levels = sorted(self.screen.grays(self.place))
         tenth = max(1, len(levels) // 10)
-        return (max(panel) < 110 if dark else min(panel) > 150) and levels[-tenth] - levels[tenth] > 60
+        is_legible = levels[-tenth] - levels[tenth] > 60
+        # A panel that gives icons its own color shows the picture of the agent's only while its theme changes.
+        is_settled = not self.login.desktop.colors_icons or self.screen.colorfulness(self.place) < 60
+        return (max(panel) < 110 if dark else min(panel) > 150) and is_legible and is_settled
 
     def both_buttons_open_the_menu(self):
-        self.click_icon()
+        desktop = self.login.desktop
+        for button, name, panel_draws in ((1, 'menu-left', desktop.draws_menu), (3, 'menu-right', not desktop.embeds_icon)):
+            (self.open_menu_of_panel if panel_draws else self.open_own_menu)(button, name)
+        self.says('both buttons open the menu')
+
+    def open_own_menu(self, button, picture):
+        self.click_icon(button)
         self.reader.hear_menu()
-        self.keyboard.press('Down')
+        if self.login.desktop.embeds_icon:
+            # The click holds the keyboard in the panel until the pointer comes to the menu.
+            self.keyboard.point(*self.reader.middle_of_item(FIX))
+        else:
+            self.keyboard.press('Down')
         until(self.reader.focused_item, 'an item of the menu to be highlighted')
         assert self.reader.menu_titles()[0] == FIX, self.reader.menu_titles()
-        self.login.picture('menu-left')
+        self.screen.still_look()  # some come in gently
+        self.login.picture(picture)
         self.keyboard.press('Escape')
         until(self.reader.menu_is_closed, 'the menu to close')
-        before = self.screen.look()
-        self.click_icon(3)
-        until(lambda: self.screen.changed_pixels(before) > 20000, 'the menu of the second button')
-        self.login.picture('menu-right')
+
+    def open_menu_of_panel(self, button, picture):
+        before = self.screen.still_look()
+        self.click_icon(button)
+        until(lambda: self.screen.changed_pixels(before) > MENU_PIXELS, 'the menu of the panel')
+        opened = self.screen.still_look()
+        self.login.picture(picture)
         self.keyboard.press('Escape')
-        self.says('both buttons open the menu')
+        until(lambda: self.screen.changed_pixels(opened) > MENU_PIXELS, 'the menu of the panel to close')
+
+    def a_notification_says_that_the_agent_runs(self):
+        def shown():
+            return call(NOTIFICATIONS, NOTIFICATIONS_PATH, PROPERTIES, 'Get', '(ss)', 'org.dunstproject.cmd0', 'displayedLength')[0]
+        until(lambda: shown() == 1, 'the notification')
+        self.login.picture('notification')
+        call(NOTIFICATIONS, NOTIFICATIONS_PATH, 'org.dunstproject.cmd0', 'NotificationCloseAll')
+        history = call(NOTIFICATIONS, NOTIFICATIONS_PATH, 'org.dunstproject.cmd0', 'NotificationListHistory')[0]
+        assert 'F2' in history[0]['body'] and history[0]['body'].startswith('\u200f'), history
+        self.says('without a tray a notification says that the agent runs')
 
     def the_recorder_gets_a_combination_of_the_desktop(self):
         subprocess.run([str(self.program), '--settings'], check=True)
         until(lambda: self.reader.is_active(RECORDER), 'the recorder to have the keyboard')
         self.keyboard.press(self.login.desktop.taken)
         until(lambda: self.login.desktop.taken in self.reader.labels(RECORDER), 'the combination of the desktop in the recorder')
+        self.screen.still_look()
         self.login.picture('recorder')
         self.keyboard.press('Return')
         until(lambda: TAKEN in self.reader.labels('Lexwend'), 'the alert')
-        self.login.picture('alert')
         until(lambda: self.reader.is_active('Lexwend'), 'the alert to have the keyboard')
+        self.screen.still_look()
+        self.login.picture('alert')
         self.keyboard.press('Return')
         until(lambda: not self.reader.window('Lexwend'), 'the alert to close')
         self.says(f'the recorder gets {self.login.desktop.taken}, and the alert says that it is taken')
@@ -342,12 +474,16 @@ def main():
     scenes = Scenes(login, program)
     try:
         scenes.the_agent_starts_with_the_login()
-        scenes.one_icon_is_in_the_panel()
-        scenes.both_buttons_open_the_menu()
+        if login.desktop.has_tray:
+            scenes.one_icon_is_in_the_panel()
+            scenes.both_buttons_open_the_menu()
+        else:
+            scenes.a_notification_says_that_the_agent_runs()
         scenes.the_recorder_gets_a_combination_of_the_desktop()
         scenes.a_fix_goes_both_ways_in_the_editor_of_the_desktop()
         scenes.commands_reach_the_agent()
-        scenes.the_icon_is_legible_while_the_theme_changes()
+        if login.desktop.dark:
+            scenes.the_icon_is_legible_while_the_theme_changes()
         scenes.the_log_out_ends_the_agent()
     except BaseException:
         if login.display.poll() is None:

@@ -11,6 +11,13 @@ namespace {
 
 constexpr std::chrono::seconds kPasteTime{2};
 
+// For a clipboard manager that has taken over text of a line to a page.
+constexpr std::chrono::milliseconds kTakenOverTime{250};
+
+// Klipper fills an empty clipboard within a tenth of a second.
+constexpr std::chrono::seconds kKeptEmpty{2};
+constexpr guint kLookMilliseconds = 50;
+
 /// An item that has been read already.
 class ReadItem : public PasteboardItem {
  public:
@@ -54,6 +61,7 @@ LinuxPasteboard::LinuxPasteboard(PasteboardBudget budget, Needs needs, const Own
 
 LinuxPasteboard::~LinuxPasteboard() {
   if (forgetting_ != 0) g_source_remove(forgetting_);
+  stopKeepingEmpty();
   if (owner_ && lastRead_) owner_->replacePassingAtEnd(std::move(*lastRead_));
 }
 
@@ -61,6 +69,8 @@ std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::ite
   if (!reader_) return std::nullopt;
   owner_->settle();
   isPutBack_ = false;
+  if (keepingEmpty_ != 0) emptyAgain();
+  stopKeepingEmpty();
   readAt_ = Clock::now();
   stringTimeLeft_ = kStringTime;
   if (!lastRead_ || !passingTextStands()) {
@@ -85,8 +95,10 @@ std::int64_t LinuxPasteboard::changeCount() {
 
 void LinuxPasteboard::clearContents() {
   if (!owner_ || isPutBack_ || somebodyElseHasCopied()) return;
-  owner_->clear(pasteOfPassingText());
+  const auto paste = pasteOfPassingText();
+  owner_->clear(paste);
   passingIsOver_ = true;
+  if (paste && copied_) keepEmpty();
   forgetSoon();
 }
 
@@ -106,11 +118,13 @@ std::optional<std::string> LinuxPasteboard::copiedText() {
                                 [&](xcb_window_t owner) { return isFromCopier(owner, copy->application); });
   stringTimeLeft_ -=
       std::min(stringTimeLeft_, std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - start));
+  copied_ = text;
   return text;
 }
 
 void LinuxPasteboard::setString(std::string_view text) {
   if (!owner_) return;
+  stopKeepingEmpty();
   owner_->pass(passingTextContents(text));
   passing_ = PassingText{std::string(text), Clock::now()};
   passingIsOver_ = false;
@@ -119,6 +133,7 @@ void LinuxPasteboard::setString(std::string_view text) {
 
 void LinuxPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
   if (!owner_ || isPutBack_ || somebodyElseHasCopied()) return;
+  stopKeepingEmpty();
   ClipboardContents contents;
   for (const PasteboardItemData& item : items) {
     for (const auto& [typeName, bytes] : item) {
@@ -189,6 +204,34 @@ bool LinuxPasteboard::somebodyElseHasCopied() {
   return copy && change.number != changesAtRead_ && !isFromCopier(change.owner, copy->application);
 }
 
+void LinuxPasteboard::keepEmpty() {
+  stopKeepingEmpty();
+  keptEmptyUntil_ = Clock::now() + kKeptEmpty;
+  const auto look = [](gpointer data) -> gboolean {
+    auto& self = *static_cast<LinuxPasteboard*>(data);
+    if (Clock::now() < self.keptEmptyUntil_ && !self.emptyAgain()) return G_SOURCE_CONTINUE;
+    self.keepingEmpty_ = 0;
+    self.copied_.reset();
+    return G_SOURCE_REMOVE;
+  };
+  keepingEmpty_ = g_timeout_add(kLookMilliseconds, look, this);
+}
+
+void LinuxPasteboard::stopKeepingEmpty() {
+  if (keepingEmpty_ != 0) g_source_remove(keepingEmpty_);
+  keepingEmpty_ = 0;
+}
+
+/// Whether a history has put the copied text back and it was taken away again.
+bool LinuxPasteboard::emptyAgain() {
+  const OwnerThread::Change change = owner_->lastChange();
+  if (change.isOwn || change.owner == XCB_WINDOW_NONE) return false;
+  if (!copied_ || reader_->readText({kTakenOverTime, kTakenOverTime, budget_.bytes}) != copied_) return false;
+  owner_->stay(nothingForHistories(), std::nullopt);
+  owner_->settle();
+  return true;
+}
+
 void LinuxPasteboard::forgetSoon() {
   const auto idle = [](gpointer data) -> gboolean {
     auto& self = *static_cast<LinuxPasteboard*>(data);
@@ -210,6 +253,7 @@ void LinuxPasteboard::forget() {
   }
   lastRead_.reset();
   passing_.reset();
+  if (keepingEmpty_ == 0) copied_.reset();
   // The C library keeps what was large and is free for what may come, several times the size of the
   // selection.
   malloc_trim(0);

@@ -58,6 +58,10 @@ struct PasteboardBudget {
 /// late: clearContents() and writeItems() do nothing until the next items(). When a fix has ended without a
 /// text, a copy by which its shortcut is answered late is undone for 30 s.
 ///
+/// A history of the clipboard may fill a clipboard that is empty again after a fix with the text that the fix
+/// had copied. For two seconds this is undone: the clipboard then holds the mark of a secret and nothing to
+/// paste.
+///
 /// The change count counts the owner notifications of XFIXES: each claim, also a repeated one of the same
 /// owner, the end of an owner, and the claims of this program. It is current while the main thread sleeps.
 ///
@@ -115,6 +119,9 @@ class LinuxPasteboard : public Pasteboard {
   bool somebodyElseHasCopied();
   void forgetSoon();
   void forget();
+  void keepEmpty();
+  void stopKeepingEmpty();
+  bool emptyAgain();
 
   PasteboardBudget budget_;
   Needs needs_;
@@ -132,6 +139,10 @@ class LinuxPasteboard : public Pasteboard {
   /// Whether a fix has put back what the last items() found.
   bool isPutBack_ = false;
   unsigned forgetting_ = 0;  // the source in the main context
+  /// What the fix has copied, until its restore is over.
+  std::optional<std::string> copied_;
+  Clock::time_point keptEmptyUntil_;
+  unsigned keepingEmpty_ = 0;  // the source in the main context
 };
 
 }  // namespace lexwend::platform

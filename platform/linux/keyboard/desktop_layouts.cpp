@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "platform/linux/session/buses.h"
 #include "platform/linux/session/glib_ref.h"
 
 namespace lexwend::platform {
@@ -39,6 +40,17 @@ void listArrived(GObject* source, GAsyncResult* result, gpointer data) {
 }
 
 }  // namespace
+
+bool desktopKeepsItsLayout(GDBusConnection* sessionBus) {
+  if (sessionBus == nullptr) return false;
+  const GVariantRef reply(g_dbus_connection_call_sync(
+      sessionBus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
+      g_variant_new("(s)", "org.gnome.Shell"), G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout,
+      nullptr, nullptr));
+  gboolean hasOwner = FALSE;
+  if (reply) g_variant_get(reply.get(), "(b)", &hasOwner);
+  return hasOwner != FALSE;
+}
 
 void tellDesktopOfLayout(GDBusConnection* sessionBus, const std::string& layout, std::size_t occurrence) {
   if (sessionBus == nullptr) return;

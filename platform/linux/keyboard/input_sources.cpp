@@ -68,7 +68,7 @@ class LinuxInputSources::Watch {
   X11Connection::Observation observation_;
 };
 
-LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus)
+LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus, Play play)
     : x11_(std::move(x11)), sessionBus_(std::move(sessionBus)) {
   if (x11_ && !x11_->hasXkb()) x11_ = nullptr;
   if (x11_) {
@@ -84,6 +84,20 @@ LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, Session
       if (x11_->isKeymapChange(event)) keymap_.reset();
     });
     x11_->selectKeymapEvents();
+  }
+  if (x11_ && play) {
+    shortcut_.emplace(
+        LayoutShortcut::Needs{.current = [this]() -> std::optional<XkbLayoutName> {
+                                const auto now = layouts();
+                                if (!now || !now->active || *now->active >= now->enabled.size())
+                                  return std::nullopt;
+                                return now->enabled[*now->active];
+                              },
+                              .keyGiving = [this](std::uint32_t keysym) -> std::optional<KeyCode> {
+                                const std::shared_ptr<xkb_keymap> keymap = serverKeymap();
+                                return keymap ? platform::keyGiving(*keymap, keysym) : std::nullopt;
+                              },
+                              .play = std::move(play)});
   }
 }
 
@@ -114,6 +128,9 @@ InputSourceRef LinuxInputSources::copyCurrentKeyboardLayoutInputSource() {
 }
 
 void LinuxInputSources::selectLayout(const std::vector<XkbLayoutName>& enabled, std::size_t place) {
+  if (shortcut_ && sessionBus_ && desktopKeepsItsLayout(sessionBus_()) && shortcut_->select(enabled[place])) {
+    return;
+  }
   // Waits until the server has selected it, so that the next key that the user types is of that layout.
   const XcbReply<xcb_generic_error_t> error(xcb_request_check(
       x11_->get(), xcb_xkb_latch_lock_state_checked(x11_->get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 1,

@@ -10,18 +10,24 @@
 
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/keyboard/keyboard_devices.h"
+#include "platform/linux/keymap/layout_shortcut.h"
 #include "platform/linux/keymap/xkb_input_sources.h"
 
 namespace lexwend::platform {
 
 /// Keyboard layouts are the groups of the XKB keymap of the user's keyboard. Their names are those of the
 /// configuration that produced the keymap. Without a display there is no list. Selecting a layout locks its
-/// group and tells a desktop that has a list of its own (desktop_layouts.h).
+/// group and tells a desktop that has a list of its own (desktop_layouts.h). Where the desktop does not let
+/// go of its layout, its own shortcut is pressed instead (layout_shortcut.h), and the layout is another one a
+/// moment later.
 class LinuxInputSources : public XkbInputSources {
  public:
   using SessionBus = std::function<GDBusConnection*()>;
-  /// `sessionBus` is called when a layout is selected. It may be null and may return null.
-  explicit LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus = nullptr);
+  using Play = std::function<void(KeyCode, EventFlags)>;
+  /// `sessionBus` is called when a layout is selected. It may be null and may return null. `play` presses and
+  /// releases a key with modifiers; without it no shortcut is pressed.
+  explicit LinuxInputSources(std::shared_ptr<X11Connection> x11, SessionBus sessionBus = nullptr,
+                             Play play = nullptr);
   ~LinuxInputSources() override;
 
   InputSourceRef copyCurrentKeyboardLayoutInputSource() override;
@@ -46,6 +52,7 @@ class LinuxInputSources : public XkbInputSources {
   std::shared_ptr<X11Connection> x11_;
   KeyboardDevices::Id usersKeyboard_ = KeyboardDevices::kNone;
   SessionBus sessionBus_;
+  std::optional<LayoutShortcut> shortcut_;
   std::shared_ptr<xkb_keymap> keymap_;
   std::int32_t keymapsKeyboard_ = -1;
   std::optional<std::string> keymapsRules_;

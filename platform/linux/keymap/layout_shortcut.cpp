@@ -32,23 +32,29 @@ struct SchemaUnref {
   void operator()(GSettingsSchema* schema) const { g_settings_schema_unref(schema); }
 };
 
-/// A setting of the desktop; null when it is not there or of another type. Asking for a schema that is not
-/// installed would end the program.
-GVariantRef setting(const char* schemaName, const char* key, const char* type) {
+struct Setting {
+  const char* schema;
+  const char* key;
+  const char* type;
+};
+
+/// What the desktop has set; null when the setting is not there or of another type. Asking for a schema that
+/// is not installed would end the program.
+GVariantRef valueOf(const Setting& setting) {
   GSettingsSchemaSource* source = g_settings_schema_source_get_default();
   if (source == nullptr) return nullptr;
   const std::unique_ptr<GSettingsSchema, SchemaUnref> schema(
-      g_settings_schema_source_lookup(source, schemaName, TRUE));
-  if (!schema || g_settings_schema_has_key(schema.get(), key) == FALSE) return nullptr;
+      g_settings_schema_source_lookup(source, setting.schema, TRUE));
+  if (!schema || g_settings_schema_has_key(schema.get(), setting.key) == FALSE) return nullptr;
   const GObjectRef<GSettings> settings(g_settings_new_full(schema.get(), nullptr, nullptr));
-  GVariantRef value(g_settings_get_value(settings.get(), key));
-  if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE(type)) == FALSE) return nullptr;
+  GVariantRef value(g_settings_get_value(settings.get(), setting.key));
+  if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE(setting.type)) == FALSE) return nullptr;
   return value;
 }
 
 std::vector<XkbLayoutName> layoutsOf(const char* key) {
   std::vector<XkbLayoutName> layouts;
-  const GVariantRef list = setting("org.gnome.desktop.input-sources", key, "a(ss)");
+  const GVariantRef list = valueOf({"org.gnome.desktop.input-sources", key, "a(ss)"});
   if (!list) return layouts;
   for (gsize i = 0; i < g_variant_n_children(list.get()); ++i) {
     const char* kind = nullptr;
@@ -69,7 +75,7 @@ std::vector<XkbLayoutName> layoutsOf(const char* key) {
 
 std::vector<KeyCombination> shortcutsOf(const char* key) {
   std::vector<KeyCombination> shortcuts;
-  const GVariantRef list = setting("org.gnome.desktop.wm.keybindings", key, "as");
+  const GVariantRef list = valueOf({"org.gnome.desktop.wm.keybindings", key, "as"});
   if (!list) return shortcuts;
   for (gsize i = 0; i < g_variant_n_children(list.get()); ++i) {
     const char* text = nullptr;

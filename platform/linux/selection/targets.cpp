@@ -103,8 +103,12 @@ ClipboardContents passingTextContents(std::string_view utf8) {
   if (const auto latin1 = latin1FromUtf8(utf8)) {
     contents.push_back({"STRING", "STRING", 8, bytesOf(*latin1)});
   }
-  contents.push_back({"x-kde-passwordManagerHint", "x-kde-passwordManagerHint", 8, bytesOf("secret")});
+  contents.push_back(nothingForHistories().front());
   return contents;
+}
+
+ClipboardContents nothingForHistories() {
+  return {{"x-kde-passwordManagerHint", "x-kde-passwordManagerHint", 8, bytesOf("secret")}};
 }
 
 }  // namespace lexwend::platform

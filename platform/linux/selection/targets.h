@@ -51,5 +51,7 @@ bool isOfFiles(std::string_view target);
 /// The contents that stand for plain text that only passes through: the usual text targets and the mark by
 /// which clipboard histories leave it out.
 ClipboardContents passingTextContents(std::string_view utf8);
+/// Contents without anything to paste, for a clipboard that a history would fill if it were empty.
+ClipboardContents nothingForHistories();
 
 }  // namespace lexwend::platform

@@ -50,6 +50,9 @@ bool sessionIsWayland() {
          (type != nullptr && std::string_view(type) == "wayland");
 }
 
+// Whoever shows the sentence takes its direction from its first letter, which may be that of a Latin name.
+constexpr std::string_view kRightToLeftMark = "\u200F";
+
 void notifyUser(std::string_view sentence) {
   GDBusConnection* bus = sessionBus();
   if (bus == nullptr || sentence.empty()) return;
@@ -64,7 +67,8 @@ void notifyUser(std::string_view sentence) {
       bus, "org.freedesktop.Notifications", "/org/freedesktop/Notifications", "org.freedesktop.Notifications",
       "Notify",
       g_variant_new("(susssasa{sv}i)", name.c_str(), 0U, std::string(kIdentifier).c_str(), name.c_str(),
-                    std::string(sentence).c_str(), &noActions, &noHints, kServersChoice),
+                    (std::string(kRightToLeftMark) + std::string(sentence)).c_str(), &noActions, &noHints,
+                    kServersChoice),
       nullptr, G_DBUS_CALL_FLAGS_NONE, kBusCallTimeout, nullptr, nullptr));
 }
 

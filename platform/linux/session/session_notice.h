@@ -28,9 +28,10 @@ extern const SessionNotice kWaylandOnly;
 /// Why no agent can run without any display.
 extern const SessionNotice kNoDisplay;
 
-/// Asks the desktop to show the sentence. Main thread only. Blocks until the desktop has taken it, since the
-/// process may end right after: for kBusCallTimeout at most, and as long once more for the first connection
-/// to the session bus. Nothing happens where there is no bus or nobody shows notifications.
+/// Asks the desktop to show the Hebrew sentence, from right to left. Main thread only. Blocks until the
+/// desktop has taken it, since the process may end right after: for kBusCallTimeout at most, and as long once
+/// more for the first connection to the session bus. Nothing happens where there is no bus or nobody shows
+/// notifications.
 void notifyUser(std::string_view sentence);
 
 }  // namespace lexwend::platform

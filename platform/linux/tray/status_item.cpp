@@ -5,6 +5,7 @@
 #include <QCursor>
 #include <QMenu>
 #include <QSystemTrayIcon>
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdlib>
@@ -28,10 +29,15 @@ constexpr std::array<std::chrono::milliseconds, 2> kPanelDrawn{std::chrono::seco
 /// A panel has taken notice of a change of the icon by this time.
 constexpr std::chrono::milliseconds kIconTaken{300};
 
-/// LXQt's panel draws a symbolic icon in the color of its file.
+/// Whether the panel gives a symbolic icon the color of its text, as those of these desktops do. Others draw
+/// it in the color of its file, which is legible on a dark panel only; a picture has a field of its own.
 bool panelColorsIcons() {
   const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
-  return desktop == nullptr || std::string_view(desktop).find("LXQt") == std::string_view::npos;
+  if (desktop == nullptr) return false;
+  constexpr std::array<std::string_view, 3> kColoring{"XFCE", "GNOME", "KDE"};
+  return std::any_of(kColoring.begin(), kColoring.end(), [&](std::string_view name) {
+    return std::string_view(desktop).find(name) != std::string_view::npos;
+  });
 }
 
 class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem> {
@@ -66,6 +72,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
 
  private:
   void busChanged(GDBusConnection* bus) {
+    theme_->follow(bus);
     notifier_.reset();
     exported_.reset();
     if (bus == nullptr) {
@@ -101,7 +108,7 @@ class TrayItem : public StatusItem, public std::enable_shared_from_this<TrayItem
     }
   }
 
-  /// Xfce's panel keeps the color that an icon had when its name was told.
+  /// The panels of Xfce and Plasma keep the color that an icon had when its name was told.
   void themeChanged() {
     if (themeIsNew_) return;
     themeIsNew_ = true;

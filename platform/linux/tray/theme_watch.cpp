@@ -27,6 +27,18 @@ ThemeWatch::ThemeWatch(std::shared_ptr<X11Connection> x11, std::function<void()>
   followOwner();
 }
 
+void ThemeWatch::follow(GDBusConnection* bus) {
+  if (subscription_ != 0) g_dbus_connection_signal_unsubscribe(bus_, subscription_);
+  bus_ = bus;
+  subscription_ = 0;
+  if (bus == nullptr) return;
+  const auto told = [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
+                       gpointer self) { static_cast<ThemeWatch*>(self)->changed_(); };
+  subscription_ = g_dbus_connection_signal_subscribe(bus, nullptr, "org.kde.KGlobalSettings", "notifyChange",
+                                                     "/KGlobalSettings", nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
+                                                     told, this, nullptr);
+}
+
 void ThemeWatch::followOwner() {
   const XcbReply<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
       x11_->get(), xcb_get_selection_owner(x11_->get(), x11_->atom(kSelection)), nullptr));

@@ -21,6 +21,7 @@
 #include "platform/linux/session/identity.h"
 #include "platform/linux/session/session_notice.h"
 #include "platform/linux/tray/symbol_image.h"
+#include "platform/linux/windows/accessible_application.h"
 
 namespace lexwend::platform {
 namespace {
@@ -136,6 +137,7 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
                               needs_.isWayland() ? platformsOfWayland : platformOfX, nullptr};
   static int argumentCount = 3;
   if (sessionBus() == nullptr) busIsHidden_ = std::make_unique<HiddenBus>();
+  showOpenMenusInAccessibilityTree();
   application_ = std::make_unique<QApplication>(argumentCount, arguments);
   QGuiApplication::setLayoutDirection(Qt::RightToLeft);
   QGuiApplication::setWindowIcon(applicationIcon());

@@ -768,6 +768,21 @@ struct PasteboardOfAFix : testing::Test {
     pasteboard->setString(text);
     paste = played();
   }
+  /// A whole fix of that text, up to the restore.
+  void fixWithAnEmptyClipboard(const std::string& text) {
+    pasteboard->items();
+    copy = played();
+    {
+      const CopyingApplication copied(plainText(text));
+      EXPECT_EQ(pasteboard->string(), text);
+    }
+    pasteboard->clearContents();
+    pasteboard->setString("replacement");
+    paste = played();
+    EXPECT_EQ(read(editor), "replacement");
+    pasteboard->clearContents();
+    EXPECT_TRUE(becomes([&] { return !editor.selectionHasOwner(); }));
+  }
   void restore() { restore(kept); }
   void restore(const std::vector<PasteboardItemData>& items) {
     pasteboard->clearContents();
@@ -902,6 +917,27 @@ TEST_F(PasteboardOfAFix, isEmptyAgainOnlyAfterTheApplicationHasFetchedTheReplace
   EXPECT_EQ(stranger.paste(), "");
   EXPECT_EQ(read(editor), "replacement");
   EXPECT_TRUE(becomes([&] { return !editor.selectionHasOwner(); }));
+}
+
+TEST_F(PasteboardOfAFix, isEmptyAgainThoughAHistoryFillsItWithWhatTheFixHadCopied) {
+  fixWithAnEmptyClipboard("copied");
+  CopyingApplication history(plainText("copied"));
+  EXPECT_TRUE(pumpUntil([&] { return !history.ownsSelection(); }));
+  EXPECT_EQ(stranger.paste(), "");
+  EXPECT_EQ(editor.paste("x-kde-passwordManagerHint").value_or(SelectionValue{}).bytes, "secret");
+
+  fixWithAnEmptyClipboard("copied");
+  CopyingApplication secondHistory(plainText("copied"));
+  pasteboard->items();  // of the next fix, which comes before the history was noticed
+  EXPECT_FALSE(secondHistory.ownsSelection());
+}
+
+TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesToAnEmptyClipboardAfterIt) {
+  fixWithAnEmptyClipboard("copied");
+  CopyingApplication user(plainText("the user's"));
+  EXPECT_FALSE(pumpUntil([&] { return !user.ownsSelection(); }, std::chrono::seconds(3)));
+  CopyingApplication late(plainText("copied"));
+  EXPECT_FALSE(pumpUntil([&] { return !late.ownsSelection(); }, milliseconds(300)));
 }
 
 TEST_F(PasteboardOfAFix, countsNoFetchFromBeforeThePaste) {

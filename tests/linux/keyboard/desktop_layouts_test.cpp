@@ -6,6 +6,7 @@
 
 #include "platform/linux/keyboard/input_sources.h"
 #include "platform/linux/session/glib_ref.h"
+#include "tests/linux/testing/desktop_settings.h"
 #include "tests/linux/testing/virtual_display.h"
 
 namespace lexwend::platform {
@@ -119,6 +120,41 @@ TEST_F(DesktopLayouts, mayBeMissing) {
   tellDesktopOfLayout(agent.get(), "de", 0);
   ASSERT_TRUE(pumpUntil([&] { return !selected.empty(); }));
   EXPECT_THAT(selected, testing::ElementsAre(0));
+}
+
+TEST_F(DesktopLayouts, areSelectedByTheShortcutOfADesktopThatKeepsThem) {
+  DesktopSettings& settings = DesktopSettings::shared();
+  settings.setLayouts("sources", {"us", "il"});
+  settings.setShortcuts("switch-input-source", {"<Control>k"});
+  const VirtualDisplay display;
+  Typist typist;
+  VirtualDisplay::setLayouts("us,il");
+  std::vector<std::pair<KeyCode, EventFlags>> played;
+  LinuxInputSources sources(
+      X11Connection::open(), [this] { return agent.get(); },
+      [&](KeyCode key, EventFlags modifiers) { played.emplace_back(key, modifiers); });
+  const auto list = sources.createInputSourceList({InputSourceType::keyboardLayout, true}, false).value();
+  ASSERT_EQ(list.size(), 2U);
+  sources.select(list[1]);
+  EXPECT_EQ(typist.group(), 1);
+  EXPECT_TRUE(played.empty());  // such a desktop is not there
+
+  bool owns = false;
+  g_bus_own_name_on_connection(
+      desktop.get(), "org.gnome.Shell", G_BUS_NAME_OWNER_FLAGS_NONE,
+      [](GDBusConnection*, const gchar*, gpointer flag) { *static_cast<bool*>(flag) = true; }, nullptr, &owns,
+      nullptr);
+  ASSERT_TRUE(pumpUntil([&] { return owns; }));
+  settings.setLayouts("mru-sources", {"il", "us"});
+  sources.select(list[0]);
+  EXPECT_EQ(typist.group(), 1);  // that is left to the desktop
+  EXPECT_THAT(played, testing::ElementsAre(testing::Pair(KeyCode{40}, kEventFlagCommand)));
+  typist.lockGroup(0);
+  EXPECT_FALSE(pumpUntil([&] { return played.size() > 1; }, std::chrono::milliseconds(300)));
+
+  settings.setShortcuts("switch-input-source", {});
+  sources.select(list[1]);  // no shortcut can be pressed
+  EXPECT_EQ(typist.group(), 1);
 }
 
 }  // namespace

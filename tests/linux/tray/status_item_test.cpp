@@ -279,6 +279,7 @@ TEST_F(Tray, itemHasNoNameForAnIconThatIsNotInstalled) {
 
 TEST_F(Tray, itemNamesItsInstalledIconForThePanelToColor) {
   const InstalledIcon icon("org.lexwend.Lexwend-failed-symbolic");
+  const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "XFCE");
   Panel panel;
   panel.appear();
   const auto item = bar.statusItem(kSquareStatusItemLength);
@@ -292,6 +293,7 @@ TEST_F(Tray, itemNamesItsInstalledIconForThePanelToColor) {
 
 TEST_F(Tray, itemTellsItsIconAnewWhenTheThemeChanges) {
   const InstalledIcon icon("org.lexwend.Lexwend-symbolic");
+  const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "XFCE");
   const auto x11 = X11Connection::open();
   const auto window = xcb_generate_id(x11->get());
   xcb_create_window(x11->get(), XCB_COPY_FROM_PARENT, window, x11->root(), 0, 0, 1, 1, 0,
@@ -311,15 +313,32 @@ TEST_F(Tray, itemTellsItsIconAnewWhenTheThemeChanges) {
   EXPECT_TRUE(pumpUntil([&] { return panel.text("IconName") == "org.lexwend.Lexwend-symbolic"; }));
 }
 
-TEST_F(Tray, itemHasNoNameForAPanelThatColorsNone) {
+TEST_F(Tray, itemTellsItsIconAnewWhenPlasmasColorsChange) {
   const InstalledIcon icon("org.lexwend.Lexwend-symbolic");
-  const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "LXQt");
+  const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "KDE");
   Panel panel;
   panel.appear();
   const auto item = bar.statusItem(kSquareStatusItemLength);
   item->setImage(bar.symbolImage("keyboard", "Lexwend"));
   ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
-  EXPECT_EQ(panel.text("IconName"), "");
+  ASSERT_NE(panel.text("IconName"), "");
+  BusPeer desktop;
+  desktop.emit("/KGlobalSettings", "org.kde.KGlobalSettings", "notifyChange", g_variant_new("(ii)", 0, 0));
+  EXPECT_TRUE(pumpUntil([&] { return panel.text("IconName").empty(); }));
+  EXPECT_TRUE(pumpUntil([&] { return panel.text("IconName") == "org.lexwend.Lexwend-symbolic"; }));
+}
+
+TEST_F(Tray, itemHasNoNameForAPanelThatColorsNone) {
+  const InstalledIcon icon("org.lexwend.Lexwend-symbolic");
+  for (const char* desktop : {static_cast<const char*>(nullptr), "LXQt", "MATE"}) {
+    const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", desktop);
+    Panel panel;
+    panel.appear();
+    const auto item = bar.statusItem(kSquareStatusItemLength);
+    item->setImage(bar.symbolImage("keyboard", "Lexwend"));
+    ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+    EXPECT_EQ(panel.text("IconName"), "");
+  }
 }
 
 TEST_F(Tray, itemWaitsForAPanelThatIsBusyAndMakesNoSecondIcon) {

@@ -8,7 +8,7 @@
 #include "platform/linux/linux_host.h"   // denied
 #include "platform/linux/selection/x.h"  // denied
 #include "platform/linux/session/x.h"
-#include "platform/linux/sway/x.h"       // denied
-#include "platform/linux/tray/x.h"       // denied
-#include "platform/linux/wayland/x.h"    // denied
-#include "platform/linux/windows/x.h"    // denied
+#include "platform/linux/sway/x.h"     // denied
+#include "platform/linux/tray/x.h"     // denied
+#include "platform/linux/wayland/x.h"  // denied
+#include "platform/linux/windows/x.h"  // denied
