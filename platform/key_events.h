@@ -50,8 +50,8 @@ class KeyEvents {
   /// Posts the event. Returns without waiting for the application to handle it. A host may refuse to press a
   /// key, but never to release a key that it pressed. macOS refuses nothing. Linux refuses a copy when the
   /// clipboard could not be restored, when nothing is selected, when the application has still to take the
-  /// last paste, and when it uses the shortcut for something else. It refuses a paste when the window in front is not the one that was copied from. It
-  /// refuses both when no key types what the shortcut needs.
+  /// last paste, and when it uses the shortcut for something else. It refuses a paste when the window in
+  /// front is not the one that was copied from. It refuses both when no key types what the shortcut needs.
   virtual PostResult post(EventTap tap, const KeyEvent& event) = 0;
 };
 
