@@ -108,7 +108,10 @@ KeyEvents& LinuxHost::keyEvents() {
 }
 
 HotKeyService& LinuxHost::hotKeyService() {
-  if (sway()) return made(swayHotKeyService_, sway());
+  if (sway()) {
+    return made(swayHotKeyService_, sway(),
+                [this] { return runningApplications_.holderOfLock(kIdentifier).has_value(); });
+  }
   if (kwin()) return made(kwinHotKeyService_, kwin());
   if (gnome()) return gnomeHotKeyService();
   return made(hotKeyService_, x11());

@@ -63,6 +63,8 @@ std::optional<ProcessIdentifier> LinuxRunningApplications::holdLock(const std::s
 }
 
 std::optional<ProcessIdentifier> LinuxRunningApplications::holderOfLock(std::string_view identifier) const {
+  // To close the file would let this process's own lock go (fcntl(2)).
+  if (holdsLock(identifier)) return std::nullopt;
   const auto folder = lockFolder();
   if (folder.empty()) return std::nullopt;
   const auto path = folder + "/" + std::string(identifier) + ".lock";

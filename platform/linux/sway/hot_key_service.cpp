@@ -32,8 +32,10 @@ std::string commandOf(std::uint64_t number, bool isPress) {
 
 }  // namespace
 
-SwayHotKeyService::SwayHotKeyService(std::shared_ptr<SwayIpc> sway)
-    : sway_(std::move(sway)), tick_("lexwend " + std::to_string(getpid())) {
+SwayHotKeyService::SwayHotKeyService(std::shared_ptr<SwayIpc> sway, std::function<bool()> anotherIsTheAgent)
+    : sway_(std::move(sway)),
+      anotherIsTheAgent_(std::move(anotherIsTheAgent)),
+      tick_("lexwend " + std::to_string(getpid())) {
   observation_ = sway_->observe([this](const SwayEvent& event) { handleEvent(event); });
 }
 
@@ -42,6 +44,7 @@ SwayHotKeyService::~SwayHotKeyService() {
 }
 
 OSStatus SwayHotKeyService::take(const HotKey& hotKey) {
+  if (anotherIsTheAgent_()) return kHotKeyExistsErr;
   const auto combination = combinationOf(hotKey.keyCode, hotKey.modifiers);
   const bool bound =
       combination &&

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -15,10 +16,13 @@ namespace lexwend::platform {
 /// are. A locked screen has no bindings. Command is Control here, Option is Alt, and Control is Super. Main
 /// thread only. Registering waits for sway.
 ///
+/// sway lets a second binding of the same key take the place of the first. So while another process is the
+/// agent no key is bound here, and registering fails as for a key that is held.
+///
 /// sway repeats the binding of a held key. A second binding, for the release, tells that it was let go.
 class SwayHotKeyService : public HotKeyKeeper {
  public:
-  explicit SwayHotKeyService(std::shared_ptr<SwayIpc> sway);
+  SwayHotKeyService(std::shared_ptr<SwayIpc> sway, std::function<bool()> anotherIsTheAgent);
   ~SwayHotKeyService() override;
 
  private:
@@ -30,6 +34,7 @@ class SwayHotKeyService : public HotKeyKeeper {
   void handleBinding(const std::string& command);
 
   std::shared_ptr<SwayIpc> sway_;
+  std::function<bool()> anotherIsTheAgent_;
   int pausesEnding_ = 0;  // ticks that have been asked for and have not come
   std::string tick_;      // of this process
   Registration observation_;

@@ -78,6 +78,13 @@ TEST_F(UsersSession, knowsAnotherInstanceUntilThatEnds) {
   EXPECT_EQ(applications.withBundleIdentifier("org.lexwend.Test"), Processes{::getpid()});
 }
 
+TEST_F(UsersSession, keepsItsOwnLockWhenItAsksWhoElseHoldsIt) {
+  LinuxRunningApplications applications;
+  applications.withBundleIdentifier("org.lexwend.Test");
+  EXPECT_EQ(applications.holderOfLock("org.lexwend.Test"), std::nullopt);
+  EXPECT_FALSE(OtherInstance("org.lexwend.Test").thoughtItselfAlone());
+}
+
 TEST_F(UsersSession, tellsOfAnotherInstanceWithoutBecomingOne) {
   const LinuxRunningApplications asking;
   EXPECT_EQ(asking.holderOfLock("org.lexwend.Test"), std::nullopt);

@@ -43,7 +43,8 @@ struct SwayHotKey : testing::Test {
 
   FakeSway sway;
   std::shared_ptr<SwayIpc> ipc = SwayIpc::open();
-  SwayHotKeyService service{ipc};
+  bool anotherIsTheAgent = false;
+  SwayHotKeyService service{ipc, [this] { return anotherIsTheAgent; }};
   int presses = 0;
 };
 
@@ -59,6 +60,12 @@ TEST_F(SwayHotKey, isBoundByThePlaceOfItsKeyAndGivenBack) {
             kHotKeyExistsErr);
   registration.hotKey.cancel();
   EXPECT_EQ(sway.commands().back(), "unbindcode --release Ctrl+Mod1+Mod4+68");
+}
+
+TEST_F(SwayHotKey, isNotTakenFromTheAgentByAnotherProgram) {
+  anotherIsTheAgent = true;
+  EXPECT_EQ(service.registerHotKey(kKeyF2, kNoModifiers, kIdentity).status, kHotKeyExistsErr);
+  EXPECT_TRUE(sway.commands().empty());
 }
 
 TEST_F(SwayHotKey, isOnePressUntilItIsReleased) {
