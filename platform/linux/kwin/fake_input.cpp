@@ -12,7 +12,7 @@ namespace lexwend::platform {
 namespace {
 
 // The first with keys.
-constexpr std::uint32_t kVersion = 4;
+constexpr std::uint32_t kFakeInputVersion = 4;
 constexpr std::array<std::uint32_t, 8> kModifierKeys = {KEY_LEFTSHIFT, KEY_RIGHTSHIFT, KEY_LEFTCTRL,
                                                         KEY_RIGHTCTRL, KEY_LEFTALT,    KEY_RIGHTALT,
                                                         KEY_LEFTMETA,  KEY_RIGHTMETA};
@@ -20,13 +20,13 @@ constexpr std::array<std::uint32_t, 8> kModifierKeys = {KEY_LEFTSHIFT, KEY_RIGHT
 }  // namespace
 
 bool FakeInput::isOffered(const WaylandConnection& connection) {
-  return connection.versionOf(org_kde_kwin_fake_input_interface.name).value_or(0) >= kVersion;
+  return connection.versionOf(org_kde_kwin_fake_input_interface.name).value_or(0) >= kFakeInputVersion;
 }
 
 std::unique_ptr<KeyPlayer> FakeInput::open(WaylandConnection& connection) {
   if (!isOffered(connection)) return nullptr;
-  auto* input =
-      static_cast<org_kde_kwin_fake_input*>(connection.bind(org_kde_kwin_fake_input_interface, kVersion));
+  auto* input = static_cast<org_kde_kwin_fake_input*>(
+      connection.bind(org_kde_kwin_fake_input_interface, kFakeInputVersion));
   org_kde_kwin_fake_input_authenticate(input, std::string(kDisplayName).c_str(), "copy and paste");
   return std::unique_ptr<KeyPlayer>(new FakeInput(connection, input));
 }

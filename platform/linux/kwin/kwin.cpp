@@ -16,7 +16,6 @@ namespace lexwend::platform {
 namespace {
 
 constexpr BusObject kBus = {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"};
-constexpr BusObject kShortcuts = {"org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel"};
 constexpr BusObject kScreenSaver = {"org.kde.KWin", "/ScreenSaver", "org.freedesktop.ScreenSaver"};
 
 GVariantRef callOnBus(const BusObject& object, const char* method, GVariant* arguments,

@@ -29,6 +29,8 @@ struct BusObject {
   const char* path;
   const char* interface;
 };
+/// The global shortcuts.
+inline constexpr BusObject kShortcuts = {"org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel"};
 
 /// The compositor KWin: its protocols for this program, over one connection, and its services on the session
 /// bus. Main thread only. GLib's default main context handles its events. A question waits for KWin, for a

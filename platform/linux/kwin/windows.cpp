@@ -9,7 +9,7 @@ namespace {
 // The first in which a window has an identifier that stays its own.
 constexpr std::uint32_t kOldestVersion = 13;
 // The one whose events are handled here.
-constexpr std::uint32_t kVersion = 16;
+constexpr std::uint32_t kManagementVersion = 16;
 
 }  // namespace
 
@@ -68,7 +68,7 @@ std::unique_ptr<KWinWindows> KWinWindows::open(WaylandConnection& connection) {
   const auto version = connection.versionOf(org_kde_plasma_window_management_interface.name);
   if (!version || *version < kOldestVersion) return nullptr;
   auto* management = static_cast<org_kde_plasma_window_management*>(
-      connection.bind(org_kde_plasma_window_management_interface, kVersion));
+      connection.bind(org_kde_plasma_window_management_interface, kManagementVersion));
   std::unique_ptr<KWinWindows> windows(new KWinWindows(management));
   org_kde_plasma_window_management_add_listener(management, &Listener::kManagement, windows.get());
   connection.roundTrip();  // their identifiers

@@ -18,7 +18,7 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 constexpr HotKeyID kIdentity{1, 2};
-constexpr KeyCode kKeyH{4};
+constexpr KeyCode kLetterH{4};
 
 struct KWinHotKey : testing::Test {
   KWinHotKey() {
@@ -58,7 +58,7 @@ TEST_F(KWinHotKey, isTakenByTheNumberThatQtGivesItAndGivenBack) {
 }
 
 TEST_F(KWinHotKey, thatTypesIsTakenForEachLayout) {
-  const auto registration = service.registerHotKey(kKeyH, kOptionKey, kIdentity);
+  const auto registration = service.registerHotKey(kLetterH, kOptionKey, kIdentity);
   ASSERT_EQ(registration.status, kNoErr);
   const std::string keys =
       "[" + std::to_string(0x08000000 + 'H') + ", " + std::to_string(0x08000000 + U'י') + "]";
@@ -66,7 +66,7 @@ TEST_F(KWinHotKey, thatTypesIsTakenForEachLayout) {
 }
 
 TEST_F(KWinHotKey, isTakenAnewWhenTheLayoutsAreOthers) {
-  const auto registration = service.registerHotKey(kKeyH, kOptionKey, kIdentity);
+  const auto registration = service.registerHotKey(kLetterH, kOptionKey, kIdentity);
   fake.setLayouts("us");
   EXPECT_TRUE(pumpUntil([&] { return fake.calls("setShortcut").size() > 1; }));
   EXPECT_THAT(fake.calls("setShortcut").back(), HasSubstr("[" + std::to_string(0x08000000 + 'H') + "]"));
