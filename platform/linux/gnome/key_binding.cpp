@@ -41,6 +41,7 @@ std::vector<std::string> paths(GSettings* list) {
 
 void setPaths(GSettings* list, const std::vector<std::string>& paths) {
   std::vector<const char*> all;
+  all.reserve(paths.size() + 1);
   for (const std::string& path : paths) all.push_back(path.c_str());
   all.push_back(nullptr);
   g_settings_set_strv(list, kList, all.data());

@@ -8,7 +8,7 @@
 
 namespace lexwend::platform {
 
-Selections selectionsOfMutter(std::shared_ptr<MutterRemoteDesktop> remote) {
+Selections selectionsOfMutter(const std::shared_ptr<MutterRemoteDesktop>& remote) {
   const Selections x = selectionsOfX();
   return {[remote, x](SelectionOwner::Changed changed) -> std::unique_ptr<SelectionOwner> {
             return std::make_unique<MutterOwner>(remote, x.openOwner, std::move(changed));

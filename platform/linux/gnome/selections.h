@@ -9,6 +9,6 @@
 namespace lexwend::platform {
 
 /// The clipboard of mutter by remote control, and PRIMARY over XWayland, which has the same one.
-Selections selectionsOfMutter(std::shared_ptr<MutterRemoteDesktop> remote);
+Selections selectionsOfMutter(const std::shared_ptr<MutterRemoteDesktop>& remote);
 
 }  // namespace lexwend::platform

@@ -89,8 +89,9 @@ LinuxInputSources::LinuxInputSources(std::shared_ptr<X11Connection> x11, Session
     shortcut_.emplace(
         LayoutShortcut::Needs{.current = [this]() -> std::optional<XkbLayoutName> {
                                 const auto now = layouts();
-                                if (!now || !now->active || *now->active >= now->enabled.size())
+                                if (!now || !now->active || *now->active >= now->enabled.size()) {
                                   return std::nullopt;
+                                }
                                 return now->enabled[*now->active];
                               },
                               .keyGiving = [this](std::uint32_t keysym) -> std::optional<KeyCode> {

@@ -80,11 +80,23 @@ class Filter : public QObject {
     const auto keyDown = keyDownEventOf(press);
     if (!keyDown) return !isModifierKey(press);  // a key without a code must not press a button
     const auto handler = handler_;               // the handler may remove the monitor
-    return handler(*keyDown) == KeyDisposition::consumed;
+    ++callsRunning_;
+    const KeyDisposition answer = handler(*keyDown);
+    --callsRunning_;
+    return answer == KeyDisposition::consumed;
+  }
+  /// Now, or when the handler has returned.
+  void destroy() {
+    if (callsRunning_ > 0) {
+      deleteLater();
+    } else {
+      delete this;
+    }
   }
 
  private:
   std::function<KeyDisposition(const KeyDownEvent&)> handler_;
+  int callsRunning_ = 0;
 };
 
 }  // namespace
@@ -103,7 +115,7 @@ Registration LinuxKeyMonitor::addLocalKeyDownMonitor(
   return Registration([filter] {
     if (!filter) return;
     if (auto* application = QCoreApplication::instance()) application->removeEventFilter(filter);
-    filter->deleteLater();  // it may be running
+    filter->destroy();
   });
 }
 
