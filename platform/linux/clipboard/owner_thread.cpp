@@ -288,6 +288,8 @@ void OwnerThread::finish(const ClipboardContents& instead) {
   if (owner_->handOver(now + times_.handOver)) return;
   serveUntil(now + times_.lastServe,
              [&] { return !owner_->owns() || owner_->wasFetched(now + times_.watchers); });
+  // Waits for the display: it may drop an answer that it has not read when the connection closes.
+  owner_->stillOwns();
 }
 
 }  // namespace lexwend::platform

@@ -9,10 +9,8 @@
 namespace lexwend::platform {
 namespace {
 
+// After this time an application counts as one that does not paste.
 constexpr std::chrono::seconds kPasteTime{2};
-
-// For a clipboard manager that has taken over text of a line to a page.
-constexpr std::chrono::milliseconds kTakenOverTime{250};
 
 // Klipper fills an empty clipboard within a tenth of a second.
 constexpr std::chrono::seconds kKeptEmpty{2};
@@ -226,7 +224,8 @@ void LinuxPasteboard::stopKeepingEmpty() {
 bool LinuxPasteboard::emptyAgain() {
   const OwnerThread::Change change = owner_->lastChange();
   if (change.isOwn || change.owner == XCB_WINDOW_NONE) return false;
-  if (!copied_ || reader_->readText({kTakenOverTime, kTakenOverTime, budget_.bytes}) != copied_) return false;
+  if (!copied_) return false;
+  if (reader_->readText({budget_.takenOver, budget_.takenOver, budget_.bytes}) != copied_) return false;
   owner_->stay(nothingForHistories(), std::nullopt);
   owner_->settle();
   return true;
