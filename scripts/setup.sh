@@ -19,14 +19,14 @@ packages_build="g++ cmake ninja-build pkg-config libicu-dev libhwy-dev qt6-base-
 # the accessibility interface and raw key events from Python, and screenshots.
 packages_desktop="xvfb x11-utils x11-xkb-utils xkb-data dbus at-spi2-core openbox mousepad fonts-dejavu-core
   imagemagick python3 python3-gi gir1.2-atspi-2.0 libx11-6 libxtst6
-  sway grim wl-clipboard qt6-wayland"
+  sway xwayland grim wl-clipboard qt6-wayland"
 
 # For the test run: GoogleTest, Unicode's own test data, the second compiler with its tools, what the macOS host is
 # compiled, linked and packed with on Linux, and the other applications of the desktop tests.
 packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
   clang-14 clang-format-14 clang-tidy-14 lld-14 llvm-14 libclang-rt-14-dev libc++-14-dev libc++abi-14-dev musl-dev libblocksruntime-dev
   libbenchmark-dev icnsutils zip vim tint2 xfce4-panel xfwm4 gnome-text-editor featherpad l3afpad bluefish xterm xfonts-base xclip xdotool strace valgrind
-  x11-xserver-utils libglib2.0-bin foot xwayland qtwayland5 kate
+  x11-xserver-utils libglib2.0-bin foot qtwayland5 kate
   gir1.2-gtk-3.0 gir1.2-gtk-4.0 gir1.2-vte-2.91"
 
 # The large applications of `./test --all`, and what makes the roots of its desktops.

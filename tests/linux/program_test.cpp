@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/fallback_report.h"
+#include "tests/linux/testing/temporary_folder.h"
 #include "tests/tools/child_process.h"
 
 namespace lexwend::tests {
@@ -17,9 +18,17 @@ Outcome runWithNothing(const std::string& option) {
   return runProgram("/usr/bin/env", {"-i", "/usr/bin/prlimit", "--fsize=0", LEXWEND_PROGRAM, option}, "");
 }
 
+/// Where an agent keeps its lock, of which only one can run.
+struct RuntimeFolder {
+  test::TemporaryFolder folder;
+  std::string variable = "XDG_RUNTIME_DIR=" + folder.path();
+};
+
 /// The account has a home even without an environment, and the agent its log there.
 Outcome runWithoutHome(const std::string& option) {
-  return runProgram("/usr/bin/env", {"-i", "HOME=/nonexistent", LEXWEND_PROGRAM, option}, "");
+  const RuntimeFolder runtime;
+  return runProgram("/usr/bin/env", {"-i", "HOME=/nonexistent", runtime.variable, LEXWEND_PROGRAM, option},
+                    "");
 }
 
 TEST(ProgramWithNothing, limitEndsWhoWritesAFile) {
@@ -38,8 +47,11 @@ TEST(ProgramWithNothing, testsItselfWithTheBuiltInTable) {
 
 TEST(ProgramWithNothing, loadsTheDesktopOnlyWhereItIsAsked) {
   const auto loadedFor = [](const std::string& option, const std::string& desktop = "NONE=") {
+    const RuntimeFolder runtime;
     return runProgram("/usr/bin/env",
-                      {"-i", "HOME=/nonexistent", desktop, "LD_DEBUG=files", LEXWEND_PROGRAM, option}, "")
+                      {"-i", "HOME=/nonexistent", runtime.variable, desktop, "LD_DEBUG=files",
+                       LEXWEND_PROGRAM, option},
+                      "")
         .errors;
   };
   EXPECT_THAT(loadedFor("--selftest"), testing::Not(testing::HasSubstr("lexwend-host.so")));
