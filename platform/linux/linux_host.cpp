@@ -133,8 +133,7 @@ StatusBar& LinuxHost::statusBar() {
 }
 
 RecorderWindows& LinuxHost::recorderWindows() {
-  if (kwin()) return made(recorderWindows_, [this](bool held) { kwin()->blockShortcuts(held); });
-  return made(recorderWindows_);
+  return recorderWindows_;
 }
 
 KeyMonitor& LinuxHost::keyMonitor() {

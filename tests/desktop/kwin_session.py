@@ -80,6 +80,7 @@ class KWinKeyboard(Keyboard):
 class KWinSession(Session):
     """A session whose display is a compositor. XWayland starts with it."""
     TERMINAL, TERMINAL_CLASS = ['konsole', '-e'], 'org.kde.konsole'
+    OWN_COMBINATIONS = ('Alt+Tab', 'Alt+F4', 'Alt+F3')
 
     def __init__(self, granted=True, **options):
         super().__init__(**options)
@@ -122,6 +123,9 @@ class KWinSession(Session):
         self.keyboard = KWinKeyboard(self.display)
         self.keyboard.point(int(width) // 2, int(height) // 2)  # keys go to the window under the mouse
         self.front = Front(self.folder)
+
+    def let_window_have_combinations(self):
+        pass  # no question is asked
 
     def let_in_to_xwayland(self):
         pass  # every program is of the same user

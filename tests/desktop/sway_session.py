@@ -17,6 +17,8 @@ CONFIGURATION = """
 output HEADLESS-1 resolution {size}
 default_border none
 focus_on_window_activation focus
+bindsym Mod1+Tab focus next
+bindsym Mod1+F4 kill
 exec echo "$DISPLAY" >'{folder}/display'
 """
 
@@ -107,6 +109,7 @@ class WaylandKeyboard:
 class SwaySession(Session):
     """A session whose display is a compositor. XWayland starts with its first window."""
     TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
+    OWN_COMBINATIONS = ('Alt+Tab', 'Alt+F4')
 
     def __init__(self, typist, **options):
         super().__init__(**options)
@@ -142,6 +145,9 @@ class SwaySession(Session):
         typist = self.start([str(self.typist)], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.keyboard = WaylandKeyboard(typist, self.sway)
         self.set_layouts(self.layouts)
+
+    def let_window_have_combinations(self):
+        pass  # no question is asked
 
     @staticmethod
     def as_sway(command):
