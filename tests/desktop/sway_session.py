@@ -7,7 +7,8 @@ import struct
 import subprocess
 from pathlib import Path
 
-from session import DEADLINE_SECONDS, KEYS, DesktopError, Session, until
+from session import DEADLINE_SECONDS, KEYS, DesktopError, until
+from wayland_session import WaylandSession
 
 X_OFFSET = 8  # of X key codes from the kernel's
 MODIFIERS = {'Shift': 1, 'Control': 4, 'Alt': 8, 'Super': 64}
@@ -106,7 +107,7 @@ class WaylandKeyboard:
         until(lambda: self.group() == group, f'keyboard group {group}')
 
 
-class SwaySession(Session):
+class SwaySession(WaylandSession):
     """A session whose display is a compositor. XWayland starts with its first window."""
     TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
     OWN_COMBINATIONS = ('Alt+Tab', 'Alt+F4')
@@ -146,9 +147,6 @@ class SwaySession(Session):
         self.keyboard = WaylandKeyboard(typist, self.sway)
         self.set_layouts(self.layouts)
 
-    def let_window_have_combinations(self):
-        pass  # no question is asked
-
     @staticmethod
     def as_sway(command):
         """The command as the user who runs the compositor."""
@@ -177,15 +175,3 @@ class SwaySession(Session):
     def screenshot(self, path):
         Path(path).parent.mkdir(parents=True, exist_ok=True)
         subprocess.run(['grim', str(path)], check=True, timeout=DEADLINE_SECONDS)
-
-    def copy(self, target):
-        return ['wl-copy', '--foreground', '--type', target]
-
-    def paste(self, target):
-        return ['wl-paste', '--no-newline', '--type', target]
-
-    def paste_primary(self):
-        return ['wl-paste', '--no-newline', '--primary']
-
-    def paste_targets(self):
-        return ['wl-paste', '--list-types']
