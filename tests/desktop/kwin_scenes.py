@@ -202,6 +202,7 @@ def shows_its_icon_its_recorder_and_an_alert(stage):
     until(bar_shows_items, 'the bar')
     stage.start_agent()
     until(lambda: len(panel.items()) == 1, 'one icon in the bar')
+    assert panel.item('ItemIsMenu'), 'the bar does not draw the menu at each click'
     reader = ScreenReader(session)
     presses_of_other_program(stage)
     subprocess.run([str(stage.agent_path), '--settings'], check=True)

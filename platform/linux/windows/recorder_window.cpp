@@ -23,6 +23,7 @@
 #include <qpa/qplatformnativeinterface.h>
 
 #include "platform/linux/tray/isolated_combination.h"
+#include "platform/linux/tray/toolkit.h"
 #include "platform/linux/wayland/shortcuts_inhibitor.h"
 
 namespace lexwend::platform {
@@ -172,13 +173,9 @@ class Label : public QLabel {
   bool coloring_ = false;
 };
 
-bool isOfWayland() {
-  return QGuiApplication::platformName().startsWith("wayland");
-}
-
 /// Null where there is no compositor. The window must have been shown. Qt 6.4 has no public way to a surface.
 std::unique_ptr<ShortcutsInhibitor> inhibitorOf(QWindow& window) {
-  if (!isOfWayland()) return nullptr;
+  if (!toolkitIsOfWayland()) return nullptr;
   QPlatformNativeInterface* toolkit = QGuiApplication::platformNativeInterface();
   auto* display = static_cast<wl_display*>(toolkit->nativeResourceForIntegration("wl_display"));
   auto* seat = static_cast<wl_seat*>(toolkit->nativeResourceForIntegration("wl_seat"));
@@ -269,7 +266,7 @@ class Panel : public QDialog {
   /// Takes the keyboard while the window is active, and gives it back otherwise.
   void holdKeyboard() {
     QWindow* window = windowHandle();
-    if (window == nullptr || isOfWayland()) return;
+    if (window == nullptr || toolkitIsOfWayland()) return;
     const bool wanted = isVisible() && isActiveWindow();
     if (wanted == holdsKeyboard_) return;
     const bool done = window->setKeyboardGrabEnabled(wanted);
