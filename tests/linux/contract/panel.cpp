@@ -28,7 +28,7 @@ bool Panel::showsItem() {
 }
 
 void Panel::click() {
-  peer_.call(item(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
+  peer_.call(item(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "ContextMenu",
              g_variant_new("(ii)", 5, 5));
 }
 

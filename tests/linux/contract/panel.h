@@ -16,7 +16,7 @@ class Panel {
   std::string item();
   /// Whether that item is still there.
   bool showsItem();
-  /// The user clicks on the item.
+  /// The user clicks on the item. This panel draws no menus.
   void click();
 
  private:
