@@ -12,7 +12,7 @@ namespace lexwend::platform {
 namespace {
 
 // An application asks a dozen times for one paste; the older fetches tell nothing new.
-constexpr std::size_t kMaxFetches = 256;
+constexpr std::size_t kRememberedFetches = 256;
 
 }  // namespace
 
@@ -41,7 +41,7 @@ void PipeTransfers::proceed() {
     if (progress == Progress::waits) return false;
     ::close(transfer.pipe);
     if (progress == Progress::done) fetches_.push_back({transfer.isText, transfer.asked, Clock::now()});
-    if (fetches_.size() > kMaxFetches) fetches_.pop_front();
+    if (fetches_.size() > kRememberedFetches) fetches_.pop_front();
     if (transfer.ended) transfer.ended(progress == Progress::done);
     return true;
   });
