@@ -9,6 +9,7 @@
 
 #include "platform/linux/gnome/key_player.h"
 #include "platform/linux/gnome/selections.h"
+#include "platform/linux/keeper/keeper.h"
 #include "platform/linux/kwin/entry.h"
 #include "platform/linux/selection/selections.h"
 #include "platform/linux/session/buses.h"
@@ -89,9 +90,7 @@ KeyEvents& LinuxHost::keyEvents() {
   // same text would be copied and pasted twice.
   // What somebody else has copied since must not be pasted in its place.
   const auto mayCopy = [this] {
-    // Without a window that tells of itself it could be a terminal.
-    const bool isUnknown = gnome() && !frontWindow();
-    return !isUnknown && pasteboard()->canBeGivenBack() && !pasteboard()->pasteIsUnderWay() &&
+    return pasteboard()->canBeGivenBack() && !pasteboard()->pasteIsUnderWay() &&
            !linuxAccessibility().selectionIsKnownEmpty();
   };
   const auto mayPaste = [this] { return pasteboard()->holdsPassingText(); };
@@ -100,8 +99,12 @@ KeyEvents& LinuxHost::keyEvents() {
     if (sway()) player = VirtualKeyboard::open();
     if (kwin()) player = kwin()->keyPlayer();
     if (gnome()) player = std::make_unique<MutterKeyPlayer>(mutter_);
+    // Without a window that tells of itself it could be a terminal.
+    const auto mayCopyFrom = [this, mayCopy](const std::optional<FrontWindow>& front) {
+      return (front || !gnome()) && mayCopy();
+    };
     return made(waylandKeyEvents_,
-                WaylandKeyEvents::Needs{[this] { return frontWindow(); }, mayCopy, mayPaste},
+                WaylandKeyEvents::Needs{[this] { return frontWindow(); }, mayCopyFrom, mayPaste},
                 std::move(player));
   }
   return made(keyEvents_, x11(), mayCopy, mayPaste);
@@ -230,7 +233,11 @@ const std::shared_ptr<X11Connection>& LinuxHost::x11() {
 }
 
 Selections LinuxHost::selections() {
-  if (gnome()) return selectionsOfMutter(mutter_);
+  if (gnome()) {
+    return selectionsOfMutter(mutter_, selectionsOfX(), [](xcb_timestamp_t xTime) {
+      return startClipboardKeeper(clipboardKeeper(), xTime);
+    });
+  }
   return isWayland() ? selectionsOfWayland() : selectionsOfX();
 }
 

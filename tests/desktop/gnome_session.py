@@ -77,6 +77,8 @@ class GnomeKeyboard:
 
 class GnomeSession(Session):
     """A session of GNOME Shell, with the agent's extension or without it."""
+    TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
+    KEEPER = 'lexwend-clipboard'
 
     def __init__(self, has_extension=True, **options):
         super().__init__(**options)

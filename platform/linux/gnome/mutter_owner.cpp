@@ -33,8 +33,12 @@ ClipboardContents nothing() {
 
 }  // namespace
 
-MutterOwner::MutterOwner(std::shared_ptr<MutterRemoteDesktop> remote, OpenX openX, Changed changed)
-    : remote_(std::move(remote)), openX_(std::move(openX)), changed_(std::move(changed)) {}
+MutterOwner::MutterOwner(std::shared_ptr<MutterRemoteDesktop> remote, OpenX openX, StartKeeper startKeeper,
+                         Changed changed)
+    : remote_(std::move(remote)),
+      openX_(std::move(openX)),
+      startKeeper_(std::move(startKeeper)),
+      changed_(std::move(changed)) {}
 
 MutterOwner::~MutterOwner() {
   for (const Transfer& transfer : transfers_) ::close(transfer.descriptor);
@@ -68,6 +72,7 @@ bool MutterOwner::ownBySession(const ClipboardContents& contents) {
 }
 
 bool MutterOwner::ownByX(const ClipboardContents& contents) {
+  if (!openX_) return false;
   if (!x_ || !x_->connected()) {
     x_ = openX_([this](const Change& change) {
       // While the session is open mutter tells it.
@@ -232,7 +237,14 @@ bool MutterOwner::wasFetched(Clock::time_point since) const {
 }
 
 bool MutterOwner::handOver(Clock::time_point until) {
-  return x_ && x_->stillOwns() && x_->handOver(until);
+  if (ownsNothing_) return true;
+  const xcb_timestamp_t xTime = x_ && x_->owns() ? x_->serverTime() : XCB_CURRENT_TIME;
+  if (!stillOwns() || !startKeeper_ || !startKeeper_(xTime)) return false;
+  while (owns() && Clock::now() < until) {
+    wait(-1, until);
+    handleEvents();
+  }
+  return !owns();
 }
 
 xcb_timestamp_t MutterOwner::serverTime() {

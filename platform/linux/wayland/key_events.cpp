@@ -114,7 +114,7 @@ bool WaylandKeyEvents::mayPlay(Shortcut shortcut, const std::optional<FrontWindo
     return (!copiedFrom_ || (front && front->id == copiedFrom_)) && (!needs_.mayPaste || needs_.mayPaste());
   }
   if (front && refusesCopy(front->windowClass)) return false;
-  return !needs_.mayCopy || needs_.mayCopy();
+  return !needs_.mayCopy || needs_.mayCopy(front);
 }
 
 }  // namespace lexwend::platform

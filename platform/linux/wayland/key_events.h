@@ -24,7 +24,8 @@ class WaylandKeyEvents : public KeyEvents {
   struct Needs {
     /// The window that has the keyboard; nothing where the compositor does not tell.
     std::function<std::optional<FrontWindow>()> frontWindow;
-    std::function<bool()> mayCopy;   ///< asked right before a copy
+    /// Asked right before a copy from that window.
+    std::function<bool(const std::optional<FrontWindow>& front)> mayCopy;
     std::function<bool()> mayPaste;  ///< asked right before a paste
   };
   /// Without a player no event can be made.
