@@ -49,6 +49,7 @@ LINUX_ROOMS = {
     "kwin": {"wayland", "display", "session", "keymap"},
     "gnome": {"selection", "wayland", "display", "session", "keymap"},
     "keeper": {"gnome", "selection", "session"},
+    "server": {"keyboard", "sway", "kwin", "gnome", "keeper", "selection", "wayland", "display", "session", "keymap"},
     "accessibility": {"session"},
     "tray": {"display", "session"},
     "windows": {"tray", "keymap", "display", "session"},
