@@ -78,6 +78,8 @@ class GnomeKeyboard:
 class GnomeSession(Session):
     """A session of GNOME Shell, with the agent's extension or without it."""
     OWN_COMBINATIONS = ('Alt+F2', 'Alt+Tab', 'Alt+F4')
+    TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
+    KEEPER = 'lexwend-clipboard'
 
     def __init__(self, has_extension=True, **options):
         super().__init__(**options)
