@@ -126,8 +126,12 @@ PostResult LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
       grab.emplace(*x11_);
       if (front() != inFront) return PostResult::refused;
       played.time = std::chrono::steady_clock::now();
-      if (shortcut == Shortcut::copy) copiedFrom_ = inFront;
-      (shortcut == Shortcut::copy ? lastCopy_ : lastPaste_) = played;
+      if (shortcut == Shortcut::paste) {
+        notePaste(played);
+      } else {
+        copiedFrom_ = inFront;
+        noteCopy(played);
+      }
     }
   }
   std::vector<xcb_keycode_t> chord = keyEvent->chord(keys_);

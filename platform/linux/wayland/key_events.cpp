@@ -92,9 +92,7 @@ PostResult WaylandKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   if (keyEvent->down() && shortcut != Shortcut::none) {
     const auto front = needs_.frontWindow ? needs_.frontWindow() : std::nullopt;
     if (!mayPlay(shortcut, front)) return PostResult::refused;
-    const PlayedShortcut played{{}, XCB_WINDOW_NONE, std::chrono::steady_clock::now()};
-    if (shortcut == Shortcut::copy) copiedFrom_ = front ? std::optional(front->id) : std::nullopt;
-    (shortcut == Shortcut::copy ? lastCopy_ : lastPaste_) = played;
+    note(shortcut, front);
   }
   std::vector<Key> chord = keyEvent->chord();
   std::uint32_t modifiers = 0;
@@ -113,8 +111,16 @@ bool WaylandKeyEvents::mayPlay(Shortcut shortcut, const std::optional<FrontWindo
   if (shortcut == Shortcut::paste) {
     return (!copiedFrom_ || (front && front->id == copiedFrom_)) && (!needs_.mayPaste || needs_.mayPaste());
   }
+  if (!front && needs_.refusesUnknownWindows) return false;
   if (front && refusesCopy(front->windowClass)) return false;
   return !needs_.mayCopy || needs_.mayCopy();
+}
+
+void WaylandKeyEvents::note(Shortcut shortcut, const std::optional<FrontWindow>& front) {
+  const PlayedShortcut played{{}, XCB_WINDOW_NONE, std::chrono::steady_clock::now()};
+  if (shortcut == Shortcut::paste) return notePaste(played);
+  copiedFrom_ = front ? std::optional(front->id) : std::nullopt;
+  noteCopy(played);
 }
 
 }  // namespace lexwend::platform
