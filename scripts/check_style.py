@@ -79,10 +79,17 @@ def options_by_file(database):
     """What each checked source is compiled with."""
     options = {}
     for entry in json.loads((database / "compile_commands.json").read_text(encoding="utf-8")):
-        file = Path(os.path.normpath(os.path.join(entry["directory"], entry["file"])))
-        if ROOT in file.parents and file.relative_to(ROOT).parts[0] in CHECKED:
-            options.setdefault(file, options_of(entry["command"]))
+        for file in sources_in(Path(os.path.normpath(os.path.join(entry["directory"], entry["file"])))):
+            if ROOT in file.parents and file.relative_to(ROOT).parts[0] in CHECKED:
+                options.setdefault(file, options_of(entry["command"]))
     return options
+
+
+def sources_in(file):
+    """The sources that an entry of the compilation database stands for: several where CMake compiles them as one."""
+    if file.parent.name != "Unity":
+        return [file]
+    return [Path(name) for name in re.findall(r'^#include "(.+)"$', file.read_text(encoding="utf-8"), re.M)]
 
 
 def options_of(command):
