@@ -15,7 +15,7 @@ from stage import DESKTOPS, SCENES, main
 from wayland_scenes import SHARED, processes_of, scenes_of
 
 # What is not in the root, and what GNOME does in its own way.
-ELSEWHERE = ('featherpad', 'kate')
+ELSEWHERE = ('kate',)
 for name in [name for name in SHARED if any(word in name for word in ELSEWHERE)]:
     del SHARED[name]
 scene = scenes_of('gnome')
@@ -23,6 +23,9 @@ scene(clipboard_scenes.keeps_the_clipboard_through_fixes_in_quick_succession)
 
 REMOTE = 'org.gnome.Mutter.RemoteDesktop'
 BINDINGS = 'org.gnome.settings-daemon.plugins.media-keys'
+# Whether no window is on its way to the screen.
+SHOWN = 'global.get_window_actors().every(actor => actor.visible && actor.opacity === 255 && actor.scale_x === 1)'
+RECORDER, ALERT = 'מקש קיצור', 'Lexwend'  # the titles of windows
 
 
 def scene_without_extension(function):
@@ -122,8 +125,10 @@ def open_menu(stage, name):
     return text
 
 
-def is_in_front(stage):
-    return stage.session.shell.front() == stage.agent.pid
+def shows(stage, title):
+    """Whether a window of the agent with that title has the keyboard."""
+    shell = stage.session.shell
+    return shell.front() == stage.agent.pid and shell.ask('global.display.focus_window.get_title()') == title
 
 
 @scene
@@ -134,15 +139,15 @@ def shows_its_menu_its_recorder_and_an_alert(stage):
     stage.open('mousepad', 'akuo')
     stage.session.shell.ask('global.display.grab_accelerator("<Control><Alt>k", 0)')  # as another program's key
     subprocess.run([str(stage.agent_path), '--settings'], check=True, timeout=DEADLINE_SECONDS)
-    until(lambda: is_in_front(stage), 'the recorder to have the keyboard')
+    until(lambda: shows(stage, RECORDER), 'the recorder to have the keyboard')
     stage.keyboard.press('Control+Alt+k')
     keep_picture(stage, 'recorder')
     stage.keyboard.press('Return')
     until(lambda: 'hotkey: register Ctrl+Alt+K ok=false' in stage.session.log(), 'the agent to find the key taken')
-    until(lambda: is_in_front(stage), 'the alert to have the keyboard')
+    until(lambda: shows(stage, ALERT), 'the alert to have the keyboard')
     keep_picture(stage, 'alert')
     stage.keyboard.press('Return')
-    until(lambda: not is_in_front(stage), 'the alert to go')
+    until(lambda: not shows(stage, ALERT), 'the alert to go')
     stage.select_all()
     stage.fix('שלום')
 
@@ -207,7 +212,7 @@ def binds_a_key_when_the_user_agrees_and_takes_it_away(stage):
     daemon = stage.session.start(['/usr/libexec/gsd-media-keys'])
     until(lambda: has_owner('org.gnome.SettingsDaemon.MediaKeys'), 'the daemon of key bindings')
     stage.start_agent()
-    until(lambda: is_in_front(stage), 'the agent to ask')
+    until(lambda: shows(stage, ALERT), 'the agent to ask')
     keep_picture(stage, 'question')
     stage.keyboard.press('Return')
     until(lambda: 'Lexwend' in bindings(), 'the key to be bound')
@@ -244,6 +249,7 @@ def keep_picture(stage, name):
     """For somebody to look at."""
     folder = os.environ.get('LEXWEND_DESKTOP_PICTURES')
     if folder:
+        until(lambda: stage.session.shell.ask(SHOWN), 'the window to be there whole')
         stage.session.screenshot(f'{folder}/{name}.png')
 
 
