@@ -120,14 +120,14 @@ RunLoop& LinuxHost::runLoop() {
 }
 
 Application& LinuxHost::application() {
-  // A press can come, or the user will be asked for what it takes.
-  const auto hotKeyCanCome = [this] {
-    return hotKeyService().whyNoPressComes().empty() || hotKeyService().needsAgreement();
+  // Or the user will be asked for what a press takes.
+  const auto hotKeyLimit = [this] {
+    return hotKeyService().needsAgreement() ? nullptr : this->hotKeyLimit();
   };
   return made(application_, LinuxApplication::Needs{
                                 [this] { finishWork(); }, [this] { return server().isCompositor(); },
                                 [this] { return server().x11(); }, [this] { server().focusOwnWindow(); },
-                                [this] { return server().grantsAll(); }, hotKeyCanCome});
+                                [this] { return server().grantsAll(); }, hotKeyLimit});
 }
 
 Files& LinuxHost::files() {
@@ -148,9 +148,13 @@ Diagnosis& LinuxHost::diagnosis() {
                   .x11 = [this] { return server().x11(); },
                   .compositorServes = [this] { return server().isCompositor(); },
                   .grantIsMissing = [this] { return server().grantIsMissing(); },
-                  .hasHotKeys = [this] { return hotKeyService().whyNoPressComes().empty(); },
+                  .hotKeyLimit = [this] { return hotKeyLimit(); },
                   .accessibilityIsConnected = [this] { return linuxAccessibility().isConnected(); },
                   .runningAgent = [this] { return runningApplications_.holderOfLock(kIdentifier); }});
+}
+
+const SessionLimit* LinuxHost::hotKeyLimit() {
+  return hotKeyService().whyNoPressComes().empty() ? nullptr : &server().hotKeyLimit();
 }
 
 DisplayServer& LinuxHost::server() {

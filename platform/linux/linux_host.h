@@ -60,6 +60,8 @@ class LinuxHost : public Host {
 
  private:
   DisplayServer& server();
+  /// Why no press of the hot key can come; null when one can.
+  const SessionLimit* hotKeyLimit();
   void playKey(KeyCode key, EventFlags flags);
   LinuxAccessibility::Display displayOfAccessibility();
   const std::shared_ptr<LinuxPasteboard>& pasteboard();

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/server/compositor.h"
 
+#include <fstream>
+#include <string>
 #include <utility>
 
+#include "platform/linux/wayland/data_control.h"
 #include "platform/linux/wayland/key_events.h"
 #include "platform/linux/wayland/selections.h"
+#include "platform/linux/wayland/virtual_keyboard.h"
 
 namespace lexwend::platform {
 
@@ -14,6 +18,13 @@ std::unique_ptr<ShortcutKeyEvents> Compositor::makeKeyEvents(std::function<bool(
       WaylandKeyEvents::Needs{[this] { return frontWindow(); }, std::move(mayCopy), std::move(mayPaste),
                               refusesUnknownWindows()},
       makeKeyPlayer());
+}
+
+std::optional<FrontWindow> Compositor::windowOf(std::optional<std::uint32_t> process) {
+  if (!process) return std::nullopt;
+  std::ifstream file("/proc/" + std::to_string(*process) + "/comm");  // as the kernel cuts it
+  std::string name;
+  return FrontWindow{*process, process, std::getline(file, name) ? std::optional(name) : std::nullopt};
 }
 
 Selections Compositor::selections() {
@@ -28,6 +39,10 @@ std::optional<std::uint32_t> Compositor::frontProcess() {
 std::optional<std::string> Compositor::frontWindowClass() {
   const auto window = frontWindow();
   return window ? window->windowClass : std::nullopt;
+}
+
+bool offersClipboardAndKeys(const WaylandConnection& connection) {
+  return DataControl::isOffered(connection) && VirtualKeyboard::isOffered(connection);
 }
 
 }  // namespace lexwend::platform

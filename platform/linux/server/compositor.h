@@ -3,6 +3,7 @@
 
 #include "platform/linux/display/front_window.h"
 #include "platform/linux/server/display_server.h"
+#include "platform/linux/wayland/connection.h"
 #include "platform/linux/wayland/key_player.h"
 
 namespace lexwend::platform {
@@ -18,6 +19,10 @@ class Compositor : public DisplayServer {
   std::optional<std::string> frontWindowClass() final;
   bool isCompositor() const final { return true; }
 
+ protected:
+  /// The window in front where only its process is known: two windows of one process are the same then.
+  static std::optional<FrontWindow> windowOf(std::optional<std::uint32_t> process);
+
  private:
   virtual std::optional<FrontWindow> frontWindow() = 0;
   /// Null where the compositor does not let this program press keys.
@@ -30,5 +35,9 @@ class Compositor : public DisplayServer {
 std::unique_ptr<DisplayServer> openSwayServer(const DisplayServer::Needs& needs);
 std::unique_ptr<DisplayServer> openKWinServer();
 std::unique_ptr<DisplayServer> openMutterServer(const DisplayServer::Needs& needs);
+std::unique_ptr<DisplayServer> openOtherCompositor(const DisplayServer::Needs& needs);
+
+/// Whether the compositor lets a program use the clipboard and press keys, by the protocols of wlroots.
+bool offersClipboardAndKeys(const WaylandConnection& connection);
 
 }  // namespace lexwend::platform

@@ -12,6 +12,7 @@ std::unique_ptr<DisplayServer> DisplayServer::open(Needs needs) {
   if (auto sway = openSwayServer(needs)) return sway;
   if (auto kwin = openKWinServer()) return kwin;
   if (auto mutter = openMutterServer(needs)) return mutter;
+  if (auto another = openOtherCompositor(needs)) return another;
   return std::make_unique<XServer>(std::move(needs.play));
 }
 

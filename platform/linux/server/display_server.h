@@ -13,6 +13,7 @@
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/keymap/hot_key_keeper.h"
 #include "platform/linux/selection/selections.h"
+#include "platform/linux/session/session_notice.h"
 
 namespace lexwend::platform {
 
@@ -30,8 +31,8 @@ class DisplayServer {
     std::function<bool()> thisIsTheAgent;
     std::function<bool()> anotherIsTheAgent;
   };
-  /// What answers here, in this order: sway, KWin, mutter, and else the X server of DISPLAY, which need not
-  /// be there.
+  /// What answers here, in this order: sway, KWin, mutter, any other compositor that lets a program use the
+  /// clipboard and press keys, and else the X server of DISPLAY, which need not be there.
   static std::unique_ptr<DisplayServer> open(Needs needs);
 
   DisplayServer() = default;
@@ -65,6 +66,8 @@ class DisplayServer {
   /// What keeps the combinations of the desktop from a recorder, or lets them come again; empty where the
   /// toolkit can.
   virtual std::function<void(bool)> holdShortcuts() { return {}; }
+  /// What to say of a hot key service to which no press can come.
+  virtual const SessionLimit& hotKeyLimit() { return kNoHotKey; }
   /// Whether it lets this program press keys and know the windows.
   virtual bool grantsAll() { return true; }
   /// Whether it would let the agent do so, if an entry of an application asked for it.

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <fstream>
-#include <string>
 #include <utility>
 
 #include "platform/linux/gnome/hot_key_service.h"
@@ -17,13 +15,6 @@
 
 namespace lexwend::platform {
 namespace {
-
-/// The name of its program, as the kernel cuts it; nothing when it is gone.
-std::optional<std::string> nameOfProcess(std::uint32_t process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/comm");
-  std::string name;
-  return std::getline(file, name) ? std::optional(name) : std::nullopt;
-}
 
 /// GNOME Shell's compositor, with this program's extension or without it.
 class MutterServer : public Compositor {
@@ -43,15 +34,12 @@ class MutterServer : public Compositor {
     });
   }
   bool tellsFront() override { return shell_->serves(); }
+  const SessionLimit& hotKeyLimit() override { return kNoExtension; }
   bool screenIsLocked() override { return shell_->screenIsLocked(); }
 
  private:
   std::optional<FrontWindow> frontWindow() override {
-    if (shell_->serves()) return shell_->frontWindow();
-    // The window of that process: the bus tells no more.
-    const auto process = needs_.activeProcess();
-    if (!process) return std::nullopt;
-    return FrontWindow{*process, process, nameOfProcess(*process)};
+    return shell_->serves() ? shell_->frontWindow() : windowOf(needs_.activeProcess());
   }
   std::unique_ptr<KeyPlayer> makeKeyPlayer() override { return std::make_unique<MutterKeyPlayer>(remote_); }
   bool refusesUnknownWindows() const override { return true; }

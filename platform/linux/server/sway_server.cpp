@@ -9,8 +9,6 @@
 #include "platform/linux/sway/hot_key_service.h"
 #include "platform/linux/sway/input_sources.h"
 #include "platform/linux/sway/ipc.h"
-#include "platform/linux/wayland/connection.h"
-#include "platform/linux/wayland/data_control.h"
 #include "platform/linux/wayland/virtual_keyboard.h"
 
 namespace lexwend::platform {
@@ -37,17 +35,12 @@ class SwayServer : public Compositor {
   std::function<bool()> anotherIsTheAgent_;
 };
 
-/// Whether the compositor, if there is one, lets a program use the clipboard and press keys.
-bool compositorOffersEnough() {
-  const auto connection = WaylandConnection::open();
-  return connection && DataControl::isOffered(*connection) && VirtualKeyboard::isOffered(*connection);
-}
-
 }  // namespace
 
 std::unique_ptr<DisplayServer> openSwayServer(const DisplayServer::Needs& needs) {
   auto sway = SwayIpc::open();
-  if (!sway || !compositorOffersEnough()) return nullptr;
+  const auto connection = sway ? WaylandConnection::open() : nullptr;
+  if (!connection || !offersClipboardAndKeys(*connection)) return nullptr;
   return std::make_unique<SwayServer>(std::move(sway), needs.anotherIsTheAgent);
 }
 

@@ -40,10 +40,20 @@ TEST(DisplayServer, isTheCompositorThatAnswers) {
   EXPECT_NE(server->makeInputSources()->copyCurrentKeyboardLayoutInputSource(), nullptr);
 }
 
-TEST(DisplayServer, isNotACompositorThatOnlyASocketNames) {
+TEST(DisplayServer, isACompositorAlsoWhereNothingElseIsKnownOfIt) {
   const PrivateSway sway;
   ASSERT_EQ(unsetenv("SWAYSOCK"), 0);
-  EXPECT_FALSE(open()->isCompositor());
+  const auto server = open();
+  EXPECT_TRUE(server->isCompositor());
+  EXPECT_FALSE(server->tellsFront());
+  const auto inputSources = server->makeInputSources();
+  const auto layouts = inputSources->createInputSourceList({}, false);
+  ASSERT_TRUE(layouts);
+  EXPECT_EQ(layouts->size(), 2U);
+  EXPECT_EQ(inputSources->copyCurrentKeyboardLayoutInputSource(), nullptr);
+  const auto hotKeys = server->makeHotKeyService();
+  EXPECT_EQ(hotKeys->whyNoPressComes(), server->hotKeyLimit().what.hebrew);
+  EXPECT_FALSE(server->hotKeyLimit().what.hebrew.empty());
 }
 
 }  // namespace
