@@ -70,11 +70,11 @@ class KWin {
   explicit KWin(std::unique_ptr<WaylandConnection> connection);
   void handleEvents();
 
+  Handlers<std::function<void()>> keymapHandlers_;  // before those whose making may bring a keymap
   std::unique_ptr<WaylandConnection> connection_;
   ConnectionWatch watch_;
   std::unique_ptr<SeatKeymap> seatKeymap_;
   std::unique_ptr<KWinWindows> windows_;  // null where this program may not know them
-  Handlers<std::function<void()>> keymapHandlers_;
 };
 
 }  // namespace lexwend::platform
