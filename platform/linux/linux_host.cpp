@@ -83,7 +83,7 @@ StatusBar& LinuxHost::statusBar() {
 }
 
 RecorderWindows& LinuxHost::recorderWindows() {
-  return made(recorderWindows_, server().holdShortcuts());
+  return recorderWindows_;
 }
 
 KeyMonitor& LinuxHost::keyMonitor() {

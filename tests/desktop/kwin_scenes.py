@@ -10,13 +10,13 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-from gi.repository import GLib
+from gi.repository import Gio, GLib
 
 from kwin_session import KWinSession
 from panel import PROPERTIES, WATCHER, Panel, ScreenReader
 from session import AccessibilityBus, call, run_scene, until
 from stage import DESKTOPS, SCENES, main
-from wayland_scenes import scenes_of
+from wayland_scenes import RECORDER, scenes_of
 
 SCENE_SECONDS = 180
 AT_ONCE = 2
@@ -31,7 +31,6 @@ def scene_without_grant(function):
 
 OTHER_PROGRAM = ['other', 'rename', 'Other', 'Rename']
 F2, F3 = 0x01000031, 0x01000032  # as Qt numbers them
-RECORDER = 'מקש קיצור'
 TAKEN = 'הצירוף תפוס'
 ALT_H = {'hotKeyCode': 4, 'hotKeyModifiers': 0x0800}
 CONTROL_ALT_H = {'hotKeyCode': 4, 'hotKeyModifiers': 0x0900}
@@ -159,6 +158,39 @@ def refuses_a_terminal_that_is_known_by_accessibility_alone(stage):
 
 
 @scene
+def leaves_the_shortcuts_of_others_on_when_it_is_killed_with_its_recorder_open(stage):
+    os.environ['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
+    presses = presses_of_other_program(stage)
+    stage.keyboard.press('F3')
+    until(lambda: presses() == 1, 'the press of the other program')
+    stage.start_agent()
+    reader = ScreenReader(stage.session)
+    subprocess.run([str(stage.agent_path), '--settings'], check=True)
+    until(lambda: reader.is_active(RECORDER), 'the recorder to have the keyboard')
+    stage.keyboard.press('F3')
+    until(lambda: 'F3' in reader.labels(RECORDER), 'the combination in the recorder')
+    stage.agent.kill()
+    stage.agent.wait()
+    until(lambda: stage.session.active_process() != stage.agent.pid, 'the recorder to go')
+    stage.keyboard.press('F3')
+    until(lambda: presses() == 2, 'the press of the other program')
+
+
+def presses_of_other_program(stage):
+    """Registers F3 for it. Gives the number of its presses so far."""
+    shortcuts('doRegister', '(as)', OTHER_PROGRAM)
+    shortcuts('setShortcut', '(asaiu)', OTHER_PROGRAM, [F3], 6)
+    heard = []
+    stage.session.front.bus.signal_subscribe(None, 'org.kde.kglobalaccel.Component', 'globalShortcutPressed', shortcuts('getComponent', '(s)', 'other')[0],
+                                             'other', Gio.DBusSignalFlags.NONE, lambda *_: heard.append(1))
+
+    def presses():
+        stage.session.front.listen()
+        return len(heard)
+    return presses
+
+
+@scene
 def shows_its_icon_its_recorder_and_an_alert(stage):
     """A combination that another program holds reaches the recorder, which then says that it is taken."""
     session = stage.session
@@ -170,9 +202,9 @@ def shows_its_icon_its_recorder_and_an_alert(stage):
     until(bar_shows_items, 'the bar')
     stage.start_agent()
     until(lambda: len(panel.items()) == 1, 'one icon in the bar')
+    assert panel.item('ItemIsMenu'), 'the bar does not draw the menu at each click'
     reader = ScreenReader(session)
-    shortcuts('doRegister', '(as)', OTHER_PROGRAM)
-    shortcuts('setShortcut', '(asaiu)', OTHER_PROGRAM, [F3], 6)
+    presses_of_other_program(stage)
     subprocess.run([str(stage.agent_path), '--settings'], check=True)
     until(lambda: session.active_process() == stage.agent.pid, 'a window of the agent')
     until(lambda: reader.is_active(RECORDER), 'the recorder to have the keyboard')

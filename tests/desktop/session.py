@@ -273,6 +273,7 @@ class AccessibilityBus:
 
 class Session:
     """A desktop from __enter__ to __exit__. Changes this process's environment to it."""
+    KEEPER = None  # the name of the program that keeps the clipboard after the agent's end, where that is another one
 
     def __init__(self, layouts='us,il', size='1280x800x24', panel=None, window_manager='openbox',
                  server_options=()):

@@ -21,8 +21,12 @@ ClipboardContents nothing() {
 
 }  // namespace
 
-MutterOwner::MutterOwner(std::shared_ptr<MutterRemoteDesktop> remote, OpenX openX, Changed changed)
-    : AnonymousOwner(std::move(changed)), remote_(std::move(remote)), openX_(std::move(openX)) {}
+MutterOwner::MutterOwner(std::shared_ptr<MutterRemoteDesktop> remote, OpenX openX, StartKeeper startKeeper,
+                         Changed changed)
+    : AnonymousOwner(std::move(changed)),
+      remote_(std::move(remote)),
+      openX_(std::move(openX)),
+      startKeeper_(std::move(startKeeper)) {}
 
 MutterOwner::~MutterOwner() {
   transfers_.abandon();
@@ -52,6 +56,7 @@ bool MutterOwner::ownBySession(const ClipboardContents& contents) {
 }
 
 bool MutterOwner::ownByX(const ClipboardContents& contents) {
+  if (!openX_) return false;
   if (!x_ || !x_->connected()) {
     x_ = openX_([this](const Change& change) {
       // While the session is open mutter tells it.
@@ -169,7 +174,14 @@ bool MutterOwner::wasFetched(Clock::time_point since) const {
 }
 
 bool MutterOwner::handOver(Clock::time_point until) {
-  return x_ && x_->stillOwns() && x_->handOver(until);
+  if (ownsNothing_) return true;
+  const xcb_timestamp_t xTime = x_ && x_->owns() ? x_->serverTime() : XCB_CURRENT_TIME;
+  if (!stillOwns() || !startKeeper_ || !startKeeper_(xTime)) return false;
+  while (owns() && Clock::now() < until) {
+    wait(-1, until);
+    handleEvents();
+  }
+  return !owns();
 }
 
 xcb_timestamp_t MutterOwner::serverTime() {

@@ -63,9 +63,6 @@ class DisplayServer {
   virtual std::shared_ptr<X11Connection> x11() { return nullptr; }
   /// Asks for the keyboard for this program's window.
   virtual void focusOwnWindow() {}
-  /// What keeps the combinations of the desktop from a recorder, or lets them come again; empty where the
-  /// toolkit can.
-  virtual std::function<void(bool)> holdShortcuts() { return {}; }
   /// What to say of a hot key service to which no press can come.
   virtual const SessionLimit& hotKeyLimit() { return kNoHotKey; }
   /// Whether it lets this program press keys and know the windows.

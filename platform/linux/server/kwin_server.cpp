@@ -23,9 +23,6 @@ class KWinServer : public Compositor {
   bool tellsFront() override { return kwin_->grantsAll(); }
   bool screenIsLocked() override { return kwin_->screenIsLocked(); }
   void focusOwnWindow() override { kwin_->focusOwnWindow(); }
-  std::function<void(bool)> holdShortcuts() override {
-    return [kwin = kwin_](bool held) { kwin->blockShortcuts(held); };
-  }
   bool grantsAll() override { return kwin_->grantsAll(); }
   bool grantIsMissing() override { return !anEntryGrantsKeys(); }
 
