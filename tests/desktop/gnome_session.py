@@ -16,6 +16,8 @@ UUID = 'lexwend@lexwend.org'
 TRAY = 'ubuntu-appindicators@ubuntu.com'
 # mutter was seen to lose the modifier of a chord whose events come at once.
 KEY_PAUSE_SECONDS = 0.015
+ANSWERS_AT_ONCE = 5
+PROMPT_SECONDS = 0.05
 
 
 class Shell:
@@ -134,6 +136,18 @@ class GnomeSession(Session):
 
     def let_in_to_xwayland(self):
         pass  # every program is of the same user
+
+    def start_in_front(self, command, **options):
+        program = super().start_in_front(command, **options)
+        until(self._has_drawn, 'GNOME Shell to have drawn the window')
+        return program
+
+    def _has_drawn(self):
+        """On a busy machine it was seen to answer nothing for 0.8 s after a new window: the agent waits for a second."""
+        begin = time.monotonic()
+        for _ in range(ANSWERS_AT_ONCE):
+            self.shell.front()
+        return time.monotonic() - begin < ANSWERS_AT_ONCE * PROMPT_SECONDS
 
     def active_process(self):
         return self.shell.front()

@@ -126,7 +126,7 @@ def lock(method):
 
 @scene_without_grant
 def fixes_what_needs_no_key_and_says_what_it_may_not_do(stage):
-    stage.start_agent()
+    start_agent_with(stage, mayInstall='false')
     said = os.read(stage.agent.stderr.fileno(), 4096).decode()
     assert 'the compositor does not let Lexwend press keys' in said, said
     stage.open('mousepad', 'akuo')
@@ -135,7 +135,7 @@ def fixes_what_needs_no_key_and_says_what_it_may_not_do(stage):
         stage.fix(expected)
     stage.expect_paths(['done', 'done'])
     stage.session.end(stage.agent)
-    start_agent_with(stage, compatMode='true')
+    start_agent_with(stage, mayInstall='false', compatMode='true')
     stage.put_on_clipboard('kept')
     stage.select_all()
     stage.fix_that_fails('')
@@ -144,8 +144,25 @@ def fixes_what_needs_no_key_and_says_what_it_may_not_do(stage):
 
 
 @scene_without_grant
+def is_granted_keys_when_the_user_agrees(stage):
+    os.environ['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
+    start_agent_with(stage, compatMode='true')
+    reader = ScreenReader(stage.session)
+    until(lambda: reader.is_active('Lexwend'), 'the agent to ask')
+    picture(stage, 'grant')
+    stage.keyboard.press('Return')
+    until(lambda: stage.session.log().count('hotkey: register F2 ok=true') == 2, 'the agent to start anew')
+    assert stage.agent.poll() is None, 'the agent has ended'
+    stage.open('mousepad', 'akuo')
+    stage.put_on_clipboard('kept')
+    stage.select_all()
+    stage.fix('שלום')
+    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+
+
+@scene_without_grant
 def refuses_a_terminal_that_is_known_by_accessibility_alone(stage):
-    stage.start_agent()
+    start_agent_with(stage, mayInstall='false')
     stage.put_on_clipboard('kept')
     bus = AccessibilityBus()
     until(lambda: bus.hears_focus(stage.agent.pid), 'the agent to listen to the focus')

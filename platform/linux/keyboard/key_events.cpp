@@ -126,11 +126,11 @@ PostResult LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
       grab.emplace(*x11_);
       if (front() != inFront) return PostResult::refused;
       played.time = std::chrono::steady_clock::now();
-      if (shortcut == Shortcut::copy) {
+      if (shortcut == Shortcut::paste) {
+        notePaste(played);
+      } else {
         copiedFrom_ = inFront;
         noteCopy(played);
-      } else {
-        notePaste(played);
       }
     }
   }

@@ -69,6 +69,10 @@ class DisplayServer {
   virtual bool grantsAll() { return true; }
   /// Whether it would let the agent do so, if an entry of an application asked for it.
   virtual bool grantIsMissing() { return false; }
+  /// Whether grant() can write such an entry for that program.
+  virtual bool canGrant(const std::string& /*program*/) { return false; }
+  /// Writes it into the user's applications. It counts from the next start of the program. False on failure.
+  virtual bool grant(const std::string& /*program*/) { return false; }
 };
 
 }  // namespace lexwend::platform

@@ -25,6 +25,8 @@ class KWinServer : public Compositor {
   void focusOwnWindow() override { kwin_->focusOwnWindow(); }
   bool grantsAll() override { return kwin_->grantsAll(); }
   bool grantIsMissing() override { return !anEntryGrantsKeys(); }
+  bool canGrant(const std::string& program) override { return entryCanName(program); }
+  bool grant(const std::string& program) override { return writeEntryThatGrantsKeys(program); }
 
  private:
   std::optional<FrontWindow> frontWindow() override { return kwin_->frontWindow(); }

@@ -111,6 +111,14 @@ TEST_F(HotKeysByABinding, areNotAskedForWhereTheUserHasMadeOne) {
   EXPECT_FALSE(settings.keyBindings().contains(own));
 }
 
+TEST_F(HotKeysByABinding, areHeldByTheAgentForEveryOtherProgram) {
+  startDaemon();
+  GnomeHotKeyService other{std::make_shared<GnomeShell>(/*isAgent=*/false),
+                           GnomeKeyBinding("/usr/bin/other")};
+  EXPECT_EQ(other.registerHotKey(kF2, kNoModifiers, {1, 5}).status, kHotKeyExistsErr);
+  EXPECT_EQ(settings.keyBindings(), Bindings());
+}
+
 TEST_F(HotKeysByABinding, giveWayToTheExtension) {
   startDaemon();
   service.agree();

@@ -97,6 +97,12 @@ TEST_F(Mutter, readsEveryTypeOnce) {
   EXPECT_EQ(result.contents[1], text("kept")[0]);
 }
 
+TEST_F(Mutter, readsATypeAgainThatIsRefusedBecauseTheReadBeforeHasNotEnded) {
+  fake.copy({{"text/html", "<b>kept</b>"}, {"text/plain", "kept"}});
+  fake.beBusyFor(3);
+  EXPECT_EQ(reader.readAll(kBudget).contents.size(), 2U);
+}
+
 TEST_F(Mutter, tellsAnEmptyClipboardWithoutWaiting) {
   EXPECT_EQ(reader.readAll(kBudget).outcome, ClipboardReader::Outcome::noOwner);
   EXPECT_EQ(fake.sessions(), 1);
