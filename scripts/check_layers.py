@@ -52,7 +52,7 @@ LINUX_ROOMS = {
     "server": {"keyboard", "sway", "kwin", "gnome", "keeper", "selection", "wayland", "display", "session", "keymap"},
     "accessibility": {"session"},
     "tray": {"display", "session"},
-    "windows": {"tray", "keymap", "display", "session"},
+    "windows": {"tray", "wayland", "keymap", "display", "session"},
     "diagnosis": {"display", "session"},
 }
 POSIX = {"dlfcn.h", "fcntl.h", "poll.h", "spawn.h", "sys/stat.h", "sys/wait.h", "unistd.h"}

@@ -79,6 +79,7 @@ class GnomeKeyboard:
 
 class GnomeSession(Session):
     """A session of GNOME Shell, with the agent's extension or without it."""
+    OWN_COMBINATIONS = ('Alt+F2', 'Alt+Tab', 'Alt+F4')
     TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
     KEEPER = 'lexwend-clipboard'
 
@@ -127,6 +128,11 @@ class GnomeSession(Session):
     def set_layouts(self, layouts):
         names = [name.replace('(', '+').rstrip(')') for name in layouts.split(',')]
         self.set('org.gnome.desktop.input-sources', 'sources', str([('xkb', name) for name in names]))
+
+    def let_window_have_combinations(self):
+        """GNOME asks the user first."""
+        until(lambda: self.shell.ask('Main.modalCount') == 1, 'the question of GNOME')
+        self.keyboard.press('Return')
 
     def let_in_to_xwayland(self):
         pass  # every program is of the same user

@@ -10,8 +10,11 @@ from pathlib import Path
 import clipboard_scenes  # noqa: F401
 import large_apps  # noqa: F401
 import scenes  # noqa: F401
+from panel import ScreenReader
 from session import until
 from stage import SCENES
+
+RECORDER = 'מקש קיצור'
 
 FROM_X11 = (
     'fixes_both_ways_in_mousepad', 'fixes_both_ways_in_gnome_text_editor', 'fixes_both_ways_in_featherpad',
@@ -81,6 +84,19 @@ def keeps_a_picture(stage):
     stage.fix('שלום')
     until(lambda: stage.clipboard_targets() == ['image/png'], 'the picture to come back')
     assert stage.clipboard_bytes('image/png') == picture.read_bytes(), 'the picture has changed'
+
+
+@scene
+def records_combinations_of_the_desktop(stage):
+    os.environ['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'  # Qt 6.4 on Wayland asks for it at its start only
+    stage.start_agent()
+    reader = ScreenReader(stage.session)
+    subprocess.run([str(stage.agent_path), '--settings'], check=True)
+    stage.session.let_window_have_combinations()
+    until(lambda: reader.is_active(RECORDER), 'the recorder to have the keyboard')
+    for combination in stage.session.OWN_COMBINATIONS:
+        stage.keyboard.press(combination)
+        until(lambda c=combination: c in reader.labels(RECORDER), f'{combination} in the recorder')
 
 
 def processes_of(program):
