@@ -22,7 +22,12 @@ extern "C" void free(void* memory) noexcept {
   if (memory == nullptr) return;
   Free next = kNext.load();
   if (next == nullptr) {
+    // What dlsym() gives back, the words of a library that was not found, stays where it is.
+    static thread_local bool isAsking = false;
+    if (isAsking) return;
+    isAsking = true;
     next = reinterpret_cast<Free>(::dlsym(RTLD_NEXT, "free"));
+    isAsking = false;
     if (next == nullptr) std::abort();
     kNext.store(next);
   }

@@ -139,6 +139,7 @@ def shows_its_menu_its_recorder_and_an_alert(stage):
     stage.open('mousepad', 'akuo')
     stage.session.shell.ask('global.display.grab_accelerator("<Control><Alt>k", 0)')  # as another program's key
     subprocess.run([str(stage.agent_path), '--settings'], check=True, timeout=DEADLINE_SECONDS)
+    stage.session.let_window_have_combinations()
     until(lambda: shows(stage, RECORDER), 'the recorder to have the keyboard')
     stage.keyboard.press('Control+Alt+k')
     keep_picture(stage, 'recorder')

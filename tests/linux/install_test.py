@@ -44,8 +44,9 @@ def expect_installed(root, prefix):
     assert ask_for_layouts(root) == (1, 'lexwend-convert: no enabled Hebrew and English layouts found\n')
     part, away = root / 'lib', root / 'lib.away'
     part.rename(away)
-    status, said = ask_for_layouts(root)
-    assert status == 1 and said.startswith('lexwend: the part for this desktop cannot be loaded: '), (status, said)
+    for program in ('lexwend-convert', 'lexwend'):
+        status, said = ask_for_layouts(root, program)
+        assert status == 1 and said.startswith('lexwend: the part for this desktop cannot be loaded: '), (status, said)
     away.rename(part)
     assert (root / 'share' / 'icons' / 'hicolor' / 'scalable' / 'apps' / f'{IDENTIFIER}.svg').is_file()
     extension = root / 'share' / 'gnome-shell' / 'extensions' / 'lexwend@lexwend.org'
@@ -55,8 +56,9 @@ def expect_installed(root, prefix):
     assert '\nd %h/Library/Logs ' in folders, folders
 
 
-def ask_for_layouts(root):
-    run = subprocess.run([root / 'bin' / 'lexwend-convert', '--map', 'system'], stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
+def ask_for_layouts(root, program='lexwend-convert'):
+    arguments = ['--map', 'system'] if program == 'lexwend-convert' else []
+    run = subprocess.run([root / 'bin' / program, *arguments], stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
                          text=True, check=False, env={'DISPLAY': ':none'})
     return run.returncode, run.stderr
 

@@ -2,23 +2,11 @@
 #include "platform/linux/gnome/input_sources.h"
 
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include <xkbcommon/xkbcommon.h>
 
 namespace lexwend::platform {
-namespace {
-
-/// Of "us+dvorak".
-XkbLayoutName layoutNamed(std::string_view identifier) {
-  const std::size_t plus = identifier.find('+');
-  if (plus == std::string_view::npos) return {std::string(identifier), ""};
-  return {std::string(identifier.substr(0, plus)), std::string(identifier.substr(plus + 1))};
-}
-
-}  // namespace
-
 GnomeInputSources::GnomeInputSources(std::shared_ptr<GnomeShell> shell, Play play)
     : shell_(std::move(shell)),
       shortcut_({.current = nullptr,
@@ -45,7 +33,7 @@ std::optional<XkbInputSources::Layouts> GnomeInputSources::layouts() {
     const auto& [kind, identifier] = told->sources[i];
     if (kind != "xkb") continue;
     if (i == told->active) layouts.active = layouts.enabled.size();
-    layouts.enabled.push_back(layoutNamed(identifier));
+    layouts.enabled.push_back(layoutOfSource(identifier));
     places_.push_back(static_cast<std::uint32_t>(i));
   }
   return layouts;

@@ -60,15 +60,8 @@ std::vector<XkbLayoutName> layoutsOf(const char* key) {
     const char* kind = nullptr;
     const char* name = nullptr;
     g_variant_get_child(list.get(), i, "(&s&s)", &kind, &name);
-    const std::string_view text(name);
-    const std::size_t plus = text.find('+');
-    if (std::string_view(kind) != "xkb") {
-      layouts.push_back({"", std::string(text)});
-    } else if (plus == std::string_view::npos) {
-      layouts.push_back({std::string(text), ""});
-    } else {
-      layouts.push_back({std::string(text.substr(0, plus)), std::string(text.substr(plus + 1))});
-    }
+    const bool isLayout = std::string_view(kind) == "xkb";
+    layouts.push_back(isLayout ? layoutOfSource(name) : XkbLayoutName{"", name});
   }
   return layouts;
 }
@@ -107,6 +100,12 @@ std::optional<KeyCombination> parseAccelerator(std::string_view text) {
   combination.keysym = xkb_keysym_from_name(std::string(text).c_str(), XKB_KEYSYM_NO_FLAGS);
   if (combination.keysym == XKB_KEY_NoSymbol) return std::nullopt;
   return combination;
+}
+
+XkbLayoutName layoutOfSource(std::string_view identifier) {
+  const std::size_t plus = identifier.find('+');
+  if (plus == std::string_view::npos) return {std::string(identifier), ""};
+  return {std::string(identifier.substr(0, plus)), std::string(identifier.substr(plus + 1))};
 }
 
 std::vector<XkbLayoutName> desktopLayoutsByUse() {

@@ -24,6 +24,9 @@ struct KeyCombination {
 /// switched off or that has a modifier other than Shift, Control, Alt and Super.
 std::optional<KeyCombination> parseAccelerator(std::string_view text);
 
+/// The layout that GNOME calls "us+dvorak".
+XkbLayoutName layoutOfSource(std::string_view identifier);
+
 /// The layouts in the settings of GNOME (org.gnome.desktop.input-sources), the one used last first. An input
 /// method has its place, and no name that a layout has. Empty without those settings.
 std::vector<XkbLayoutName> desktopLayoutsByUse();

@@ -17,8 +17,8 @@ namespace {
 using Bindings = std::map<std::string, DesktopSettings::KeyBinding>;
 
 constexpr char kFolder[] = "/org/gnome/settings-daemon/plugins/media-keys/custom-keybindings/";
-constexpr KeyCode kF2{120};
-constexpr KeyCode kK{40};
+constexpr KeyCode kBoundF2{120};
+constexpr KeyCode kBoundK{40};
 
 std::string at(const char* name) {
   return std::string(kFolder) + name + "/";
@@ -81,7 +81,7 @@ struct HotKeysByABinding : ABinding {
 
 TEST_F(HotKeysByABinding, areSetWhenTheUserAgreesAndGoWithTheHotKey) {
   startDaemon();
-  auto registration = service.registerHotKey(kF2, kNoModifiers, {1, 5});
+  auto registration = service.registerHotKey(kBoundF2, kNoModifiers, {1, 5});
   EXPECT_EQ(settings.keyBindings(), Bindings()) << "nobody was asked";
   EXPECT_TRUE(service.needsAgreement());
   EXPECT_FALSE(service.hasHotKeys());
@@ -97,14 +97,14 @@ TEST_F(HotKeysByABinding, areNamedByWhatTheKeyTypesInTheUsLayout) {
   startDaemon();
   service.agree();
   const auto registration =
-      service.registerHotKey(kK, kCmdKey | kShiftKey | kOptionKey | kControlKey, {1, 5});
+      service.registerHotKey(kBoundK, kCmdKey | kShiftKey | kOptionKey | kControlKey, {1, 5});
   EXPECT_EQ(settings.keyBindings().at(own).key, "<Control><Shift><Alt><Super>k");
 }
 
 TEST_F(HotKeysByABinding, areNotAskedForWhereTheUserHasMadeOne) {
   startDaemon();
   settings.setKeyBindings({{at("custom0"), {"Fix", "lexwend --fix", "F9"}}});
-  const auto registration = service.registerHotKey(kF2, kNoModifiers, {1, 5});
+  const auto registration = service.registerHotKey(kBoundF2, kNoModifiers, {1, 5});
   EXPECT_FALSE(service.needsAgreement());
   EXPECT_TRUE(service.hasHotKeys());
   service.agree();
@@ -115,14 +115,14 @@ TEST_F(HotKeysByABinding, areHeldByTheAgentForEveryOtherProgram) {
   startDaemon();
   GnomeHotKeyService other{std::make_shared<GnomeShell>(/*isAgent=*/false),
                            GnomeKeyBinding("/usr/bin/other")};
-  EXPECT_EQ(other.registerHotKey(kF2, kNoModifiers, {1, 5}).status, kHotKeyExistsErr);
+  EXPECT_EQ(other.registerHotKey(kBoundF2, kNoModifiers, {1, 5}).status, kHotKeyExistsErr);
   EXPECT_EQ(settings.keyBindings(), Bindings());
 }
 
 TEST_F(HotKeysByABinding, giveWayToTheExtension) {
   startDaemon();
   service.agree();
-  const auto registration = service.registerHotKey(kF2, kNoModifiers, {1, 5});
+  const auto registration = service.registerHotKey(kBoundF2, kNoModifiers, {1, 5});
   ASSERT_TRUE(settings.keyBindings().contains(own));
   fake.appear();
   EXPECT_TRUE(pumpUntil([&] { return !fake.calls().empty(); }));
