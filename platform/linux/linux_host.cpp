@@ -97,12 +97,17 @@ KeyEvents& LinuxHost::keyEvents() {
   const auto mayPaste = [this] { return pasteboard()->holdsPassingText(); };
   if (isWayland()) {
     std::unique_ptr<KeyPlayer> player;
-    if (sway()) player = VirtualKeyboard::open();
+    std::function<std::optional<FocusKey>(std::int64_t)> focusKey;
+    if (sway()) {
+      player = VirtualKeyboard::open();
+      focusKey = [this](std::int64_t window) { return focusKeyOf(sway(), window); };
+    }
     if (kwin()) player = kwin()->keyPlayer();
     if (gnome()) player = std::make_unique<MutterKeyPlayer>(mutter_);
-    return made(waylandKeyEvents_,
-                WaylandKeyEvents::Needs{[this] { return frontWindow(); }, mayCopy, mayPaste},
-                std::move(player));
+    return made(
+        waylandKeyEvents_,
+        WaylandKeyEvents::Needs{[this] { return frontWindow(); }, mayCopy, mayPaste, std::move(focusKey)},
+        std::move(player));
   }
   return made(keyEvents_, x11(), mayCopy, mayPaste);
 }

@@ -4,7 +4,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from session import DEADLINE_SECONDS, AccessibilityBus, DesktopError, FocusedText, Session, active_window_says, until
+from session import DEADLINE_SECONDS, AccessibilityBus, DesktopError, FocusedText, Session, until
 
 HERE = Path(__file__).resolve().parent
 SCENES = {}
@@ -184,11 +184,6 @@ def in_each_editor(function):
     for editor in Stage.EDITORS:
         SCENES[f'{function.__name__}_in_{editor.replace("-", "_")}'] = lambda stage, editor=editor: function(stage, editor)
     return function
-
-
-def active_title():
-    """The title of the window that has the keyboard, in quotes."""
-    return active_window_says('-f', '_NET_WM_NAME', '8u', '_NET_WM_NAME').partition(' = ')[2].strip()
 
 
 def main(usage, make_session=lambda _, **options: Session(**options)):

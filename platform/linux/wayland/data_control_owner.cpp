@@ -6,9 +6,12 @@
 #include <csignal>
 #include <cstdlib>
 #include <limits>
+#include <string>
+#include <utility>
 
 #include <data-control.h>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace lexwend::platform {
@@ -20,6 +23,8 @@ constexpr xcb_window_t kAnother = 2;
 
 // A program that takes no piece for so long is gone or stuck.
 constexpr std::chrono::seconds kStalledTransfer{10};
+// Nobody tells that a pipe was read.
+constexpr std::chrono::milliseconds kLookAtPipe{20};
 
 // An application asks a dozen times for one paste; the older fetches tell nothing new.
 constexpr std::size_t kMaxFetches = 256;
@@ -121,11 +126,11 @@ void DataControlOwner::fetchIsAsked(void* self, zwlr_data_control_source_v1* sou
   }
   fcntl(descriptor, F_SETFL, O_NONBLOCK);
   owner.transfers_.push_back(
-      {descriptor, found->bytes, isTextTarget(found->name), 0, Clock::now() + kStalledTransfer});
+      {descriptor, false, found->bytes, isTextTarget(found->name), 0, Clock::now() + kStalledTransfer});
 }
 
 bool DataControlOwner::advance(Transfer& transfer) {
-  while (transfer.offset < transfer.bytes.size()) {
+  while (!transfer.isWritten && transfer.offset < transfer.bytes.size()) {
     const ssize_t written = write(transfer.descriptor, transfer.bytes.data() + transfer.offset,
                                   transfer.bytes.size() - transfer.offset);
     if (written < 0 && errno == EINTR) continue;
@@ -134,9 +139,23 @@ bool DataControlOwner::advance(Transfer& transfer) {
     transfer.offset += static_cast<std::size_t>(written);
     transfer.deadline = Clock::now() + kStalledTransfer;
   }
+  if (!transfer.isWritten) {
+    // Whoever reads meets the end only where no writing end is open.
+    const std::string pipe = "/proc/self/fd/" + std::to_string(transfer.descriptor);
+    const int readingEnd = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    close(std::exchange(transfer.descriptor, readingEnd));
+    transfer.isWritten = true;
+  }
+  if (!wasRead(transfer)) return Clock::now() >= transfer.deadline;
   fetches_.push_back({transfer.isText, Clock::now()});
   if (fetches_.size() > kMaxFetches) fetches_.pop_front();
   return true;
+}
+
+/// Or cannot be told: it is no pipe.
+bool DataControlOwner::wasRead(const Transfer& transfer) const {
+  int unread = 0;
+  return ioctl(transfer.descriptor, FIONREAD, &unread) != 0 || unread == 0;
 }
 
 bool DataControlOwner::handleEvents() {
@@ -153,8 +172,9 @@ bool DataControlOwner::handleEvents() {
 void DataControlOwner::wait(int descriptor, std::optional<Clock::time_point> until) {
   std::vector<pollfd> waited = {{descriptor, POLLIN, 0}};
   for (const Transfer& transfer : transfers_) {
-    waited.push_back({transfer.descriptor, POLLOUT, 0});
-    until = std::min(until.value_or(transfer.deadline), transfer.deadline);
+    if (!transfer.isWritten) waited.push_back({transfer.descriptor, POLLOUT, 0});
+    const auto due = transfer.isWritten ? Clock::now() + kLookAtPipe : transfer.deadline;
+    until = std::min(until.value_or(due), due);
   }
   control_->connection().wait(waited, until);
 }

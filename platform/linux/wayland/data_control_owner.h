@@ -55,9 +55,11 @@ class DataControlOwner : public SelectionOwner {
   Clock::time_point inOwnTime(xcb_timestamp_t time) const override;
 
  private:
-  /// Contents on their way to a program that fetches them.
+  /// Contents on their way to a program that fetches them. They count as fetched when the program has read
+  /// them: one that has asked and is busy may give up its reading for what is on the clipboard by then.
   struct Transfer {
     int descriptor;
+    bool isWritten;  ///< and the descriptor is the reading end of the pipe
     Bytes bytes;
     bool isText;
     std::size_t offset;
@@ -77,6 +79,7 @@ class DataControlOwner : public SelectionOwner {
   [[noreturn]] void serveForGood();
   /// Writes what the pipe takes; true when the transfer is over.
   bool advance(Transfer& transfer);
+  bool wasRead(const Transfer& transfer) const;
 
   std::unique_ptr<DataControl> control_;
   Changed changed_;

@@ -89,32 +89,43 @@ PostResult WaylandKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   const auto* keyEvent = dynamic_cast<const VirtualKeyEvent*>(&event);
   if (keyEvent == nullptr || !player_) return PostResult::refused;
   const Shortcut shortcut = keyEvent->shortcut();
-  if (keyEvent->down() && shortcut != Shortcut::none) {
-    const auto front = needs_.frontWindow ? needs_.frontWindow() : std::nullopt;
-    if (!mayPlay(shortcut, front)) return PostResult::refused;
-    const PlayedShortcut played{{}, XCB_WINDOW_NONE, std::chrono::steady_clock::now()};
-    if (shortcut == Shortcut::copy) copiedFrom_ = front ? std::optional(front->id) : std::nullopt;
-    (shortcut == Shortcut::copy ? lastCopy_ : lastPaste_) = played;
-  }
+  const bool isPaste = keyEvent->down() && shortcut == Shortcut::paste;
+  std::optional<FocusKey> focusKey;
+  if (isPaste && copiedFrom_ && needs_.focusKey) focusKey = needs_.focusKey(*copiedFrom_);
+  if (keyEvent->down() && shortcut != Shortcut::none && !mayPlay(shortcut)) return PostResult::refused;
+
   std::vector<Key> chord = keyEvent->chord();
   std::uint32_t modifiers = 0;
   if (!keyEvent->down()) {
     for (const Key& key : chord) modifiers |= key.modifier;
     std::reverse(chord.begin(), chord.end());
   }
+  if (focusKey) {
+    player_->play(focusKey->evdev, true, 0);
+    player_->play(focusKey->evdev, false, 0);
+  }
   for (const Key& key : chord) {
     modifiers = keyEvent->down() ? modifiers | key.modifier : modifiers & ~key.modifier;
-    player_->play(key.evdev, keyEvent->down(), modifiers);
+    if (!player_->play(key.evdev, keyEvent->down(), modifiers)) return PostResult::refused;
   }
   return player_->settle() ? PostResult::posted : PostResult::refused;
 }
 
-bool WaylandKeyEvents::mayPlay(Shortcut shortcut, const std::optional<FrontWindow>& front) {
+/// The look at the window comes last: what is asked before it may take its time.
+bool WaylandKeyEvents::mayPlay(Shortcut shortcut) {
+  const auto& mayPlay = shortcut == Shortcut::copy ? needs_.mayCopy : needs_.mayPaste;
+  if (mayPlay && !mayPlay()) return false;
+  const auto front = needs_.frontWindow ? needs_.frontWindow() : std::nullopt;
+  const PlayedShortcut played{{}, XCB_WINDOW_NONE, std::chrono::steady_clock::now()};
   if (shortcut == Shortcut::paste) {
-    return (!copiedFrom_ || (front && front->id == copiedFrom_)) && (!needs_.mayPaste || needs_.mayPaste());
+    if (copiedFrom_ && (!front || front->id != copiedFrom_)) return false;
+    lastPaste_ = played;
+  } else {
+    if (front && refusesCopy(front->windowClass)) return false;
+    copiedFrom_ = front ? std::optional(front->id) : std::nullopt;
+    lastCopy_ = played;
   }
-  if (front && refusesCopy(front->windowClass)) return false;
-  return !needs_.mayCopy || needs_.mayCopy();
+  return true;
 }
 
 }  // namespace lexwend::platform

@@ -18,7 +18,9 @@ namespace lexwend::platform {
 ///
 /// A shortcut is refused in a terminal, in a prompt for a password, and in an editor in which copying ends
 /// the selection (window_classes.h). A copy is refused when `mayCopy` returns false, a paste when `mayPaste`
-/// does. A paste is refused when the window in front is not the one at the time of the copy.
+/// does. A paste is refused when the window in front is not the one at the time of the copy. Where the window
+/// can be given the keyboard, it has it for the paste also when the user changes windows between that look
+/// and the keys.
 class WaylandKeyEvents : public KeyEvents {
  public:
   struct Needs {
@@ -26,6 +28,9 @@ class WaylandKeyEvents : public KeyEvents {
     std::function<std::optional<FrontWindow>()> frontWindow;
     std::function<bool()> mayCopy;   ///< asked right before a copy
     std::function<bool()> mayPaste;  ///< asked right before a paste
+    /// Readies a key that gives that window the keyboard. Asked before a paste; null where no compositor does
+    /// such a thing.
+    std::function<std::optional<FocusKey>(std::int64_t window)> focusKey{};
   };
   /// Without a player no event can be made.
   WaylandKeyEvents(Needs needs, std::unique_ptr<KeyPlayer> player);
@@ -43,7 +48,7 @@ class WaylandKeyEvents : public KeyEvents {
   const std::optional<PlayedShortcut>& lastPaste() const { return lastPaste_; }
 
  private:
-  bool mayPlay(Shortcut shortcut, const std::optional<FrontWindow>& front);
+  bool mayPlay(Shortcut shortcut);
 
   Needs needs_;
   std::unique_ptr<KeyPlayer> player_;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "platform/linux/wayland/data_control_owner.h"
 #include "platform/linux/wayland/data_control_reader.h"
@@ -82,6 +83,38 @@ TEST_F(DataControlClipboard, tellsWhenItsTextWasFetched) {
   EXPECT_EQ(read(*owner), std::string(1 << 20, 'a'));
   EXPECT_TRUE(owner->firstFetchBy({}, before).has_value());
   EXPECT_FALSE(owner->firstFetchBy({}, SelectionOwner::Clock::now()).has_value());
+}
+
+TEST_F(DataControlClipboard, countsAsFetchedOnlyWhenTheProgramHasReadIt) {
+  std::vector<bool> areOwn;
+  const auto owner = open(areOwn);
+  owner->claim(text("own"), owner->serverTime());
+  const auto before = SelectionOwner::Clock::now();
+  const auto fetching = DataControl::open();
+  DataControl::OfferRef offer;
+  fetching->watch([&](DataControl::OfferRef offered) { offer = std::move(offered); });
+  fetching->connection().roundTrip();
+  ASSERT_NE(offer, nullptr);
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  offer->receive("UTF8_STRING", ends[1]);
+  fetching->connection().roundTrip();
+  close(ends[1]);
+  const auto serveFor = [&](std::chrono::milliseconds time) {
+    const auto end = SelectionOwner::Clock::now() + time;
+    while (SelectionOwner::Clock::now() < end) {
+      owner->wait(-1, end);
+      owner->handleEvents();
+    }
+  };
+  serveFor(200ms);
+  EXPECT_FALSE(owner->firstFetchBy({}, before).has_value()) << "nobody has read it";
+  char bytes[8];
+  EXPECT_EQ(::read(ends[0], bytes, sizeof bytes), 3);
+  EXPECT_EQ(::read(ends[0], bytes, sizeof bytes), 0) << "its end is told without the owner";
+  serveFor(200ms);
+  EXPECT_TRUE(owner->firstFetchBy({}, before).has_value());
+  close(ends[0]);
 }
 
 TEST_F(DataControlClipboard, isEmptyAfterAClaimOfNothing) {
