@@ -187,7 +187,7 @@ def in_each_editor(function):
 
 
 def main(usage, make_session=lambda _, **options: Session(**options)):
-    """Runs the scene that the command line names; its session is made of the folder of the test programs and options."""
+    """Runs the scene that the command line names; its session is made of the agent and options."""
     if sys.argv[1:] == ['--list']:
         print('\n'.join(SCENES))
         return
@@ -195,5 +195,5 @@ def main(usage, make_session=lambda _, **options: Session(**options)):
         print(usage.strip(), file=sys.stderr)
         sys.exit(2)
     name, agent, qt6_editor = sys.argv[1], Path(sys.argv[2]).resolve(), Path(sys.argv[3]).resolve()
-    with make_session(qt6_editor.parent, **DESKTOPS.get(name, {})) as session:
+    with make_session(agent, **DESKTOPS.get(name, {})) as session:
         SCENES[name](Stage(session, agent, qt6_editor))
