@@ -147,7 +147,7 @@ class WaylandKeyboard:
 class SwaySession(Session):
     """A session whose display is a compositor. XWayland starts with its first window."""
     TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
-    GIVES_CLIPBOARD_TO_ALL = False
+    GIVES_CLIPBOARD_TO_ALL = TELLS_WHO_COPIES = False
 
     def __init__(self, typist, **options):
         super().__init__(**options)

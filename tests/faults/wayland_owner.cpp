@@ -15,6 +15,11 @@
 #include <unistd.h>
 
 namespace lexwend::platform {
+namespace {
+
+constexpr int kNoPiece = 1 << 20;
+
+}  // namespace
 
 WaylandOwner::WaylandOwner(CopyingApplication::Behaviour behaviour)
     : behaviour_(std::move(behaviour)), control_(DataControl::open()) {
@@ -43,6 +48,7 @@ void WaylandOwner::serve(std::chrono::milliseconds time) {
   const auto until = WaylandConnection::Clock::now() + time;
   while (control_->connection().waitForEvents(until)) {
   }
+  if (!control_->connection().isConnected()) _exit(EXIT_SUCCESS);
 }
 
 void WaylandOwner::isReplaced(void* self, zwlr_data_control_source_v1* source) {
@@ -70,7 +76,8 @@ void WaylandOwner::answer(const std::string& type, int descriptor) {
 
 void WaylandOwner::write(const std::string& bytes, int descriptor) const {
   std::string_view rest = bytes;
-  for (int piece = 0; !rest.empty(); ++piece) {
+  const bool isShort = rest.size() <= behaviour_.pieceSize;  // and goes in no pieces
+  for (int piece = isShort ? kNoPiece : 0; !rest.empty(); ++piece) {
     if (piece == behaviour_.deadlyPiece) _exit(EXIT_FAILURE);
     if (piece == behaviour_.lastPiece) return;  // and open it stays
     const ssize_t written = ::write(descriptor, rest.data(), std::min(rest.size(), behaviour_.pieceSize));

@@ -14,6 +14,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "platform/linux/wayland/own_pipes.h"
+
 namespace lexwend::platform {
 namespace {
 
@@ -67,6 +69,7 @@ void DataControlOwner::claim(const ClipboardContents& contents, xcb_timestamp_t 
   zwlr_data_control_source_v1* const old = std::exchange(source_, nullptr);
   owned_ = contents;
   fetches_.clear();
+  ++claims_;
   if (!contents.empty()) {
     source_ = zwlr_data_control_manager_v1_create_data_source(control_->manager());
     zwlr_data_control_source_v1_add_listener(source_, &kListener, this);
@@ -125,8 +128,14 @@ void DataControlOwner::fetchIsAsked(void* self, zwlr_data_control_source_v1* sou
     return;
   }
   fcntl(descriptor, F_SETFL, O_NONBLOCK);
-  owner.transfers_.push_back(
-      {descriptor, false, found->bytes, isTextTarget(found->name), 0, Clock::now() + kStalledTransfer});
+  owner.transfers_.push_back({.descriptor = descriptor,
+                              .isWritten = false,
+                              .bytes = found->bytes,
+                              .isText = isTextTarget(found->name),
+                              .isOwn = OwnPipe::isEnd(descriptor),
+                              .claim = owner.claims_,
+                              .offset = 0,
+                              .deadline = Clock::now() + kStalledTransfer});
 }
 
 bool DataControlOwner::advance(Transfer& transfer) {
@@ -146,10 +155,18 @@ bool DataControlOwner::advance(Transfer& transfer) {
     close(std::exchange(transfer.descriptor, readingEnd));
     transfer.isWritten = true;
   }
+  if (transfer.isOwn || transfer.claim != claims_) return true;
   if (!wasRead(transfer)) return Clock::now() >= transfer.deadline;
   fetches_.push_back({transfer.isText, Clock::now()});
   if (fetches_.size() > kMaxFetches) fetches_.pop_front();
   return true;
+}
+
+/// What is owned now.
+bool DataControlOwner::isFetching() const {
+  return std::any_of(transfers_.begin(), transfers_.end(), [this](const Transfer& transfer) {
+    return !transfer.isOwn && transfer.claim == claims_;
+  });
 }
 
 /// Or cannot be told: it is no pipe.
@@ -181,14 +198,14 @@ void DataControlOwner::wait(int descriptor, std::optional<Clock::time_point> unt
 
 std::optional<SelectionOwner::Clock::time_point> DataControlOwner::firstFetchBy(const XApplication& /*by*/,
                                                                                 Clock::time_point since) {
-  if (!transfers_.empty()) return std::nullopt;
+  if (isFetching()) return std::nullopt;
   const auto first = std::find_if(fetches_.begin(), fetches_.end(),
                                   [&](const Fetch& each) { return each.isText && each.time >= since; });
   return first == fetches_.end() ? std::nullopt : std::optional(first->time);
 }
 
 bool DataControlOwner::wasFetched(Clock::time_point since) const {
-  return transfers_.empty() &&
+  return !isFetching() &&
          std::any_of(fetches_.begin(), fetches_.end(), [&](const Fetch& each) { return each.time >= since; });
 }
 

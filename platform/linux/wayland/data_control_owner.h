@@ -62,6 +62,8 @@ class DataControlOwner : public SelectionOwner {
     bool isWritten;  ///< and the descriptor is the reading end of the pipe
     Bytes bytes;
     bool isText;
+    bool isOwn;  ///< this process reads it, and that is no fetch
+    int claim;
     std::size_t offset;
     Clock::time_point deadline;
   };
@@ -80,13 +82,15 @@ class DataControlOwner : public SelectionOwner {
   /// Writes what the pipe takes; true when the transfer is over.
   bool advance(Transfer& transfer);
   bool wasRead(const Transfer& transfer) const;
+  bool isFetching() const;
 
   std::unique_ptr<DataControl> control_;
   Changed changed_;
   zwlr_data_control_source_v1* source_ = nullptr;
   ClipboardContents owned_;
   std::vector<Transfer> transfers_;
-  std::deque<Fetch> fetches_;
+  std::deque<Fetch> fetches_;  // of what is owned
+  int claims_ = 0;
   xcb_timestamp_t othersChanges_ = 1;  // 0 is no time
   Clock::time_point lastChange_;
   /// While a claim is under way: the changes that have come, of which one is this claim.
