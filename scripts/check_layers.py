@@ -48,6 +48,7 @@ LINUX_ROOMS = {
     "sway": {"display", "session", "keymap"},
     "kwin": {"wayland", "display", "session", "keymap"},
     "gnome": {"selection", "wayland", "display", "session", "keymap"},
+    "server": {"keyboard", "sway", "kwin", "gnome", "selection", "wayland", "display", "session", "keymap"},
     "accessibility": {"session"},
     "tray": {"display", "session"},
     "windows": {"tray", "keymap", "display", "session"},

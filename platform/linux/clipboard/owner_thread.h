@@ -12,7 +12,7 @@
 #include <optional>
 #include <thread>
 
-#include "platform/linux/display/x_application.h"
+#include "platform/linux/display/shortcut_key_events.h"
 #include "platform/linux/selection/owner.h"
 #include "platform/linux/selection/selections.h"
 #include "platform/linux/selection/targets.h"

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/linux/clipboard/owner_thread.h"
-#include "platform/linux/display/x_application.h"
+#include "platform/linux/display/shortcut_key_events.h"
 #include "platform/linux/selection/reader.h"
 #include "platform/linux/selection/selections.h"
 #include "platform/linux/selection/targets.h"

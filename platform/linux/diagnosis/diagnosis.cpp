@@ -112,9 +112,9 @@ SessionFacts LinuxDiagnosis::facts() {
     facts.limit = sentence(kNoGrant);
     facts.wayOut = sentence(kHowToGetGrant);
   }
-  if (isCompositor && !needs_.hasHotKeys()) {
-    facts.limit = sentence(kNoExtension);
-    facts.wayOut = sentence(kHowToGetExtension);
+  if (const SessionLimit* limit = isCompositor ? needs_.hotKeyLimit() : nullptr) {
+    facts.limit = sentence(limit->what);
+    facts.wayOut = sentence(limit->wayOut);
   }
   GDBusConnection* bus = sessionBus();
   facts.sessionBus = bus != nullptr;

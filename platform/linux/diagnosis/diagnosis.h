@@ -7,6 +7,7 @@
 
 #include "platform/diagnosis.h"
 #include "platform/linux/display/x11_connection.h"
+#include "platform/linux/session/session_notice.h"
 
 namespace lexwend::platform {
 
@@ -15,10 +16,11 @@ class LinuxDiagnosis : public Diagnosis {
   /// What this service needs of its host.
   struct Needs {
     std::function<std::shared_ptr<X11Connection>()> x11;  ///< null without a display
-    std::function<bool()> compositorServes;          ///< a Wayland compositor does what the display would
-    std::function<bool()> grantIsMissing;            ///< it would, if an entry asked for this program
-    std::function<bool()> hasHotKeys;                ///< a press of the hot key can come
-    std::function<bool()> accessibilityIsConnected;  ///< begins to connect when first asked
+    std::function<bool()> compositorServes;  ///< a Wayland compositor does what the display would
+    std::function<bool()> grantIsMissing;    ///< it would, if an entry asked for this program
+    std::function<const SessionLimit*()>
+        hotKeyLimit;  ///< why no press of the hot key can come; null when one can
+    std::function<bool()> accessibilityIsConnected;             ///< begins to connect when first asked
     std::function<std::optional<std::int64_t>()> runningAgent;  ///< of this user
   };
 

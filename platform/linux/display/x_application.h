@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <optional>
 
@@ -26,14 +25,5 @@ XApplication applicationOf(xcb_connection_t* connection, xcb_window_t window);
 /// reports both processes, these tell. Windows of one connection may be the same otherwise. When it reports
 /// no process for either, they may be the same. When it reports one for only one of them, they are not.
 bool mayBeTheSame(const XApplication& one, const XApplication& other);
-
-/// A shortcut that was sent to a program.
-struct PlayedShortcut {
-  XApplication application;
-  /// The window of it that was in front.
-  xcb_window_t window = XCB_WINDOW_NONE;
-  /// The time before its first key.
-  std::chrono::steady_clock::time_point time;
-};
 
 }  // namespace lexwend::platform

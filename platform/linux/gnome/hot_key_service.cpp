@@ -78,7 +78,7 @@ bool GnomeHotKeyService::hasHotKeys() {
 }
 
 std::string_view GnomeHotKeyService::whyNoPressComes() {
-  return hasHotKeys() ? std::string_view() : kNoExtension.hebrew;
+  return hasHotKeys() ? std::string_view() : kNoExtension.what.hebrew;
 }
 
 void GnomeHotKeyService::bind(const HotKey& hotKey) {

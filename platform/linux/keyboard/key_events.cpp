@@ -153,11 +153,11 @@ bool LinuxKeyEvents::mayPlay(Shortcut shortcut, const Front& front) {
 }
 
 void LinuxKeyEvents::note(Shortcut shortcut, const Front& front) {
-  if (shortcut == Shortcut::none) return;
   const PlayedShortcut played{applicationOf(x11_->get(), front.active), front.active,
                               std::chrono::steady_clock::now()};
-  if (shortcut == Shortcut::copy) copiedFrom_ = front;
-  (shortcut == Shortcut::copy ? lastCopy_ : lastPaste_) = played;
+  if (shortcut == Shortcut::paste) return notePaste(played);
+  copiedFrom_ = front;
+  noteCopy(played);
 }
 
 void LinuxKeyEvents::play(std::uint8_t coreType, xcb_keycode_t key) {

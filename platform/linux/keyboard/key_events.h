@@ -5,9 +5,8 @@
 #include <memory>
 #include <optional>
 
-#include "platform/key_events.h"
+#include "platform/linux/display/shortcut_key_events.h"
 #include "platform/linux/display/x11_connection.h"
-#include "platform/linux/display/x_application.h"
 #include "platform/linux/keyboard/keyboard_devices.h"
 #include "platform/linux/keymap/shortcuts.h"
 
@@ -30,7 +29,7 @@ namespace lexwend::platform {
 ///
 /// The keys are simulated on the keyboard that was last used (keyboard_devices.h). The server's own keyboard
 /// of simulated keys may have no Hebrew, and its keys would then change the selected layout.
-class LinuxKeyEvents : public KeyEvents {
+class LinuxKeyEvents : public ShortcutKeyEvents {
  public:
   /// `mayCopy` is called right before a copy and `mayPaste` right before a paste; without them each is
   /// allowed. Without a display no event can be made.
@@ -44,10 +43,6 @@ class LinuxKeyEvents : public KeyEvents {
   std::unique_ptr<KeyEvent> createKeyboardEvent(const EventSourceRef& source, KeyCode keyCode,
                                                 bool keyDown) override;
   PostResult post(EventTap tap, const KeyEvent& event) override;
-
-  /// The last copy and the last paste that were sent.
-  const std::optional<PlayedShortcut>& lastCopy() const { return lastCopy_; }
-  const std::optional<PlayedShortcut>& lastPaste() const { return lastPaste_; }
 
  private:
   struct Front {
@@ -68,8 +63,6 @@ class LinuxKeyEvents : public KeyEvents {
   KeyboardDevices devices_;
   ShortcutKeys keys_;
   std::optional<Front> copiedFrom_;
-  std::optional<PlayedShortcut> lastCopy_;
-  std::optional<PlayedShortcut> lastPaste_;
 };
 
 }  // namespace lexwend::platform

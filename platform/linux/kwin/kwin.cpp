@@ -3,7 +3,6 @@
 
 #include <utility>
 
-#include <glib-unix.h>
 #include <unistd.h>
 #include <xkbcommon/xkbcommon.h>
 
@@ -51,6 +50,7 @@ std::shared_ptr<KWin> KWin::open() {
 
 KWin::KWin(std::unique_ptr<WaylandConnection> connection)
     : connection_(std::move(connection)),
+      watch_(*connection_),
       seatKeymap_(std::make_unique<SeatKeymap>(*connection_,
                                                [this] {
                                                  for (const auto& handler : keymapHandlers_.all()) {
@@ -60,22 +60,9 @@ KWin::KWin(std::unique_ptr<WaylandConnection> connection)
       windows_(KWinWindows::open(*connection_)) {
   connection_->roundTrip();  // that there is a keyboard
   connection_->roundTrip();  // its keymap
-  source_ = g_unix_fd_add(
-      connection_->descriptor(), static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR),
-      [](gint, GIOCondition, gpointer self) -> gboolean {
-        auto& kwin = *static_cast<KWin*>(self);
-        kwin.connection_->handleEvents();
-        kwin.connection_->flush();
-        if (kwin.connection_->isConnected()) return G_SOURCE_CONTINUE;
-        kwin.source_ = 0;
-        return G_SOURCE_REMOVE;
-      },
-      this);
 }
 
-KWin::~KWin() {
-  if (source_ != 0) g_source_remove(source_);
-}
+KWin::~KWin() = default;
 
 std::unique_ptr<KeyPlayer> KWin::keyPlayer() {
   return FakeInput::open(*connection_);

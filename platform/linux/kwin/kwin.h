@@ -12,6 +12,7 @@
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/glib_ref.h"
 #include "platform/linux/wayland/connection.h"
+#include "platform/linux/wayland/connection_watch.h"
 #include "platform/registration.h"
 
 struct xkb_keymap;
@@ -75,10 +76,10 @@ class KWin {
   void handleEvents();
 
   std::unique_ptr<WaylandConnection> connection_;
+  ConnectionWatch watch_;
   std::unique_ptr<SeatKeymap> seatKeymap_;
   std::unique_ptr<KWinWindows> windows_;  // null where this program may not know them
   Handlers<std::function<void()>> keymapHandlers_;
-  unsigned source_ = 0;  // of the main context
 };
 
 }  // namespace lexwend::platform

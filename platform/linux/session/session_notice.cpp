@@ -25,18 +25,23 @@ const SessionNotice kHowToGetGrant = {
     "the applications menu",
     "להתקין את Lexwend בנתיב ללא רווחים (מחבילה, או ב־cmake --install), לצאת ממנה ולהפעיל אותה מתפריט "
     "היישומים"};
-const SessionNotice kNoExtension = {
-    "GNOME lets no program take a hot key, and its extension Lexwend is not switched on",
-    "GNOME לא מרשה לתוכנה לקבל מקש קיצור, וההרחבה Lexwend של GNOME לא מופעלת. אפשר להפעיל אותה "
-    "(gnome-extensions "
-    "enable lexwend@lexwend.org ואז להיכנס למחשב מחדש), או להגדיר בהגדרות המקלדת קיצור לפקודה lexwend "
-    "--fix."};
-const SessionNotice kHowToGetExtension = {
-    "switch the extension on (gnome-extensions enable lexwend@lexwend.org, then log in again), or bind a key "
-    "to "
-    "the command lexwend --fix in the keyboard settings",
-    "להפעיל את ההרחבה (gnome-extensions enable lexwend@lexwend.org ואז להיכנס למחשב מחדש), או להגדיר בהגדרות "
-    "המקלדת קיצור לפקודה lexwend --fix"};
+const SessionLimit kNoExtension = {
+    {"GNOME lets no program take a hot key, and its extension Lexwend is not switched on",
+     "GNOME לא מרשה לתוכנה לקבל מקש קיצור, וההרחבה Lexwend של GNOME לא מופעלת. אפשר להפעיל אותה "
+     "(gnome-extensions enable lexwend@lexwend.org ואז להיכנס למחשב מחדש), או להגדיר בהגדרות המקלדת קיצור "
+     "לפקודה lexwend --fix."},
+    {"switch the extension on (gnome-extensions enable lexwend@lexwend.org, then log in again), or bind a "
+     "key "
+     "to the command lexwend --fix in the keyboard settings",
+     "להפעיל את ההרחבה (gnome-extensions enable lexwend@lexwend.org ואז להיכנס למחשב מחדש), או להגדיר "
+     "בהגדרות "
+     "המקלדת קיצור לפקודה lexwend --fix"}};
+const SessionLimit kNoHotKey = {
+    {"this compositor lets no program take a hot key or select a layout",
+     "סביבת העבודה לא מרשה לתוכנה לקבל מקש קיצור או להחליף את פריסת המקלדת. אפשר להגדיר בה קיצור לפקודה "
+     "lexwend --fix."},
+    {"bind a key to the command lexwend --fix in the compositor's own configuration",
+     "להגדיר בסביבת העבודה קיצור לפקודה lexwend --fix"}};
 const SessionNotice kWaylandOnly = {
     "this Wayland session has no X11 display (XWayland), so the hot key and the fix cannot work here; "
     "conversion on the command line works: lexwend-convert",

@@ -11,6 +11,12 @@ struct SessionNotice {
   std::string_view hebrew;
 };
 
+/// What works and what does not in a session, and what to do about it.
+struct SessionLimit {
+  SessionNotice what;
+  SessionNotice wayOut;
+};
+
 /// True where the desktop's windows are not X11 windows.
 bool sessionIsWayland();
 /// What works and what does not in a Wayland session that also has an X11 display.
@@ -20,9 +26,9 @@ extern const SessionNotice kNoGrant;
 /// What to do about that.
 extern const SessionNotice kHowToGetGrant;
 /// Why no hot key can be taken in GNOME without the extension.
-extern const SessionNotice kNoExtension;
-/// What to do about that.
-extern const SessionNotice kHowToGetExtension;
+extern const SessionLimit kNoExtension;
+/// Why no hot key can be taken where the compositor has no way for it.
+extern const SessionLimit kNoHotKey;
 /// Why no agent can run in a Wayland session without one.
 extern const SessionNotice kWaylandOnly;
 /// Why no agent can run without any display.

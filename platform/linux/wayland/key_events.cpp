@@ -111,21 +111,31 @@ PostResult WaylandKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   return player_->settle() ? PostResult::posted : PostResult::refused;
 }
 
-/// The look at the window comes last: what is asked before it may take its time.
+/// What is asked before a paste may take its time, so the look at the window comes after it.
 bool WaylandKeyEvents::mayPlay(Shortcut shortcut) {
-  const auto& mayPlay = shortcut == Shortcut::copy ? needs_.mayCopy : needs_.mayPaste;
-  if (mayPlay && !mayPlay()) return false;
-  const auto front = needs_.frontWindow ? needs_.frontWindow() : std::nullopt;
-  const PlayedShortcut played{{}, XCB_WINDOW_NONE, std::chrono::steady_clock::now()};
+  const auto look = [this] { return needs_.frontWindow ? needs_.frontWindow() : std::nullopt; };
   if (shortcut == Shortcut::paste) {
-    if (copiedFrom_ && (!front || front->id != copiedFrom_)) return false;
-    lastPaste_ = played;
-  } else {
-    if (front && refusesCopy(front->windowClass)) return false;
-    copiedFrom_ = front ? std::optional(front->id) : std::nullopt;
-    lastCopy_ = played;
+    if (needs_.mayPaste && !needs_.mayPaste()) return false;
+    if (copiedFrom_) {
+      const auto front = look();
+      if (!front || front->id != copiedFrom_) return false;
+    }
+    note(shortcut, std::nullopt);
+    return true;
   }
+  const auto front = look();
+  if (!front && needs_.refusesUnknownWindows) return false;
+  if (front && refusesCopy(front->windowClass)) return false;
+  if (needs_.mayCopy && !needs_.mayCopy()) return false;
+  note(shortcut, front);
   return true;
+}
+
+void WaylandKeyEvents::note(Shortcut shortcut, const std::optional<FrontWindow>& front) {
+  const PlayedShortcut played{{}, XCB_WINDOW_NONE, std::chrono::steady_clock::now()};
+  if (shortcut == Shortcut::paste) return notePaste(played);
+  copiedFrom_ = front ? std::optional(front->id) : std::nullopt;
+  noteCopy(played);
 }
 
 }  // namespace lexwend::platform

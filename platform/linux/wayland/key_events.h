@@ -5,9 +5,8 @@
 #include <memory>
 #include <optional>
 
-#include "platform/key_events.h"
 #include "platform/linux/display/front_window.h"
-#include "platform/linux/display/x_application.h"
+#include "platform/linux/display/shortcut_key_events.h"
 #include "platform/linux/keymap/shortcuts.h"
 #include "platform/linux/wayland/key_player.h"
 
@@ -21,13 +20,15 @@ namespace lexwend::platform {
 /// does. A paste is refused when the window in front is not the one at the time of the copy. Where the window
 /// can be given the keyboard, it has it for the paste also when the user changes windows between that look
 /// and the keys.
-class WaylandKeyEvents : public KeyEvents {
+class WaylandKeyEvents : public ShortcutKeyEvents {
  public:
   struct Needs {
     /// The window that has the keyboard; nothing where the compositor does not tell.
     std::function<std::optional<FrontWindow>()> frontWindow;
     std::function<bool()> mayCopy;   ///< asked right before a copy
     std::function<bool()> mayPaste;  ///< asked right before a paste
+    /// Refuses a copy where the compositor does not tell the window: it may be a terminal.
+    bool refusesUnknownWindows = false;
     /// Readies a key that gives that window the keyboard. Asked before a paste; null where no compositor does
     /// such a thing.
     std::function<std::optional<FocusKey>(std::int64_t window)> focusKey{};
@@ -43,18 +44,13 @@ class WaylandKeyEvents : public KeyEvents {
                                                 bool keyDown) override;
   PostResult post(EventTap tap, const KeyEvent& event) override;
 
-  /// The last copy and the last paste that were sent.
-  const std::optional<PlayedShortcut>& lastCopy() const { return lastCopy_; }
-  const std::optional<PlayedShortcut>& lastPaste() const { return lastPaste_; }
-
  private:
   bool mayPlay(Shortcut shortcut);
+  void note(Shortcut shortcut, const std::optional<FrontWindow>& front);
 
   Needs needs_;
   std::unique_ptr<KeyPlayer> player_;
   std::optional<std::int64_t> copiedFrom_;  // the window
-  std::optional<PlayedShortcut> lastCopy_;
-  std::optional<PlayedShortcut> lastPaste_;
 };
 
 }  // namespace lexwend::platform

@@ -156,7 +156,10 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
 
 const SessionNotice* LinuxApplication::limit() {
   if (needs_.isWayland() && !needs_.mayPressKeys()) return &kNoGrant;
-  if (needs_.isWayland()) return needs_.hasHotKeys() ? nullptr : &kNoExtension;
+  if (needs_.isWayland()) {
+    const SessionLimit* limit = needs_.hotKeyLimit();
+    return limit == nullptr ? nullptr : &limit->what;
+  }
   return sessionIsWayland() ? &kWaylandWithX11 : nullptr;
 }
 

@@ -13,6 +13,7 @@ class QApplication;
 
 namespace lexwend::platform {
 
+struct SessionLimit;
 struct SessionNotice;
 class X11Connection;
 
@@ -28,7 +29,8 @@ class LinuxApplication : public Application {
     std::function<std::shared_ptr<X11Connection>()> x11;
     std::function<void()> focusOwnWindow;  ///< asks the compositor; called only where there is one
     std::function<bool()> mayPressKeys = [] { return true; };  ///< whether the compositor lets it
-    std::function<bool()> hasHotKeys = [] { return true; };    ///< whether a press of the hot key can come
+    /// Why no press of the hot key can come; null when one can.
+    std::function<const SessionLimit*()> hotKeyLimit = [] { return nullptr; };
   };
   explicit LinuxApplication(Needs needs);
   ~LinuxApplication() override;

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#include "platform/host.h"
+#include "platform/linux/accessibility/x.h"  // denied
+#include "platform/linux/clipboard/x.h"      // denied
+#include "platform/linux/display/x.h"
+#include "platform/linux/gnome/x.h"
+#include "platform/linux/keyboard/x.h"
+#include "platform/linux/keymap/x.h"
+#include "platform/linux/kwin/x.h"
+#include "platform/linux/linux_host.h"  // denied
+#include "platform/linux/selection/x.h"
+#include "platform/linux/server/own.h"
+#include "platform/linux/session/x.h"
+#include "platform/linux/sway/x.h"
+#include "platform/linux/tray/x.h"  // denied
+#include "platform/linux/wayland/x.h"
+#include "platform/linux/windows/x.h"  // denied
