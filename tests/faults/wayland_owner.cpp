@@ -37,8 +37,9 @@ void WaylandOwner::copyAgain() {
   static constexpr zwlr_data_control_source_v1_listener kListener = {isAsked, isReplaced};
   zwlr_data_control_source_v1* source = zwlr_data_control_manager_v1_create_data_source(control_->manager());
   zwlr_data_control_source_v1_add_listener(source, &kListener, this);
-  for (const auto& [name, value] : behaviour_.targets)
+  for (const auto& [name, value] : behaviour_.targets) {
     zwlr_data_control_source_v1_offer(source, name.c_str());
+  }
   zwlr_data_control_device_v1_set_selection(control_->device(), source);
   sources_.insert(source);
   control_->connection().roundTrip();
