@@ -63,6 +63,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   refreshMenuState();
   receiveCommands();
   offerKeyBinding();
+  offerInstallation();
 }
 
 void AppDelegate::setupStatusItem() {
@@ -110,11 +111,15 @@ void AppDelegate::refreshMenuState() {
   const bool trusted = platform::accessibility().isProcessTrusted();
   permissionItem_->setHidden(trusted);
   statusLine_->setTitle(statusLineTitle(trusted, layoutMap_.builtFromSystem));
-  const std::string_view noPress = platform::hotKeyService().whyNoPressComes();
-  const std::string_view noLayout =
-      Settings::switchLayoutAfter() ? whyLayoutCannotFollow_ : std::string_view();
-  statusLine_->setToolTip(noPress.empty() ? noLayout : noPress);
+  statusLine_->setToolTip(whatDoesNotWork());
   showSymbol(trusted ? kReadySymbol : kWaitingSymbol);
+}
+
+std::string AppDelegate::whatDoesNotWork() const {
+  std::string why(platform::hotKeyService().whyNoPressComes());
+  if (why.empty()) why = platform::application().limitation();
+  if (why.empty() && Settings::switchLayoutAfter()) why = whyLayoutCannotFollow_;
+  return why;
 }
 
 bool AppDelegate::registerHotKey() {

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "core/layout_map.h"
@@ -44,6 +45,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   // app_delegate.cpp: the menu and its commands
   void setupStatusItem();
   void refreshMenuState();
+  /// One sentence for the user; empty when everything works.
+  std::string whatDoesNotWork() const;
   bool registerHotKey();
   void changeHotKey();
   void recorderDone(bool saved, platform::KeyCode previousCode, platform::Modifiers previousModifiers);
@@ -78,6 +81,10 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   /// once.
   void offerKeyBinding();
   void askForKeyBinding();
+  /// Where more works when the program is in the user's list of applications: asks once whether to put it
+  /// there.
+  void offerInstallation();
+  void askForInstallation();
 
   // commands.cpp: commands of other processes, and an agent without an icon
   void receiveCommands();

@@ -31,6 +31,17 @@ constexpr std::string_view kNoHebrewLayout =
 constexpr std::string_view kNeitherLayout =
     "שפת המקלדת לא תוחלף אחרי תיקון, כי לא מופעלות פריסות מקלדת של עברית ושל אנגלית.";
 
+/// Asks the user for a change to the desktop, and keeps the answer under that key.
+bool asksFor(std::string_view question, std::string_view explanation, std::string_view key) {
+  platform::application().activate(/*ignoringOtherApps=*/true);
+  const int response = platform::alerts().runModal({.messageText = std::string(question),
+                                                    .informativeText = std::string(explanation),
+                                                    .buttons = {"הוסף", "לא עכשיו"}});
+  const bool agreed = response == platform::kAlertFirstButtonReturn;
+  Settings::d().setBool(agreed, key);
+  return agreed;
+}
+
 }  // namespace
 
 void AppDelegate::startPermissionPolling() {
@@ -104,15 +115,28 @@ void AppDelegate::offerKeyBinding() {
 
 void AppDelegate::askForKeyBinding() {
   const std::string key = HotKeyCenter::displayName(Settings::hotKeyCode(), Settings::hotKeyModifiers());
-  platform::application().activate(/*ignoringOtherApps=*/true);
-  const int response = platform::alerts().runModal(
-      {.messageText = "להוסיף קיצור מקלדת?",
-       .informativeText = "סביבת העבודה לא מרשה לתוכנה לקבל מקש קיצור. אפשר להוסיף להגדרות המקלדת שלה את " +
-                          key + " כקיצור שמפעיל את Lexwend. הקיצור יוסר כשיוצאים מ־Lexwend.",
-       .buttons = {"הוסף", "לא עכשיו"}});
-  Settings::d().setBool(response == platform::kAlertFirstButtonReturn, Settings::kMayBindKeyKey);
-  if (response == platform::kAlertFirstButtonReturn) platform::hotKeyService().agree();
+  const bool agreed =
+      asksFor("להוסיף קיצור מקלדת?",
+              "סביבת העבודה לא מרשה לתוכנה לקבל מקש קיצור. אפשר להוסיף להגדרות המקלדת שלה את " + key +
+                  " כקיצור שמפעיל את Lexwend. הקיצור יוסר כשיוצאים מ־Lexwend.",
+              Settings::kMayBindKeyKey);
+  if (agreed) platform::hotKeyService().agree();
   refreshMenuState();
+}
+
+void AppDelegate::offerInstallation() {
+  if (Settings::d().objectForKey(Settings::kMayInstallKey)) return;
+  if (!platform::application().gainsByInstallation()) return;
+  platform::runLoop().dispatchAfter(kOfferDelay, weakly(&AppDelegate::askForInstallation));
+}
+
+void AppDelegate::askForInstallation() {
+  const bool agreed =
+      asksFor("להוסיף את Lexwend לתפריט היישומים?",
+              "סביבת העבודה מרשה ללחוץ על מקשים רק לתוכנה שנמצאת בתפריט היישומים. בלי זה לא יתוקן טקסט "
+              "שאפשר להחליף רק דרך לוח העריכה. אחרי ההוספה Lexwend תופעל מחדש.",
+              Settings::kMayInstallKey);
+  if (agreed && !platform::application().install()) platform::application().beep();
 }
 
 void AppDelegate::setupLoginItem() {

@@ -2,7 +2,7 @@
 # cmake --install build/release --prefix ~/.local: the programs, the entry of the applications menu and its icon, and the
 # folder of the log, which the agent never makes itself.
 install(TARGETS lexwend lexwend-convert lexwend-doctor RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-install(TARGETS lexwend_host_module LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/lexwend")
+install(TARGETS lexwend_host_module lexwend-clipboard DESTINATION "${CMAKE_INSTALL_LIBDIR}/lexwend")
 # With the program's whole path, which is known when it is installed: the folder may not be in the PATH of the desktop.
 install(CODE "set(source \"${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux\")
   set(build \"${CMAKE_CURRENT_BINARY_DIR}\")

@@ -28,6 +28,13 @@ class Application {
   /// One sentence for the user about what does not work in this session; nothing when all of it works. Valid
   /// after takeSharedApplication().
   virtual std::optional<std::string> notice() = 0;
+  /// The same for the user, with what to do about it; empty when all of it works.
+  virtual std::string limitation() { return {}; }
+  /// Whether more works once this program is in the user's list of applications. Reads that list.
+  virtual bool gainsByInstallation() { return false; }
+  /// Puts this program into that list. Then the event loop ends, and the program starts anew when run() would
+  /// return. False when it could not be put there.
+  virtual bool install() { return false; }
   /// `didFinishLaunching` runs once, at the start of run().
   virtual void setDelegate(std::function<void()> didFinishLaunching) = 0;
   virtual void setActivationPolicy(ActivationPolicy policy) = 0;

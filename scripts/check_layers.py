@@ -48,10 +48,11 @@ LINUX_ROOMS = {
     "sway": {"display", "session", "keymap"},
     "kwin": {"wayland", "display", "session", "keymap"},
     "gnome": {"selection", "wayland", "display", "session", "keymap"},
-    "server": {"keyboard", "sway", "kwin", "gnome", "selection", "wayland", "display", "session", "keymap"},
+    "keeper": {"gnome", "selection", "session"},
+    "server": {"keyboard", "sway", "kwin", "gnome", "keeper", "selection", "wayland", "display", "session", "keymap"},
     "accessibility": {"session"},
     "tray": {"display", "session"},
-    "windows": {"tray", "keymap", "display", "session"},
+    "windows": {"tray", "wayland", "keymap", "display", "session"},
     "diagnosis": {"display", "session"},
 }
 POSIX = {"dlfcn.h", "fcntl.h", "poll.h", "spawn.h", "sys/stat.h", "sys/wait.h", "unistd.h"}

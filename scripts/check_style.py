@@ -10,12 +10,13 @@
     check_style.py tidy-deep DATABASE   the same, and the static analyser follows the paths of a function as far as it can
     check_style.py tidy-canary       clang-tidy refuses the lines of scripts/canaries/*.cpp that say "denied", no others
 
-clang-tidy reads the sources of a folder as one unit, since most of its time goes into the headers. It remembers in
+clang-tidy reads the sources of several folders as one unit, since most of its time goes into the headers. It remembers in
 build/tidy-cache which units it has accepted, by a digest of everything that it reads, so that a second run looks at what
 has changed only.
 """
 
 import concurrent.futures
+import dataclasses
 import hashlib
 import json
 import os
@@ -41,6 +42,11 @@ CHECKED = {"app", "core", "hotkey", "input", "platform", "support", "text", "too
 # How many states of a function the static analyser looks at; its own bound is 225,000. The paths of the few functions that
 # have more took two thirds of the time of the whole check. tidy-deep keeps the analyser's bound.
 STATES = ["-Xclang", "-analyzer-config", "-Xclang", "max-nodes=20000"]
+
+# How many lines a unit gets, about. A larger one saves headers, a smaller one keeps more processors busy.
+LINES = 2500
+# A name that a source defines outside of every class and function: two of them in one unit do not compile.
+DEFINED = re.compile(r"^(?:(?:struct|class|enum class|union) (\w+)(?! *;)|(?!using\b|namespace\b)\w[\w:<>,*& ]*[ *&](\w+)(?:\[\w*\])*(?: =|[({]))", re.M)
 
 # Of what the sources include, this is reported.
 REPORTED = f"^{re.escape(str(ROOT))}/({'|'.join(sorted(CHECKED))})/"
@@ -73,10 +79,17 @@ def options_by_file(database):
     """What each checked source is compiled with."""
     options = {}
     for entry in json.loads((database / "compile_commands.json").read_text(encoding="utf-8")):
-        file = Path(os.path.normpath(os.path.join(entry["directory"], entry["file"])))
-        if ROOT in file.parents and file.relative_to(ROOT).parts[0] in CHECKED:
-            options.setdefault(file, options_of(entry["command"]))
+        for file in sources_in(Path(os.path.normpath(os.path.join(entry["directory"], entry["file"])))):
+            if ROOT in file.parents and file.relative_to(ROOT).parts[0] in CHECKED:
+                options.setdefault(file, options_of(entry["command"]))
     return options
+
+
+def sources_in(file):
+    """The sources that an entry of the compilation database stands for: several where CMake compiles them as one."""
+    if file.parent.name != "Unity":
+        return [file]
+    return [Path(name) for name in re.findall(r'^#include "(.+)"$', file.read_text(encoding="utf-8"), re.M)]
 
 
 def options_of(command):
@@ -141,12 +154,13 @@ def check_headers_canary():
 
 
 class Unit:
-    """The sources of one folder, which clang-tidy reads as one: it looks through every header again for each unit. Their
+    """The sources of some folders, which clang-tidy reads as one: it looks through every header again for each unit. Their
     texts stand one after the other in a file, because it follows the paths of what is in the main file only."""
 
     def __init__(self, files, database, states=()):
         self.files, self.database, self.states = files, database, states
-        self.name = f"{files[0].parent.relative_to(ROOT)} ({len(files)})" if len(files) > 1 else str(files[0].relative_to(ROOT))
+        folders = dict.fromkeys(str(file.parent.relative_to(ROOT)) for file in files)
+        self.name = f"{' '.join(folders)} ({len(files)})" if len(files) > 1 else str(files[0].relative_to(ROOT))
         self.origins = []  # of each line: its file and its number there
         texts = []
         for file in files:
@@ -156,7 +170,7 @@ class Unit:
         text = "\n".join(texts)
         self.source = UNITS / f"{hashlib.sha256(str(files).encode()).hexdigest()[:16]}.cpp"
         self.source.write_text(text, encoding="utf-8")
-        # What one of them is compiled with serves all: within a folder the commands differ in macros only.
+        # What one of them is compiled with serves all: the commands differ in macros and in folders of headers only.
         self.options = [*dict.fromkeys(option for file in files for option in database[file]), *states]
 
     def halves(self):
@@ -191,7 +205,7 @@ class Unit:
 
 
 def tidy(unit):
-    """[(unit, accepted, what was said, seconds)]: more than one where the names of a folder's sources clash."""
+    """[(unit, accepted, what was said, seconds)]: more than one where names of the sources clash."""
     start = time.monotonic()
     digest = unit.digest()
     if digest and (CACHE / digest).exists():
@@ -204,13 +218,43 @@ def tidy(unit):
     return [(unit, good, said, time.monotonic() - start)]
 
 
+@dataclasses.dataclass
+class Group:
+    """Sources that can be one unit, because no two of them define the same name."""
+    files: list = dataclasses.field(default_factory=list)
+    names: set = dataclasses.field(default_factory=set)
+    lines: int = 0
+
+    @staticmethod
+    def of(file):
+        text = file.read_text(encoding="utf-8")
+        return Group([file], {name for names in DEFINED.findall(text) for name in names if name}, text.count("\n"))
+
+    def add(self, other):
+        self.files, self.names, self.lines = self.files + other.files, self.names | other.names, self.lines + other.lines
+
+
+def put(group, groups):
+    """Adds it to the smallest of the groups that it can be in."""
+    free = [each for each in groups if each.names.isdisjoint(group.names)]
+    if not free:
+        free = [Group()]
+        groups += free
+    min(free, key=lambda each: each.lines).add(group)
+
+
 def units_of(database, states):
-    """The sources that are to be checked, by folder, the largest folder first."""
+    """The sources that are to be checked: folders together, the largest first. What clashes all the same is taken apart
+    later."""
     options, folders = options_by_file(database), {}
-    for file in options:
-        folders.setdefault(file.parent, []).append(file)
+    for file in sorted(options):
+        put(Group.of(file), folders.setdefault(file.parent, []))
+    parts = sorted((part for folder in folders.values() for part in folder), key=lambda part: -part.lines)
+    groups = [Group() for _ in range(max(1, round(sum(part.lines for part in parts) / LINES)))]
+    for part in parts:
+        put(part, groups)
     UNITS.mkdir(parents=True, exist_ok=True)
-    return [Unit(sorted(files), options, states) for files in sorted(folders.values(), key=len, reverse=True)]
+    return [Unit(group.files, options, states) for group in sorted(groups, key=lambda group: -group.lines) if group.files]
 
 
 def check_tidy(database, states):

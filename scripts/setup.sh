@@ -11,9 +11,9 @@
 packages_fast="g++ cmake ninja-build libicu-dev libhwy-dev libgtest-dev libgmock-dev unicode-data python3"
 
 # To compile the agent and the command-line tools.
-packages_build="g++ cmake ninja-build pkg-config libicu-dev libhwy-dev qt6-base-dev qt6-svg-dev libglib2.0-dev
+packages_build="g++ cmake ninja-build pkg-config libicu-dev libhwy-dev qt6-base-dev qt6-base-private-dev qt6-svg-dev libglib2.0-dev
   libxcb1-dev libxcb-ewmh-dev libxcb-res0-dev libxcb-xfixes0-dev libxcb-xinput-dev libxcb-xkb-dev libxcb-xtest0-dev
-  libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev libatspi2.0-dev libwayland-dev plasma-wayland-protocols libjson-glib-dev"
+  libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev libatspi2.0-dev libwayland-dev wayland-protocols plasma-wayland-protocols libjson-glib-dev"
 
 # To run a fix in a private session and look at it: a display, a bus, a window manager, an editor, fonts with Hebrew,
 # the accessibility interface and raw key events from Python, and screenshots.

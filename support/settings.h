@@ -17,6 +17,7 @@ inline constexpr std::string_view kSwitchLayoutAfterKey = "switchLayoutAfterFix"
 inline constexpr std::string_view kCompatModeKey = "compatMode";                      // boolean
 inline constexpr std::string_view kDidRegisterLoginItemKey = "didRegisterLoginItem";  // boolean
 inline constexpr std::string_view kMayBindKeyKey = "mayBindKey";                      // boolean
+inline constexpr std::string_view kMayInstallKey = "mayInstall";                      // boolean
 
 /// The store itself, for writing.
 platform::UserDefaults& d();

@@ -199,6 +199,12 @@ Check checkHotKey(const SessionFacts& facts) {
   const auto code = Settings::hotKeyCode();
   const auto modifiers = Settings::hotKeyModifiers();
   const std::string name = HotKeyCenter::displayName(code, modifiers);
+  if (!platform::hotKeyService().whyNoPressComes().empty()) {
+    return finding(
+        "hotKey",
+        with(name + ": ", {"no press of it reaches Lexwend", "שום לחיצה עליו לא מגיעה ל־Lexwend"}, ""),
+        {"do what is said above about the session", "לעשות מה שנאמר למעלה על סביבת העבודה"});
+  }
   constexpr std::uint32_t kSignature = 0x4c646f63;  // "Ldoc"
   const bool isFree =
       platform::hotKeyService().registerHotKey(code, modifiers, {kSignature, 1}).status == platform::kNoErr;

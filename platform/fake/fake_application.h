@@ -26,6 +26,9 @@ class FakeApplication : public Application {
     return std::nullopt;
   }
   std::optional<std::string> notice() override { return sessionNotice; }
+  std::string limitation() override { return sessionLimitation; }
+  bool gainsByInstallation() override { return gains && !installed; }
+  bool install() override { return installed = canBeInstalled; }
   void setDelegate(std::function<void()> didFinishLaunching) override {
     system_.called("application.setDelegate");
     didFinishLaunching_ = std::move(didFinishLaunching);
@@ -60,6 +63,10 @@ class FakeApplication : public Application {
   std::string name = "Lexwend";
   std::optional<std::string> version = "1.0";
   std::optional<std::string> sessionNotice;
+  std::string sessionLimitation;
+  bool gains = false;  ///< by its installation
+  bool canBeInstalled = true;
+  bool installed = false;
   /// The event loop, which runs after the launch and ends when this returns.
   std::function<void()> whileRunning;
   ActivationPolicy policy = ActivationPolicy::regular;

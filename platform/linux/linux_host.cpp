@@ -83,7 +83,7 @@ StatusBar& LinuxHost::statusBar() {
 }
 
 RecorderWindows& LinuxHost::recorderWindows() {
-  return made(recorderWindows_, server().holdShortcuts());
+  return recorderWindows_;
 }
 
 KeyMonitor& LinuxHost::keyMonitor() {
@@ -127,7 +127,12 @@ Application& LinuxHost::application() {
   return made(application_, LinuxApplication::Needs{
                                 [this] { finishWork(); }, [this] { return server().isCompositor(); },
                                 [this] { return server().x11(); }, [this] { server().focusOwnWindow(); },
-                                [this] { return server().grantsAll(); }, hotKeyLimit});
+                                [this] { return server().grantsAll(); }, hotKeyLimit,
+                                [this] {
+                                  return !server().grantsAll() && server().grantIsMissing() &&
+                                         server().canGrant(LinuxLoginItem::ownProgram());
+                                },
+                                [this] { return server().grant(LinuxLoginItem::ownProgram()); }});
 }
 
 Files& LinuxHost::files() {

@@ -88,7 +88,7 @@ class LinuxHost : public Host {
   std::optional<LinuxWorkspace> workspace_;
   LinuxAlerts alerts_;
   LinuxKeyMonitor keyMonitor_;
-  std::optional<LinuxRecorderWindows> recorderWindows_;
+  LinuxRecorderWindows recorderWindows_;
   std::optional<LinuxStatusBar> statusBar_;
   std::optional<LinuxRunningInstance> runningInstance_;
   std::unique_ptr<ShortcutKeyEvents> keyEvents_;

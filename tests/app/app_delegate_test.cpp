@@ -140,6 +140,13 @@ TEST(AgentMenu, statusLineExplainsWhyTheLayoutCannotFollow) {
   EXPECT_THAT(toolTipWith({russian}), HasSubstr("של עברית ושל אנגלית"));
 }
 
+TEST(StatusLine, saysWhatDoesNotWorkInTheSession) {
+  Agent a;
+  a.host.application().sessionLimitation = "something is missing";
+  a.launch();
+  EXPECT_EQ(a.item(8).toolTip, "something is missing");
+}
+
 TEST(AgentMenu, statusLineExplainsNothingWhenTheLayoutIsNotToFollow) {
   Agent a;
   a.host.inputSourceService().setLayouts({platform::usLayout()});

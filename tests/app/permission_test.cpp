@@ -63,6 +63,50 @@ TEST(KeyBinding, thatWasAgreedToIsMadeAtTheStart) {
   EXPECT_TRUE(a.host.hotKeyService().isAgreed());
 }
 
+TEST(Installation, isOfferedWhereMoreWorksByIt) {
+  Agent a;
+  a.host.application().gains = true;
+  a.host.alerts().answer("הוסף");
+  a.launch();
+  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
+  a.host.advance(milliseconds(3000));
+  EXPECT_EQ(a.host.alerts().shown().size(), 1U);
+  EXPECT_TRUE(a.host.application().installed);
+}
+
+TEST(Installation, thatWasRefusedIsNotOfferedAgain) {
+  Agent a;
+  a.host.application().gains = true;
+  a.host.alerts().answer("לא עכשיו");
+  a.launch();
+  a.host.advance(milliseconds(3000));
+  EXPECT_FALSE(a.host.application().installed);
+  Agent again;
+  again.host.application().gains = true;
+  again.host.standardUserDefaults().setBool(a.host.standardUserDefaults().boolForKey("mayInstall"),
+                                            "mayInstall");
+  again.launch();
+  again.host.advance(milliseconds(10000));
+  EXPECT_THAT(again.host.alerts().shown(), IsEmpty());
+}
+
+TEST(Installation, thatFailsBeeps) {
+  Agent a;
+  a.host.application().gains = true;
+  a.host.application().canBeInstalled = false;
+  a.host.alerts().answer("הוסף");
+  a.launch();
+  a.host.advance(milliseconds(3000));
+  EXPECT_EQ(a.host.application().beeps, 1);
+}
+
+TEST(Installation, isNotOfferedWhereEverythingWorks) {
+  Agent a;
+  a.launch();
+  a.host.advance(milliseconds(10000));
+  EXPECT_THAT(a.host.alerts().shown(), IsEmpty());
+}
+
 TEST(PermissionPolling, doesNotRunWhenTrusted) {
   Agent a;
   a.launch();

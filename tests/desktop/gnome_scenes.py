@@ -6,17 +6,16 @@ display, and what is GNOME's own. Run in a root of its own: tests/desktops/gnome
 usage: gnome_scenes.py --list | gnome_scenes.py SCENE AGENT QT6_EDITOR
 """
 import os
-import shutil
 import subprocess
 
 import clipboard_scenes
 from gnome_session import UUID, GnomeSession
 from session import DEADLINE_SECONDS, DesktopError, call, run_scene, until
 from stage import DESKTOPS, SCENES, main
-from wayland_scenes import SHARED, scenes_of
+from wayland_scenes import SHARED, processes_of, scenes_of
 
 # What is not in the root, and what GNOME does in its own way.
-ELSEWHERE = ('featherpad', 'kate', 'keeps_the_clipboard_after_its_end')
+ELSEWHERE = ('kate',)
 for name in [name for name in SHARED if any(word in name for word in ELSEWHERE)]:
     del SHARED[name]
 scene = scenes_of('gnome')
@@ -24,6 +23,9 @@ scene(clipboard_scenes.keeps_the_clipboard_through_fixes_in_quick_succession)
 
 REMOTE = 'org.gnome.Mutter.RemoteDesktop'
 BINDINGS = 'org.gnome.settings-daemon.plugins.media-keys'
+# Whether no window is on its way to the screen.
+SHOWN = 'global.get_window_actors().every(actor => actor.visible && actor.opacity === 255 && actor.scale_x === 1)'
+RECORDER, ALERT = 'מקש קיצור', 'Lexwend'  # the titles of windows
 
 
 def scene_without_extension(function):
@@ -65,16 +67,23 @@ def leaves_an_empty_clipboard_empty(stage):
 
 
 @scene
-def keeps_the_text_of_the_clipboard_after_its_end(stage):
-    """GNOME keeps one type of it."""
+def keeps_the_clipboard_after_its_end_without_x(stage):
+    """By remote control, until somebody copies."""
+    display = os.environ.pop('DISPLAY')
     stage.start_agent(compatMode=True)
+    os.environ['DISPLAY'] = display
     stage.open('mousepad', 'akuo')
-    stage.put_on_clipboard('kept')
+    stage.put_on_clipboard('kept', 'text/html')
+    targets = stage.clipboard_targets()
     stage.select_all()
     stage.fix('שלום')
-    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+    until(lambda: stage.clipboard('text/html') == 'kept', 'the clipboard to come back')
     assert stage.session.end(stage.agent) == 0
-    until(lambda: stage.clipboard() == 'kept', 'GNOME to keep the clipboard')
+    assert stage.clipboard('text/html') == 'kept', stage.clipboard('text/html')
+    assert stage.clipboard_targets() == targets, stage.clipboard_targets()
+    assert sessions() == 2, sessions()
+    stage.put_on_clipboard('copied since')
+    until(lambda: sessions() == 1 and not processes_of(stage.session.KEEPER), 'the process that has kept it to end')
 
 
 @scene
@@ -97,6 +106,57 @@ def fixes_by_a_key_with_a_modifier(stage):
 def tell_agent(stage):
     """As a key binding of the user's does."""
     return subprocess.run([str(stage.agent_path), '--fix'], capture_output=True, check=False, timeout=DEADLINE_SECONDS).returncode
+
+
+def indicator(stage):
+    """The agent's item in the top bar, in GNOME Shell's words, when the extension AppIndicator has made it."""
+    def name():
+        return next((each for each in stage.session.shell.ask('Object.keys(Main.panel.statusArea)') if each.startswith('appindicator-')), None)
+    return f'Main.panel.statusArea["{until(name, "the icon in the top bar")}"]'
+
+
+def open_menu(stage, name):
+    """The text of its menu, of which a picture is kept."""
+    shell, menu = stage.session.shell, f'{indicator(stage)}.menu'
+    shell.ask(f'{menu}.open(false)')
+    text = until(lambda: shell.ask(f'{menu}._getMenuItems().map(item => item.label ? item.label.text : "").join("\\n")').strip(), 'its texts')
+    keep_picture(stage, name)
+    shell.ask(f'{menu}.close(false)')
+    return text
+
+
+def shows(stage, title):
+    """Whether a window of the agent with that title has the keyboard."""
+    shell = stage.session.shell
+    return shell.front() == stage.agent.pid and shell.ask('global.display.focus_window.get_title()') == title
+
+
+@scene
+def shows_its_menu_its_recorder_and_an_alert(stage):
+    stage.start_agent()
+    text = open_menu(stage, 'menu')
+    assert 'יציאה' in text, text
+    stage.open('mousepad', 'akuo')
+    stage.session.shell.ask('global.display.grab_accelerator("<Control><Alt>k", 0)')  # as another program's key
+    subprocess.run([str(stage.agent_path), '--settings'], check=True, timeout=DEADLINE_SECONDS)
+    until(lambda: shows(stage, RECORDER), 'the recorder to have the keyboard')
+    stage.keyboard.press('Control+Alt+k')
+    keep_picture(stage, 'recorder')
+    stage.keyboard.press('Return')
+    until(lambda: 'hotkey: register Ctrl+Alt+K ok=false' in stage.session.log(), 'the agent to find the key taken')
+    until(lambda: shows(stage, ALERT), 'the alert to have the keyboard')
+    keep_picture(stage, 'alert')
+    stage.keyboard.press('Return')
+    until(lambda: not shows(stage, ALERT), 'the alert to go')
+    stage.select_all()
+    stage.fix('שלום')
+
+
+@scene_without_extension
+def says_in_its_menu_why_no_press_comes(stage):
+    stage.start_agent()
+    text = open_menu(stage, 'menu-without-extension')
+    assert 'gnome-extensions enable' in text, text
 
 
 @scene
@@ -152,9 +212,8 @@ def binds_a_key_when_the_user_agrees_and_takes_it_away(stage):
     daemon = stage.session.start(['/usr/libexec/gsd-media-keys'])
     until(lambda: has_owner('org.gnome.SettingsDaemon.MediaKeys'), 'the daemon of key bindings')
     stage.start_agent()
-    until(lambda: stage.session.shell.front() == stage.agent.pid, 'the agent to ask')
-    stage.session.screenshot(stage.session.folder / 'question.png')
-    keep_picture(stage, 'question.png')
+    until(lambda: shows(stage, ALERT), 'the agent to ask')
+    keep_picture(stage, 'question')
     stage.keyboard.press('Return')
     until(lambda: 'Lexwend' in bindings(), 'the key to be bound')
     stage.open('mousepad', 'akuo')
@@ -190,7 +249,8 @@ def keep_picture(stage, name):
     """For somebody to look at."""
     folder = os.environ.get('LEXWEND_DESKTOP_PICTURES')
     if folder:
-        shutil.copy(stage.session.folder / name, folder)
+        until(lambda: stage.session.shell.ask(SHOWN), 'the window to be there whole')
+        stage.session.screenshot(f'{folder}/{name}.png')
 
 
 def make_session(_, **options):

@@ -16,6 +16,8 @@ UUID = 'lexwend@lexwend.org'
 TRAY = 'ubuntu-appindicators@ubuntu.com'
 # mutter was seen to lose the modifier of a chord whose events come at once.
 KEY_PAUSE_SECONDS = 0.015
+ANSWERS_AT_ONCE = 5
+PROMPT_SECONDS = 0.05
 
 
 class Shell:
@@ -77,6 +79,9 @@ class GnomeKeyboard:
 
 class GnomeSession(Session):
     """A session of GNOME Shell, with the agent's extension or without it."""
+    OWN_COMBINATIONS = ('Alt+F2', 'Alt+Tab', 'Alt+F4')
+    TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
+    KEEPER = 'lexwend-clipboard'
 
     def __init__(self, has_extension=True, **options):
         super().__init__(**options)
@@ -124,8 +129,25 @@ class GnomeSession(Session):
         names = [name.replace('(', '+').rstrip(')') for name in layouts.split(',')]
         self.set('org.gnome.desktop.input-sources', 'sources', str([('xkb', name) for name in names]))
 
+    def let_window_have_combinations(self):
+        """GNOME asks the user first."""
+        until(lambda: self.shell.ask('Main.modalCount') == 1, 'the question of GNOME')
+        self.keyboard.press('Return')
+
     def let_in_to_xwayland(self):
         pass  # every program is of the same user
+
+    def start_in_front(self, command, **options):
+        program = super().start_in_front(command, **options)
+        until(self._has_drawn, 'GNOME Shell to have drawn the window')
+        return program
+
+    def _has_drawn(self):
+        """On a busy machine it was seen to answer nothing for 0.8 s after a new window: the agent waits for a second."""
+        begin = time.monotonic()
+        for _ in range(ANSWERS_AT_ONCE):
+            self.shell.front()
+        return time.monotonic() - begin < ANSWERS_AT_ONCE * PROMPT_SECONDS
 
     def active_process(self):
         return self.shell.front()

@@ -10,13 +10,13 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-from gi.repository import GLib
+from gi.repository import Gio, GLib
 
 from kwin_session import KWinSession
 from panel import PROPERTIES, WATCHER, Panel, ScreenReader
 from session import AccessibilityBus, call, run_scene, until
 from stage import DESKTOPS, SCENES, main
-from wayland_scenes import scenes_of
+from wayland_scenes import RECORDER, scenes_of
 
 SCENE_SECONDS = 180
 AT_ONCE = 2
@@ -31,7 +31,6 @@ def scene_without_grant(function):
 
 OTHER_PROGRAM = ['other', 'rename', 'Other', 'Rename']
 F2, F3 = 0x01000031, 0x01000032  # as Qt numbers them
-RECORDER = 'מקש קיצור'
 TAKEN = 'הצירוף תפוס'
 ALT_H = {'hotKeyCode': 4, 'hotKeyModifiers': 0x0800}
 CONTROL_ALT_H = {'hotKeyCode': 4, 'hotKeyModifiers': 0x0900}
@@ -127,7 +126,7 @@ def lock(method):
 
 @scene_without_grant
 def fixes_what_needs_no_key_and_says_what_it_may_not_do(stage):
-    stage.start_agent()
+    start_agent_with(stage, mayInstall='false')
     said = os.read(stage.agent.stderr.fileno(), 4096).decode()
     assert 'the compositor does not let Lexwend press keys' in said, said
     stage.open('mousepad', 'akuo')
@@ -136,7 +135,7 @@ def fixes_what_needs_no_key_and_says_what_it_may_not_do(stage):
         stage.fix(expected)
     stage.expect_paths(['done', 'done'])
     stage.session.end(stage.agent)
-    start_agent_with(stage, compatMode='true')
+    start_agent_with(stage, mayInstall='false', compatMode='true')
     stage.put_on_clipboard('kept')
     stage.select_all()
     stage.fix_that_fails('')
@@ -145,8 +144,25 @@ def fixes_what_needs_no_key_and_says_what_it_may_not_do(stage):
 
 
 @scene_without_grant
+def is_granted_keys_when_the_user_agrees(stage):
+    os.environ['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
+    start_agent_with(stage, compatMode='true')
+    reader = ScreenReader(stage.session)
+    until(lambda: reader.is_active('Lexwend'), 'the agent to ask')
+    picture(stage, 'grant')
+    stage.keyboard.press('Return')
+    until(lambda: stage.session.log().count('hotkey: register F2 ok=true') == 2, 'the agent to start anew')
+    assert stage.agent.poll() is None, 'the agent has ended'
+    stage.open('mousepad', 'akuo')
+    stage.put_on_clipboard('kept')
+    stage.select_all()
+    stage.fix('שלום')
+    until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
+
+
+@scene_without_grant
 def refuses_a_terminal_that_is_known_by_accessibility_alone(stage):
-    stage.start_agent()
+    start_agent_with(stage, mayInstall='false')
     stage.put_on_clipboard('kept')
     bus = AccessibilityBus()
     until(lambda: bus.hears_focus(stage.agent.pid), 'the agent to listen to the focus')
@@ -156,6 +172,39 @@ def refuses_a_terminal_that_is_known_by_accessibility_alone(stage):
     until(bus.text_has_said_that_it_is_focused, 'the terminal to have the focus')
     stage.expect_secure_input()
     assert terminal.poll() is None, 'the terminal has ended'
+
+
+@scene
+def leaves_the_shortcuts_of_others_on_when_it_is_killed_with_its_recorder_open(stage):
+    os.environ['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
+    presses = presses_of_other_program(stage)
+    stage.keyboard.press('F3')
+    until(lambda: presses() == 1, 'the press of the other program')
+    stage.start_agent()
+    reader = ScreenReader(stage.session)
+    subprocess.run([str(stage.agent_path), '--settings'], check=True)
+    until(lambda: reader.is_active(RECORDER), 'the recorder to have the keyboard')
+    stage.keyboard.press('F3')
+    until(lambda: 'F3' in reader.labels(RECORDER), 'the combination in the recorder')
+    stage.agent.kill()
+    stage.agent.wait()
+    until(lambda: stage.session.active_process() != stage.agent.pid, 'the recorder to go')
+    stage.keyboard.press('F3')
+    until(lambda: presses() == 2, 'the press of the other program')
+
+
+def presses_of_other_program(stage):
+    """Registers F3 for it. Gives the number of its presses so far."""
+    shortcuts('doRegister', '(as)', OTHER_PROGRAM)
+    shortcuts('setShortcut', '(asaiu)', OTHER_PROGRAM, [F3], 6)
+    heard = []
+    stage.session.front.bus.signal_subscribe(None, 'org.kde.kglobalaccel.Component', 'globalShortcutPressed', shortcuts('getComponent', '(s)', 'other')[0],
+                                             'other', Gio.DBusSignalFlags.NONE, lambda *_: heard.append(1))
+
+    def presses():
+        stage.session.front.listen()
+        return len(heard)
+    return presses
 
 
 @scene
@@ -170,9 +219,9 @@ def shows_its_icon_its_recorder_and_an_alert(stage):
     until(bar_shows_items, 'the bar')
     stage.start_agent()
     until(lambda: len(panel.items()) == 1, 'one icon in the bar')
+    assert panel.item('ItemIsMenu'), 'the bar does not draw the menu at each click'
     reader = ScreenReader(session)
-    shortcuts('doRegister', '(as)', OTHER_PROGRAM)
-    shortcuts('setShortcut', '(asaiu)', OTHER_PROGRAM, [F3], 6)
+    presses_of_other_program(stage)
     subprocess.run([str(stage.agent_path), '--settings'], check=True)
     until(lambda: session.active_process() == stage.agent.pid, 'a window of the agent')
     until(lambda: reader.is_active(RECORDER), 'the recorder to have the keyboard')

@@ -8,7 +8,8 @@ from pathlib import Path
 
 from gi.repository import Gio, GLib
 
-from session import DesktopError, Keyboard, Session, call, until
+from session import DesktopError, Keyboard, call, until
+from wayland_session import WaylandSession
 
 ENTRY = """[Desktop Entry]
 Type=Application
@@ -77,9 +78,10 @@ class KWinKeyboard(Keyboard):
         until(lambda: self.group() == group, f'keyboard group {group}')
 
 
-class KWinSession(Session):
+class KWinSession(WaylandSession):
     """A session whose display is a compositor. XWayland starts with it."""
     TERMINAL, TERMINAL_CLASS = ['konsole', '-e'], 'org.kde.konsole'
+    OWN_COMBINATIONS = ('Alt+Tab', 'Alt+F4', 'Alt+F3')
 
     def __init__(self, granted=True, **options):
         super().__init__(**options)
@@ -162,15 +164,3 @@ class KWinSession(Session):
     def look(self):
         """The pixels of the screen."""
         return subprocess.run(['import', '-display', self.display, '-window', 'root', 'rgb:-'], check=True, capture_output=True).stdout
-
-    def copy(self, target):
-        return ['wl-copy', '--foreground', '--type', target]
-
-    def paste(self, target):
-        return ['wl-paste', '--no-newline', '--type', target]
-
-    def paste_primary(self):
-        return ['wl-paste', '--no-newline', '--primary']
-
-    def paste_targets(self):
-        return ['wl-paste', '--list-types']

@@ -278,6 +278,7 @@ class Session:
     """A desktop from __enter__ to __exit__. Changes this process's environment to it."""
     GIVES_CLIPBOARD_TO_ALL = True  # and not only to the window with the keyboard
     TELLS_WHO_COPIES = True
+    KEEPER = None  # the name of the program that keeps the clipboard after the agent's end, where that is another one
 
     def __init__(self, layouts='us,il', size='1280x800x24', panel=None, window_manager='openbox',
                  server_options=()):

@@ -8,7 +8,8 @@ import struct
 import subprocess
 from pathlib import Path
 
-from session import DEADLINE_SECONDS, KEYS, DesktopError, Session, until
+from session import DEADLINE_SECONDS, KEYS, DesktopError, until
+from wayland_session import WaylandSession
 
 X_OFFSET = 8  # of X key codes from the kernel's
 MODIFIERS = {'Shift': 1, 'Control': 4, 'Alt': 8, 'Super': 64}
@@ -19,6 +20,8 @@ CONFIGURATION = """
 output HEADLESS-1 resolution {size}
 default_border none
 focus_on_window_activation focus
+bindsym Mod1+Tab focus next
+bindsym Mod1+F4 kill
 exec echo "$DISPLAY" >'{folder}/display'
 """
 
@@ -144,10 +147,11 @@ class WaylandKeyboard:
         until(lambda: self.group() == group, f'keyboard group {group}')
 
 
-class SwaySession(Session):
+class SwaySession(WaylandSession):
     """A session whose display is a compositor. XWayland starts with its first window."""
     TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
     GIVES_CLIPBOARD_TO_ALL = TELLS_WHO_COPIES = False
+    OWN_COMBINATIONS = ('Alt+Tab', 'Alt+F4')
 
     def __init__(self, typist, **options):
         super().__init__(**options)
@@ -237,15 +241,3 @@ class SwaySession(Session):
     def screenshot(self, path):
         Path(path).parent.mkdir(parents=True, exist_ok=True)
         subprocess.run(['grim', str(path)], check=True, timeout=DEADLINE_SECONDS)
-
-    def copy(self, target):
-        return ['wl-copy', '--foreground', '--type', target]
-
-    def paste(self, target):
-        return ['wl-paste', '--no-newline', '--type', target]
-
-    def paste_primary(self):
-        return ['wl-paste', '--no-newline', '--primary']
-
-    def paste_targets(self):
-        return ['wl-paste', '--list-types']

@@ -18,6 +18,7 @@ from pathlib import Path
 CHECKOUT = Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(CHECKOUT / 'tests' / 'desktop'))
 
+from kwin_session import KWinKeyboard  # noqa: E402  (found by the line above)
 from panel import PROPERTIES, Panel, ScreenReader  # noqa: E402  (found by the line above)
 from session import AccessibilityBus, DesktopError, FocusedText, Keyboard, call, run_scene, until  # noqa: E402
 
@@ -37,7 +38,7 @@ class Desktop:
     """How one desktop is started, and where its things are."""
 
     def __init__(self, session, log_out, editor, is_ready, dark=None, light=None, name='', names_icon=False, colors_icons=False, draws_menu=False,
-                 embeds_icon=False, has_tray=True, prepare=None, is_settled=lambda: True, taken='Alt+F2', **environment):
+                 embeds_icon=False, has_tray=True, socket=None, prepare=None, is_settled=lambda: True, taken='Alt+F2', **environment):
         self.session = session
         self.log_out = log_out
         self.editor = editor
@@ -49,6 +50,7 @@ class Desktop:
         self.draws_menu = draws_menu  # the panel, on a click of either button
         self.embeds_icon = embeds_icon  # as a window of the agent's
         self.has_tray = has_tray
+        self.socket = socket  # of the compositor KWin, which draws into a window of the display; nothing for a desktop of X11
         self.prepare = prepare  # the user's settings, before the login
         self.taken = taken  # a combination that the desktop holds
         self.environment = environment
@@ -131,6 +133,10 @@ def i3_is_ready():
     return 'Name: i3' in subprocess.run(['wmctrl', '-m'], capture_output=True, text=True, check=False).stdout
 
 
+PLASMA_LOG_OUT = ['gdbus', 'call', '--session', '--dest', 'org.kde.ksmserver', '--object-path', '/KSMServer',
+                  '--method', 'org.kde.KSMServerInterface.logout', '0', '0', '0']
+PLASMA_THEMES = [['plasma-apply-colorscheme', name] for name in ('BreezeDark', 'BreezeLight')]
+
 DESKTOPS = {
     'xfce': Desktop(['xfce4-session'], ['xfce4-session-logout', '--logout', '--fast'], ['mousepad'], has_window('xfce4-panel'),
                     xfce_theme('Greybird-dark', 'true'), xfce_theme('Adwaita', 'false'), name='XFCE', colors_icons=True),
@@ -143,11 +149,10 @@ DESKTOPS = {
                      ['gnome-text-editor', '--standalone'], has_name('org.gnome.Shell'),
                      gsettings('org.gnome.desktop.interface', 'color-scheme', 'prefer-dark'), name='GNOME', names_icon=True,
                      draws_menu=True, prepare=prepare_gnome, is_settled=overview_is_closed),
-    'plasma': Desktop(['startplasma-x11'],
-                      ['gdbus', 'call', '--session', '--dest', 'org.kde.ksmserver', '--object-path', '/KSMServer',
-                       '--method', 'org.kde.KSMServerInterface.logout', '0', '0', '0'],
-                      ['kwrite'], has_window('plasmashell'), ['plasma-apply-colorscheme', 'BreezeDark'],
-                      ['plasma-apply-colorscheme', 'BreezeLight'], name='KDE', colors_icons=True, prepare=prepare_plasma),
+    'plasma': Desktop(['startplasma-x11'], PLASMA_LOG_OUT, ['kwrite'], has_window('plasmashell'), *PLASMA_THEMES, name='KDE', colors_icons=True,
+                      prepare=prepare_plasma),
+    'plasma-wayland': Desktop(['startplasma-wayland'], PLASMA_LOG_OUT, ['kwrite'], has_name('org.kde.plasmashell'), *PLASMA_THEMES, name='KDE',
+                              colors_icons=True, draws_menu=True, prepare=prepare_plasma, socket='wayland-0'),
     'cinnamon': Desktop(['cinnamon-session', '--session', 'cinnamon'], ['cinnamon-session-quit', '--logout', '--no-prompt'], ['gedit', '--standalone'],
                         has_name('org.Cinnamon'), name='X-Cinnamon', embeds_icon=True, prepare=prepare_cinnamon),
     'i3': Desktop(['i3'], ['i3-msg', 'exit'], ['mousepad'], i3_is_ready, name='i3', has_tray=False, prepare=prepare_i3),
@@ -170,21 +175,24 @@ class Login:
         return process
 
     def begin(self):
-        os.environ.update(DISPLAY=':7', DBUS_SESSION_BUS_ADDRESS='unix:path=/run/user/1000/bus', XDG_SESSION_TYPE='x11',
-                          XDG_SESSION_CLASS='user', XDG_SESSION_ID='c1', XDG_SEAT='seat0', GDK_BACKEND='x11',
-                          LIBGL_ALWAYS_SOFTWARE='1', QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', XDG_CONFIG_DIRS='/etc/xdg', XDG_DATA_DIRS='/usr/local/share:/usr/share')
+        os.environ.update(DISPLAY=':7', DBUS_SESSION_BUS_ADDRESS='unix:path=/run/user/1000/bus', XDG_SESSION_TYPE='wayland' if self.desktop.socket else 'x11',
+                          XDG_SESSION_CLASS='user', XDG_SESSION_ID='c1', XDG_SEAT='seat0', LIBGL_ALWAYS_SOFTWARE='1', QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', XDG_CONFIG_DIRS='/etc/xdg', XDG_DATA_DIRS='/usr/local/share:/usr/share')
         os.environ.update(self.desktop.environment)
+        if not self.desktop.socket:
+            os.environ['GDK_BACKEND'] = 'x11'
         self.display = self.start(['Xvfb', ':7', '-screen', '0', '1280x800x24', '-nolisten', 'tcp', '-noreset'])
         until(Path('/tmp/.X11-unix/X7').exists, 'the display')
         subprocess.run(['setxkbmap', '-model', 'pc105', '-layout', 'us,il', '-option', 'grp:alt_shift_toggle'], check=True)
         self.start(['dbus-daemon', '--session', '--nofork', f'--address={os.environ["DBUS_SESSION_BUS_ADDRESS"]}'])
         until(Path('/run/user/1000/bus').exists, 'the session bus')
-        self.keyboard = Keyboard(':7')
+        self.keyboard = KWinKeyboard(':7') if self.desktop.socket else Keyboard(':7')
         if self.desktop.prepare:
             self.desktop.prepare()
         self.session = self.start(self.desktop.session)
         self.home = HOME  # as the reader and the panel know a session
         until(self.desktop.is_ready, 'the desktop to be there', LOGIN_SECONDS)
+        if self.desktop.socket:  # for the programs that are started from here on
+            os.environ['WAYLAND_DISPLAY'] = self.desktop.socket
 
     def picture(self, what):
         self.pictures += 1
@@ -205,6 +213,8 @@ class Login:
 def install(prefix):
     """What `cmake --install` has put into that folder, as it stands after an installation for this user."""
     shutil.copytree(prefix, HOME / '.local', dirs_exist_ok=True)
+    entry = HOME / '.local' / 'share' / 'applications' / 'org.lexwend.Lexwend.desktop'
+    entry.write_text(entry.read_text(encoding='utf-8').replace(str(prefix), f'{HOME}/.local'), encoding='utf-8')
     (HOME / 'Library' / 'Logs').mkdir(parents=True)
     return HOME / '.local' / 'bin' / 'lexwend'
 
@@ -390,6 +400,7 @@ class Scenes:
         self.click_icon(button)
         until(lambda: self.screen.changed_pixels(before) > MENU_PIXELS, 'the menu of the panel')
         opened = self.screen.still_look()
+        assert not self.reader.open_menu_in_tree(), 'the agent has opened a menu of its own'
         self.login.picture(picture)
         self.keyboard.press('Escape')
         until(lambda: self.screen.changed_pixels(opened) > MENU_PIXELS, 'the menu of the panel to close')
@@ -448,6 +459,12 @@ class Scenes:
     def commands_reach_the_agent(self):
         subprocess.run([str(self.program), '--menu'], check=True)
         self.reader.hear_menu()
+
+        def highlighted():  # a compositor gives it the keyboard a moment later
+            self.keyboard.press('Down')
+            return self.reader.focused_item()
+        until(highlighted, 'an item of the menu to be highlighted')
+        self.login.picture('menu-by-command')
         self.keyboard.press('Escape')
         until(self.reader.menu_is_closed, 'the menu to close')
         self.says('a command opens the menu')

@@ -39,6 +39,7 @@ def expect_installed(root, prefix):
         assert os.access(root / 'bin' / program, os.X_OK), program
         run = subprocess.run([root / 'bin' / program, '--version'], stdout=subprocess.PIPE, text=True, check=True)
         assert run.stdout.startswith(program + ' '), run.stdout
+    assert os.access(next((root / 'lib').rglob('lexwend-host.so')).with_name('lexwend-clipboard'), os.X_OK)
     # The part for the desktop is found beside the programs: on a display that is not there it finds no layouts.
     assert ask_for_layouts(root) == (1, 'lexwend-convert: no enabled Hebrew and English layouts found\n')
     part, away = root / 'lib', root / 'lib.away'

@@ -132,6 +132,11 @@ TEST_F(Doctor, findsTheHotKeyWithNobodyAlthoughTheAgentRuns) {
   expectFinding("hotKey", "nobody holds it");
 }
 
+TEST_F(Doctor, findsThatNoPressOfTheHotKeyComes) {
+  host.hotKeyService().takeSettings();
+  expectFinding("hotKey", "no press of it reaches Lexwend");
+}
+
 TEST_F(Doctor, findsADamagedHotKey) {
   host.standardUserDefaults().put(Settings::kHotKeyCodeKey, std::int64_t{-1});
   expectFinding("hotKey", "damaged");

@@ -91,11 +91,11 @@ void GnomeHotKeyService::bind(const HotKey& hotKey) {
 OSStatus GnomeHotKeyService::take(const HotKey& hotKey) {
   const auto place = placeOf(hotKey.keyCode, hotKey.modifiers);
   if (!place) return kHotKeyInvalidErr;
+  if (!shell_->isAgent()) return shell_->agentRuns() ? kHotKeyExistsErr : kNoErr;
   if (!shell_->isThere()) {
     bind(hotKey);
     return kNoErr;
   }
-  if (!shell_->serves()) return shell_->agentRuns() ? kHotKeyExistsErr : kNoErr;
   const auto key = shell_->bindKey(*place);
   if (!key) return kHotKeyExistsErr;
   bound_[hotKey.number] = *key;

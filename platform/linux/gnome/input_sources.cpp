@@ -61,20 +61,27 @@ void GnomeInputSources::selectLayout(const std::vector<XkbLayoutName>& enabled, 
 }
 
 std::optional<KeyCode> GnomeInputSources::keyGiving(std::uint32_t keysym) {
+  const auto now = layouts();
+  xkb_keymap* const keymap = now ? keymapOf(now->enabled) : nullptr;
+  return keymap != nullptr ? platform::keyGiving(*keymap, keysym) : std::nullopt;
+}
+
+xkb_keymap* GnomeInputSources::keymapOf(const std::vector<XkbLayoutName>& layouts) {
+  if (keymap_ && layouts == layoutsOfKeymap_) return keymap_.get();
   std::string layoutList;
   std::string variantList;
-  const auto now = layouts();
-  for (const XkbLayoutName& name : now ? now->enabled : std::vector<XkbLayoutName>()) {
+  for (const XkbLayoutName& name : layouts) {
     const std::string separator = layoutList.empty() ? "" : ",";
     layoutList += separator + name.layout;
     variantList += separator + name.variant;
   }
   const xkb_rule_names names{"evdev", "pc105", layoutList.c_str(), variantList.c_str(), ""};
-  const std::unique_ptr<xkb_keymap, decltype(&xkb_keymap_unref)> keymap(
-      context() != nullptr ? xkb_keymap_new_from_names(context(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS)
-                           : nullptr,
-      xkb_keymap_unref);
-  return keymap ? platform::keyGiving(*keymap, keysym) : std::nullopt;
+  keymap_.reset(context() != nullptr
+                    ? xkb_keymap_new_from_names(context(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS)
+                    : nullptr,
+                xkb_keymap_unref);
+  layoutsOfKeymap_ = layouts;
+  return keymap_.get();
 }
 
 }  // namespace lexwend::platform

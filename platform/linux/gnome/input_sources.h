@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/linux/gnome/shell.h"
@@ -25,9 +28,14 @@ class GnomeInputSources : public XkbInputSources {
   std::optional<Layouts> layouts() override;
   void selectLayout(const std::vector<XkbLayoutName>& enabled, std::size_t place) override;
   std::optional<KeyCode> keyGiving(std::uint32_t keysym);
+  /// Of all layouts; null when the machine has no keymap of them. To compile it takes milliseconds, so it is
+  /// kept until the layouts change.
+  xkb_keymap* keymapOf(const std::vector<XkbLayoutName>& layouts);
 
   std::shared_ptr<GnomeShell> shell_;
   std::vector<std::uint32_t> places_;  // of the layouts among GNOME's input sources; empty without extension
+  std::shared_ptr<xkb_keymap> keymap_;
+  std::vector<XkbLayoutName> layoutsOfKeymap_;
   LayoutShortcut shortcut_;
   Registration observation_;
 };

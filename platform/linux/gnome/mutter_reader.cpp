@@ -51,7 +51,7 @@ ClipboardReader::Answer MutterReader::convert(const std::string& target, Limits&
     answer = *found;
     return Answer::given;
   }
-  const int descriptor = remote_->read(target);
+  const int descriptor = remote_->read(target, limits.nextDeadline());
   if (descriptor < 0) return reading_ == remote_->offer() ? Answer::refused : Answer::ownerChanged;
   fcntl(descriptor, F_SETFL, O_NONBLOCK);
   const Answer result = readToEnd(descriptor, limits, answer.bytes, [&](Clock::time_point until) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/gnome/remote_desktop.h"
 
+#include <thread>
 #include <utility>
 
 #include <gio/gunixfdlist.h>
@@ -165,14 +166,14 @@ std::shared_ptr<const MutterRemoteDesktop::Offer> MutterRemoteDesktop::offer() c
   return offer_;
 }
 
-int MutterRemoteDesktop::askForDescriptor(const char* method, GVariant* arguments) {
+int MutterRemoteDesktop::askForDescriptor(const char* method, GVariant* arguments, GError** error) {
   const GVariantRef sunk(g_variant_ref_sink(arguments));
   const Session open = session();
   if (!open.bus) return -1;
   GUnixFDList* list = nullptr;
   const GVariantRef answer(g_dbus_connection_call_with_unix_fd_list_sync(
       open.bus.get(), kName, open.path.c_str(), kSession, method, sunk.get(), G_VARIANT_TYPE("(h)"),
-      G_DBUS_CALL_FLAGS_NO_AUTO_START, kBusCallTimeout, nullptr, &list, nullptr, nullptr));
+      G_DBUS_CALL_FLAGS_NO_AUTO_START, kBusCallTimeout, nullptr, &list, nullptr, error));
   const GObjectRef<GUnixFDList> descriptors(list);
   if (!answer || !descriptors) return -1;
   gint32 place = 0;
@@ -180,12 +181,21 @@ int MutterRemoteDesktop::askForDescriptor(const char* method, GVariant* argument
   return g_unix_fd_list_get(descriptors.get(), place, nullptr);
 }
 
-int MutterRemoteDesktop::read(const std::string& type) {
+int MutterRemoteDesktop::read(const std::string& type, Clock::time_point until) {
+  constexpr std::chrono::milliseconds kLookAgain{1};
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     lastUse_ = Clock::now();
   }
-  return askForDescriptor("SelectionRead", g_variant_new("(s)", type.c_str()));
+  while (true) {
+    GError* why = nullptr;
+    const int descriptor = askForDescriptor("SelectionRead", g_variant_new("(s)", type.c_str()), &why);
+    const GErrorRef error(why);
+    const bool isBusy =
+        error && g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_LIMITS_EXCEEDED) != FALSE;
+    if (!isBusy || Clock::now() >= until) return descriptor;
+    std::this_thread::sleep_for(kLookAgain);
+  }
 }
 
 bool MutterRemoteDesktop::own(std::shared_ptr<const ClipboardContents> contents) {

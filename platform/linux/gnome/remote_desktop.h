@@ -54,8 +54,10 @@ class MutterRemoteDesktop {
   };
   /// Null while the clipboard is empty or the session is closed.
   std::shared_ptr<const Offer> offer() const;
-  /// A descriptor from which the contents of that type can be read; -1 when nobody gives them.
-  int read(const std::string& type);
+  /// A descriptor from which the contents of that type can be read; -1 when nobody gives them. Mutter ends a
+  /// read a moment after its last byte, and allows no other before that: it is waited for, until that time at
+  /// most.
+  int read(const std::string& type, Clock::time_point until);
 
   /// From now on the clipboard offers these contents; fetches are told as events.
   bool own(std::shared_ptr<const ClipboardContents> contents);
@@ -91,7 +93,7 @@ class MutterRemoteDesktop {
 
   Session session() const;
   bool ask(const Session& session, const char* method, GVariant* arguments);
-  int askForDescriptor(const char* method, GVariant* arguments);
+  int askForDescriptor(const char* method, GVariant* arguments, GError** error = nullptr);
   void note(Event event);
   void forget();
   static GDBusMessage* heard(GDBusConnection* bus, GDBusMessage* message, gboolean incoming, void* self);

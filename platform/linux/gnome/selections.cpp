@@ -8,13 +8,13 @@
 
 namespace lexwend::platform {
 
-Selections selectionsOfMutter(const std::shared_ptr<MutterRemoteDesktop>& remote) {
-  const Selections x = selectionsOfX();
-  return {[remote, x](SelectionOwner::Changed changed) -> std::unique_ptr<SelectionOwner> {
-            return std::make_unique<MutterOwner>(remote, x.openOwner, std::move(changed));
+Selections selectionsOfMutter(const std::shared_ptr<MutterRemoteDesktop>& remote, const Selections& x,
+                              const std::function<bool(xcb_timestamp_t)>& startKeeper) {
+  return {[remote, x, startKeeper](SelectionOwner::Changed changed) -> std::unique_ptr<SelectionOwner> {
+            return std::make_unique<MutterOwner>(remote, x.openOwner, startKeeper, std::move(changed));
           },
           [remote, x](std::string_view selection) -> std::unique_ptr<ClipboardReader> {
-            if (selection == "PRIMARY") return x.openReader(selection);
+            if (selection == "PRIMARY") return x.openReader ? x.openReader(selection) : nullptr;
             return std::make_unique<MutterReader>(remote);
           }};
 }

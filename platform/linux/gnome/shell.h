@@ -43,7 +43,9 @@ class GnomeShell {
 
   /// Whether the extension is there now.
   bool isThere() const { return isThere_; }
-  /// Whether it also answers this program.
+  /// Whether this program is the agent.
+  bool isAgent() const { return isAgent_; }
+  /// Whether the extension also answers this program.
   bool serves() const { return isThere_ && isAgent_; }
   /// Whether the agent is on the bus, this program or another one.
   bool agentRuns();

@@ -26,7 +26,8 @@ constexpr std::array<FlagKey, 4> kFlagKeys = {{{kEventFlagCommand, &ShortcutKeys
                                                {kEventFlagOption, &ShortcutKeys::alt},
                                                {kEventFlagControl, &ShortcutKeys::super}}};
 
-/// Keeps every other program from changing anything on the server, the focus included.
+/// Keeps every other program from changing anything on the server, the focus included. If this program is
+/// stopped meanwhile, the whole display waits for it, so it is held for the shortest time.
 class ServerGrab {
  public:
   explicit ServerGrab(X11Connection& x11) : x11_(x11) { xcb_grab_server(x11_.get()); }
@@ -121,9 +122,16 @@ PostResult LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
     if (shortcut != Shortcut::none && !mayPlay(shortcut, inFront)) return PostResult::refused;
     releaseHeldModifiers();
     if (shortcut != Shortcut::none) {
+      PlayedShortcut played{applicationOf(c, inFront.active), inFront.active, {}};
       grab.emplace(*x11_);
       if (front() != inFront) return PostResult::refused;
-      note(shortcut, inFront);
+      played.time = std::chrono::steady_clock::now();
+      if (shortcut == Shortcut::paste) {
+        notePaste(played);
+      } else {
+        copiedFrom_ = inFront;
+        noteCopy(played);
+      }
     }
   }
   std::vector<xcb_keycode_t> chord = keyEvent->chord(keys_);
@@ -150,14 +158,6 @@ bool LinuxKeyEvents::mayPlay(Shortcut shortcut, const Front& front) {
   }
   if (refusesCopy(x11_->windowClass(front.active))) return false;
   return !mayCopy_ || mayCopy_();
-}
-
-void LinuxKeyEvents::note(Shortcut shortcut, const Front& front) {
-  const PlayedShortcut played{applicationOf(x11_->get(), front.active), front.active,
-                              std::chrono::steady_clock::now()};
-  if (shortcut == Shortcut::paste) return notePaste(played);
-  copiedFrom_ = front;
-  noteCopy(played);
 }
 
 void LinuxKeyEvents::play(std::uint8_t coreType, xcb_keycode_t key) {

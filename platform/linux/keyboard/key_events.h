@@ -52,7 +52,6 @@ class LinuxKeyEvents : public ShortcutKeyEvents {
   };
   Front front();
   bool mayPlay(Shortcut shortcut, const Front& front);
-  void note(Shortcut shortcut, const Front& front);
   void releaseHeldModifiers();
   void play(std::uint8_t coreType, xcb_keycode_t key);
 

@@ -6,6 +6,8 @@
 #include <gio/gdesktopappinfo.h>
 
 #include "platform/linux/session/glib_ref.h"
+#include "platform/linux/session/identity.h"
+#include "platform/linux/session/user_folders.h"
 
 namespace lexwend::platform {
 namespace {
@@ -22,7 +24,25 @@ bool grants(GDesktopAppInfo* entry) {
          g_file_test(command, G_FILE_TEST_IS_EXECUTABLE) != FALSE;
 }
 
+constexpr const char* kInterfaces = "org_kde_kwin_fake_input,org_kde_plasma_window_management";
+
 }  // namespace
+
+bool entryCanName(std::string_view program) {
+  constexpr std::string_view kPlain = "/._-+0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  return program.starts_with('/') && program.find_first_not_of(kPlain) == std::string_view::npos;
+}
+
+bool writeEntryThatGrantsKeys(const std::string& program) {
+  if (!entryCanName(program)) return false;
+  const std::string name(kIdentifier);
+  const std::string entry = "[Desktop Entry]\nType=Application\nName=" + std::string(kDisplayName) +
+                            "\nExec=" + program + "\nIcon=" + name +
+                            "\nTerminal=false\nCategories=Utility;\nX-KDE-Wayland-Interfaces=" + kInterfaces +
+                            "\n";
+  return user_folders::replaceFile(std::string(g_get_user_data_dir()) + "/applications/" + name + ".desktop",
+                                   entry);
+}
 
 bool anEntryGrantsKeys() {
   GList* const entries = g_app_info_get_all();

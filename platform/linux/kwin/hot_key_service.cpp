@@ -12,6 +12,7 @@
 namespace lexwend::platform {
 namespace {
 
+constexpr BusObject kShortcuts = {"org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel"};
 constexpr const char* kComponentInterface = "org.kde.kglobalaccel.Component";
 // Of this program: another one, which only looks whether a key is free, must not take the agent's.
 const char* const kComponent = program_invocation_short_name;

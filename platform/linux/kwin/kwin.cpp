@@ -83,10 +83,6 @@ void KWin::focusOwnWindow() {
   connection_->flush();
 }
 
-void KWin::blockShortcuts(bool blocked) {
-  call(kShortcuts, "blockGlobalShortcuts", g_variant_new("(b)", blocked ? TRUE : FALSE), "()");
-}
-
 bool KWin::screenIsLocked() {
   const auto answer = call(kScreenSaver, "GetActive", g_variant_new("()"), "(b)");
   gboolean isLocked = FALSE;

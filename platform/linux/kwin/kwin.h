@@ -30,8 +30,6 @@ struct BusObject {
   const char* path;
   const char* interface;
 };
-/// The global shortcuts.
-inline constexpr BusObject kShortcuts = {"org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel"};
 
 /// The compositor KWin: its protocols for this program, over one connection, and its services on the session
 /// bus. Main thread only. GLib's default main context handles its events. A question waits for KWin, for a
@@ -58,9 +56,6 @@ class KWin {
   std::optional<FrontWindow> frontWindow();
   /// Gives the keyboard to this program's window, if it may.
   void focusOwnWindow();
-  /// Lets no shortcut of any program fire, or all of them again. KWin remembers it until it is told again,
-  /// also when this program ends meanwhile.
-  void blockShortcuts(bool blocked);
   /// Whether the screen is locked.
   bool screenIsLocked();
   /// The layouts of the user, a group each; null where there is no keyboard.

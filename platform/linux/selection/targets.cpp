@@ -29,7 +29,7 @@ bool startsWith(std::string_view text, std::string_view start) {
   return text.substr(0, start.size()) == start;
 }
 
-Bytes bytesOf(std::string_view text) {
+Bytes bytesOfText(std::string_view text) {
   const auto* first = reinterpret_cast<const std::byte*>(text.data());
   return {first, first + text.size()};
 }
@@ -95,20 +95,20 @@ bool isOfFiles(std::string_view target) {
 }
 
 ClipboardContents passingTextContents(std::string_view utf8) {
-  const Bytes bytes = bytesOf(utf8);
+  const Bytes bytes = bytesOfText(utf8);
   ClipboardContents contents = {{"UTF8_STRING", "UTF8_STRING", 8, bytes},
                                 {"text/plain;charset=utf-8", "text/plain;charset=utf-8", 8, bytes},
                                 {"text/plain", "text/plain", 8, bytes},
                                 {"TEXT", "UTF8_STRING", 8, bytes}};
   if (const auto latin1 = latin1FromUtf8(utf8)) {
-    contents.push_back({"STRING", "STRING", 8, bytesOf(*latin1)});
+    contents.push_back({"STRING", "STRING", 8, bytesOfText(*latin1)});
   }
   contents.push_back(nothingForHistories().front());
   return contents;
 }
 
 ClipboardContents nothingForHistories() {
-  return {{"x-kde-passwordManagerHint", "x-kde-passwordManagerHint", 8, bytesOf("secret")}};
+  return {{"x-kde-passwordManagerHint", "x-kde-passwordManagerHint", 8, bytesOfText("secret")}};
 }
 
 }  // namespace lexwend::platform

@@ -63,15 +63,16 @@ class DisplayServer {
   virtual std::shared_ptr<X11Connection> x11() { return nullptr; }
   /// Asks for the keyboard for this program's window.
   virtual void focusOwnWindow() {}
-  /// What keeps the combinations of the desktop from a recorder, or lets them come again; empty where the
-  /// toolkit can.
-  virtual std::function<void(bool)> holdShortcuts() { return {}; }
   /// What to say of a hot key service to which no press can come.
   virtual const SessionLimit& hotKeyLimit() { return kNoHotKey; }
   /// Whether it lets this program press keys and know the windows.
   virtual bool grantsAll() { return true; }
   /// Whether it would let the agent do so, if an entry of an application asked for it.
   virtual bool grantIsMissing() { return false; }
+  /// Whether grant() can write such an entry for that program.
+  virtual bool canGrant(const std::string& /*program*/) { return false; }
+  /// Writes it into the user's applications. It counts from the next start of the program. False on failure.
+  virtual bool grant(const std::string& /*program*/) { return false; }
 };
 
 }  // namespace lexwend::platform

@@ -23,11 +23,10 @@ class KWinServer : public Compositor {
   bool tellsFront() override { return kwin_->grantsAll(); }
   bool screenIsLocked() override { return kwin_->screenIsLocked(); }
   void focusOwnWindow() override { kwin_->focusOwnWindow(); }
-  std::function<void(bool)> holdShortcuts() override {
-    return [kwin = kwin_](bool held) { kwin->blockShortcuts(held); };
-  }
   bool grantsAll() override { return kwin_->grantsAll(); }
   bool grantIsMissing() override { return !anEntryGrantsKeys(); }
+  bool canGrant(const std::string& program) override { return entryCanName(program); }
+  bool grant(const std::string& program) override { return writeEntryThatGrantsKeys(program); }
 
  private:
   std::optional<FrontWindow> frontWindow() override { return kwin_->frontWindow(); }

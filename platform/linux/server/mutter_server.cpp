@@ -7,6 +7,8 @@
 #include "platform/linux/gnome/remote_desktop.h"
 #include "platform/linux/gnome/selections.h"
 #include "platform/linux/gnome/shell.h"
+#include "platform/linux/keeper/keeper.h"
+#include "platform/linux/selection/selections.h"
 #include "platform/linux/server/compositor.h"
 #include "platform/linux/session/login_item.h"
 #include "platform/linux/wayland/connection.h"
@@ -26,7 +28,11 @@ class MutterServer : public Compositor {
   std::unique_ptr<HotKeyKeeper> makeHotKeyService() override {
     return std::make_unique<GnomeHotKeyService>(shell_, GnomeKeyBinding(LinuxLoginItem::ownProgram()));
   }
-  Selections selections() override { return selectionsOfMutter(remote_); }
+  Selections selections() override {
+    return selectionsOfMutter(remote_, selectionsOfX(), [](xcb_timestamp_t xTime) {
+      return startClipboardKeeper(clipboardKeeper(), xTime);
+    });
+  }
   bool tellsFront() override { return shell_->serves(); }
   const SessionLimit& hotKeyLimit() override { return kNoExtension; }
   bool screenIsLocked() override { return shell_->screenIsLocked(); }

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "platform/linux/tray/isolated_combination.h"
+#include "platform/linux/tray/toolkit.h"
 
 namespace lexwend::platform {
 namespace {
@@ -198,6 +199,8 @@ QMenu& LinuxMenu::shown() {
     menu_ = new TrayMenu;
     menu_->setLayoutDirection(Qt::RightToLeft);
     menu_->setToolTipsVisible(true);
+    // On Wayland a menu that belongs to no window is one itself.
+    if (toolkitIsOfWayland()) menu_->setWindowFlag(Qt::FramelessWindowHint);
     for (const auto& entry : entries_) {
       if (entry != nullptr) {
         entry->addTo(*menu_);

@@ -30,10 +30,12 @@ class LinuxMenuItem : public MenuItem {
   void setChecked(bool checked) override;
   void setHidden(bool hidden) override;
   void setEnabled(bool enabled) override;
-  /// Shown where the pointer rests, and in the tooltip of the tray's icon.
+  /// Shown where the pointer rests, in the tooltip of the tray's icon, and below the title where a panel
+  /// draws the menu.
   void setToolTip(std::string_view text) override;
 
   const std::string& title() const { return title_; }
+  const std::string& toolTip() const { return toolTip_; }
   const std::string& keyEquivalent() const { return keyEquivalent_; }
   /// Nothing when the item never had a check mark.
   std::optional<bool> checked() const { return checked_; }

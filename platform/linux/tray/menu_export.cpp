@@ -2,6 +2,7 @@
 #include "platform/linux/tray/menu_export.h"
 
 #include <QString>
+#include <QStringList>
 
 #include "platform/linux/tray/isolated_combination.h"
 #include "platform/linux/tray/menu.h"
@@ -12,6 +13,7 @@ namespace {
 constexpr char kInterface[] = "com.canonical.dbusmenu";
 constexpr guint32 kVersion = 3;
 constexpr std::int32_t kMenuItself = 0;  // its entries are counted from 1
+constexpr qsizetype kLongestLine = 45;   // in UTF-16 units, about as long as the titles
 
 constexpr char kMenuIntrospection[] = R"xml(<node><interface name="com.canonical.dbusmenu">
   <property name="Version" type="u" access="read"/>
@@ -68,6 +70,29 @@ std::string labelOf(const std::string& title) {
   return QString(label).replace('_', "__").toStdString();
 }
 
+/// The text in lines that are no wider than a menu.
+QStringList wrapped(const QString& text) {
+  QStringList lines;
+  for (const QString& word : text.split(' ')) {
+    if (lines.isEmpty() || lines.back().size() + word.size() >= kLongestLine) {
+      lines.push_back(word);
+    } else {
+      lines.back() += ' ' + word;
+    }
+  }
+  return lines;
+}
+
+/// A panel shows the tooltip of no item, so what an item tells follows in lines of their own.
+std::string labelOf(const LinuxMenuItem& item) {
+  std::string label = labelOf(item.title());
+  if (item.toolTip().empty()) return label;
+  for (const QString& line : wrapped(QString::fromStdString(item.toolTip()))) {
+    label += '\n' + labelOf(line.toStdString());
+  }
+  return label;
+}
+
 class Properties {
  public:
   Properties() { g_variant_builder_init(&builder_, G_VARIANT_TYPE_VARDICT); }
@@ -97,7 +122,7 @@ GVariant* shortcut(const std::string& keyEquivalent) {
 GVariantRef propertiesOf(const LinuxMenuItem& item) {
   Properties said;
   said.add("type", "standard");
-  said.add("label", labelOf(item.title()).c_str());
+  said.add("label", labelOf(item).c_str());
   said.add("enabled", item.isEnabled());
   said.add("visible", !item.isHidden());
   said.add("shortcut", shortcut(item.keyEquivalent()));

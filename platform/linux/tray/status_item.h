@@ -17,8 +17,9 @@ class X11Connection;
 /// No call waits for a panel or tray, and without one nothing is shown.
 ///
 /// A click opens the agent's own menu, drawn from right to left, except where the panel draws the menu
-/// itself. Where the icon is installed, a panel gets its name and colors it; any other gets a picture that is
-/// legible on every color. The tooltip is the title of the menu's first item that only informs.
+/// itself. On Wayland a menu of the agent's own is a window without a frame, placed by the compositor. Where
+/// the icon is installed, a panel gets its name and colors it; any other gets a picture that is legible on
+/// every color. The tooltip is the title of the menu's first item that only informs.
 class LinuxStatusBar : public StatusBar {
  public:
   struct Needs {

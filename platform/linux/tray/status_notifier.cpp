@@ -6,6 +6,7 @@
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/identity.h"
 #include "platform/linux/tray/menu_export.h"
+#include "platform/linux/tray/toolkit.h"
 
 namespace lexwend::platform {
 namespace {
@@ -40,6 +41,12 @@ constexpr char kItemIntrospection[] = R"xml(<node><interface name="org.kde.Statu
 GDBusInterfaceInfo* itemInterface() {
   static GDBusNodeInfo* const kNode = g_dbus_node_info_new_for_xml(kItemIntrospection, nullptr);
   return kNode->interfaces[0];
+}
+
+/// Whether a panel that can draw the menu should do so at each click. A Wayland compositor does not let the
+/// agent place a menu of its own beside the icon.
+bool itemIsMenu() {
+  return toolkitIsOfWayland();
 }
 
 /// ARGB that is not premultiplied, in network byte order, row by row.
@@ -101,6 +108,12 @@ void StatusNotifier::announce(const char* signal, GVariant* arguments) {
 
 void StatusNotifier::methodCalled(GDBusConnection*, const char*, const char*, const char*, const char* method,
                                   GVariant*, GDBusMethodInvocation* invocation, void* self) {
+  // Plasma does not ask whether the item is a menu. It draws the menu after an error.
+  if (itemIsMenu() && std::string_view(method) == "Activate") {
+    g_dbus_method_invocation_return_dbus_error(invocation, "org.freedesktop.DBus.Error.UnknownMethod",
+                                               "this item is a menu");
+    return;
+  }
   g_dbus_method_invocation_return_value(invocation, nullptr);
   if (std::string_view(method) != "Scroll") static_cast<StatusNotifier*>(self)->events_.clicked();
 }
@@ -118,7 +131,7 @@ GVariant* StatusNotifier::propertyAsked(GDBusConnection*, const char*, const cha
   if (name == "IconThemePath") return g_variant_new_string(self.icon_.themePath.c_str());
   if (name == "IconPixmap") return pixmaps(self.icon_.sizes);
   if (name == "IconAccessibleDesc") return g_variant_new_string(self.icon_.description.c_str());
-  if (name == "ItemIsMenu") return g_variant_new_boolean(FALSE);
+  if (name == "ItemIsMenu") return g_variant_new_boolean(itemIsMenu() ? TRUE : FALSE);
   if (name == "Menu") return g_variant_new_object_path(MenuExport::kPath);
   return g_variant_new("(s@a(iiay)ss)", "", pixmaps({}), self.toolTipTitle_.c_str(),
                        self.toolTipText_.c_str());

@@ -12,8 +12,8 @@ namespace lexwend::platform {
 
 /// The agent's item on the session bus, by the StatusNotifierItem specification, for panels that show such
 /// items. Most panels report a click, and the agent then opens its own menu. Others draw the menu that the
-/// item names (MenuExport). Main thread only. Nothing here blocks. Without a panel `hostPresenceKnown` is
-/// called with false.
+/// item names (MenuExport), and on Wayland every panel that can is asked to. Main thread only. Nothing here
+/// blocks. Without a panel `hostPresenceKnown` is called with false.
 class StatusNotifier {
  public:
   struct Events {

@@ -2,6 +2,7 @@
 #include "platform/linux/wayland/connection.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include <wayland-client.h>
 
@@ -20,7 +21,10 @@ constexpr wl_callback_listener kAnswerListener = {noteAnswer};
 }  // namespace
 
 std::unique_ptr<WaylandConnection> WaylandConnection::open() {
-  wl_display* display = wl_display_connect(nullptr);
+  // The library would try a name of its own, and meet the compositor of another session.
+  const char* name = std::getenv("WAYLAND_DISPLAY");
+  if (name == nullptr || *name == '\0') return nullptr;
+  wl_display* display = wl_display_connect(name);
   if (display == nullptr) return nullptr;
   std::unique_ptr<WaylandConnection> connection(new WaylandConnection(display));
   if (!connection->roundTrip()) return nullptr;

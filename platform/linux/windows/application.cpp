@@ -14,11 +14,13 @@
 
 #include <glib-unix.h>
 #include <sys/prctl.h>
+#include <unistd.h>
 
 #include "platform/linux/display/x11_connection.h"
 #include "platform/linux/session/buses.h"
 #include "platform/linux/session/end_request.h"
 #include "platform/linux/session/identity.h"
+#include "platform/linux/session/login_item.h"
 #include "platform/linux/session/session_notice.h"
 #include "platform/linux/tray/symbol_image.h"
 #include "platform/linux/windows/accessible_application.h"
@@ -169,6 +171,21 @@ std::optional<std::string> LinuxApplication::notice() {
   return std::nullopt;
 }
 
+std::string LinuxApplication::limitation() {
+  const SessionNotice* limits = limit();
+  if (limits == nullptr) return {};
+  std::string said(limits->hebrew);
+  if (limits == &kNoGrant) said += " אפשר " + std::string(kHowToGetGrant.hebrew) + ".";
+  return said;
+}
+
+bool LinuxApplication::install() {
+  if (!needs_.writeEntry()) return false;
+  startsAnew_ = true;
+  terminate();
+  return true;
+}
+
 void LinuxApplication::setDelegate(std::function<void()> didFinishLaunching) {
   didFinishLaunching_ = std::move(didFinishLaunching);
 }
@@ -191,6 +208,11 @@ void LinuxApplication::run() {
   for (QWidget* window : QApplication::topLevelWidgets()) window->hide();
   needs_.finishWork();
   if (ending.source != 0) g_source_remove(ending.source);
+  if (!startsAnew_) return;
+  // Every descriptor is closed by that. Without keys there was no fix that has left something on the
+  // clipboard.
+  const std::string program = LinuxLoginItem::ownProgram();
+  ::execl(program.c_str(), program.c_str(), nullptr);
 }
 
 void LinuxApplication::terminate() {

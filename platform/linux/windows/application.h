@@ -31,6 +31,9 @@ class LinuxApplication : public Application {
     std::function<bool()> mayPressKeys = [] { return true; };  ///< whether the compositor lets it
     /// Why no press of the hot key can come; null when one can.
     std::function<const SessionLimit*()> hotKeyLimit = [] { return nullptr; };
+    /// Whether an entry in the user's applications would let it press keys, and could be written.
+    std::function<bool()> gainsByEntry = [] { return false; };
+    std::function<bool()> writeEntry = [] { return false; };
   };
   explicit LinuxApplication(Needs needs);
   ~LinuxApplication() override;
@@ -51,6 +54,10 @@ class LinuxApplication : public Application {
   /// keys: a sentence about what works there. Else one when no font has Hebrew letters, without which the
   /// menu and the windows are empty.
   std::optional<std::string> notice() override;
+  std::string limitation() override;
+  bool gainsByInstallation() override { return needs_.gainsByEntry(); }
+  /// The program that starts anew has the number of this process.
+  bool install() override;
   void setDelegate(std::function<void()> didFinishLaunching) override;
   /// Has no effect: an agent without windows is an accessory here.
   void setActivationPolicy(ActivationPolicy policy) override;
@@ -71,6 +78,7 @@ class LinuxApplication : public Application {
   std::unique_ptr<HiddenBus> busIsHidden_;  ///< from the making of the toolkit to the start of its loop
   std::unique_ptr<QApplication> application_;
   std::function<void()> didFinishLaunching_;
+  bool startsAnew_ = false;  ///< when the event loop has ended
 };
 
 }  // namespace lexwend::platform

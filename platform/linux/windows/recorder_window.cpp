@@ -17,8 +17,14 @@
 #include <QTimer>
 #include <QWidget>
 #include <QWindow>
+#include <memory>
+#include <utility>
+
+#include <qpa/qplatformnativeinterface.h>
 
 #include "platform/linux/tray/isolated_combination.h"
+#include "platform/linux/tray/toolkit.h"
+#include "platform/linux/wayland/shortcuts_inhibitor.h"
 
 namespace lexwend::platform {
 namespace {
@@ -167,19 +173,28 @@ class Label : public QLabel {
   bool coloring_ = false;
 };
 
+/// Null where there is no compositor. The window must have been shown. Qt 6.4 has no public way to a surface.
+std::unique_ptr<ShortcutsInhibitor> inhibitorOf(QWindow& window) {
+  if (!toolkitIsOfWayland()) return nullptr;
+  QPlatformNativeInterface* toolkit = QGuiApplication::platformNativeInterface();
+  auto* display = static_cast<wl_display*>(toolkit->nativeResourceForIntegration("wl_display"));
+  auto* seat = static_cast<wl_seat*>(toolkit->nativeResourceForIntegration("wl_seat"));
+  auto* surface = static_cast<wl_surface*>(toolkit->nativeResourceForWindow("surface", &window));
+  if (display == nullptr || seat == nullptr || surface == nullptr) return nullptr;
+  return std::make_unique<ShortcutsInhibitor>(display, seat, surface);
+}
+
 /// The next try to take the keyboard, which the menu or the desktop's own shortcut may still hold.
 constexpr int kGrabAgainMilliseconds = 20;
 
 /// The toolkit's window. It outlives the service's window while a button or a close is handled.
 ///
 /// While it is active it holds the keyboard, so that a combination of the desktop comes here and not to the
-/// desktop.
+/// desktop. On an X server it grabs the keyboard, a Wayland compositor is asked for the combinations.
 class Panel : public QDialog {
  public:
-  Panel(const RecorderWindowLook& look, RecorderWindowEvents events,
-        LinuxRecorderWindows::HoldShortcuts holdShortcuts)
+  Panel(const RecorderWindowLook& look, RecorderWindowEvents events)
       : events_(std::move(events)),
-        holdShortcuts_(std::move(holdShortcuts)),
         prompt_(look.prompt, look.contentRect, this),
         combination_(look.combination, look.contentRect, this),
         message_(look.message, look.contentRect, this),
@@ -217,6 +232,11 @@ class Panel : public QDialog {
     raise();
     activateWindow();
   }
+  void setVisible(bool visible) override {
+    if (!visible) inhibitor_.reset();  // its surface goes now
+    QDialog::setVisible(visible);
+    if (visible && !inhibitor_) inhibitor_ = inhibitorOf(*windowHandle());
+  }
   /// The owner no longer exists, so nothing is reported.
   void forget() {
     events_ = {};
@@ -246,14 +266,9 @@ class Panel : public QDialog {
   /// Takes the keyboard while the window is active, and gives it back otherwise.
   void holdKeyboard() {
     QWindow* window = windowHandle();
-    if (window == nullptr) return;
+    if (window == nullptr || toolkitIsOfWayland()) return;
     const bool wanted = isVisible() && isActiveWindow();
     if (wanted == holdsKeyboard_) return;
-    if (holdShortcuts_) {
-      holdsKeyboard_ = wanted;
-      holdShortcuts_(wanted);
-      return;
-    }
     const bool done = window->setKeyboardGrabEnabled(wanted);
     holdsKeyboard_ = wanted && done;
     if (wanted && !done) grabAgain_.start();
@@ -283,12 +298,12 @@ class Panel : public QDialog {
   }
 
   RecorderWindowEvents events_;
-  LinuxRecorderWindows::HoldShortcuts holdShortcuts_;
   Label prompt_;
   Label combination_;
   Label message_;
   QPushButton save_;
   QPushButton cancel_;
+  std::unique_ptr<ShortcutsInhibitor> inhibitor_;
   QTimer grabAgain_;
   bool holdsKeyboard_ = false;
   bool centered_ = false;
@@ -297,9 +312,8 @@ class Panel : public QDialog {
 
 class LinuxRecorderWindow : public RecorderWindow {
  public:
-  LinuxRecorderWindow(const RecorderWindowLook& look, RecorderWindowEvents events,
-                      LinuxRecorderWindows::HoldShortcuts holdShortcuts)
-      : look_(look), panel_(new Panel(look, std::move(events), std::move(holdShortcuts))) {}
+  LinuxRecorderWindow(const RecorderWindowLook& look, RecorderWindowEvents events)
+      : look_(look), panel_(new Panel(look, std::move(events))) {}
   ~LinuxRecorderWindow() override {
     if (panel_ && QCoreApplication::instance() != nullptr) panel_->forget();
   }
@@ -335,7 +349,7 @@ class LinuxRecorderWindow : public RecorderWindow {
 
 std::unique_ptr<RecorderWindow> LinuxRecorderWindows::create(const RecorderWindowLook& look,
                                                              RecorderWindowEvents events) {
-  return std::make_unique<LinuxRecorderWindow>(look, std::move(events), holdShortcuts_);
+  return std::make_unique<LinuxRecorderWindow>(look, std::move(events));
 }
 
 }  // namespace lexwend::platform

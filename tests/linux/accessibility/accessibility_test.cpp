@@ -587,6 +587,42 @@ TEST_F(AField, isFoundInTheActiveWindowWhereTheDisplayDoesNotTellWhichThatIs) {
   EXPECT_FALSE(isFound());
 }
 
+TEST_F(AField, isOfTheProcessWhoseWindowIsActive) {
+  std::map<std::string, ScriptedObject> windows = {
+      {ScriptedApplication::kRoot, {.children = {ScriptedApplication::kWindow}}},
+      {ScriptedApplication::kWindow, {.children = {"/field"}}},
+  };
+  const auto show = [&](bool isActive) {
+    const std::uint64_t bit = stateBit(ATSPI_STATE_ACTIVE);
+    std::uint64_t& states = windows[ScriptedApplication::kWindow].states;
+    states = isActive ? states | bit : states & ~bit;
+    app->show({}, windows);
+  };
+  const auto own = std::optional(static_cast<std::uint32_t>(::getpid()));
+  show(false);
+  EXPECT_EQ(access->activeProcess(), std::nullopt);
+  show(true);
+  EXPECT_EQ(access->activeProcess(), own) << "it was active before anybody listened";
+  EXPECT_NE(app->calls("GetChildren"), 0);
+  app->sayActive(ScriptedApplication::kWindow);
+  const auto isKnown = [&] {
+    show(true);
+    EXPECT_EQ(access->activeProcess(), own);
+    return app->calls("GetChildren") == 0;
+  };
+  EXPECT_TRUE(pumpUntil(isKnown)) << "what has said that it is active is asked first";
+  show(false);
+  EXPECT_EQ(access->activeProcess(), std::nullopt) << "it is so no more";
+}
+
+TEST_F(AField, isOfNobodyBeforeTheBusIsReached) {
+  LinuxAccessibility other{{.mayControl = [] { return true; },
+                            .frontProcess = [] { return std::optional<std::uint32_t>(); },
+                            .frontWindowClass = [] { return std::optional<std::string>(); },
+                            .primarySelection = [] { return std::optional<std::string>(); }}};
+  EXPECT_EQ(other.activeProcess(), std::nullopt);
+}
+
 TEST_F(AField, isFoundBesideReferencesToNobody) {
   const std::vector<std::pair<const char*, const char*>> malformed = {
       {"", "/org/a11y/atspi/null"},    {"", "/"}, {":", "/x"}, {"no name", "/x"}, {"a..b", "/x"},

@@ -250,6 +250,13 @@ QMenu* LinuxUnderTest::openMenu() {
 
 std::vector<std::string> LinuxUnderTest::visibleMenu() {
   std::vector<std::string> seen;
+  if (surroundings_->panelDrawsMenu()) {
+    for (const Panel::Entry& entry : panel().menu()) {
+      const std::string key = entry.key.empty() ? "" : " ⌘" + entry.key;
+      seen.push_back(entry.isSeparator ? "---" : (entry.isChecked ? "✓ " : "") + entry.title + key);
+    }
+    return seen;
+  }
   const QMenu* menu = openMenu();
   if (menu == nullptr) return seen;
   for (const QAction* entry : menu->actions()) {
@@ -264,6 +271,9 @@ std::vector<std::string> LinuxUnderTest::visibleMenu() {
 }
 
 bool LinuxUnderTest::chooseMenuEntry(std::string_view title) {
+  if (surroundings_->panelDrawsMenu()) {
+    return pump([&] { return !panel().menu().empty(); }) && panel().choose(title);
+  }
   const QMenu* menu = openMenu();
   if (menu == nullptr) return false;
   for (QAction* entry : menu->actions()) {

@@ -46,6 +46,8 @@ class Surroundings {
   virtual bool tellsHeldModifiers() const { return true; }
   virtual bool tellsBrokenPromises() const { return true; }
   virtual bool hasBell() const { return true; }
+  /// The agent has no menu of its own: the panel draws the one that the item exports.
+  virtual bool panelDrawsMenu() const { return false; }
 };
 
 /// Defined by each runner.

@@ -79,6 +79,7 @@ class SwaySurroundings : public Surroundings {
   bool tellsHeldModifiers() const override { return false; }
   bool tellsBrokenPromises() const override { return false; }
   bool hasBell() const override { return false; }
+  bool panelDrawsMenu() const override { return true; }
   int beeps() override { return 0; }
 
   void copy(std::string_view text) override { own({{"UTF8_STRING", "UTF8_STRING", 8, bytesOf(text)}}); }

@@ -102,6 +102,12 @@ void FakeMutter::answer(const std::string& method, GVariant* arguments, GDBusMet
     return;
   }
   if (method == "SelectionRead") {
+    if (refusedReads_ > 0) {
+      --refusedReads_;
+      g_dbus_method_invocation_return_dbus_error(invocation, "org.freedesktop.DBus.Error.LimitsExceeded",
+                                                 "Tried to read in parallel");
+      return;
+    }
     const char* type = nullptr;
     g_variant_get(arguments, "(&s)", &type);
     const auto found = copied_.find(type);
@@ -195,6 +201,11 @@ void FakeMutter::copy(std::map<std::string, std::string> contents) {
   owned_.clear();
   if (isOpen_) tellOwner();
   g_dbus_connection_flush_sync(bus_, nullptr, nullptr);
+}
+
+void FakeMutter::beBusyFor(int reads) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  refusedReads_ = reads;
 }
 
 std::string FakeMutter::fetch(const std::string& type) {

@@ -22,6 +22,8 @@ class FakeMutter {
 
   /// Another program copies these types; nobody copies where there is none.
   void copy(std::map<std::string, std::string> contents);
+  /// The next reads are refused, as while another one has not quite ended.
+  void beBusyFor(int reads);
   /// Another program asks for what the session owns, and gets it; empty when it is refused.
   std::string fetch(const std::string& type);
   /// The types that the session owns.
@@ -49,6 +51,7 @@ class FakeMutter {
   bool sessionOwns_ = false;
   std::vector<std::string> owned_;
   std::map<std::string, std::string> copied_;
+  int refusedReads_ = 0;
   std::vector<std::string> keys_;
   std::map<unsigned, int> waiting_;  // read ends by serial
   std::map<unsigned, std::string> fetched_;

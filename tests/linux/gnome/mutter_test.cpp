@@ -2,7 +2,10 @@
 // Keys and the clipboard by mutter's remote control.
 
 #include <algorithm>
+#include <functional>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -43,8 +46,9 @@ class FakeXOwner : public SelectionOwner {
   void watch(xcb_window_t) override {}
   bool watchedIsGone() const override { return false; }
   XApplication application(xcb_window_t) override { return {}; }
-  bool handOver(Clock::time_point) override { return true; }
-  xcb_timestamp_t serverTime() override { return 1; }
+  bool handOver(Clock::time_point) override { return false; }
+  static constexpr xcb_timestamp_t kTime = 7;
+  xcb_timestamp_t serverTime() override { return kTime; }
   Clock::time_point inOwnTime(xcb_timestamp_t) const override { return Clock::now(); }
 
  private:
@@ -61,6 +65,7 @@ struct Mutter : OnSharedBus {
   std::shared_ptr<MutterRemoteDesktop> remote = std::make_shared<MutterRemoteDesktop>();
   std::shared_ptr<ClipboardContents> ownedByX = std::make_shared<ClipboardContents>();
   bool hasX = true;
+  std::function<bool(xcb_timestamp_t xTime)> startKeeper = [](xcb_timestamp_t) { return false; };
   MutterReader reader{remote};
   static constexpr ClipboardReader::Budget kBudget{milliseconds(1000), milliseconds(400), 1 << 20};
 
@@ -73,7 +78,7 @@ struct Mutter : OnSharedBus {
                      if (!hasX) return nullptr;
                      return std::make_unique<FakeXOwner>(ownedByX);
                    },
-                   std::move(changed));
+                   [this](xcb_timestamp_t xTime) { return startKeeper(xTime); }, std::move(changed));
              },
              {}});
   }
@@ -90,6 +95,12 @@ TEST_F(Mutter, readsEveryTypeOnce) {
   ASSERT_EQ(result.contents.size(), 2U);
   EXPECT_EQ(result.contents[0].name, "text/html");
   EXPECT_EQ(result.contents[1], text("kept")[0]);
+}
+
+TEST_F(Mutter, readsATypeAgainThatIsRefusedBecauseTheReadBeforeHasNotEnded) {
+  fake.copy({{"text/html", "<b>kept</b>"}, {"text/plain", "kept"}});
+  fake.beBusyFor(3);
+  EXPECT_EQ(reader.readAll(kBudget).contents.size(), 2U);
 }
 
 TEST_F(Mutter, tellsAnEmptyClipboardWithoutWaiting) {
@@ -134,6 +145,57 @@ TEST_F(Mutter, restoresByTheSessionWhereThereIsNoX) {
   EXPECT_EQ(fake.fetch("text/plain"), "kept");
   std::this_thread::sleep_for(MutterOwner::kLinger + milliseconds(200));  // what would close it has passed
   EXPECT_TRUE(fake.isOpen()) << "mutter would forget all types but one";
+}
+
+TEST_F(Mutter, isServedUntilAnotherProcessHasTakenOverWhatXOwns) {
+  auto owner = makeOwner();
+  owner->stay(text("kept"), std::nullopt);
+  ASSERT_EQ(*ownedByX, text("kept"));
+  std::vector<xcb_timestamp_t> times;
+  ClipboardContents taken;
+  startKeeper = [&](xcb_timestamp_t xTime) {
+    times.push_back(xTime);
+    taken = *ownedByX;
+    ownedByX->clear();  // the other one has claimed it
+    return true;
+  };
+  owner.reset();
+  EXPECT_EQ(times, std::vector<xcb_timestamp_t>{FakeXOwner::kTime});
+  EXPECT_EQ(taken, text("kept"));
+}
+
+TEST_F(Mutter, isServedUntilAnotherProcessHasTakenOverWhatTheSessionOwns) {
+  hasX = false;
+  auto owner = makeOwner();
+  ASSERT_TRUE(remote->open());
+  owner->stay(text("kept"), std::nullopt);
+  std::vector<xcb_timestamp_t> times;
+  std::string taken;
+  std::thread keeper;
+  startKeeper = [&](xcb_timestamp_t xTime) {
+    times.push_back(xTime);
+    keeper = std::thread([&] {
+      taken = fake.fetch("text/plain");
+      fake.copy({{"text/plain", taken}});
+    });
+    return true;
+  };
+  owner.reset();
+  keeper.join();
+  EXPECT_EQ(times, std::vector<xcb_timestamp_t>{XCB_CURRENT_TIME}) << "there is no X to take it over from";
+  EXPECT_EQ(taken, "kept");
+}
+
+TEST_F(Mutter, leavesAnEmptyClipboardToNobody) {
+  auto owner = makeOwner();
+  ASSERT_TRUE(remote->open());
+  owner->pass(text("passing"));
+  owner->stay({}, std::nullopt);
+  owner->settle();
+  bool isAsked = false;
+  startKeeper = [&](xcb_timestamp_t) { return isAsked = true; };
+  owner.reset();
+  EXPECT_FALSE(isAsked);
 }
 
 TEST_F(Mutter, closesASessionThatNobodyUses) {

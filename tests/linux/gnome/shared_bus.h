@@ -3,13 +3,19 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/linux/testing/desktop_settings.h"
 #include "tests/linux/testing/private_bus.h"
 
 namespace lexwend::platform {
 
-/// A test on the one private bus of its program, since a program keeps its connection to the session bus.
+/// A test on the one private bus of its program, since a program keeps its connection to the session bus,
+/// with settings in which nothing is bound.
 struct OnSharedBus : ::testing::Test {
-  OnSharedBus() { static const PrivateBus kBus; }
+  DesktopSettings& settings = DesktopSettings::shared();
+  OnSharedBus() {
+    static const PrivateBus kBus;
+    settings.setKeyBindings({});
+  }
 };
 
 }  // namespace lexwend::platform

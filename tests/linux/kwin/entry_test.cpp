@@ -2,6 +2,7 @@
 #include "platform/linux/kwin/entry.h"
 
 #include <filesystem>
+#include <functional>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -14,8 +15,21 @@ namespace {
 
 constexpr const char* kBoth = "org_kde_kwin_fake_input,org_kde_plasma_window_management";
 
-/// Whether an entry with that command and those interfaces grants; %p is a program that is there. In a
-/// process of its own, because GLib reads the folders once.
+/// Whether that holds for a user whose applications are in that folder. In a process of its own, because GLib
+/// reads the folders once.
+bool holdsInFreshProcess(const test::TemporaryFolder& folder, const std::function<bool()>& condition) {
+  const pid_t child = fork();
+  if (child == 0) {
+    setenv("XDG_DATA_HOME", folder.path().c_str(), 1);
+    setenv("XDG_DATA_DIRS", "/nonexistent", 1);
+    _exit(condition() ? 1 : 0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 1;
+}
+
+/// Whether an entry with that command and those interfaces grants.
 bool grants(const std::string& start, const std::string& end, const std::string& interfaces) {
   const test::TemporaryFolder folder;
   const std::string program = folder.file("lexwend");
@@ -25,15 +39,7 @@ bool grants(const std::string& start, const std::string& end, const std::string&
   test::putContents(folder.file("applications/org.lexwend.Lexwend.desktop"),
                     "[Desktop Entry]\nType=Application\nName=Lexwend\nExec=" + start + program + end +
                         "\nX-KDE-Wayland-Interfaces=" + interfaces + "\n");
-  const pid_t child = fork();
-  if (child == 0) {
-    setenv("XDG_DATA_HOME", folder.path().c_str(), 1);
-    setenv("XDG_DATA_DIRS", "/nonexistent", 1);
-    _exit(anEntryGrantsKeys() ? 1 : 0);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) && WEXITSTATUS(status) == 1;
+  return holdsInFreshProcess(folder, anEntryGrantsKeys);
 }
 
 TEST(Entry, grantsKeysWhenItAsksForBothAndNamesTheProgramAlone) {
@@ -43,6 +49,26 @@ TEST(Entry, grantsKeysWhenItAsksForBothAndNamesTheProgramAlone) {
   EXPECT_FALSE(grants("\"", "\"", kBoth));
   EXPECT_FALSE(grants("", " --fix", kBoth));
   EXPECT_FALSE(grants("", ".gone", kBoth));
+}
+
+TEST(Entry, thatIsWrittenGrantsKeys) {
+  const test::TemporaryFolder folder;
+  const std::string program = folder.file("lexwend");
+  test::putContents(program, "");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  EXPECT_TRUE(holdsInFreshProcess(folder, [&] {
+    return !anEntryGrantsKeys() && writeEntryThatGrantsKeys(program) && anEntryGrantsKeys();
+  }));
+  EXPECT_TRUE(std::filesystem::exists(folder.file("applications/org.lexwend.Lexwend.desktop")));
+}
+
+TEST(Entry, isNotWrittenForAPathThatNeedsQuotes) {
+  for (const char* program :
+       {"/home/a user/lexwend", "/home/$x/lexwend", "/home/%u/lexwend", "lexwend", ""}) {
+    EXPECT_FALSE(entryCanName(program)) << program;
+    EXPECT_FALSE(writeEntryThatGrantsKeys(program)) << program;
+  }
+  EXPECT_TRUE(entryCanName("/home/user/lexwend-0.1/build/release/app/lexwend"));
 }
 
 }  // namespace

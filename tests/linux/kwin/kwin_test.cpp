@@ -42,15 +42,6 @@ TEST(KWin, tellsThatTheScreenIsLocked) {
   EXPECT_TRUE(fake.kwin()->screenIsLocked());
 }
 
-TEST(KWin, blocksTheShortcutsOfAllPrograms) {
-  FakeKWin fake;
-  ASSERT_NE(fake.kwin(), nullptr);
-  fake.kwin()->blockShortcuts(true);
-  fake.kwin()->blockShortcuts(false);
-  EXPECT_EQ(fake.calls("blockGlobalShortcuts"),
-            (std::vector<std::string>{"blockGlobalShortcuts(true,)", "blockGlobalShortcuts(false,)"}));
-}
-
 TEST(KWin, thatHasGoneLocksNothingAndAnswersNothing) {
   FakeKWin fake;
   ASSERT_NE(fake.kwin(), nullptr);

@@ -173,6 +173,16 @@ TEST_F(ExportedMenu, announcesNewEntriesAndFollowsThem) {
   EXPECT_TRUE(pumpUntil([this] { return panel.signals.size() == 1; }));
 }
 
+TEST_F(ExportedMenu, tellsInLinesBelowATitleWhatStandsInItsTooltip) {
+  status->setToolTip("GNOME לא מרשה לתוכנה לקבל מקש קיצור, וההרחבה לא מופעלת.");
+  EXPECT_EQ(panel.ask("GetProperty", "(4, 'label')"),
+            "(<'\\u2067גרסה 1\\u2069\\n"
+            "\\u2067GNOME לא מרשה לתוכנה לקבל מקש קיצור, וההרחבה\\u2069\\n"
+            "\\u2067לא מופעלת.\\u2069'>,)");
+  status->setToolTip("");
+  EXPECT_EQ(panel.ask("GetProperty", "(4, 'label')"), "(<'\\u2067גרסה 1\\u2069'>,)");
+}
+
 TEST_F(ExportedMenu, mayGoAwayByAnItemOfItsOwn) {
   fix->setAction([this] { exported.reset(); });
   EXPECT_EQ(panel.ask("EventGroup", "([(1, 'clicked', <0>, uint32 0), (3, 'clicked', <0>, 0)],)"), "([],)");

@@ -158,6 +158,14 @@ struct Tray : ::testing::Test {
     return count;
   }
   QMenu& shown() { return std::dynamic_pointer_cast<LinuxMenu>(menu)->shown(); }
+  /// An item with that symbol, which the panel has taken in.
+  StatusItemRef itemIn(Panel& panel, const char* symbol = "keyboard") {
+    panel.appear();
+    StatusItemRef item = bar.statusItem(kSquareStatusItemLength);
+    item->setImage(bar.symbolImage(symbol, "Lexwend"));
+    EXPECT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+    return item;
+  }
 };
 
 TEST_F(Tray, menuIsDrawnRightToLeftWithItsTextsToTheLetter) {
@@ -269,10 +277,7 @@ TEST_F(Tray, itemShowsImageToolTipAndMenuInAPanel) {
 
 TEST_F(Tray, itemHasNoNameForAnIconThatIsNotInstalled) {
   Panel panel;
-  panel.appear();
-  const auto item = bar.statusItem(kSquareStatusItemLength);
-  item->setImage(bar.symbolImage("keyboard", "Lexwend"));
-  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+  const auto item = itemIn(panel);
   EXPECT_EQ(panel.text("IconName"), "");
   EXPECT_EQ(panel.text("IconThemePath"), "");
 }
@@ -281,10 +286,7 @@ TEST_F(Tray, itemNamesItsInstalledIconForThePanelToColor) {
   const InstalledIcon icon("org.lexwend.Lexwend-failed-symbolic");
   const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "XFCE");
   Panel panel;
-  panel.appear();
-  const auto item = bar.statusItem(kSquareStatusItemLength);
-  item->setImage(bar.symbolImage("xmark", "Lexwend"));
-  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+  const auto item = itemIn(panel, "xmark");
   EXPECT_EQ(panel.text("IconName"), "org.lexwend.Lexwend-failed-symbolic");
   EXPECT_TRUE(std::filesystem::equivalent(panel.text("IconThemePath"), icon.themes()));
   item->setImage(bar.symbolImage("keyboard", "Lexwend"));  // which an older version has not installed
@@ -301,10 +303,7 @@ TEST_F(Tray, itemTellsItsIconAnewWhenTheThemeChanges) {
   xcb_set_selection_owner(x11->get(), window, x11->atom("_XSETTINGS_S0"), XCB_CURRENT_TIME);
   x11->flush();
   Panel panel;
-  panel.appear();
-  const auto item = bar.statusItem(kSquareStatusItemLength);
-  item->setImage(bar.symbolImage("keyboard", "Lexwend"));
-  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+  const auto item = itemIn(panel);
   ASSERT_NE(panel.text("IconName"), "");
   xcb_change_property(x11->get(), XCB_PROP_MODE_REPLACE, window, x11->atom("_XSETTINGS_SETTINGS"),
                       x11->atom("_XSETTINGS_SETTINGS"), 8, 4, "dark");
@@ -317,10 +316,7 @@ TEST_F(Tray, itemTellsItsIconAnewWhenPlasmasColorsChange) {
   const InstalledIcon icon("org.lexwend.Lexwend-symbolic");
   const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", "KDE");
   Panel panel;
-  panel.appear();
-  const auto item = bar.statusItem(kSquareStatusItemLength);
-  item->setImage(bar.symbolImage("keyboard", "Lexwend"));
-  ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+  const auto item = itemIn(panel);
   ASSERT_NE(panel.text("IconName"), "");
   BusPeer desktop;
   desktop.emit("/KGlobalSettings", "org.kde.KGlobalSettings", "notifyChange", g_variant_new("(ii)", 0, 0));
@@ -333,10 +329,7 @@ TEST_F(Tray, itemHasNoNameForAPanelThatColorsNone) {
   for (const char* desktop : {static_cast<const char*>(nullptr), "LXQt", "MATE"}) {
     const test::EnvironmentVariable desktopName("XDG_CURRENT_DESKTOP", desktop);
     Panel panel;
-    panel.appear();
-    const auto item = bar.statusItem(kSquareStatusItemLength);
-    item->setImage(bar.symbolImage("keyboard", "Lexwend"));
-    ASSERT_TRUE(pumpUntil([&] { return !panel.item().empty(); }));
+    const auto item = itemIn(panel);
     EXPECT_EQ(panel.text("IconName"), "");
   }
 }

@@ -10,5 +10,5 @@
 #include "platform/linux/session/x.h"
 #include "platform/linux/sway/x.h"  // denied
 #include "platform/linux/tray/x.h"
-#include "platform/linux/wayland/x.h"  // denied
+#include "platform/linux/wayland/x.h"
 #include "platform/linux/windows/own.h"
