@@ -19,6 +19,8 @@ namespace {
 constexpr std::size_t kRememberedFetches = 256;
 // Nobody tells that a pipe was read.
 constexpr std::chrono::milliseconds kLookAtPipes{20};
+// A program that has not read by then has gone, which cannot be told from one that is busy.
+constexpr std::chrono::seconds kReadingTime{3};
 
 }  // namespace
 
@@ -58,7 +60,7 @@ void PipeTransfers::proceed() {
 void PipeTransfers::awaitReading(const Transfer& transfer) {
   const std::string pipe = "/proc/self/fd/" + std::to_string(transfer.pipe);
   const int readingEnd = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  unread_.push_back({readingEnd, transfer.isText, transfer.asked, Clock::now() + patience_});
+  unread_.push_back({readingEnd, transfer.isText, transfer.asked, Clock::now() + kReadingTime});
 }
 
 void PipeTransfers::noteReading() {
@@ -68,7 +70,7 @@ void PipeTransfers::noteReading() {
     const Clock::time_point now = Clock::now();
     if (!isRead && now < each.deadline) return false;
     if (each.readingEnd >= 0) ::close(each.readingEnd);
-    if (isRead) fetches_.push_back({each.isText, each.asked, now});
+    fetches_.push_back({each.isText, each.asked, now});
     if (fetches_.size() > kRememberedFetches) fetches_.pop_front();
     return true;
   });

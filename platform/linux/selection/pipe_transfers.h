@@ -42,8 +42,8 @@ class PipeTransfers {
   std::optional<Clock::time_point> earlier(std::optional<Clock::time_point> until) const;
 
   /// When the first text that was asked for since then had been fetched whole: when it was read, because a
-  /// program that has asked and is busy may give up its reading for what is on the clipboard by then. Nothing
-  /// while a transfer is under way.
+  /// program that has asked and is busy may give up its reading for what is on the clipboard by then. After
+  /// three seconds it counts as read. Nothing while a transfer is under way.
   std::optional<Clock::time_point> firstTextSince(Clock::time_point since) const;
   /// Whether anything that was asked for since then has been fetched whole. False while a transfer is under
   /// way.
