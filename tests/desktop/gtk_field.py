@@ -3,6 +3,7 @@
 """A window with one GTK field for the desktop tests.
 
 usage: gtk_field.py 3|4 entry-hidden TEXT [SIGN]
+       gtk_field.py 3 entry-named TEXT CLASS
        gtk_field.py 3|4 entry|entry-full|password-entry|read-only|search TEXT
        gtk_field.py 3 terminal COMMAND
 
@@ -14,10 +15,12 @@ import sys
 import gi
 
 version, kind, text = sys.argv[1:4]
-sign = sys.argv[4] if len(sys.argv) > 4 else None
+word = sys.argv[4] if len(sys.argv) > 4 else None
 gi.require_version('Gtk', version + '.0')
 from gi.repository import GLib, Gtk  # noqa: E402
 
+if kind == 'entry-named':
+    GLib.set_prgname(word)
 if version == '3':
     Gtk.init()
 else:
@@ -40,8 +43,8 @@ def field():
     if kind == 'entry-full':
         entry.set_max_length(len(text))
     entry.set_visibility(kind != 'entry-hidden')
-    if sign:
-        entry.set_invisible_char(sign)
+    if kind == 'entry-hidden' and word:
+        entry.set_invisible_char(word)
     return entry
 
 

@@ -9,7 +9,7 @@ The browsers show files of the test's own and are kept off the network.
 import os
 
 from session import DesktopError, run_scene, until
-from stage import ANSWER_SECONDS, SCENES, active_title, main, scene
+from stage import ANSWER_SECONDS, SCENES, main, scene
 
 PAGE = '<!DOCTYPE html><meta charset="utf-8"><title>letter</title>{field}'
 TEXT_AREA = '<textarea autofocus rows="10" cols="40">{text}</textarea>'
@@ -182,7 +182,7 @@ def leaves_a_sheet_of_calc_alive(stage):
     stage.fix_ends()
     until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
     stage.keyboard.press('Control+n')
-    until(lambda: 'Untitled 2' in active_title(), 'LibreOffice to open another sheet')
+    until(lambda: 'Untitled 2' in stage.session.active_title(), 'LibreOffice to open another sheet')
 
 
 def fill_first_cell(stage):
@@ -213,11 +213,11 @@ def fixes_both_ways_in_chromium_without_accessibility(stage):
     stage.start_agent()
     stage.put_on_clipboard('kept')
     stage.session.start(silent_chromium(stage.session, TEXT_AREA.replace('<textarea', '<textarea' + TELLING), 'akuo nv akunl'))
-    until(lambda: 'letter' in active_title(), 'the page')
+    until(lambda: 'letter' in stage.session.active_title(), 'the page')
     for meant, group in (('שלום מה שלומך', 1), ('akuo nv akunl', 0)):
-        stage.select_until(lambda: 'selected' in active_title())
+        stage.select_until(lambda: 'selected' in stage.session.active_title())
         stage.keyboard.press('F2')
-        until(lambda m=meant: m in active_title(), f'the field to hold "{meant}"')
+        until(lambda m=meant: m in stage.session.active_title(), f'the field to hold "{meant}"')
         stage.expect_group(group)
         until(lambda: stage.clipboard() == 'kept', 'the clipboard to come back')
 
@@ -228,12 +228,12 @@ def takes_nothing_from_a_password_field_of_chromium_without_accessibility(stage)
     stage.start_agent()
     stage.put_on_clipboard('kept')
     stage.session.start(silent_chromium(stage.session, PASSWORD.replace('<input', '<input' + TELLING), 'akuo'))
-    until(lambda: 'letter' in active_title(), 'the page')
-    stage.select_until(lambda: 'selected' in active_title())
+    until(lambda: 'letter' in stage.session.active_title(), 'the page')
+    stage.select_until(lambda: 'selected' in stage.session.active_title())
     stage.keyboard.press('F2')
     until(lambda: 'fix: failed' in stage.session.log(), 'the fix to fail')
     assert 'clipboard: copied' not in stage.session.log(), stage.session.log()
-    assert 'selected' in active_title(), active_title()
+    assert 'selected' in stage.session.active_title(), stage.session.active_title()
     assert stage.clipboard() == 'kept'
 
 

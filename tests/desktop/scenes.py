@@ -11,7 +11,7 @@ import time
 from datetime import datetime, timedelta
 
 from session import AccessibilityBus, PressCounter, run_scene, until
-from stage import HERE, SCENES, active_title, in_each_editor, main, scene
+from stage import HERE, SCENES, in_each_editor, main, scene
 
 
 @in_each_editor
@@ -94,7 +94,7 @@ for _version in '34':
 
 def fixes_a_line_of_qt6(stage, *length):
     fixes_a_line(stage, [str(stage.qt6_editor), '--line', 'akuo', *length], 'qt6_editor')
-    assert 'edited' in active_title(), active_title()
+    assert 'edited' in stage.session.active_title(), stage.session.active_title()
     stage.keyboard.press('Control+z')
     until(lambda: stage.field.text() == 'akuo', 'the fix to be undone')
 

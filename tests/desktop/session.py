@@ -150,6 +150,9 @@ class Keyboard:
         for key in reversed(keys):
             self.up(key)
 
+    def record(self):
+        """Asked for before programs start whose keys are to be known; this display knows at any time."""
+
     def pressed(self):
         """The key codes that are down."""
         keys = (ctypes.c_ubyte * 32)()  # a bit for each
@@ -273,6 +276,8 @@ class AccessibilityBus:
 
 class Session:
     """A desktop from __enter__ to __exit__. Changes this process's environment to it."""
+    GIVES_CLIPBOARD_TO_ALL = True  # and not only to the window with the keyboard
+    TELLS_WHO_COPIES = True
     KEEPER = None  # the name of the program that keeps the clipboard after the agent's end, where that is another one
 
     def __init__(self, layouts='us,il', size='1280x800x24', panel=None, window_manager='openbox',
@@ -285,6 +290,7 @@ class Session:
         self.processes = []
         self.folder = None
         self.display = None
+        self.server = None  # the process that everything is drawn by
 
     def __enter__(self):
         self.folder = Path(tempfile.mkdtemp(prefix='lexwend-desktop-'))
@@ -346,9 +352,9 @@ class Session:
         self._enter_home(XDG_SESSION_TYPE='x11', GDK_BACKEND='x11')
 
         read_end, write_end = os.pipe()
-        self.start(['Xvfb', '-displayfd', str(write_end), '-screen', '0', self.size, '-nolisten', 'tcp', '-noreset',
-                    *self.server_options],
-                   pass_fds=(write_end,))
+        self.server = self.start(['Xvfb', '-displayfd', str(write_end), '-screen', '0', self.size, '-nolisten', 'tcp', '-noreset',
+                                  *self.server_options],
+                                 pass_fds=(write_end,))
         os.close(write_end)
         with os.fdopen(read_end) as pipe:
             number = pipe.readline().strip()
@@ -386,6 +392,22 @@ class Session:
 
     def active_process(self):
         return active_process()
+
+    def active_title(self):
+        """The title of the window that has the keyboard."""
+        return active_window_says('-f', '_NET_WM_NAME', '8u', '_NET_WM_NAME').partition(' = ')[2].strip().strip('"')
+
+    def windows_titled(self, title):
+        """Those whose title holds that; what stands for them is for the two below."""
+        search = ['xdotool', 'search', '--onlyvisible', '--name', title]
+        return subprocess.run(search, capture_output=True, text=True, check=False).stdout.split()
+
+    def activate(self, window):
+        subprocess.run(['xdotool', 'windowactivate', window], check=False, stderr=subprocess.DEVNULL)
+
+    def close_front(self):
+        """As the user does, whose window manager asks the window to close."""
+        self.keyboard.press('Alt+F4')
 
     def copy(self, target):
         """The program that copies its standard input as that type and stays until another one copies; `paste` and the two

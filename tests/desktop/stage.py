@@ -4,7 +4,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from session import DEADLINE_SECONDS, AccessibilityBus, DesktopError, FocusedText, Session, active_window_says, until
+from session import DEADLINE_SECONDS, AccessibilityBus, DesktopError, FocusedText, Session, until
 
 HERE = Path(__file__).resolve().parent
 SCENES = {}
@@ -186,13 +186,8 @@ def in_each_editor(function):
     return function
 
 
-def active_title():
-    """The title of the window that has the keyboard, in quotes."""
-    return active_window_says('-f', '_NET_WM_NAME', '8u', '_NET_WM_NAME').partition(' = ')[2].strip()
-
-
 def main(usage, make_session=lambda _, **options: Session(**options)):
-    """Runs the scene that the command line names; its session is made of the folder of the test programs and options."""
+    """Runs the scene that the command line names; its session is made of the agent and options."""
     if sys.argv[1:] == ['--list']:
         print('\n'.join(SCENES))
         return
@@ -200,5 +195,5 @@ def main(usage, make_session=lambda _, **options: Session(**options)):
         print(usage.strip(), file=sys.stderr)
         sys.exit(2)
     name, agent, qt6_editor = sys.argv[1], Path(sys.argv[2]).resolve(), Path(sys.argv[3]).resolve()
-    with make_session(qt6_editor.parent, **DESKTOPS.get(name, {})) as session:
+    with make_session(agent, **DESKTOPS.get(name, {})) as session:
         SCENES[name](Stage(session, agent, qt6_editor))

@@ -12,7 +12,7 @@ import subprocess
 
 from panel import DesktopPanel, Panel, ScreenReader, start_ready
 from session import run_scene, until
-from stage import active_title, in_each_editor, main, scene, scene_on
+from stage import in_each_editor, main, scene, scene_on
 from tray import Screen, Tray
 
 FIX = 'תקן טקסט מסומן    '
@@ -91,7 +91,7 @@ class User:
 
     def expect_keyboard_in(self, title):
         """The toolkit calls its window active before the display has given it the keyboard."""
-        until(lambda: self.reader.is_active(title) and active_title() == f'"{title}"', f'{title} to have the keyboard')
+        until(lambda: self.reader.is_active(title) and self.session.active_title() == title, f'{title} to have the keyboard')
 
     def expect_recorder(self, combination, message, may_save):
         wanted = [PROMPT, combination, message]

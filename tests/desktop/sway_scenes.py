@@ -7,9 +7,9 @@ usage: sway_scenes.py --list | sway_scenes.py SCENE AGENT QT6_EDITOR
 import json
 import subprocess
 
+from displays import make_session
 from session import run_scene
 from stage import main
-from sway_session import SwaySession
 from wayland_scenes import scenes_of
 
 scene = scenes_of('sway')
@@ -36,9 +36,5 @@ def keeps_its_hot_key_when_the_doctor_asks(stage):
     stage.fix('שלום')
 
 
-def make_session(programs, **options):
-    return SwaySession(programs.parent / 'linux' / 'typist' / 'wayland_typist', **options)
-
-
 if __name__ == '__main__':
-    run_scene(lambda: main(__doc__, make_session))
+    run_scene(lambda: main(__doc__, lambda agent, **options: make_session('sway', agent, **options)))

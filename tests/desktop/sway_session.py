@@ -2,6 +2,7 @@
 """A private desktop as session.py describes, on the Wayland compositor sway, without a screen."""
 import json
 import os
+import re
 import socket
 import struct
 import subprocess
@@ -12,6 +13,7 @@ from wayland_session import WaylandSession
 
 X_OFFSET = 8  # of X key codes from the kernel's
 MODIFIERS = {'Shift': 1, 'Control': 4, 'Alt': 8, 'Super': 64}
+LOCKS = {'CapsLock': 2, 'NumLock': 16}
 NOBODY = 65534  # sway refuses to run as root
 
 CONFIGURATION = """
@@ -54,15 +56,36 @@ class Sway:
         """The user's, without the agent's own."""
         return [entry for entry in self.ask(100) if entry['type'] == 'keyboard' and entry['xkb_layout_names'] != ['Lexwend']]
 
-    def front(self):
-        """The window that has the keyboard; nothing where none has."""
+    def windows(self):
         nodes = [self.ask(4)]
         while nodes:
             node = nodes.pop()
-            if node.get('focused') and node.get('pid'):
-                return node
+            if node.get('pid'):
+                yield node
             nodes += node.get('nodes', []) + node.get('floating_nodes', [])
-        return None
+
+    def front(self):
+        """The window that has the keyboard; nothing where none has."""
+        return next((window for window in self.windows() if window['focused']), None)
+
+
+class KeyRecord:
+    """The keys that are down for one program, by what the compositor has told it: nobody else is told."""
+    EVENT = re.compile(rb'\] wl_keyboard@\d+\.(?:(leave)\(|key\(\d+, \d+, (\d+), (\d)\))')
+
+    def __init__(self, program, path):
+        self.program, self.file = program, open(path, 'rb')
+        self.rest = b''
+        self.down = set()
+
+    def pressed(self):
+        *lines, self.rest = (self.rest + self.file.read()).split(b'\n')
+        for left, key, is_down in (event.groups() for event in map(self.EVENT.search, lines) if event):
+            if left:
+                self.down.clear()
+            else:
+                (self.down.add if is_down == b'1' else self.down.discard)(int(key) + X_OFFSET)
+        return self.down if self.program.poll() is None else set()
 
 
 class WaylandKeyboard:
@@ -71,6 +94,8 @@ class WaylandKeyboard:
     def __init__(self, typist, sway):
         self.typist, self.sway = typist, sway
         self.held = []
+        self.locked = 0
+        self.records = None  # of the programs whose keys are looked at
 
     def tell(self, line):
         self.typist.stdin.write(line + '\n')
@@ -80,9 +105,11 @@ class WaylandKeyboard:
 
     def _event(self, key, is_down):
         self.tell(f'key {KEYS[key] - X_OFFSET} {is_down}')
-        if key in MODIFIERS:
+        if key in LOCKS and is_down:
+            self.locked ^= LOCKS[key]
+        if key in MODIFIERS or key in LOCKS:
             mask = sum(MODIFIERS[held] for held in self.held if held in MODIFIERS)
-            self.tell(f'modifiers {mask} 0 {self.group()}')
+            self.tell(f'modifiers {mask} {self.locked} {self.group()}')
 
     def down(self, key):
         self.held.append(key)
@@ -99,6 +126,19 @@ class WaylandKeyboard:
         for key in reversed(keys):
             self.up(key)
 
+    def record(self):
+        """From now on `pressed` tells of the programs that start."""
+        self.records = []
+
+    def pressed(self):
+        """The key codes that are down for a program, the user's and the agent's."""
+        assert self.records is not None, 'no program is looked at'
+        return sorted(set().union(*(record.pressed() for record in self.records)))
+
+    def locks(self):
+        """The user's; the agent has a keyboard of its own."""
+        return self.locked
+
     def group(self):
         return self.sway.keyboards()[0]['xkb_active_layout_index']
 
@@ -110,6 +150,7 @@ class WaylandKeyboard:
 class SwaySession(WaylandSession):
     """A session whose display is a compositor. XWayland starts with its first window."""
     TERMINAL, TERMINAL_CLASS = ['foot'], 'foot'
+    GIVES_CLIPBOARD_TO_ALL = TELLS_WHO_COPIES = False
     OWN_COMBINATIONS = ('Alt+Tab', 'Alt+F4')
 
     def __init__(self, typist, **options):
@@ -129,8 +170,9 @@ class SwaySession(WaylandSession):
         configuration.write_text(CONFIGURATION.format(size=f'{width}x{height}', folder=place), encoding='utf-8')
         if os.geteuid() == 0:
             os.chown(place, NOBODY, NOBODY)
-        sway = self.start(self.as_sway(['sway', '-c', str(configuration)]), env={**os.environ, 'XDG_RUNTIME_DIR': str(place), 'WLR_BACKENDS': 'headless', 'WLR_RENDERER': 'pixman',
-                                        'WLR_LIBINPUT_NO_DEVICES': '1'})
+        self.server = sway = self.start(self.as_sway(['sway', '-c', str(configuration)]),
+                                        env={**os.environ, 'XDG_RUNTIME_DIR': str(place), 'WLR_BACKENDS': 'headless',
+                                             'WLR_RENDERER': 'pixman', 'WLR_LIBINPUT_NO_DEVICES': '1'})
 
         def display():
             if sway.poll() is not None:
@@ -168,6 +210,30 @@ class SwaySession(WaylandSession):
     def active_process(self):
         front = self.sway.front()
         return front and front['pid']
+
+    def start_in_front(self, command, **options):
+        if self.keyboard.records is None:
+            return super().start_in_front(command, **options)
+        path = self.folder / f'told-{len(self.keyboard.records)}'
+        with open(path, 'wb') as told:
+            program = super().start_in_front(command, env={**os.environ, 'WAYLAND_DEBUG': 'client'}, stderr=told, **options)
+        self.keyboard.records.append(KeyRecord(program, path))
+        return program
+
+    def active_title(self):
+        return (self.sway.front() or {}).get('name') or ''
+
+    def windows_titled(self, title):
+        return [window['id'] for window in self.sway.windows() if title in (window['name'] or '')]
+
+    def activate(self, window):
+        try:
+            self.sway.run(f'[con_id={window}] focus')
+        except DesktopError:
+            pass  # it has closed
+
+    def close_front(self):
+        self.sway.run('kill')
 
     def front_is_of_x11(self):
         return self.sway.front()['shell'] == 'xwayland'

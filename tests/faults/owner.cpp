@@ -5,7 +5,8 @@
 //               [--deadly NAME] [--refused NAME] [--deadly-piece N] [--last-piece N] [--no-targets]
 //               [--targets-bytes COUNT] [--again MS]
 //
-// Prints "ready" when it owns the clipboard, and stays until it is ended.
+// Prints "ready" when it owns the clipboard, and stays until it is ended. Where there is a Wayland compositor
+// it is its clipboard, else that of the X server. Options that say TARGETS are of X11 alone.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -14,11 +15,16 @@
 
 #include <poll.h>
 
+#include "tests/faults/wayland_owner.h"
 #include "tests/linux/testing/other_application.h"
 
 namespace {
 
 using lexwend::platform::CopyingApplication;
+using lexwend::platform::WaylandOwner;
+using std::chrono::milliseconds;
+
+constexpr milliseconds kForEver = std::chrono::hours(24);
 
 /// Bytes that differ from place to place, so that a piece out of order is seen.
 std::string numberedBytes(std::size_t count) {
@@ -91,13 +97,25 @@ Arguments read(const std::vector<std::string>& words) {
   return read;
 }
 
+void sayReady() {
+  std::puts("ready");
+  std::fflush(stdout);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const Arguments arguments = read({argv + 1, argv + argc});
+  if (std::getenv("WAYLAND_DISPLAY") != nullptr) {
+    WaylandOwner owner(arguments.behaviour);
+    sayReady();
+    for (;;) {
+      owner.serve(arguments.againEveryMs < 0 ? kForEver : milliseconds(arguments.againEveryMs));
+      if (arguments.againEveryMs >= 0) owner.copyAgain();
+    }
+  }
   CopyingApplication application(arguments.behaviour);
-  std::puts("ready");
-  std::fflush(stdout);
+  sayReady();
   for (;;) {
     poll(nullptr, 0, arguments.againEveryMs);
     application.copyAgain();

@@ -15,7 +15,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent / 'desktop'))
 from session import DesktopError, FocusedText, until  # noqa: E402
-from stage import HERE, Stage, active_title  # noqa: E402
+from stage import HERE, Stage  # noqa: E402
 
 GARBLED, MEANT = 'akuo nv akunl', 'שלום מה שלומך'
 KEPT = 'what the user has copied'
@@ -36,6 +36,7 @@ class Rig:
         self.stage = Stage(session, agent, qt6_editor)
         self.owner_program = owner
         self.keyboard = session.keyboard
+        self.keyboard.record()
         self.editor = None
         self.editor_name = None
         self.settings = None
@@ -82,14 +83,15 @@ class Rig:
     def _show(self, editor):
         """The editor with the garbled text, all of it selected. The one of the fault before is used again where it is whole."""
         reusable = self.editor is not None and self.editor.poll() is None and self.editor_name == editor
-        if not (reusable and self.stage.field.text() == GARBLED and self._editor_is_active()):
+        if not (reusable and self.stage.field.text() == GARBLED and self.editor_is_active()):
             self.close_editor()
             self.editor_name = editor
             self.editor = self.stage.open(editor, GARBLED)
         self.stage.select_all()
 
-    def _editor_is_active(self):
-        return self.editor_name.replace('_', '-') in active_title().lower().replace('_', '-') or 'letter' in active_title()
+    def editor_is_active(self):
+        title = self.session.active_title()
+        return self.editor_name.replace('_', '-') in title.lower().replace('_', '-') or 'letter' in title
 
     def close_editor(self):
         if self.editor is not None:
@@ -105,23 +107,22 @@ class Rig:
         self.other_field = FocusedText('gtk_field')
         until(lambda: self.other_field.text() == text, 'the other field to show its text')
         self.activate(self.window_of_editor())
-        until(self._editor_is_active, 'the editor to have the keyboard again')
+        until(self.editor_is_active, 'the editor to have the keyboard again')
         self.stage.select_all()
+
+    def show_window_named(self, name):
+        """Another one in front, whose class is that name."""
+        self.other = self.session.start_in_front(['/usr/bin/python3', str(HERE / 'gtk_field.py'), '3', 'entry-named', 'nv', name])
 
     def window_of_editor(self):
         name = 'letter' if self.editor_name != 'qt6_editor' else 'qt6_editor'
         return self.window_titled(name)
 
-    @staticmethod
-    def window_titled(title):
-        def numbers():
-            search = ['xdotool', 'search', '--onlyvisible', '--name', title]
-            return subprocess.run(search, capture_output=True, text=True, check=False).stdout.split()
-        return until(numbers, f'a window to be titled {title}')[0]
+    def window_titled(self, title):
+        return until(lambda: self.session.windows_titled(title), f'a window to be titled {title}')[0]
 
-    @staticmethod
-    def activate(window):
-        subprocess.run(['xdotool', 'windowactivate', window], check=False, stderr=subprocess.DEVNULL)
+    def activate(self, window):
+        self.session.activate(window)
 
     # -- the fix and the fault
 
@@ -207,7 +208,7 @@ class Rig:
         """A fix in a sound editor, by the same path."""
         self.keyboard.lock_group(0)
         if self.editor is None or self.editor.poll() is not None or self.stage.field.text() not in (GARBLED, MEANT) \
-                or not self._editor_is_active():
+                or not self.editor_is_active():
             self.reopen()
         held = self.stage.field.text()
         wanted = MEANT if held == GARBLED else GARBLED

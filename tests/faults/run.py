@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Tries faults on private desktops: one line a fault, and a last line with the counts.
 
-usage: run.py AGENT QT6_EDITOR OWNER [--in-memory PROGRAM] [--short] [--only TEXT] [--jobs N] [--list]
+usage: run.py AGENT QT6_EDITOR OWNER [--display x11|sway] [--in-memory PROGRAM] [--short] [--only TEXT] [--jobs N] [--list]
 
 A fault that is inherent to the system is tried as well; its line tells the reason. Each desktop is a process of its own,
 which goes through its share of the faults; a fault that breaks the desktop, or is lost, is the last one there.
@@ -28,11 +28,12 @@ SECONDS_PER_FAULT = 90
 
 def work(arguments):
     """Tries the named faults on one desktop; a line of JSON for each."""
+    from displays import make_session
     from rig import Lost, Rig
-    from session import Session
     names = json.loads(arguments.work)
-    with Session() as session:
-        rig = Rig(session, Path(arguments.agent).resolve(), Path(arguments.editor).resolve(), Path(arguments.owner).resolve())
+    agent = Path(arguments.agent).resolve()
+    with make_session(arguments.display, agent) as session:
+        rig = Rig(session, agent, Path(arguments.editor).resolve(), Path(arguments.owner).resolve())
         for name in names:
             fault = FAULTS[name]
             print(json.dumps({'begins': name}), flush=True)
@@ -87,7 +88,8 @@ class Run:
         """Tries them on one desktop; returns those that it did not come to."""
         a = self.arguments
         with tempfile.TemporaryFile('w+') as errors:
-            process = subprocess.Popen([sys.executable, '-B', __file__, a.agent, a.editor, a.owner, '--work', json.dumps(names)],
+            process = subprocess.Popen([sys.executable, '-B', __file__, a.agent, a.editor, a.owner, '--display', a.display,
+                                        '--work', json.dumps(names)],
                                        stdout=subprocess.PIPE, stderr=errors, text=True, start_new_session=True)
             current = [names[0]]
             watch = [None]
@@ -137,6 +139,7 @@ def main():
     parser.add_argument('agent')
     parser.add_argument('editor')
     parser.add_argument('owner')
+    parser.add_argument('--display', choices=('x11', 'sway'), default='x11')
     parser.add_argument('--in-memory', help='a program that tries faults in memory and prints lines like these')
     parser.add_argument('--short', action='store_true', help='those of the short form')
     parser.add_argument('--only', default='', help='those whose line holds this text')
@@ -147,10 +150,14 @@ def main():
     if arguments.work:
         work(arguments)
         return 0
-    names = [name for name, fault in FAULTS.items() if arguments.only in name and (fault.short or not arguments.short)]
+    named = {name: fault for name, fault in FAULTS.items() if arguments.only in name and (fault.short or not arguments.short)}
+    elsewhere = {name: fault.not_on_sway for name, fault in named.items() if arguments.display == 'sway' and fault.not_on_sway}
+    names = [name for name in named if name not in elsewhere]
     if arguments.list:
         print('\n'.join(names))
         return 0
+    for name, reason in elsewhere.items():
+        print(f'not here  {name}  ({reason})')
     run = Run(arguments, names)
     in_memory = try_in_memory(run, arguments) if arguments.in_memory else 0
     desktops = [threading.Thread(target=run.desktop) for _ in range(arguments.jobs)]

@@ -111,6 +111,8 @@ std::optional<std::string> LinuxPasteboard::string() {
 std::optional<std::string> LinuxPasteboard::copiedText() {
   const auto copy = copyOfThisFix();
   if (!copy) return reader_->readText({kStringTime, kStringTime, budget_.bytes});
+  // What the fix before has given back since is nobody's copy, also where a display tells no owners.
+  if (owner_->lastChange().isOwn) return std::nullopt;
   const Clock::time_point start = Clock::now();
   auto text = reader_->readText({stringTimeLeft_, stringTimeLeft_, budget_.bytes},
                                 [&](xcb_window_t owner) { return isFromCopier(owner, copy->application); });

@@ -3,23 +3,31 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string>
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
+
+#include "platform/linux/selection/own_pipes.h"
 
 namespace lexwend::platform {
 namespace {
 
 // An application asks a dozen times for one paste; the older fetches tell nothing new.
 constexpr std::size_t kRememberedFetches = 256;
+// Nobody tells that a pipe was read.
+constexpr std::chrono::milliseconds kLookAtPipes{20};
+// A program that has not read by then has gone, which cannot be told from one that is busy.
+constexpr std::chrono::seconds kReadingTime{3};
 
 }  // namespace
 
 void PipeTransfers::start(int pipe, const ClipboardTarget& target, Clock::time_point asked, Ended ended) {
   fcntl(pipe, F_SETFL, O_NONBLOCK);
-  transfers_.push_back(
-      {pipe, target.bytes, isTextTarget(target.name), asked, std::move(ended), 0, Clock::now() + patience_});
+  transfers_.push_back({pipe, target.bytes, isTextTarget(target.name), OwnPipe::isEnd(pipe), asked,
+                        std::move(ended), 0, Clock::now() + patience_});
 }
 
 PipeTransfers::Progress PipeTransfers::advance(Transfer& transfer) const {
@@ -39,17 +47,53 @@ void PipeTransfers::proceed() {
   std::erase_if(transfers_, [this](Transfer& transfer) {
     const Progress progress = advance(transfer);
     if (progress == Progress::waits) return false;
+    if (progress == Progress::done && !transfer.isOwn) awaitReading(transfer);
     ::close(transfer.pipe);
-    if (progress == Progress::done) fetches_.push_back({transfer.isText, transfer.asked, Clock::now()});
-    if (fetches_.size() > kRememberedFetches) fetches_.pop_front();
     if (transfer.ended) transfer.ended(progress == Progress::done);
     return true;
   });
+  noteReading();
+}
+
+/// By a reading end of this process, so that whoever reads meets the end when the writing end is closed. What
+/// cannot be opened is no pipe, and counts as read.
+void PipeTransfers::awaitReading(const Transfer& transfer) {
+  const std::string pipe = "/proc/self/fd/" + std::to_string(transfer.pipe);
+  const int readingEnd = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  unread_.push_back({readingEnd, transfer.isText, transfer.asked, Clock::now() + kReadingTime});
+}
+
+void PipeTransfers::noteReading() {
+  std::erase_if(unread_, [this](const Unread& each) {
+    int bytes = 0;
+    const bool isRead = ::ioctl(each.readingEnd, FIONREAD, &bytes) != 0 || bytes == 0;
+    const Clock::time_point now = Clock::now();
+    if (!isRead && now < each.deadline) return false;
+    if (each.readingEnd >= 0) ::close(each.readingEnd);
+    fetches_.push_back({each.isText, each.asked, now});
+    if (fetches_.size() > kRememberedFetches) fetches_.pop_front();
+    return true;
+  });
+}
+
+bool PipeTransfers::isUnderWay() const {
+  const bool isWriting =
+      std::any_of(transfers_.begin(), transfers_.end(), [](const Transfer& each) { return !each.isOwn; });
+  return isWriting || !unread_.empty();
+}
+
+void PipeTransfers::forgetFetches() {
+  fetches_.clear();
+  for (const Unread& each : unread_) {
+    if (each.readingEnd >= 0) ::close(each.readingEnd);
+  }
+  unread_.clear();
 }
 
 void PipeTransfers::abandon() {
   for (const Transfer& transfer : transfers_) ::close(transfer.pipe);
   transfers_.clear();
+  forgetFetches();
 }
 
 std::vector<int> PipeTransfers::pipes() const {
@@ -64,19 +108,21 @@ std::optional<PipeTransfers::Clock::time_point> PipeTransfers::earlier(
   for (const Transfer& transfer : transfers_) {
     until = std::min(until.value_or(transfer.deadline), transfer.deadline);
   }
-  return until;
+  if (unread_.empty()) return until;
+  const Clock::time_point look = Clock::now() + kLookAtPipes;
+  return std::min(until.value_or(look), look);
 }
 
 std::optional<PipeTransfers::Clock::time_point> PipeTransfers::firstTextSince(Clock::time_point since) const {
-  if (!transfers_.empty()) return std::nullopt;
+  if (isUnderWay()) return std::nullopt;
   const auto first = std::find_if(fetches_.begin(), fetches_.end(),
                                   [&](const Fetch& each) { return each.isText && each.asked >= since; });
   return first == fetches_.end() ? std::nullopt : std::optional(first->fetched);
 }
 
 bool PipeTransfers::anySince(Clock::time_point since) const {
-  return transfers_.empty() && std::any_of(fetches_.begin(), fetches_.end(),
-                                           [&](const Fetch& each) { return each.asked >= since; });
+  return !isUnderWay() && std::any_of(fetches_.begin(), fetches_.end(),
+                                      [&](const Fetch& each) { return each.asked >= since; });
 }
 
 }  // namespace lexwend::platform

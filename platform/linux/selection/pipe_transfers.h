@@ -26,12 +26,14 @@ class PipeTransfers {
   PipeTransfers(const PipeTransfers&) = delete;
   PipeTransfers& operator=(const PipeTransfers&) = delete;
 
-  /// Owns the pipe from now on. Nothing is written before proceed(). `asked` is when the program asked.
+  /// Owns the pipe from now on. Nothing is written before proceed(). `asked` is when the program asked. What
+  /// this process reads itself (OwnPipe) is not fetched.
   void start(int pipe, const ClipboardTarget& target, Clock::time_point asked, Ended ended = {});
   /// Writes what the pipes take, and ends the transfers that are done, refused or stalled.
   void proceed();
   /// Closes every pipe and tells nobody.
   void abandon();
+  /// Whether nothing is left to be written.
   bool empty() const { return transfers_.empty(); }
 
   /// The pipes, for a wait until one takes more.
@@ -39,20 +41,22 @@ class PipeTransfers {
   /// `until`, or when proceed() would end the first stalled transfer if that is earlier.
   std::optional<Clock::time_point> earlier(std::optional<Clock::time_point> until) const;
 
-  /// When the first text that was asked for since then had been fetched whole. Nothing while a transfer is
-  /// under way.
+  /// When the first text that was asked for since then had been fetched whole: when it was read, because a
+  /// program that has asked and is busy may give up its reading for what is on the clipboard by then. After
+  /// three seconds it counts as read. Nothing while a transfer is under way.
   std::optional<Clock::time_point> firstTextSince(Clock::time_point since) const;
   /// Whether anything that was asked for since then has been fetched whole. False while a transfer is under
   /// way.
   bool anySince(Clock::time_point since) const;
   /// What was fetched so far does not count any more.
-  void forgetFetches() { fetches_.clear(); }
+  void forgetFetches();
 
  private:
   struct Transfer {
     int pipe;
     Bytes bytes;
     bool isText;
+    bool isOwn;  ///< of this process
     Clock::time_point asked;
     Ended ended;
     std::size_t offset;
@@ -65,10 +69,22 @@ class PipeTransfers {
   };
   enum class Progress { waits, done, failed };
 
+  /// Written, and not yet read.
+  struct Unread {
+    int readingEnd;
+    bool isText;
+    Clock::time_point asked;
+    Clock::time_point deadline;
+  };
+
   Progress advance(Transfer& transfer) const;
+  void awaitReading(const Transfer& transfer);
+  void noteReading();
+  bool isUnderWay() const;
 
   std::chrono::milliseconds patience_;
   std::vector<Transfer> transfers_;
+  std::vector<Unread> unread_;
   std::deque<Fetch> fetches_;  // in the order of their ends
 };
 

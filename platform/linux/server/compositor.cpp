@@ -16,7 +16,8 @@ std::unique_ptr<ShortcutKeyEvents> Compositor::makeKeyEvents(std::function<bool(
                                                              std::function<bool()> mayPaste) {
   return std::make_unique<WaylandKeyEvents>(
       WaylandKeyEvents::Needs{[this] { return frontWindow(); }, std::move(mayCopy), std::move(mayPaste),
-                              refusesUnknownWindows()},
+                              refusesUnknownWindows(),
+                              [this](std::int64_t window) { return focusKey(window); }},
       makeKeyPlayer());
 }
 

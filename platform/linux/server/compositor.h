@@ -29,6 +29,8 @@ class Compositor : public DisplayServer {
   virtual std::unique_ptr<KeyPlayer> makeKeyPlayer() = 0;
   /// Whether no key goes to a window that frontWindow() does not know.
   virtual bool refusesUnknownWindows() const { return false; }
+  /// Nothing where the compositor knows no such key.
+  virtual std::optional<FocusKey> focusKey(std::int64_t /*window*/) { return std::nullopt; }
 };
 
 /// Null where there is no session of it, or it offers less than the services need.

@@ -4,6 +4,9 @@
 namespace lexwend::platform {
 namespace {
 
+constexpr std::uint16_t kUnknownKey = 240;  // KEY_UNKNOWN of the kernel
+constexpr int kXOffset = 8;
+
 FrontWindow windowIn(JsonObject* node) {
   FrontWindow window{json_object_get_int_member_with_default(node, "id", 0), std::nullopt, std::nullopt};
   const gint64 process = json_object_get_int_member_with_default(node, "pid", 0);
@@ -32,6 +35,17 @@ std::optional<FrontWindow> focusedIn(JsonObject* node) {
 }
 
 }  // namespace
+
+std::optional<FocusKey> focusKeyOf(const std::shared_ptr<SwayIpc>& sway, std::int64_t window) {
+  const std::string key = std::to_string(kUnknownKey + kXOffset);
+  // While a program has the compositor's shortcuts to itself as well.
+  const std::string options = " --inhibited ";
+  const bool isBound =
+      sway->run("bindcode --no-warn" + options + key + " [con_id=" + std::to_string(window) + "] focus");
+  if (!isBound) return std::nullopt;
+  return FocusKey{kUnknownKey,
+                  Registration([sway, options, key] { sway->run("unbindcode" + options + key); })};
+}
 
 std::optional<FrontWindow> frontWindowOf(SwayIpc& sway) {
   const JsonRef tree = sway.tree();

@@ -21,7 +21,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kAnswerTime{1};
+constexpr std::chrono::milliseconds kAnswerTime{1000};
+constexpr std::chrono::milliseconds kAnswerTimeWhileSilent{100};
 constexpr std::string_view kMagic = "i3-ipc";
 // The magic, the length of the payload and the type of the message.
 constexpr std::size_t kHeadSize = 14;
@@ -173,8 +174,11 @@ SwayIpc::~SwayIpc() {
 }
 
 JsonRef SwayIpc::ask(std::uint32_t type, std::string_view payload) {
+  // On a new connection no late answer is taken for this one.
+  const bool wasSilent = !questions_;
+  if (wasSilent) questions_ = Stream::open();
   if (!questions_) return nullptr;
-  const Clock::time_point end = Clock::now() + kAnswerTime;
+  const Clock::time_point end = Clock::now() + (wasSilent ? kAnswerTimeWhileSilent : kAnswerTime);
   auto answer = questions_->send(type, payload) ? questions_->receive(end) : std::nullopt;
   // Nobody waits for the answer of a tick.
   while (answer && answer->type != type) answer = questions_->receive(end);

@@ -28,7 +28,7 @@ struct SwayEvent {
 
 /// The compositor sway, by the socket that SWAYSOCK names: a protocol of JSON messages (sway-ipc(7)). GLib's
 /// default main context handles its events. Main thread only. A question waits for sway, for a second at
-/// most; a sway that does not answer counts as gone, and then nothing is answered any more.
+/// most, and for a tenth of that until it answers again.
 class SwayIpc {
  public:
   /// Null when there is no sway or it does not answer.
@@ -39,9 +39,9 @@ class SwayIpc {
 
   /// Runs a command; whether sway could.
   bool run(const std::string& command);
-  /// The input devices, a list; null when sway is gone.
+  /// The input devices, a list; null when sway does not answer.
   JsonRef inputs();
-  /// The windows, a tree; null when sway is gone.
+  /// The windows, a tree; null when sway does not answer.
   JsonRef tree();
   /// Makes sway send a tick with that text, after every event of what has happened before. Does not wait.
   void sendTick(std::string_view text);
@@ -56,7 +56,7 @@ class SwayIpc {
   SwayIpc(std::unique_ptr<Stream> questions, std::unique_ptr<Stream> events);
   JsonRef ask(std::uint32_t type, std::string_view payload);
 
-  std::unique_ptr<Stream> questions_;
+  std::unique_ptr<Stream> questions_;  // null after an answer that did not come
   std::unique_ptr<Stream> events_;
   Handlers<std::function<void(const SwayEvent&)>> handlers_;
   unsigned source_ = 0;  // of the main context

@@ -9,7 +9,8 @@
 namespace lexwend::platform {
 namespace {
 
-constexpr std::chrono::seconds kAnswerTime{1};
+constexpr std::chrono::milliseconds kAnswerTime{1000};
+constexpr std::chrono::milliseconds kAnswerTimeWhileSilent{100};
 constexpr int kForEver = -1;
 
 void noteAnswer(void* answered, wl_callback* /*callback*/, std::uint32_t /*serial*/) {
@@ -113,10 +114,10 @@ bool WaylandConnection::roundTrip() {
   bool answered = false;
   wl_callback* callback = wl_display_sync(display_);
   wl_callback_add_listener(callback, &kAnswerListener, &answered);
-  const Clock::time_point end = Clock::now() + kAnswerTime;
+  const Clock::time_point end = Clock::now() + (isSilent_ ? kAnswerTimeWhileSilent : kAnswerTime);
   while (!answered && isConnected() && Clock::now() < end) waitForEvents(end);
   wl_callback_destroy(callback);
-  isLost_ = !answered;
+  isSilent_ = !answered;
   return answered;
 }
 

@@ -55,7 +55,8 @@ class WaylandConnection {
   /// Handles events until one more has come, at most until the time; false when none has.
   bool waitForEvents(Clock::time_point until);
   /// Waits until the compositor has handled every request so far, and handles the events that came before its
-  /// answer. A compositor that does not answer within a second counts as lost: false.
+  /// answer. False when it does not answer within a second; until it answers again a tenth of that is waited
+  /// for it. What was requested it handles when it goes on.
   bool roundTrip();
 
  private:
@@ -73,6 +74,7 @@ class WaylandConnection {
   wl_seat* seat_ = nullptr;
   std::map<std::string, Global> globals_;
   bool isLost_ = false;
+  bool isSilent_ = false;
 };
 
 }  // namespace lexwend::platform

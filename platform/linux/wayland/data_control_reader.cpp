@@ -7,6 +7,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "platform/linux/selection/own_pipes.h"
+
 namespace lexwend::platform {
 namespace {
 
@@ -62,6 +64,7 @@ ClipboardReader::Answer DataControlReader::convert(const std::string& target, Li
   if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return Answer::overBudget;
   // The program that writes waits for nobody where the pipe is full, and most expect that it waits.
   fcntl(ends[1], F_SETFL, 0);
+  const OwnPipe own(ends[0]);
   reading_->receive(target, ends[1]);
   control_->connection().flush();
   close(ends[1]);

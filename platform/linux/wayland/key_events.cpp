@@ -89,31 +89,46 @@ PostResult WaylandKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
   const auto* keyEvent = dynamic_cast<const VirtualKeyEvent*>(&event);
   if (keyEvent == nullptr || !player_) return PostResult::refused;
   const Shortcut shortcut = keyEvent->shortcut();
-  if (keyEvent->down() && shortcut != Shortcut::none) {
-    const auto front = needs_.frontWindow ? needs_.frontWindow() : std::nullopt;
-    if (!mayPlay(shortcut, front)) return PostResult::refused;
-    note(shortcut, front);
-  }
+  const bool isPaste = keyEvent->down() && shortcut == Shortcut::paste;
+  std::optional<FocusKey> focusKey;
+  if (isPaste && copiedFrom_ && needs_.focusKey) focusKey = needs_.focusKey(*copiedFrom_);
+  if (keyEvent->down() && shortcut != Shortcut::none && !mayPlay(shortcut)) return PostResult::refused;
+
   std::vector<Key> chord = keyEvent->chord();
   std::uint32_t modifiers = 0;
   if (!keyEvent->down()) {
     for (const Key& key : chord) modifiers |= key.modifier;
     std::reverse(chord.begin(), chord.end());
   }
+  if (focusKey) {
+    player_->play(focusKey->evdev, true, 0);
+    player_->play(focusKey->evdev, false, 0);
+  }
   for (const Key& key : chord) {
     modifiers = keyEvent->down() ? modifiers | key.modifier : modifiers & ~key.modifier;
-    player_->play(key.evdev, keyEvent->down(), modifiers);
+    if (!player_->play(key.evdev, keyEvent->down(), modifiers)) return PostResult::refused;
   }
   return player_->settle() ? PostResult::posted : PostResult::refused;
 }
 
-bool WaylandKeyEvents::mayPlay(Shortcut shortcut, const std::optional<FrontWindow>& front) {
+/// What is asked before a paste may take its time, so the look at the window comes after it.
+bool WaylandKeyEvents::mayPlay(Shortcut shortcut) {
+  const auto look = [this] { return needs_.frontWindow ? needs_.frontWindow() : std::nullopt; };
   if (shortcut == Shortcut::paste) {
-    return (!copiedFrom_ || (front && front->id == copiedFrom_)) && (!needs_.mayPaste || needs_.mayPaste());
+    if (needs_.mayPaste && !needs_.mayPaste()) return false;
+    if (copiedFrom_) {
+      const auto front = look();
+      if (!front || front->id != copiedFrom_) return false;
+    }
+    note(shortcut, std::nullopt);
+    return true;
   }
+  const auto front = look();
   if (!front && needs_.refusesUnknownWindows) return false;
   if (front && refusesCopy(front->windowClass)) return false;
-  return !needs_.mayCopy || needs_.mayCopy();
+  if (needs_.mayCopy && !needs_.mayCopy()) return false;
+  note(shortcut, front);
+  return true;
 }
 
 void WaylandKeyEvents::note(Shortcut shortcut, const std::optional<FrontWindow>& front) {

@@ -17,7 +17,9 @@ namespace lexwend::platform {
 ///
 /// A shortcut is refused in a terminal, in a prompt for a password, and in an editor in which copying ends
 /// the selection (window_classes.h). A copy is refused when `mayCopy` returns false, a paste when `mayPaste`
-/// does. A paste is refused when the window in front is not the one at the time of the copy.
+/// does. A paste is refused when the window in front is not the one at the time of the copy. Where the window
+/// can be given the keyboard, it has it for the paste also when the user changes windows between that look
+/// and the keys.
 class WaylandKeyEvents : public ShortcutKeyEvents {
  public:
   struct Needs {
@@ -27,6 +29,9 @@ class WaylandKeyEvents : public ShortcutKeyEvents {
     std::function<bool()> mayPaste;  ///< asked right before a paste
     /// Refuses a copy where the compositor does not tell the window: it may be a terminal.
     bool refusesUnknownWindows = false;
+    /// Readies a key that gives that window the keyboard. Asked before a paste; null where no compositor does
+    /// such a thing.
+    std::function<std::optional<FocusKey>(std::int64_t window)> focusKey{};
   };
   /// Without a player no event can be made.
   WaylandKeyEvents(Needs needs, std::unique_ptr<KeyPlayer> player);
@@ -40,7 +45,7 @@ class WaylandKeyEvents : public ShortcutKeyEvents {
   PostResult post(EventTap tap, const KeyEvent& event) override;
 
  private:
-  bool mayPlay(Shortcut shortcut, const std::optional<FrontWindow>& front);
+  bool mayPlay(Shortcut shortcut);
   void note(Shortcut shortcut, const std::optional<FrontWindow>& front);
 
   Needs needs_;

@@ -16,7 +16,8 @@ class KeyPlayer {
   /// Presses or releases a key (evdev code) while exactly these modifiers are down afterwards. False when the
   /// compositor is gone.
   virtual bool play(std::uint16_t evdevKey, bool down, std::uint32_t modifiersAfter) = 0;
-  /// Waits until the compositor has taken what was played.
+  /// Waits until the compositor has taken what was played. False when it does not within a second; then keys
+  /// that are down are let go as soon as it goes on.
   virtual bool settle() = 0;
 };
 

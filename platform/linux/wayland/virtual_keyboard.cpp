@@ -46,36 +46,53 @@ bool VirtualKeyboard::isOffered(const WaylandConnection& connection) {
 }
 
 std::unique_ptr<VirtualKeyboard> VirtualKeyboard::open() {
-  auto connection = WaylandConnection::open();
-  if (!connection) return nullptr;
-  void* manager = connection->bind(zwp_virtual_keyboard_manager_v1_interface, 1);
-  if (manager == nullptr) return nullptr;
-  return std::unique_ptr<VirtualKeyboard>(
-      new VirtualKeyboard(std::move(connection), static_cast<zwp_virtual_keyboard_manager_v1*>(manager)));
+  std::unique_ptr<VirtualKeyboard> keyboard(new VirtualKeyboard());
+  return keyboard->connect() ? std::move(keyboard) : nullptr;
 }
 
 VirtualKeyboard::~VirtualKeyboard() {
+  disconnect();
+}
+
+bool VirtualKeyboard::connect() {
+  if (connection_) return true;
+  auto connection = WaylandConnection::open();
+  void* manager = connection ? connection->bind(zwp_virtual_keyboard_manager_v1_interface, 1) : nullptr;
+  if (manager == nullptr) return false;
+  connection_ = std::move(connection);
+  manager_ = static_cast<zwp_virtual_keyboard_manager_v1*>(manager);
+  return true;
+}
+
+/// The compositor lets go of the keys of a connection that has closed. What it has not yet read of it, it
+/// drops.
+void VirtualKeyboard::disconnect() {
+  if (!connection_) return;
   if (keyboard_ != nullptr) zwp_virtual_keyboard_v1_destroy(keyboard_);
   zwp_virtual_keyboard_manager_v1_destroy(manager_);
-  connection_->flush();
+  keyboard_ = nullptr;
+  manager_ = nullptr;
+  modifiers_ = 0;
+  connection_.reset();
 }
 
 bool VirtualKeyboard::create() {
   if (keyboard_ != nullptr) return true;
+  if (!connect()) return false;
   const std::string keymap = keymapText();
   if (keymap.empty()) return false;
   const auto size = keymap.size() + 1;  // with the NUL
   const int file = memfd_create("keymap", MFD_CLOEXEC);
   if (file < 0) return false;
-  const bool isWritten = write(file, keymap.c_str(), size) == static_cast<ssize_t>(size);
-  if (isWritten) {
+  bool isReady = false;
+  if (write(file, keymap.c_str(), size) == static_cast<ssize_t>(size)) {
     keyboard_ = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(manager_, connection_->seat());
     zwp_virtual_keyboard_v1_keymap(keyboard_, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, file,
                                    static_cast<std::uint32_t>(size));
-    connection_->roundTrip();  // before the file is closed, and before its first key
+    isReady = settle();  // before the file is closed, and before its first key
   }
   close(file);
-  return isWritten && connection_->isConnected();
+  return isReady;
 }
 
 bool VirtualKeyboard::play(std::uint16_t evdevKey, bool down, std::uint32_t modifiersAfter) {
@@ -90,7 +107,9 @@ bool VirtualKeyboard::play(std::uint16_t evdevKey, bool down, std::uint32_t modi
 }
 
 bool VirtualKeyboard::settle() {
-  return connection_->roundTrip();
+  const bool isTaken = connection_ && connection_->roundTrip();
+  if (!isTaken) disconnect();
+  return isTaken;
 }
 
 }  // namespace lexwend::platform

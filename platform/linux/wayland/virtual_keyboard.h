@@ -15,7 +15,8 @@ namespace lexwend::platform {
 
 /// A keyboard of this program's own, with keys and modifiers and a keymap (US) of its own: what the user
 /// holds and which layout is active make no difference to it, and it changes neither. The compositor lists it
-/// from the first key on.
+/// from the first key on. A compositor that does not take its keys in time takes none of them later: the
+/// connection is closed, and another one made for the next key.
 class VirtualKeyboard : public KeyPlayer {
  public:
   /// The name of its one layout, by which it can be told from the user's keyboards.
@@ -33,13 +34,14 @@ class VirtualKeyboard : public KeyPlayer {
   bool settle() override;
 
  private:
-  VirtualKeyboard(std::unique_ptr<WaylandConnection> connection, zwp_virtual_keyboard_manager_v1* manager)
-      : connection_(std::move(connection)), manager_(manager) {}
+  VirtualKeyboard() = default;
+  bool connect();
   bool create();
+  void disconnect();
 
-  std::unique_ptr<WaylandConnection> connection_;
-  zwp_virtual_keyboard_manager_v1* manager_;
-  zwp_virtual_keyboard_v1* keyboard_ = nullptr;
+  std::unique_ptr<WaylandConnection> connection_;  // null after it was closed
+  zwp_virtual_keyboard_manager_v1* manager_ = nullptr;
+  zwp_virtual_keyboard_v1* keyboard_ = nullptr;  // null until the first key
   std::uint32_t modifiers_ = 0;
 };
 

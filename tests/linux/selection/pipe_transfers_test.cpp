@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "platform/linux/selection/own_pipes.h"
+
 namespace lexwend::platform {
 namespace {
 
@@ -135,6 +137,10 @@ TEST_F(PipeTransfersTest, countAFetchByTheTimeOfItsQuestionAndTellItsEnd) {
   fetcher.reads();
   const Clock::time_point before = Clock::now();
   transfers.proceed();
+  EXPECT_FALSE(isOpen(fetcher.pipe())) << "whoever reads meets the end";
+  EXPECT_FALSE(transfers.anySince(start)) << "the last piece was not read";
+  fetcher.reads();
+  transfers.proceed();
   EXPECT_TRUE(transfers.anySince(start));
   ASSERT_TRUE(transfers.firstTextSince(start));
   EXPECT_GE(*transfers.firstTextSince(start), before);
@@ -144,6 +150,8 @@ TEST_F(PipeTransfersTest, countAFetchByTheTimeOfItsQuestionAndTellItsEnd) {
 
 TEST_F(PipeTransfersTest, tellTextFromOtherContents) {
   transfers.start(fetcher.pipe(), target("image/png", 5), start);
+  transfers.proceed();
+  fetcher.reads();
   transfers.proceed();
   EXPECT_TRUE(transfers.anySince(start));
   EXPECT_EQ(transfers.firstTextSince(start), std::nullopt);
@@ -162,7 +170,30 @@ TEST_F(PipeTransfersTest, tellNoFetchWhileAnotherIsUnderWay) {
 TEST_F(PipeTransfersTest, forgetFetches) {
   transfers.start(fetcher.pipe(), text(), start);
   transfers.proceed();
+  fetcher.reads();
+  transfers.proceed();
   transfers.forgetFetches();
+  EXPECT_FALSE(transfers.anySince(start));
+}
+
+TEST_F(PipeTransfersTest, forgetWhatNobodyReadsAnyMore) {
+  const Fetcher another;
+  transfers.start(fetcher.pipe(), text(), start);
+  transfers.proceed();
+  transfers.forgetFetches();
+  transfers.start(another.pipe(), text(), start);
+  transfers.proceed();
+  another.reads();
+  transfers.proceed();
+  EXPECT_TRUE(transfers.anySince(start));
+}
+
+TEST_F(PipeTransfersTest, countNoFetchOfThisProcess) {
+  const OwnPipe own(fetcher.pipe());
+  transfers.start(fetcher.pipe(), text(), start);
+  transfers.proceed();
+  fetcher.reads();
+  transfers.proceed();
   EXPECT_FALSE(transfers.anySince(start));
 }
 
@@ -171,6 +202,8 @@ TEST_F(PipeTransfersTest, keepTheNewestFetches) {
     const Fetcher each;
     transfers.start(each.pipe(), target(second == 0 ? "UTF8_STRING" : "image/png", 1),
                     start + std::chrono::seconds(second));
+    transfers.proceed();
+    each.reads();
     transfers.proceed();
   }
   EXPECT_EQ(transfers.firstTextSince(start), std::nullopt);

@@ -54,6 +54,11 @@ void FakeSway::fallSilent() {
   isSilent_ = true;
 }
 
+void FakeSway::speakAgain() {
+  const std::lock_guard lock(mutex_);
+  isSilent_ = false;
+}
+
 void FakeSway::tell(std::uint32_t type, const std::string& payload) {
   const std::lock_guard lock(mutex_);
   for (const int subscriber : subscribers_) send(subscriber, type, payload);

@@ -27,6 +27,7 @@ class FakeSway {
   void answer(std::uint32_t type, std::string payload);
   /// From now on nothing is answered.
   void fallSilent();
+  void speakAgain();
   /// Tells those who have subscribed.
   void tell(std::uint32_t type, const std::string& payload);
   /// The payloads of the commands so far.

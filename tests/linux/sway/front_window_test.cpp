@@ -35,6 +35,28 @@ TEST(FrontWindow, ofXWaylandHasItsClass) {
   EXPECT_EQ(front->windowClass, "XTerm");
 }
 
+TEST(FocusKey, isBoundAsLongAsItLives) {
+  FakeSway sway;
+  const auto ipc = SwayIpc::open();
+  ASSERT_NE(ipc, nullptr);
+  {
+    const auto key = focusKeyOf(ipc, 7);
+    ASSERT_TRUE(key.has_value());
+    EXPECT_EQ(key->evdev, 240);
+    EXPECT_EQ(sway.commands().back(), "bindcode --no-warn --inhibited 248 [con_id=7] focus");
+  }
+  EXPECT_EQ(sway.commands().back(), "unbindcode --inhibited 248");
+}
+
+TEST(FocusKey, isNoneWhereSwayRefuses) {
+  FakeSway sway;
+  const auto ipc = SwayIpc::open();
+  ASSERT_NE(ipc, nullptr);
+  sway.answer(0, R"([{"success":false}])");
+  EXPECT_FALSE(focusKeyOf(ipc, 7).has_value());
+  EXPECT_EQ(sway.commands().size(), 1U);
+}
+
 TEST(FrontWindow, isNoneWhereAWorkspaceHasTheFocus) {
   EXPECT_FALSE(frontIn(R"({"nodes":[{"focused":true,"type":"workspace","nodes":[]}]})").has_value());
   EXPECT_FALSE(frontIn("[]").has_value());

@@ -51,6 +51,18 @@ TEST(Sway, thatFallsSilentHoldsNobodyUpTwice) {
   EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds(500));
 }
 
+TEST(Sway, isAskedAgainAfterASilence) {
+  FakeSway sway;
+  sway.answer(100, "[]");
+  const auto ipc = SwayIpc::open();
+  ASSERT_NE(ipc, nullptr);
+  sway.fallSilent();
+  EXPECT_EQ(ipc->inputs(), nullptr);
+  EXPECT_EQ(ipc->inputs(), nullptr);
+  sway.speakAgain();
+  EXPECT_NE(ipc->inputs(), nullptr);
+}
+
 TEST(Sway, isAskedWhileTheAnswersOfTicksArrive) {
   FakeSway sway;
   sway.answer(100, "[]");

@@ -113,6 +113,15 @@ PrivateSway::~PrivateSway() {
   ::waitpid(process_, nullptr, 0);
 }
 
+void PrivateSway::stop() {
+  ::kill(process_, SIGSTOP);
+  ::waitpid(process_, nullptr, WUNTRACED);  // it has
+}
+
+void PrivateSway::goOn() {
+  ::kill(process_, SIGCONT);
+}
+
 void PrivateSway::setLayouts(const std::string& layouts) {
   // sway tells of a new keyboard, and of a new keymap only where it has made it itself.
   typist_ = std::make_unique<WaylandTypist>();

@@ -27,6 +27,9 @@ class PrivateSway {
   PrivateSway& operator=(const PrivateSway&) = delete;
 
   SwayIpc& ipc() { return *ipc_; }
+  /// From now on it answers nothing, until it goes on.
+  void stop();
+  void goOn();
   /// Returns when sway lists them.
   void setLayouts(const std::string& layouts);
   /// The place of the active layout of the user's keyboard.

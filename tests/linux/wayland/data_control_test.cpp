@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "platform/linux/wayland/data_control_owner.h"
 #include "platform/linux/wayland/data_control_reader.h"
@@ -49,6 +50,35 @@ struct DataControlClipboard : testing::Test {
     return found;
   }
 
+  /// What a program without the ways of this one reads, while `owner` serves.
+  static std::string fetch(SelectionOwner& owner) {
+    const auto fetching = DataControl::open();
+    DataControl::OfferRef offer;
+    fetching->watch([&](DataControl::OfferRef offered) { offer = std::move(offered); });
+    fetching->connection().roundTrip();
+    int ends[2];
+    if (!offer || pipe(ends) != 0) return "nothing";
+    offer->receive("UTF8_STRING", ends[1]);
+    fetching->connection().roundTrip();
+    close(ends[1]);
+    std::string found;
+    std::atomic<bool> isDone = false;
+    std::thread reading([&] {
+      char bytes[4096];
+      for (ssize_t count; (count = ::read(ends[0], bytes, sizeof bytes)) > 0;) {
+        found.append(bytes, static_cast<std::size_t>(count));
+      }
+      isDone = true;
+    });
+    while (!isDone) {
+      owner.wait(-1, SelectionOwner::Clock::now() + 5ms);
+      owner.handleEvents();
+    }
+    reading.join();
+    close(ends[0]);
+    return found;
+  }
+
   PrivateSway sway;
   std::unique_ptr<SelectionOwner> another = DataControlOwner::open([](const SelectionOwner::Change&) {});
 };
@@ -79,9 +109,52 @@ TEST_F(DataControlClipboard, tellsWhenItsTextWasFetched) {
   owner->claim(text(std::string(1 << 20, 'a')), owner->serverTime());
   const auto before = SelectionOwner::Clock::now();
   EXPECT_FALSE(owner->firstFetchBy({}, before).has_value());
-  EXPECT_EQ(read(*owner), std::string(1 << 20, 'a'));
+  EXPECT_EQ(fetch(*owner), std::string(1 << 20, 'a'));
+  owner->handleEvents();
   EXPECT_TRUE(owner->firstFetchBy({}, before).has_value());
   EXPECT_FALSE(owner->firstFetchBy({}, SelectionOwner::Clock::now()).has_value());
+}
+
+TEST_F(DataControlClipboard, countsAsFetchedOnlyWhenTheProgramHasReadIt) {
+  std::vector<bool> areOwn;
+  const auto owner = open(areOwn);
+  owner->claim(text("own"), owner->serverTime());
+  const auto before = SelectionOwner::Clock::now();
+  const auto fetching = DataControl::open();
+  DataControl::OfferRef offer;
+  fetching->watch([&](DataControl::OfferRef offered) { offer = std::move(offered); });
+  fetching->connection().roundTrip();
+  ASSERT_NE(offer, nullptr);
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  offer->receive("UTF8_STRING", ends[1]);
+  fetching->connection().roundTrip();
+  close(ends[1]);
+  const auto serveFor = [&](std::chrono::milliseconds time) {
+    const auto end = SelectionOwner::Clock::now() + time;
+    while (SelectionOwner::Clock::now() < end) {
+      owner->wait(-1, end);
+      owner->handleEvents();
+    }
+  };
+  serveFor(200ms);
+  EXPECT_FALSE(owner->firstFetchBy({}, before).has_value()) << "nobody has read it";
+  char bytes[8];
+  EXPECT_EQ(::read(ends[0], bytes, sizeof bytes), 3);
+  EXPECT_EQ(::read(ends[0], bytes, sizeof bytes), 0) << "its end is told without the owner";
+  serveFor(200ms);
+  EXPECT_TRUE(owner->firstFetchBy({}, before).has_value());
+  close(ends[0]);
+}
+
+TEST_F(DataControlClipboard, isNotFetchedByItsOwnProcess) {
+  std::vector<bool> areOwn;
+  const auto owner = open(areOwn);
+  owner->claim(text("own"), owner->serverTime());
+  const auto before = SelectionOwner::Clock::now();
+  EXPECT_EQ(read(*owner), "own");
+  EXPECT_FALSE(owner->firstFetchBy({}, before).has_value());
+  EXPECT_FALSE(owner->wasFetched(before));
 }
 
 TEST_F(DataControlClipboard, isEmptyAfterAClaimOfNothing) {
