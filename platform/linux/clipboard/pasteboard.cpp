@@ -195,13 +195,13 @@ bool LinuxPasteboard::somebodyElseHasCopied() {
   const OwnerThread::Change change = owner_->lastChange();
   if (change.isOwn || change.owner == XCB_WINDOW_NONE) return false;
   const auto copy = copyOfThisFix();
-  if (pasteOfPassingText()) {
-    const bool isAnswer = copy && OwnerThread::isAnswerTo({copy->application, readAt_, copy->time}, change,
-                                                          reader_->application(change.owner));
-    return !isAnswer &&
-           reader_->readText({budget_.takenOver, budget_.takenOver, budget_.bytes}) != passing_->text;
-  }
-  return copy && change.number != changesAtRead_ && !isFromCopier(change.owner, copy->application);
+  const bool isAnswer = copy && OwnerThread::isAnswerTo({copy->application, readAt_, copy->time}, change,
+                                                        reader_->application(change.owner));
+  if (isAnswer) return false;
+  if (!pasteOfPassingText() && (!copy || change.number == changesAtRead_)) return false;
+  // A clipboard manager may have taken over what this fix has put there: the text tells, not the owner.
+  const auto stands = reader_->readText({budget_.takenOver, budget_.takenOver, budget_.bytes});
+  return stands != (pasteOfPassingText() ? std::optional(passing_->text) : copied_);
 }
 
 void LinuxPasteboard::keepEmpty() {

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <string>
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -17,17 +17,27 @@ namespace {
 
 // An application asks a dozen times for one paste; the older fetches tell nothing new.
 constexpr std::size_t kRememberedFetches = 256;
-// Nobody tells that a pipe was read.
-constexpr std::chrono::milliseconds kLookAtPipes{20};
-// A program that has not read by then has gone, which cannot be told from one that is busy.
+// A program that has not read by then has gone, or is stuck.
 constexpr std::chrono::seconds kReadingTime{3};
+
+/// Nobody tells that a pipe was read. A program waits for its end, and most read at once.
+std::chrono::milliseconds nextLook(PipeTransfers::Clock::duration sinceWritten) {
+  constexpr std::chrono::milliseconds kAtOnce{50};
+  return sinceWritten < kAtOnce ? std::chrono::milliseconds(1) : std::chrono::milliseconds(20);
+}
 
 }  // namespace
 
 void PipeTransfers::start(int pipe, const ClipboardTarget& target, Clock::time_point asked, Ended ended) {
   fcntl(pipe, F_SETFL, O_NONBLOCK);
-  transfers_.push_back({pipe, target.bytes, isTextTarget(target.name), OwnPipe::isEnd(pipe), asked,
-                        std::move(ended), 0, Clock::now() + patience_});
+  transfers_.push_back({.pipe = pipe,
+                        .bytes = target.bytes,
+                        .isText = isTextTarget(target.name),
+                        .counts = !OwnPipe::isEnd(pipe),
+                        .asked = asked,
+                        .ended = std::move(ended),
+                        .offset = 0,
+                        .deadline = Clock::now() + patience_});
 }
 
 PipeTransfers::Progress PipeTransfers::advance(Transfer& transfer) const {
@@ -40,77 +50,68 @@ PipeTransfers::Progress PipeTransfers::advance(Transfer& transfer) const {
     transfer.offset += static_cast<std::size_t>(written);
     transfer.deadline = Clock::now() + patience_;
   }
-  return Progress::done;
+  if (!transfer.written) transfer.written = Clock::now();
+  return transfer.ended ? Progress::done : awaitReading(transfer);
+}
+
+/// What is no pipe counts as read.
+PipeTransfers::Progress PipeTransfers::awaitReading(const Transfer& transfer) {
+  int unread = 0;
+  if (::ioctl(transfer.pipe, FIONREAD, &unread) != 0 || unread == 0) return Progress::done;
+  pollfd pipe{transfer.pipe, 0, 0};
+  const bool nobodyReads = ::poll(&pipe, 1, 0) > 0 && (pipe.revents & POLLERR) != 0;
+  if (nobodyReads) return Progress::failed;
+  return Clock::now() < *transfer.written + kReadingTime ? Progress::waits : Progress::done;
 }
 
 void PipeTransfers::proceed() {
   std::erase_if(transfers_, [this](Transfer& transfer) {
     const Progress progress = advance(transfer);
     if (progress == Progress::waits) return false;
-    if (progress == Progress::done && !transfer.isOwn) awaitReading(transfer);
     ::close(transfer.pipe);
+    if (progress == Progress::done && transfer.counts) note(transfer);
     if (transfer.ended) transfer.ended(progress == Progress::done);
     return true;
   });
-  noteReading();
 }
 
-/// By a reading end of this process, so that whoever reads meets the end when the writing end is closed. What
-/// cannot be opened is no pipe, and counts as read.
-void PipeTransfers::awaitReading(const Transfer& transfer) {
-  const std::string pipe = "/proc/self/fd/" + std::to_string(transfer.pipe);
-  const int readingEnd = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  unread_.push_back({readingEnd, transfer.isText, transfer.asked, Clock::now() + kReadingTime});
-}
-
-void PipeTransfers::noteReading() {
-  std::erase_if(unread_, [this](const Unread& each) {
-    int bytes = 0;
-    const bool isRead = ::ioctl(each.readingEnd, FIONREAD, &bytes) != 0 || bytes == 0;
-    const Clock::time_point now = Clock::now();
-    if (!isRead && now < each.deadline) return false;
-    if (each.readingEnd >= 0) ::close(each.readingEnd);
-    fetches_.push_back({each.isText, each.asked, now});
-    if (fetches_.size() > kRememberedFetches) fetches_.pop_front();
-    return true;
-  });
+void PipeTransfers::note(const Transfer& transfer) {
+  fetches_.push_back({transfer.isText, transfer.asked, Clock::now()});
+  if (fetches_.size() > kRememberedFetches) fetches_.pop_front();
 }
 
 bool PipeTransfers::isUnderWay() const {
-  const bool isWriting =
-      std::any_of(transfers_.begin(), transfers_.end(), [](const Transfer& each) { return !each.isOwn; });
-  return isWriting || !unread_.empty();
+  return std::any_of(transfers_.begin(), transfers_.end(), [](const Transfer& each) { return each.counts; });
 }
 
 void PipeTransfers::forgetFetches() {
   fetches_.clear();
-  for (const Unread& each : unread_) {
-    if (each.readingEnd >= 0) ::close(each.readingEnd);
-  }
-  unread_.clear();
+  for (Transfer& each : transfers_) each.counts = false;
 }
 
 void PipeTransfers::abandon() {
   for (const Transfer& transfer : transfers_) ::close(transfer.pipe);
   transfers_.clear();
-  forgetFetches();
+  fetches_.clear();
 }
 
 std::vector<int> PipeTransfers::pipes() const {
   std::vector<int> pipes;
   pipes.reserve(transfers_.size());
-  for (const Transfer& transfer : transfers_) pipes.push_back(transfer.pipe);
+  for (const Transfer& transfer : transfers_) {
+    if (!transfer.written) pipes.push_back(transfer.pipe);
+  }
   return pipes;
 }
 
 std::optional<PipeTransfers::Clock::time_point> PipeTransfers::earlier(
     std::optional<Clock::time_point> until) const {
-  for (const Transfer& transfer : transfers_) {
-    until = std::min(until.value_or(transfer.deadline), transfer.deadline);
+  const Clock::time_point now = Clock::now();
+  for (const Transfer& each : transfers_) {
+    const auto due = each.written ? now + nextLook(now - *each.written) : each.deadline;
+    until = std::min(until.value_or(due), due);
   }
-  if (unread_.empty()) return until;
-  const Clock::time_point look = Clock::now() + kLookAtPipes;
-  return std::min(until.value_or(look), look);
+  return until;
 }
 
 std::optional<PipeTransfers::Clock::time_point> PipeTransfers::firstTextSince(Clock::time_point since) const {

@@ -28,22 +28,26 @@ class PipeTransfers {
 
   /// Owns the pipe from now on. Nothing is written before proceed(). `asked` is when the program asked. What
   /// this process reads itself (OwnPipe) is not fetched.
+  ///
+  /// The pipe is closed when it has been read, because a program that has asked and is busy may give up its
+  /// reading for what is on the clipboard by then. After three seconds it is closed all the same. A pipe with
+  /// `ended` leads to the compositor, which reads it after it was told the end: it is closed when all is
+  /// written.
   void start(int pipe, const ClipboardTarget& target, Clock::time_point asked, Ended ended = {});
-  /// Writes what the pipes take, and ends the transfers that are done, refused or stalled.
+  /// Writes what the pipes take, and ends the transfers that are read, refused or stalled.
   void proceed();
   /// Closes every pipe and tells nobody.
   void abandon();
-  /// Whether nothing is left to be written.
+  /// Whether none is under way.
   bool empty() const { return transfers_.empty(); }
 
-  /// The pipes, for a wait until one takes more.
+  /// The pipes that take more some time, for a wait until one does.
   std::vector<int> pipes() const;
-  /// `until`, or when proceed() would end the first stalled transfer if that is earlier.
+  /// `until`, or when proceed() has to look at a transfer if that is earlier.
   std::optional<Clock::time_point> earlier(std::optional<Clock::time_point> until) const;
 
-  /// When the first text that was asked for since then had been fetched whole: when it was read, because a
-  /// program that has asked and is busy may give up its reading for what is on the clipboard by then. After
-  /// three seconds it counts as read. Nothing while a transfer is under way.
+  /// When the first text that was asked for since then had been fetched whole. Nothing while a transfer is
+  /// under way.
   std::optional<Clock::time_point> firstTextSince(Clock::time_point since) const;
   /// Whether anything that was asked for since then has been fetched whole. False while a transfer is under
   /// way.
@@ -56,11 +60,12 @@ class PipeTransfers {
     int pipe;
     Bytes bytes;
     bool isText;
-    bool isOwn;  ///< of this process
+    bool counts;  ///< as a fetch
     Clock::time_point asked;
     Ended ended;
     std::size_t offset;
     Clock::time_point deadline;
+    std::optional<Clock::time_point> written{};  ///< when the last piece was
   };
   struct Fetch {
     bool isText;
@@ -69,22 +74,13 @@ class PipeTransfers {
   };
   enum class Progress { waits, done, failed };
 
-  /// Written, and not yet read.
-  struct Unread {
-    int readingEnd;
-    bool isText;
-    Clock::time_point asked;
-    Clock::time_point deadline;
-  };
-
   Progress advance(Transfer& transfer) const;
-  void awaitReading(const Transfer& transfer);
-  void noteReading();
+  static Progress awaitReading(const Transfer& transfer);
+  void note(const Transfer& transfer);
   bool isUnderWay() const;
 
   std::chrono::milliseconds patience_;
   std::vector<Transfer> transfers_;
-  std::vector<Unread> unread_;
   std::deque<Fetch> fetches_;  // in the order of their ends
 };
 

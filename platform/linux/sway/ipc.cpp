@@ -211,7 +211,8 @@ JsonRef SwayIpc::tree() {
 }
 
 void SwayIpc::sendTick(std::string_view text) {
-  if (questions_ && !questions_->send(kSendTick, text)) questions_.reset();
+  // Not by the connection of the questions, which may be closed before sway has read it.
+  if (events_) events_->send(kSendTick, text);
 }
 
 Registration SwayIpc::observe(std::function<void(const SwayEvent&)> handler) {

@@ -137,15 +137,27 @@ TEST_F(PipeTransfersTest, countAFetchByTheTimeOfItsQuestionAndTellItsEnd) {
   fetcher.reads();
   const Clock::time_point before = Clock::now();
   transfers.proceed();
-  EXPECT_FALSE(isOpen(fetcher.pipe())) << "whoever reads meets the end";
+  EXPECT_TRUE(isOpen(fetcher.pipe()));
   EXPECT_FALSE(transfers.anySince(start)) << "the last piece was not read";
   fetcher.reads();
   transfers.proceed();
+  EXPECT_FALSE(isOpen(fetcher.pipe())) << "whoever reads meets the end";
   EXPECT_TRUE(transfers.anySince(start));
   ASSERT_TRUE(transfers.firstTextSince(start));
   EXPECT_GE(*transfers.firstTextSince(start), before);
   EXPECT_EQ(transfers.firstTextSince(start + 1ns), std::nullopt);
   EXPECT_FALSE(transfers.anySince(start + 1ns));
+}
+
+TEST_F(PipeTransfersTest, countNoFetchOfAProgramThatGoesWithoutReading) {
+  transfers.start(fetcher.pipe(), text(), start);
+  transfers.proceed();
+  EXPECT_THAT(transfers.pipes(), testing::IsEmpty());
+  EXPECT_LT(transfers.earlier(std::nullopt), Clock::now() + 50ms) << "nobody tells when it goes";
+  fetcher.goes();
+  transfers.proceed();
+  EXPECT_TRUE(transfers.empty());
+  EXPECT_FALSE(transfers.anySince(start));
 }
 
 TEST_F(PipeTransfersTest, tellTextFromOtherContents) {

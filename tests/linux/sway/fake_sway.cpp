@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::uint32_t kRunCommand = 0;
 constexpr std::uint32_t kSubscribe = 2;
+constexpr std::uint32_t kSendTick = 10;
 constexpr std::size_t kHeadSize = 14;
 
 void send(int client, std::uint32_t type, const std::string& payload) {
@@ -69,6 +70,11 @@ std::vector<std::string> FakeSway::commands() {
   return commands_;
 }
 
+std::vector<std::string> FakeSway::ticks() {
+  const std::lock_guard lock(mutex_);
+  return ticks_;
+}
+
 void FakeSway::run() {
   for (;;) {
     std::vector<pollfd> waited = {{stop_[0], POLLIN, 0}, {listener_, POLLIN, 0}};
@@ -97,6 +103,7 @@ void FakeSway::handle(int client) {
   if (!payload.empty()) recv(client, payload.data(), payload.size(), MSG_WAITALL);
   const std::lock_guard lock(mutex_);
   if (numbers[1] == kRunCommand) commands_.push_back(payload);
+  if (numbers[1] == kSendTick) ticks_.push_back(payload);
   if (numbers[1] == kSubscribe) subscribers_.push_back(client);
   if (isSilent_) return;
   const auto known = answers_.find(numbers[1]);

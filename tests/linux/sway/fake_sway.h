@@ -32,6 +32,8 @@ class FakeSway {
   void tell(std::uint32_t type, const std::string& payload);
   /// The payloads of the commands so far.
   std::vector<std::string> commands();
+  /// The payloads of the ticks so far.
+  std::vector<std::string> ticks();
 
  private:
   void run();
@@ -44,6 +46,7 @@ class FakeSway {
   std::mutex mutex_;
   std::map<std::uint32_t, std::string> answers_;
   std::vector<std::string> commands_;
+  std::vector<std::string> ticks_;
   std::vector<int> clients_;
   std::vector<int> subscribers_;
   bool isSilent_ = false;

@@ -73,5 +73,17 @@ TEST(Sway, isAskedWhileTheAnswersOfTicksArrive) {
   EXPECT_NE(ipc->inputs(), nullptr);
 }
 
+/// Else the end of a pause would never be told, and no hot key would fire any more.
+TEST(Sway, getsATickAlsoAfterASilence) {
+  FakeSway sway;
+  const auto ipc = SwayIpc::open();
+  ASSERT_NE(ipc, nullptr);
+  sway.fallSilent();
+  EXPECT_EQ(ipc->tree(), nullptr);
+  ipc->sendTick("one");
+  while (sway.ticks().empty()) std::this_thread::yield();
+  EXPECT_EQ(sway.ticks(), std::vector<std::string>{"one"});
+}
+
 }  // namespace
 }  // namespace lexwend::platform
