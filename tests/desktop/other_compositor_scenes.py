@@ -94,8 +94,8 @@ def says_what_to_do_about_the_hot_key(stage):
     assert 'bind a key to the command lexwend --fix' in report, report
 
 
-def make_session(programs, **options):
-    return OtherSession(programs.parent / 'linux' / 'typist' / 'wayland_typist', **options)
+def make_session(agent, **options):
+    return OtherSession(agent.parent.parent / 'tests' / 'linux' / 'typist' / 'wayland_typist', **options)
 
 
 if __name__ == '__main__':

@@ -10,7 +10,7 @@ import subprocess
 import time
 from datetime import datetime, timedelta
 
-from session import AccessibilityBus, PressCounter, run_scene, until
+from session import DEADLINE_SECONDS, AccessibilityBus, DesktopError, PressCounter, run_scene, until
 from stage import HERE, SCENES, in_each_editor, main, scene
 
 
@@ -72,13 +72,25 @@ def fixes_a_search_field_in_a_crowd(stage, version):
     bus = AccessibilityBus()
     until(lambda: bus.hears_focus(stage.agent.pid), 'the agent to listen to the focus')
     stage.session.start_in_front(gtk_field(version, 'search', 'akuo'))
-    until(bus.text_has_said_that_it_is_focused, 'the field to have the focus')
+    hears_focus_of_field(stage, bus)
     stage.keyboard.press('Control+a')
     until(lambda: primary() == 'akuo', 'the text to be selected')
     stage.fix_ends()
     stage.keyboard.press('Control+a')
     until(lambda: primary() == 'שלום', 'the text to be fixed')
     stage.expect_paths(['done'])
+
+
+def hears_focus_of_field(stage, bus):
+    """A program that has just started tells its first focus to nobody before it knows who listens: then it gets the focus anew."""
+    for seconds in (4, 4, DEADLINE_SECONDS):
+        try:
+            return until(bus.text_has_said_that_it_is_focused, 'the field to have the focus', seconds)
+        except DesktopError:
+            if seconds == DEADLINE_SECONDS:
+                raise
+            stage.keyboard.press('Tab')
+            stage.keyboard.press('Shift+Tab')
 
 
 def primary():

@@ -96,10 +96,16 @@ class Stage:
         return lambda: self.field.selection_length() >= length
 
     def fix_ends(self):
-        """Presses the hot key and waits until the fix has ended."""
+        """Presses the hot key and waits until the fix has ended, and the agent takes the next press: it drops those during a fix."""
         ended = self._ends()
         self.keyboard.press('F2')
         until(lambda: self._ends() > ended, 'the fix to end')
+        until(self._agent_sleeps, 'the agent to have nothing to do')
+
+    def _agent_sleeps(self):
+        """Its main thread (proc(5))."""
+        status = Path(f'/proc/{self.agent.pid}/stat').read_text(encoding='utf-8', errors='replace')
+        return status.rpartition(')')[2].split()[0] == 'S'
 
     def _ends(self):
         log = self.session.log()
