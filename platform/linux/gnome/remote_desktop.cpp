@@ -182,7 +182,7 @@ int MutterRemoteDesktop::askForDescriptor(const char* method, GVariant* argument
 }
 
 int MutterRemoteDesktop::read(const std::string& type, Clock::time_point until) {
-  constexpr std::chrono::milliseconds kLookAgain{1};
+  constexpr std::chrono::milliseconds kTryAgain{1};
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     lastUse_ = Clock::now();
@@ -194,7 +194,7 @@ int MutterRemoteDesktop::read(const std::string& type, Clock::time_point until) 
     const bool isBusy =
         error && g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_LIMITS_EXCEEDED) != FALSE;
     if (!isBusy || Clock::now() >= until) return descriptor;
-    std::this_thread::sleep_for(kLookAgain);
+    std::this_thread::sleep_for(kTryAgain);
   }
 }
 
