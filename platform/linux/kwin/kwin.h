@@ -68,7 +68,6 @@ class KWin {
 
  private:
   explicit KWin(std::unique_ptr<WaylandConnection> connection);
-  void handleEvents();
 
   Handlers<std::function<void()>> keymapHandlers_;  // before those whose making may bring a keymap
   std::unique_ptr<WaylandConnection> connection_;

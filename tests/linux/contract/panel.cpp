@@ -83,7 +83,7 @@ bool Panel::showsItem() {
 }
 
 void Panel::click() {
-  peer_.call(item(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "ContextMenu",
+  peer_.call(item(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
              g_variant_new("(ii)", 5, 5));
 }
 

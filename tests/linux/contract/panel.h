@@ -19,7 +19,7 @@ class Panel {
   std::string item();
   /// Whether that item is still there.
   bool showsItem();
-  /// The user clicks on the item. This panel draws no menus.
+  /// The user clicks on the item.
   void click();
 
   /// An entry of the menu that a panel draws itself.
