@@ -9,6 +9,7 @@ report is printed, and the exit status is 1. `fuzz/run.py --seconds 600` is ten 
 """
 import argparse
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -23,13 +24,17 @@ SLACK_SECONDS = 60
 # Files that are written a thousand times.
 IN_MEMORY = {'TMPDIR': '/dev/shm'} if os.access('/dev/shm', os.W_OK) else {}
 LINES_OF_REPORT = 60
+# What is wrong, where in our code, and the input: printed once more at the end.
+TELLING = re.compile(r'not so|terminat|  what|.*(ERROR: |runtime error: )|\s+#\d+ .*(lexwend|LLVMFuzzer)|Base64: ')
+LETTERS_OF_LINE = 400
 
 
 class Run:
     """The targets that are still to be run."""
 
     def __init__(self, seconds, seed, names):
-        self.seconds, self.seed, self.left, self.lock, self.bad = seconds, seed, list(names), threading.Lock(), []
+        self.seconds, self.seed, self.left, self.lock = seconds, seed, list(names), threading.Lock()
+        self.bad, self.tellings = [], []
 
     def work(self):
         while True:
@@ -43,6 +48,7 @@ class Run:
                 print(f'{"ok     " if good else "FINDING"}  {name}: {done}', flush=True)
                 if not good:
                     self.bad.append(name)
+                    self.tellings += [f'{name}: {line[:LETTERS_OF_LINE]}' for line in said if TELLING.match(line)]
                     print('\n'.join(said[-LINES_OF_REPORT:]), flush=True)
 
     def fuzz(self, name):
@@ -92,6 +98,8 @@ def main():
         worker.start()
     for worker in workers:
         worker.join()
+    for line in run.tellings:
+        print(line)
     print(f'fuzz: {len(names)} targets, {arguments.seconds} s each, {len(run.bad)} with findings')
     return 1 if run.bad else 0
 

@@ -7,16 +7,19 @@ again after a failure, and a failed build does not hide the steps after it. A sk
 """
 
 import argparse
+import collections
 import os
 import platform
 import subprocess
 import sys
+import threading
 import time
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 LINES_OF_FAILURE = 20
+SECONDS_FOR_THE_REST = 5
 STARTED = time.monotonic()
 BOLD, RED, GREEN = 1, 31, 32
 # How many wrong changes are tried in which rooms. Those of core and platform/linux have slow tests.
@@ -80,29 +83,42 @@ class Tally:
 
 
 def run(*command):
+    """The exit status, and the end of what the command said, which is shown as it comes."""
     print("$ " + " ".join(map(str, command)), flush=True)
-    return subprocess.run(list(map(str, command)), cwd=ROOT, stdin=subprocess.DEVNULL).returncode
+    command = list(map(str, command))
+    if sys.stdout.isatty():  # the tools count in one line there, and a person can scroll back
+        return subprocess.run(command, cwd=ROOT, stdin=subprocess.DEVNULL).returncode, ""
+    last = collections.deque(maxlen=LINES_OF_FAILURE)
+
+    def show(lines):
+        for line in lines:
+            print(line, end="", flush=True)
+            last.append(line)
+
+    process = subprocess.Popen(command, cwd=ROOT, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                               text=True, errors="replace")
+    reader = threading.Thread(target=show, args=(process.stdout,), daemon=True)
+    reader.start()
+    status = process.wait()
+    reader.join(SECONDS_FOR_THE_REST)  # a program that the command left behind may hold the pipe for ever
+    return status, "".join(last)
 
 
-def check(tally, name, *command):
-    """One command that passes or fails as a whole."""
+def check(tally, name, *commands):
+    """Commands that pass or fail as a whole; the first that fails is the last."""
     headline(name)
     start = time.monotonic()
-    good = run(*command) == 0
-    tally.add(name, time.monotonic() - start, 1 if good else 0, 0 if good else 1)
-    if not good:
-        tally.note(name)
-    return good
+    for command in commands:
+        status, said = run(*command)
+        if status != 0:
+            tally.note(name, said)
+            break
+    tally.add(name, time.monotonic() - start, 1 if status == 0 else 0, 0 if status == 0 else 1)
+    return status == 0
 
 
 def build(tally, preset, *options):
-    headline(f"build {preset}")
-    start = time.monotonic()
-    good = run("cmake", "--preset", preset, *options) == 0 and run("cmake", "--build", "--preset", preset) == 0
-    tally.add(f"build {preset}", time.monotonic() - start, 1 if good else 0, 0 if good else 1)
-    if not good:
-        tally.note(f"build {preset}")
-    return good
+    return check(tally, f"build {preset}", ["cmake", "--preset", preset, *options], ["cmake", "--build", "--preset", preset])
 
 
 def outcomes(report):
@@ -126,7 +142,7 @@ def tests(tally, preset, *options):
     report = folder / "tests.xml"
     report.unlink(missing_ok=True)
     # Most tests wait for a display, a bus or a program most of the time.
-    status = run("ctest", "--test-dir", folder, "-j", max(4, os.cpu_count() or 2), "--output-on-failure", "--no-tests=error",
+    status, _ = run("ctest", "--test-dir", folder, "-j", max(4, os.cpu_count() or 2), "--output-on-failure", "--no-tests=error",
                  "--output-junit", report, *options)
     counts = {"passed": 0, "failed": 0, "skipped": 0}
     if report.exists():
@@ -177,33 +193,33 @@ def main():
         # Half of the compiler's work on these folders. With --all the sources of the Linux host are changed one by one.
         unity = f"-DLEXWEND_UNITY={'OFF' if wanted.all else 'ON'}"
         if build(tally, "dev", large, unity, "-DLEXWEND_COVERAGE=ON", *mac_host, *bench):
-            check(tally, "coverage counters at zero", "scripts/coverage.sh", "--reset", "build/dev")
+            check(tally, "coverage counters at zero", ["scripts/coverage.sh", "--reset", "build/dev"])
             tests(tally, "dev", "-LE", "desktop")
-            check(tally, "coverage", "scripts/coverage.sh", "--report", "build/dev")
+            check(tally, "coverage", ["scripts/coverage.sh", "--report", "build/dev"])
             tests(tally, "dev", "-L", "desktop")
             if not wanted.quick:
                 for count, *rooms in CHANGES_OF_ALL if wanted.all else CHANGES:
                     rooms = [room for room in rooms if mac_host or not room.startswith("platform/mac")]
                     if rooms:
-                        check(tally, f"changes are noticed: {', '.join(rooms)}", python, "-u", "scripts/mutate.py", "--count", count, *rooms)
+                        check(tally, f"changes are noticed: {', '.join(rooms)}", [python, "-u", "scripts/mutate.py", "--count", count, *rooms])
     else:
         build_and_test(tally, "dev")
     if not wanted.quick:
         # The second compiler and the sanitizers in one build: each finds what it finds without the other too.
         build_and_test(tally, "asan", [*mac_host, *clang, *bench], ["-LE", "desktop"])
         if linux:
-            check(tally, "fuzzing, 20 s a target", python, "-u", "fuzz/run.py", "--seed", "1")
-        check(tally, "layers", python, "scripts/check_layers.py")
-        check(tally, "canary of the layers", python, "scripts/check_layers.py", "--canaries")
+            check(tally, "fuzzing, 20 s a target", [python, "-u", "fuzz/run.py", "--seed", "1"])
+        check(tally, "layers", [python, "scripts/check_layers.py"])
+        check(tally, "canary of the layers", [python, "scripts/check_layers.py", "--canaries"])
         # Style is judged by one version of the tools, the one that Debian 12 has.
         if linux:
-            check(tally, "format", python, "scripts/check_style.py", "format")
-            check(tally, "canary of the format", python, "scripts/check_style.py", "format-canary")
-            check(tally, "headers", python, "scripts/check_style.py", "headers", "build/dev")
-            check(tally, "canary of the headers", python, "scripts/check_style.py", "headers-canary")
-            check(tally, "canaries of clang-tidy", python, "scripts/check_style.py", "tidy-canary")
-            check(tally, "clang-tidy", python, "-u", "scripts/check_style.py", "tidy-deep" if wanted.all else "tidy", "build/dev")
-            check(tally, "package in a fresh root", python, "-u", "packaging/try_package.py")
+            check(tally, "format", [python, "scripts/check_style.py", "format"])
+            check(tally, "canary of the format", [python, "scripts/check_style.py", "format-canary"])
+            check(tally, "headers", [python, "scripts/check_style.py", "headers", "build/dev"])
+            check(tally, "canary of the headers", [python, "scripts/check_style.py", "headers-canary"])
+            check(tally, "canaries of clang-tidy", [python, "scripts/check_style.py", "tidy-canary"])
+            check(tally, "clang-tidy", [python, "-u", "scripts/check_style.py", "tidy-deep" if wanted.all else "tidy", "build/dev"])
+            check(tally, "package in a fresh root", [python, "-u", "packaging/try_package.py"])
     return tally.close()
 
 
