@@ -173,7 +173,7 @@ class Scripts(unittest.TestCase):
         with contextlib.redirect_stdout(io.StringIO()), mock.patch.object(test_run, "ROOT", self.tree), \
                 mock.patch.object(test_run.platform, "system", lambda: system), \
                 mock.patch.object(test_run.platform, "machine", lambda: machine), \
-                mock.patch.object(test_run, "run", lambda *words: commands.append(" ".join(map(str, words))) or 0), \
+                mock.patch.object(test_run, "run", lambda *words: (commands.append(" ".join(map(str, words))) or 0, "")), \
                 mock.patch.object(sys, "argv", ["test_run.py"]), mock.patch.dict(os.environ, clear=True):
             self.assertEqual(test_run.main(), 0)
             self.assertEqual(os.environ.get("ASAN_OPTIONS"), "detect_container_overflow=0" if system == "Darwin" else None)

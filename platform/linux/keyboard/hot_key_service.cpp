@@ -172,9 +172,10 @@ void LinuxHotKeyService::handleEvent(const xcb_generic_event_t& event) {
 
 void LinuxHotKeyService::handlePress(const xcb_key_press_event_t& event) {
   // This order ensures that the release is seen: before the selection it belongs to the grab, after it the
-  // server reports it raw.
+  // server reports it raw. With its time, this leaves the grab of the next press alone, which may have begun
+  // (UngrabKeyboard has no effect on a later grab): its release would reach nobody.
   if (held_.empty()) selectRawReleases(true);
-  xcb_ungrab_keyboard(x11_->get(), XCB_CURRENT_TIME);
+  xcb_ungrab_keyboard(x11_->get(), event.time);
   x11_->flush();
 
   const auto lastPress = held_.find(event.detail);

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace lexwend::platform {
@@ -16,10 +18,16 @@ PrivateBus::PrivateBus() {
   std::string printAddress = "--print-address=1";
   char* arguments[] = {program.data(), session.data(), foreground.data(), printAddress.data(), nullptr};
   int output = -1;
-  // What it starts is of its group and ends with it, also while that is starting something itself.
-  const GSpawnChildSetupFunc leadGroup = [](gpointer) { ::setpgid(0, 0); };
-  if (g_spawn_async_with_pipes(nullptr, arguments, nullptr, G_SPAWN_SEARCH_PATH, leadGroup, nullptr,
-                               &process_, nullptr, &output, nullptr, nullptr) == FALSE) {
+  // What it starts is of its group and ends with it, also while that is starting something itself. It ends
+  // with the thread that made it, also where that is killed.
+  const GSpawnChildSetupFunc leadGroup = [](gpointer) {
+    ::setpgid(0, 0);
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+  };
+  // A child of this process itself: GLib would put another one between them, which ends at once.
+  constexpr auto kFlags = GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD);
+  if (g_spawn_async_with_pipes(nullptr, arguments, nullptr, kFlags, leadGroup, nullptr, &process_, nullptr,
+                               &output, nullptr, nullptr) == FALSE) {
     throw std::runtime_error("dbus-daemon cannot be started");
   }
   for (char byte = 0; ::read(output, &byte, 1) == 1 && byte != '\n';) address_ += byte;
@@ -30,7 +38,7 @@ PrivateBus::PrivateBus() {
 
 PrivateBus::~PrivateBus() {
   ::kill(-process_, SIGTERM);
-  g_spawn_close_pid(process_);
+  ::waitpid(process_, nullptr, 0);
 }
 
 BusPeer::BusPeer() {
