@@ -35,10 +35,19 @@ DefaultsValue typedValue(GKeyFile* file, const char* key, const char* raw) {
   if (const auto real = realValue(raw)) return defaultsNumber(*real);
   const GText string(g_key_file_get_string(file, kSettingsGroup, key, nullptr));
   if (string == nullptr || (!text.empty() && text.back() == ';')) return OtherDefaultsValue{};
-  // Of the carriage returns at the end of a line each reading takes one away.
-  std::string value = string.get();
-  value.erase(value.find_last_not_of('\r') + 1);
-  return value;
+  return std::string(string.get());
+}
+
+/// GLib takes away one carriage return at the end of a line with each reading: a value before several of them
+/// would change with every writing.
+std::string withoutCarriageReturnsAtLineEnds(std::string_view text) {
+  std::string plain;
+  for (const char c : text) {
+    if (c == '\n') plain.erase(plain.find_last_not_of('\r') + 1);
+    plain += c;
+  }
+  plain.erase(plain.find_last_not_of('\r') + 1);
+  return plain;
 }
 
 void setValue(GKeyFile* file, const std::string& key, const DefaultsValue& value) {
@@ -99,14 +108,15 @@ void LinuxUserDefaults::refresh() {
   read_.reset();
   GKeyFileRef fresh(g_key_file_new());
   if (version.exists) {
-    const auto text = user_folders::readSmallFile(path_);
-    if (!text) return;  // the reason may pass: the next access looks again
+    const auto bytes = user_folders::readSmallFile(path_);
+    if (!bytes) return;  // the reason may pass: the next access looks again
+    const std::string text = withoutCarriageReturnsAtLineEnds(*bytes);
     // A NUL would end a value for the reader, and what follows it would be lost with the next writing.
-    const bool isText = !text->empty() && text->find('\0') == std::string::npos;
-    const bool isWhole = isText && g_key_file_load_from_data(fresh.get(), text->data(), text->size(),
+    const bool isText = !text.empty() && text.find('\0') == std::string::npos;
+    const bool isWhole = isText && g_key_file_load_from_data(fresh.get(), text.data(), text.size(),
                                                              kEverything, nullptr) != FALSE;
     if (!isWhole && !hasSettled(version)) return;
-    if (!isWhole && !text->empty()) {
+    if (!isWhole && !text.empty()) {
       keepAside();
       version = versionOnDisk();
     }

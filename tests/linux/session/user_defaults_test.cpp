@@ -136,12 +136,17 @@ TEST_F(UserDefaultsFile, keepsWhatItDoesNotKnowWhenItWrites) {
 }
 
 TEST_F(UserDefaultsFile, readsTheSameBehindSeveralCarriageReturns) {
-  put("[Settings]\nhotKeyModifiers=Shift\r\r\r\nfuture=\r\r\r\nhotKeyCode=96\r\r\r\n");
+  put("[Settings]\nhotKeyModifiers=Shift\r\r\r\nfuture=\r\r\r\nhotKeyCode=96\r\r\r\nescaped=\\\r\r\nlast="
+      "x\\\r\r");
+  const auto escaped = opened().objectForKey("escaped");
+  const auto last = opened().objectForKey("last");
   for (const bool flag : {true, false, true}) {
     opened().setBool(flag, "compatMode");
     EXPECT_EQ(opened().objectForKey("hotKeyModifiers"), DefaultsValue(std::string("Shift")));
     EXPECT_EQ(opened().objectForKey("future"), DefaultsValue(std::string()));
     EXPECT_EQ(opened().objectForKey("hotKeyCode"), DefaultsValue(std::int64_t{96}));
+    EXPECT_EQ(opened().objectForKey("escaped"), escaped);
+    EXPECT_EQ(opened().objectForKey("last"), last);
   }
 }
 
