@@ -494,13 +494,14 @@ def main():
         if login.desktop.has_tray:
             scenes.one_icon_is_in_the_panel()
             scenes.both_buttons_open_the_menu()
+            # Before there was a window: the desktop of LXQt selects one of its icons when the last window closes.
+            if login.desktop.dark:
+                scenes.the_icon_is_legible_while_the_theme_changes()
         else:
             scenes.a_notification_says_that_the_agent_runs()
         scenes.the_recorder_gets_a_combination_of_the_desktop()
         scenes.a_fix_goes_both_ways_in_the_editor_of_the_desktop()
         scenes.commands_reach_the_agent()
-        if login.desktop.dark:
-            scenes.the_icon_is_legible_while_the_theme_changes()
         scenes.the_log_out_ends_the_agent()
     except BaseException:
         if login.display.poll() is None:
