@@ -167,6 +167,7 @@ void XSelectionOwner::handleEvent(const xcb_generic_event_t& event) {
 void XSelectionOwner::handlePropertyNotify(const xcb_property_notify_event_t& notify) {
   if (notify.window == window_ && notify.atom == timeProperty_) {
     lastTime_ = notify.time;
+    lastTimeHere_ = Clock::now();
   } else if (notify.state == XCB_PROPERTY_DELETE) {
     continueTransfer(notify.window, notify.atom);
   }
@@ -344,16 +345,15 @@ bool XSelectionOwner::handOver(Clock::time_point until) {
 
 /// Learnt by changing a property.
 xcb_timestamp_t XSelectionOwner::serverTime() {
-  lastTime_ = XCB_CURRENT_TIME;
+  const Clock::time_point asked = lastTimeHere_;
   xcb_change_property(connection_.get(), XCB_PROP_MODE_APPEND, window_, timeProperty_, XCB_ATOM_INTEGER, 32,
                       0, nullptr);
   xcb_flush(connection_.get());
-  while (lastTime_ == XCB_CURRENT_TIME) {
+  while (lastTimeHere_ == asked) {  // claims that are heard of meanwhile are placed by the time before
     const XcbReply<xcb_generic_event_t> event(xcb_wait_for_event(connection_.get()));
-    if (!event) break;  // the connection is gone
+    if (!event) return XCB_CURRENT_TIME;  // the connection is gone
     handleEvent(*event);
   }
-  lastTimeHere_ = Clock::now();
   return lastTime_;
 }
 
