@@ -75,6 +75,7 @@ def fixes_a_search_field_in_a_crowd(stage, version):
     hears_focus_of_field(stage, bus)
     stage.keyboard.press('Control+a')
     until(lambda: primary() == 'akuo', 'the text to be selected')
+    until(bus.focused_text_answers_at_once, 'the application to have drawn its crowd')
     stage.fix_ends()
     stage.keyboard.press('Control+a')
     until(lambda: primary() == 'שלום', 'the text to be fixed')

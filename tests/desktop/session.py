@@ -259,6 +259,11 @@ class AccessibilityBus:
         except GLib.Error:
             return False  # told before it is there
 
+    def focused_text_answers_at_once(self):
+        """Whether it does so a few times: an application that draws many things at its start is busy for a while."""
+        begin = time.monotonic()
+        return all(self.text_has_said_that_it_is_focused() for _ in range(5)) and time.monotonic() - begin < 0.1
+
     def _call(self, destination, path, method, *arguments):
         return call(destination, path, destination, method, *arguments, bus=self.bus)[0]
 

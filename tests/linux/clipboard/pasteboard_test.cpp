@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "tests/linux/testing/bytes.h"
 #include "tests/linux/testing/other_application.h"
 #include "tests/linux/testing/temporary_folder.h"
 #include "tests/linux/testing/virtual_display.h"
@@ -56,11 +57,6 @@ const OwnerTimes kNoLastServe{.lastServe = milliseconds(0)};
 
 std::string textOf(const Bytes& bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
-Bytes bytesOf(const std::string& text) {
-  const auto* first = reinterpret_cast<const std::byte*>(text.data());
-  return {first, first + text.size()};
 }
 
 /// Bytes without a period that a lost or doubled piece could hide in.

@@ -11,6 +11,7 @@
 #include "platform/linux/keymap/mac_key_codes.h"
 #include "platform/linux/wayland/selections.h"
 #include "tests/linux/contract/surroundings.h"
+#include "tests/linux/testing/bytes.h"
 #include "tests/linux/testing/private_sway.h"
 #include "tests/linux/typist/wayland_pointer.h"
 
@@ -25,11 +26,6 @@ namespace {
 
 using namespace platform;
 using namespace std::chrono_literals;
-
-Bytes bytesOf(std::string_view text) {
-  const auto* first = reinterpret_cast<const std::byte*>(text.data());
-  return {first, first + text.size()};
-}
 
 /// A window of this process as sway lists it.
 struct Window {

@@ -10,6 +10,7 @@
 
 #include "platform/linux/wayland/data_control_owner.h"
 #include "platform/linux/wayland/data_control_reader.h"
+#include "tests/linux/testing/bytes.h"
 #include "tests/linux/testing/private_sway.h"
 
 namespace lexwend::platform {
@@ -18,11 +19,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr ClipboardReader::Budget kBudget{1000ms, 400ms, std::size_t{1} << 26};
-
-Bytes bytesOf(const std::string& text) {
-  const auto* first = reinterpret_cast<const std::byte*>(text.data());
-  return {first, first + text.size()};
-}
 
 ClipboardContents text(const std::string& text) {
   return {{"UTF8_STRING", "UTF8_STRING", 8, bytesOf(text)}};

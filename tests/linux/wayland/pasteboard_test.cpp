@@ -13,17 +13,13 @@
 
 #include "platform/linux/clipboard/owner_thread.h"
 #include "platform/linux/wayland/selections.h"
+#include "tests/linux/testing/bytes.h"
 #include "tests/linux/testing/private_sway.h"
 
 namespace lexwend::platform {
 namespace {
 
 using namespace std::chrono_literals;
-
-Bytes bytesOf(std::string_view text) {
-  const auto* first = reinterpret_cast<const std::byte*>(text.data());
-  return {first, first + text.size()};
-}
 
 PlayedShortcut playedNow() {
   return {{}, XCB_WINDOW_NONE, std::chrono::steady_clock::now()};
