@@ -162,6 +162,12 @@ std::optional<PlayedShortcut> LinuxPasteboard::copyOfThisFix() const {
   return copy && copy->time >= readAt_ ? copy : std::nullopt;
 }
 
+/// What the application claims while its copy is waited for is the answer, as late as it may bear: Qt claims
+/// with the time of what it has handled last, which is not the key's when it was stopped meanwhile.
+OwnerThread::CopyShortcuts LinuxPasteboard::copyShortcuts(const PlayedShortcut& copy) const {
+  return {copy.application, readAt_, copied_ || passing_ ? copy.time : Clock::now()};
+}
+
 std::optional<PlayedShortcut> LinuxPasteboard::pasteOfPassingText() const {
   auto paste = needs_.lastPaste ? needs_.lastPaste() : std::nullopt;
   return paste && passing_ && paste->time >= passing_->since ? paste : std::nullopt;
@@ -195,8 +201,8 @@ bool LinuxPasteboard::somebodyElseHasCopied() {
   const OwnerThread::Change change = owner_->lastChange();
   if (change.isOwn || change.owner == XCB_WINDOW_NONE) return false;
   const auto copy = copyOfThisFix();
-  const bool isAnswer = copy && OwnerThread::isAnswerTo({copy->application, readAt_, copy->time}, change,
-                                                        reader_->application(change.owner));
+  const bool isAnswer =
+      copy && OwnerThread::isAnswerTo(copyShortcuts(*copy), change, reader_->application(change.owner));
   if (isAnswer) return false;
   if (!pasteOfPassingText() && (!copy || change.number == changesAtRead_)) return false;
   // A clipboard manager may have taken over what this fix has put there: the text tells, not the owner.
@@ -250,7 +256,7 @@ void LinuxPasteboard::forget() {
   const auto copy = copyOfThisFix();
   const bool waitedInVain = copy && !passing_;
   if (waitedInVain && lastRead_) {
-    owner_->putBackAfter({copy->application, readAt_, copy->time}, std::move(*lastRead_));
+    owner_->putBackAfter(copyShortcuts(*copy), std::move(*lastRead_));
   }
   lastRead_.reset();
   passing_.reset();

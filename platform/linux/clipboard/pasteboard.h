@@ -113,6 +113,7 @@ class LinuxPasteboard : public Pasteboard {
 
   std::optional<std::string> copiedText();
   std::optional<PlayedShortcut> copyOfThisFix() const;
+  OwnerThread::CopyShortcuts copyShortcuts(const PlayedShortcut& copy) const;
   std::optional<PlayedShortcut> pasteOfPassingText() const;
   bool isFromCopier(xcb_window_t owner, const XApplication& copier);
   bool passingTextStands();

@@ -1129,6 +1129,17 @@ TEST_F(PasteboardOfAFix, undoesACopyThatCameAsTheFixGaveUp) {
   EXPECT_TRUE(becomes([&] { return read(editor) == "the user's"; }));
 }
 
+TEST_F(PasteboardOfAFix, undoesACopyThatBearsALaterTimeThanTheKeyOfAnApplicationThatHadStopped) {
+  CopyingApplication user(plainText("the user's"));
+  pasteboard->items();
+  copy = played();
+  std::this_thread::sleep_for(kNextKey);
+  CopyingApplication late(plainText("akuo"), "CLIPBOARD", editor.serverTime());
+  restore();  // the fix has waited as long as it may
+  turnMainLoop();
+  EXPECT_TRUE(becomes([&] { return read(editor) == "the user's"; }));
+}
+
 TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesThereAfterAFixThatGaveUp) {
   CopyingApplication user(plainText("the user's"));
   pasteboard->items();
