@@ -67,6 +67,7 @@ std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::ite
   if (!reader_) return std::nullopt;
   owner_->settle();
   isPutBack_ = false;
+  earlierIsOver_ = isCopiedSinceThePaste();
   if (keepingEmpty_ != 0) emptyAgain();
   stopKeepingEmpty();
   readAt_ = Clock::now();
@@ -92,7 +93,7 @@ std::int64_t LinuxPasteboard::changeCount() {
 }
 
 void LinuxPasteboard::clearContents() {
-  if (!owner_ || isPutBack_ || somebodyElseHasCopied()) return;
+  if (!owner_ || nothingIsToPutBack()) return;
   const auto paste = pasteOfPassingText();
   owner_->clear(paste);
   passingIsOver_ = true;
@@ -132,7 +133,7 @@ void LinuxPasteboard::setString(std::string_view text) {
 }
 
 void LinuxPasteboard::writeItems(const std::vector<PasteboardItemData>& items) {
-  if (!owner_ || isPutBack_ || somebodyElseHasCopied()) return;
+  if (!owner_ || nothingIsToPutBack()) return;
   stopKeepingEmpty();
   ClipboardContents contents;
   for (const PasteboardItemData& item : items) {
@@ -173,12 +174,28 @@ std::optional<PlayedShortcut> LinuxPasteboard::pasteOfPassingText() const {
   return paste && passing_ && paste->time >= passing_->since ? paste : std::nullopt;
 }
 
+bool LinuxPasteboard::isFromManager(const XApplication& application) {
+  const xcb_window_t manager = reader_->ownerOf("CLIPBOARD_MANAGER");
+  return manager != XCB_WINDOW_NONE && mayBeTheSame(application, reader_->application(manager));
+}
+
 /// A clipboard manager that has taken the copy over stands for the copier.
 bool LinuxPasteboard::isFromCopier(xcb_window_t owner, const XApplication& copier) {
   const XApplication application = reader_->application(owner);
-  if (mayBeTheSame(application, copier)) return true;
-  const xcb_window_t manager = reader_->ownerOf("CLIPBOARD_MANAGER");
-  return manager != XCB_WINDOW_NONE && mayBeTheSame(application, reader_->application(manager));
+  return mayBeTheSame(application, copier) || isFromManager(application);
+}
+
+/// The restore of a fix may come after a later one has begun to read. What the user has copied between them
+/// is then to stay, also where the later one goes no further than that.
+bool LinuxPasteboard::isCopiedSinceThePaste() {
+  const auto paste = needs_.lastPaste ? needs_.lastPaste() : std::nullopt;
+  const OwnerThread::Change change = owner_->lastChange();
+  return paste && change.owner != XCB_WINDOW_NONE && !change.isOwn && change.claimed > paste->time &&
+         !isFromManager(reader_->application(change.owner)) && !passingTextStands();
+}
+
+bool LinuxPasteboard::nothingIsToPutBack() {
+  return isPutBack_ || (earlierIsOver_ && !copyOfThisFix()) || somebodyElseHasCopied();
 }
 
 /// A clipboard manager may have taken it over: the text tells, not the owner.

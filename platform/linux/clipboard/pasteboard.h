@@ -115,7 +115,10 @@ class LinuxPasteboard : public Pasteboard {
   std::optional<PlayedShortcut> copyOfThisFix() const;
   OwnerThread::CopyShortcuts copyShortcuts(const PlayedShortcut& copy) const;
   std::optional<PlayedShortcut> pasteOfPassingText() const;
+  bool isFromManager(const XApplication& application);
   bool isFromCopier(xcb_window_t owner, const XApplication& copier);
+  bool isCopiedSinceThePaste();
+  bool nothingIsToPutBack();
   bool passingTextStands();
   bool somebodyElseHasCopied();
   void forgetSoon();
@@ -139,6 +142,8 @@ class LinuxPasteboard : public Pasteboard {
   bool passingIsOver_ = true;
   /// Whether a fix has put back what the last items() found.
   bool isPutBack_ = false;
+  /// Whether the restores of the fixes before the last items() have nothing to put back any more.
+  bool earlierIsOver_ = false;
   unsigned forgetting_ = 0;  // the source in the main context
   /// What the fix has copied, until its restore is over.
   std::optional<std::string> copied_;

@@ -889,6 +889,25 @@ TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesBetweenTheRestoresOfTwoFixes) {
   EXPECT_EQ(read(editor), "copied since");
 }
 
+TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesBeforeALaterFixThatReadsInVain) {
+  const CopyingApplication user(plainText("the user's"));
+  for (const char* text : {"first", "second"}) {
+    pasteboard->items();
+    copyAndPaste(text);
+    EXPECT_EQ(read(editor), text);
+    std::this_thread::sleep_for(milliseconds(1));
+  }
+  restore();  // of the first
+  turnMainLoop();
+  std::this_thread::sleep_for(kNextKey);
+  const CopyingApplication again(plainText("copied since"));
+  pasteboard->items();  // of a third, which goes no further
+  turnMainLoop();
+  restore();  // of the second
+  turnMainLoop();
+  EXPECT_EQ(read(editor), "copied since");
+}
+
 TEST_F(PasteboardOfAFix, tellsWhetherThePasteIsStillToBeFetched) {
   EXPECT_FALSE(pasteboard->pasteIsUnderWay());
   copyAndPaste("replacement");
