@@ -163,7 +163,7 @@ std::optional<PlayedShortcut> LinuxPasteboard::copyOfThisFix() const {
   return copy && copy->time >= readAt_ ? copy : std::nullopt;
 }
 
-/// What the application claims while its copy is waited for is the answer, as late as it may bear: Qt claims
+/// What the application claims while its copy is waited for is the answer, whatever time it bears: Qt claims
 /// with the time of what it has handled last, which is not the key's when it was stopped meanwhile.
 OwnerThread::CopyShortcuts LinuxPasteboard::copyShortcuts(const PlayedShortcut& copy) const {
   return {copy.application, readAt_, copied_ || passing_ ? copy.time : Clock::now()};
@@ -189,8 +189,9 @@ bool LinuxPasteboard::isFromCopier(xcb_window_t owner, const XApplication& copie
 /// is then to stay, also where the later one goes no further than that.
 bool LinuxPasteboard::isCopiedSinceThePaste() {
   const auto paste = needs_.lastPaste ? needs_.lastPaste() : std::nullopt;
+  if (!paste) return false;
   const OwnerThread::Change change = owner_->lastChange();
-  return paste && change.owner != XCB_WINDOW_NONE && !change.isOwn && change.claimed > paste->time &&
+  return change.owner != XCB_WINDOW_NONE && !change.isOwn && change.claimed > paste->time &&
          !isFromManager(reader_->application(change.owner)) && !passingTextStands();
 }
 

@@ -764,6 +764,15 @@ struct PasteboardOfAFix : testing::Test {
     pasteboard->setString(text);
     paste = played();
   }
+  /// Two fixes in quick succession, whose restores are still to come.
+  void pasteTwice() {
+    for (const char* text : {"first", "second"}) {
+      pasteboard->items();
+      copyAndPaste(text);
+      EXPECT_EQ(read(editor), text);
+      std::this_thread::sleep_for(milliseconds(1));
+    }
+  }
   /// A whole fix of that text, up to the restore.
   void fixWithAnEmptyClipboard(const std::string& text) {
     pasteboard->items();
@@ -873,12 +882,7 @@ TEST_F(PasteboardOfAFix, isNotEmptiedAfterALaterFixHasPutBackWhatItRead) {
 
 TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesBetweenTheRestoresOfTwoFixes) {
   const CopyingApplication user(plainText("the user's"));
-  for (const char* text : {"first", "second"}) {
-    pasteboard->items();
-    copyAndPaste(text);
-    EXPECT_EQ(read(editor), text);
-    std::this_thread::sleep_for(milliseconds(1));
-  }
+  pasteTwice();
   restore();
   turnMainLoop();
   EXPECT_TRUE(becomes([&] { return read(editor) == "the user's"; }));
@@ -891,12 +895,7 @@ TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesBetweenTheRestoresOfTwoFixes) {
 
 TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesBeforeALaterFixThatReadsInVain) {
   const CopyingApplication user(plainText("the user's"));
-  for (const char* text : {"first", "second"}) {
-    pasteboard->items();
-    copyAndPaste(text);
-    EXPECT_EQ(read(editor), text);
-    std::this_thread::sleep_for(milliseconds(1));
-  }
+  pasteTwice();
   restore();  // of the first
   turnMainLoop();
   std::this_thread::sleep_for(kNextKey);
