@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "platform/linux/gnome/remote_desktop.h"
-#include "platform/linux/selection/anonymous_owner.h"
+#include "platform/linux/pipes/anonymous_owner.h"
 
 namespace lexwend::platform {
 

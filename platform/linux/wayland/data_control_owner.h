@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/linux/selection/anonymous_owner.h"
+#include "platform/linux/pipes/anonymous_owner.h"
 #include "platform/linux/wayland/data_control.h"
 
 struct zwlr_data_control_source_v1;

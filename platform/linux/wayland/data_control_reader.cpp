@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "platform/linux/selection/own_pipes.h"
+#include "platform/linux/pipes/own_pipes.h"
 
 namespace lexwend::platform {
 namespace {

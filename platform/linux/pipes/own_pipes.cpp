@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/selection/own_pipes.h"
+#include "platform/linux/pipes/own_pipes.h"
 
 #include <mutex>
 #include <set>

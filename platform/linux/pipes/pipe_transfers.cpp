@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/selection/pipe_transfers.h"
+#include "platform/linux/pipes/pipe_transfers.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,7 +10,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "platform/linux/selection/own_pipes.h"
+#include "platform/linux/pipes/own_pipes.h"
 
 namespace lexwend::platform {
 namespace {

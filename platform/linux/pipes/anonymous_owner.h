@@ -3,8 +3,8 @@
 
 #include <utility>
 
+#include "platform/linux/pipes/pipe_transfers.h"
 #include "platform/linux/selection/owner.h"
-#include "platform/linux/selection/pipe_transfers.h"
 
 namespace lexwend::platform {
 
