@@ -164,7 +164,7 @@ void OwnerThread::carryOut(Command& command) {
       owner_->serverTime();  // for the comparison of the two clocks
       break;
     case CommandKind::look:
-      lookedAt_ = owner_->serverTime();  // its answer comes after the notifications
+      lookedAt_ = owner_->timeOfLook();  // its answer comes after the notifications
       break;
     case CommandKind::askForFetch: {
       const PlayedShortcut& paste = *command.paste;
@@ -226,7 +226,7 @@ void OwnerThread::defer(ClipboardContents contents, std::chrono::milliseconds at
     owner_->watch(paste->window);
     owner_->serveOthers(contents, paste->application);
   }
-  const xcb_timestamp_t time = lookedAt_ != XCB_CURRENT_TIME ? lookedAt_ : owner_->serverTime();
+  const xcb_timestamp_t time = lookedAt_ != XCB_CURRENT_TIME ? lookedAt_ : owner_->timeOfLook();
   deferred_ = Deferred{std::move(contents), time, due, paste};
   if (isDue()) carryOutDeferred();
 }

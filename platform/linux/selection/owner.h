@@ -68,6 +68,9 @@ class SelectionOwner {
 
   /// The display's clock, which claims must bear.
   virtual xcb_timestamp_t serverTime() = 0;
+  /// A time for a claim that is to take the place of what is there now, and of nothing that anybody claims
+  /// from now on. The display's clock may be coarse.
+  virtual xcb_timestamp_t timeOfLook() { return serverTime(); }
   /// The same moment in this process's time, by the last serverTime().
   virtual Clock::time_point inOwnTime(xcb_timestamp_t time) const = 0;
 };

@@ -137,6 +137,7 @@ void XSelectionOwner::handleEvent(const xcb_generic_event_t& event) {
   const std::uint8_t type = eventType(event);
   if (type == selectionEvent_) {
     const auto& notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
+    lastClaim_ = notify.selection_timestamp;
     changed_({notify.owner, notify.selection_timestamp});
     return;
   }
@@ -355,6 +356,13 @@ xcb_timestamp_t XSelectionOwner::serverTime() {
     handleEvent(*event);
   }
   return lastTime_;
+}
+
+/// The millisecond before, since the server lets the later of two claims of one millisecond stand; except
+/// when what is there was claimed in this one.
+xcb_timestamp_t XSelectionOwner::timeOfLook() {
+  const xcb_timestamp_t now = serverTime();
+  return lastClaim_ == now ? now : now - 1;
 }
 
 SelectionOwner::Clock::time_point XSelectionOwner::inOwnTime(xcb_timestamp_t time) const {

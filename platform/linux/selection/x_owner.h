@@ -48,6 +48,7 @@ class XSelectionOwner final : public SelectionOwner {
 
   /// ICCCM 2.1.
   xcb_timestamp_t serverTime() override;
+  xcb_timestamp_t timeOfLook() override;
   Clock::time_point inOwnTime(xcb_timestamp_t time) const override;
 
  private:
@@ -106,6 +107,7 @@ class XSelectionOwner final : public SelectionOwner {
   XApplication exempt_;
   bool owning_ = false;
   xcb_timestamp_t claimTime_ = XCB_CURRENT_TIME;
+  xcb_timestamp_t lastClaim_ = XCB_CURRENT_TIME;  // by anybody
   std::vector<Transfer> transfers_;
   std::deque<Fetch> fetches_;
   xcb_window_t watched_ = XCB_WINDOW_NONE;

@@ -1027,8 +1027,8 @@ TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesAfterThePaste) {
 TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesRightBeforeItPutsBack) {
   const auto owner = OwnerThread::open(times, selectionsOfX());
   owner->pass(passingTextContents("replacement"));
-  EXPECT_TRUE(owner->lastChange().isOwn);
   std::this_thread::sleep_for(milliseconds(2));  // the server's clock counts milliseconds
+  EXPECT_TRUE(owner->lastChange().isOwn);
   CopyingApplication user(plainText("copied since"));
   owner->clear(std::nullopt);
   owner->stay(passingTextContents("the user's"), std::nullopt);
