@@ -10,6 +10,8 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include "platform/linux/display/held_up.h"
+
 namespace lexwend::platform {
 namespace {
 
@@ -227,7 +229,7 @@ void OwnerThread::defer(ClipboardContents contents, std::chrono::milliseconds at
     owner_->serveOthers(contents, paste->application);
   }
   const xcb_timestamp_t time = lookedAt_ != XCB_CURRENT_TIME ? lookedAt_ : owner_->timeOfLook();
-  deferred_ = Deferred{std::move(contents), time, due, paste};
+  deferred_ = Deferred{std::move(contents), time, due, paste, {}};
   if (isDue()) carryOutDeferred();
 }
 
@@ -235,14 +237,18 @@ bool OwnerThread::isDue() {
   const Clock::time_point now = Clock::now();
   if (now < deferred_->due) return false;
   if (!deferred_->paste || !owner_->owns()) return true;
-  return owner_->watchedIsGone() || now >= deferred_->paste->time + times_.patience ||
-         now >= pasteIsOver().value_or(Clock::time_point::max());
+  if (owner_->watchedIsGone() || now >= deferred_->paste->time + times_.patience) return true;
+  if (now < pasteIsOver().value_or(Clock::time_point::max())) return false;
+  if (!isHeldUp(deferred_->paste->process)) return true;
+  deferred_->heldUpAt = now;
+  return false;
 }
 
 /// Nothing as long as the paste has not been fetched.
 std::optional<OwnerThread::Clock::time_point> OwnerThread::pasteIsOver() {
   const auto fetched = owner_->firstFetchBy(deferred_->paste->application, deferred_->paste->time);
-  return fetched ? std::optional(*fetched + times_.secondFetch) : std::nullopt;
+  if (!fetched) return std::nullopt;
+  return std::max(*fetched, deferred_->heldUpAt) + times_.secondFetch;
 }
 
 /// By the time of the last look, so that the server ignores it when somebody has copied since.

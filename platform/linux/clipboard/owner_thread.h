@@ -35,7 +35,7 @@ struct OwnerTimes {
   std::chrono::seconds patience{30};
   /// How long passing contents stay after they were fetched. A program with a history of the clipboard
   /// fetches twice: what is new, and what is pasted. One that was held up does both at once, after the paste
-  /// shortcut.
+  /// shortcut. One that is held up between them gets so long again.
   std::chrono::milliseconds secondFetch{600};
   /// How long the answer to a copy shortcut is watched for after nobody has waited for it any more.
   std::chrono::seconds lateCopy{30};
@@ -121,6 +121,7 @@ class OwnerThread {
     xcb_timestamp_t time;
     Clock::time_point due;
     std::optional<PlayedShortcut> paste;
+    Clock::time_point heldUpAt;  // when the pasting program was last seen so, after its fetch
   };
   struct LateCopy {
     CopyShortcuts shortcuts;

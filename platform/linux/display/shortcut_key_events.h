@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 
 #include <xcb/xcb.h>
@@ -18,6 +19,8 @@ struct PlayedShortcut {
   xcb_window_t window = XCB_WINDOW_NONE;
   /// The time before its first key.
   std::chrono::steady_clock::time_point time;
+  /// The process of that window; nothing where the display does not tell it.
+  std::optional<std::uint32_t> process = std::nullopt;
 };
 
 /// Simulated keys that remember which copy and which paste were sent last. Main thread only.

@@ -123,6 +123,7 @@ PostResult LinuxKeyEvents::post(EventTap /*tap*/, const KeyEvent& event) {
     releaseHeldModifiers();
     if (shortcut != Shortcut::none) {
       PlayedShortcut played{applicationOf(c, inFront.active), inFront.active, {}};
+      played.process = played.application.process;
       grab.emplace(*x11_);
       if (front() != inFront) return PostResult::refused;
       played.time = std::chrono::steady_clock::now();

@@ -116,11 +116,12 @@ bool WaylandKeyEvents::mayPlay(Shortcut shortcut) {
   const auto look = [this] { return needs_.frontWindow ? needs_.frontWindow() : std::nullopt; };
   if (shortcut == Shortcut::paste) {
     if (needs_.mayPaste && !needs_.mayPaste()) return false;
+    std::optional<FrontWindow> front;
     if (copiedFrom_) {
-      const auto front = look();
+      front = look();
       if (!front || front->id != copiedFrom_) return false;
     }
-    note(shortcut, std::nullopt);
+    note(shortcut, front);
     return true;
   }
   const auto front = look();
@@ -132,7 +133,8 @@ bool WaylandKeyEvents::mayPlay(Shortcut shortcut) {
 }
 
 void WaylandKeyEvents::note(Shortcut shortcut, const std::optional<FrontWindow>& front) {
-  const PlayedShortcut played{{}, XCB_WINDOW_NONE, std::chrono::steady_clock::now()};
+  const PlayedShortcut played{
+      {}, XCB_WINDOW_NONE, std::chrono::steady_clock::now(), front ? front->process : std::nullopt};
   if (shortcut == Shortcut::paste) return notePaste(played);
   copiedFrom_ = front ? std::optional(front->id) : std::nullopt;
   noteCopy(played);

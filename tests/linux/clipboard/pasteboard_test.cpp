@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "tests/linux/testing/bytes.h"
+#include "tests/linux/testing/child_process.h"
 #include "tests/linux/testing/other_application.h"
 #include "tests/linux/testing/temporary_folder.h"
 #include "tests/linux/testing/virtual_display.h"
@@ -980,6 +981,33 @@ TEST_F(PasteboardOfAFix, servesASecondFetchThatFollowsTheFirst) {
   EXPECT_EQ(read(editor), "replacement") << "for a history of the clipboard";
   EXPECT_EQ(read(editor), "replacement") << "for the paste";
   EXPECT_EQ(stranger.paste(), "the user's");
+}
+
+TEST_F(PasteboardOfAFix, servesASecondFetchOfAnApplicationThatIsHeldUpAfterTheFirst) {
+  times.secondFetch = milliseconds(50);
+  pasteboard = make();
+  copyAndPaste("replacement");
+  const ChildProcess process([] { pause(); });
+  process.stop();
+  paste->process = process.number();
+  restore();
+  EXPECT_EQ(read(editor), "replacement") << "for a history of the clipboard";
+  std::this_thread::sleep_for(4 * times.secondFetch);
+  EXPECT_EQ(read(editor), "replacement") << "for the paste";
+  process.goOn();
+  EXPECT_TRUE(becomes([&] { return read(editor) == "the user's"; }));
+}
+
+TEST_F(PasteboardOfAFix, losesPatienceWithAnApplicationThatStaysHeldUpAfterTheFirstFetch) {
+  times.patience = std::chrono::seconds(1);
+  pasteboard = make();
+  copyAndPaste("replacement");
+  const ChildProcess process([] { pause(); });
+  process.stop();
+  paste->process = process.number();
+  restore();
+  EXPECT_EQ(read(editor), "replacement");
+  EXPECT_TRUE(becomes([&] { return read(editor) == "the user's"; }));
 }
 
 TEST_F(PasteboardOfAFix, waitsForTheEndOfAFetchInPieces) {

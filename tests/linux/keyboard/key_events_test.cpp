@@ -280,6 +280,7 @@ TEST_F(SimulatedKeys, knowWhoGotThem) {
   ASSERT_TRUE(keyEvents.lastCopy());
   EXPECT_EQ(keyEvents.lastCopy()->window, window.id());
   EXPECT_EQ(keyEvents.lastCopy()->application.process, static_cast<std::uint32_t>(getpid()));
+  EXPECT_EQ(keyEvents.lastCopy()->process, static_cast<std::uint32_t>(getpid()));
   EXPECT_GE(keyEvents.lastCopy()->time, before);
   EXPECT_FALSE(keyEvents.lastPaste());
 }

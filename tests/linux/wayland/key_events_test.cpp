@@ -144,13 +144,15 @@ struct WaylandShortcuts : testing::Test {
 TEST_F(WaylandShortcuts, goToTheWindowThatWasCopiedFrom) {
   WaylandKeyEvents keyEvents = make(false);
   EXPECT_EQ(press(keyEvents, kKeyC), PostResult::posted);
-  EXPECT_TRUE(keyEvents.lastCopy());
+  ASSERT_TRUE(keyEvents.lastCopy());
+  EXPECT_EQ(keyEvents.lastCopy()->process, 1);
   front->id = 2;
   EXPECT_EQ(press(keyEvents, kKeyV), PostResult::refused);
   EXPECT_FALSE(keyEvents.lastPaste());
   front->id = 1;
   EXPECT_EQ(press(keyEvents, kKeyV), PostResult::posted);
-  EXPECT_TRUE(keyEvents.lastPaste());
+  ASSERT_TRUE(keyEvents.lastPaste());
+  EXPECT_EQ(keyEvents.lastPaste()->process, 1);
   EXPECT_EQ(keys, "+29 +110 +42 +110");
 }
 
