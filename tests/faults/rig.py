@@ -247,4 +247,5 @@ class Rig:
         return self.stage.agent.said
 
     def log_end(self):
-        return '\n'.join(self.session.log().splitlines()[-12:])
+        ended = [] if self.agent_lives() else [f'the agent has ended with {self.stage.agent.returncode}: {self._said()}']
+        return '\n'.join(self.session.log().splitlines()[-12:] + ended)
