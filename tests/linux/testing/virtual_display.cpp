@@ -56,8 +56,12 @@ VirtualDisplay::VirtualDisplay() {
 
 VirtualDisplay::~VirtualDisplay() {
   unsetenv("DISPLAY");
-  kill(server_, SIGTERM);
-  waitpid(server_, nullptr, 0);
+  // The server heeds a signal only before it waits for events. One that comes right after that look is heard
+  // with the next event, and that is the next signal: nobody is connected any more.
+  do {
+    kill(server_, SIGTERM);
+    usleep(10000);
+  } while (waitpid(server_, nullptr, WNOHANG) == 0);
 }
 
 void VirtualDisplay::setLayouts(const std::string& layouts, const std::string& variants) {
