@@ -33,7 +33,7 @@ packages_test="libgtest-dev libgmock-dev unicode-data python3 gcovr
 packages_large="emacs-nox chromium firefox-esr libreoffice-writer libreoffice-calc libreoffice-gtk3 mmdebstrap"
 
 # To make and check the Debian package, and to try it in a fresh root.
-packages_package="dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db mmdebstrap xvfb x11-xkb-utils"
+packages_package="build-essential dpkg-dev debhelper fakeroot lintian desktop-file-utils appstream man-db mmdebstrap xvfb x11-xkb-utils"
 
 # For the figures of fixes in real applications, beside the set `desktop`.
 packages_figures="xclip featherpad"
