@@ -765,6 +765,12 @@ struct PasteboardOfAFix : testing::Test {
     pasteboard->setString(text);
     paste = played();
   }
+  /// The same in an application whose process is stopped after the paste shortcut.
+  void copyAndPasteHeldUp(const ChildProcess& process) {
+    copyAndPaste("replacement");
+    process.stop();
+    paste->process = process.number();
+  }
   /// Two fixes in quick succession, whose restores are still to come.
   void pasteTwice() {
     for (const char* text : {"first", "second"}) {
@@ -986,10 +992,8 @@ TEST_F(PasteboardOfAFix, servesASecondFetchThatFollowsTheFirst) {
 TEST_F(PasteboardOfAFix, servesASecondFetchOfAnApplicationThatIsHeldUpAfterTheFirst) {
   times.secondFetch = milliseconds(50);
   pasteboard = make();
-  copyAndPaste("replacement");
   const ChildProcess process([] { pause(); });
-  process.stop();
-  paste->process = process.number();
+  copyAndPasteHeldUp(process);
   restore();
   EXPECT_EQ(read(editor), "replacement") << "for a history of the clipboard";
   std::this_thread::sleep_for(4 * times.secondFetch);
@@ -1001,13 +1005,12 @@ TEST_F(PasteboardOfAFix, servesASecondFetchOfAnApplicationThatIsHeldUpAfterTheFi
 TEST_F(PasteboardOfAFix, losesPatienceWithAnApplicationThatStaysHeldUpAfterTheFirstFetch) {
   times.patience = std::chrono::seconds(1);
   pasteboard = make();
-  copyAndPaste("replacement");
   const ChildProcess process([] { pause(); });
-  process.stop();
-  paste->process = process.number();
+  copyAndPasteHeldUp(process);
   restore();
   EXPECT_EQ(read(editor), "replacement");
   EXPECT_TRUE(becomes([&] { return read(editor) == "the user's"; }));
+  EXPECT_GE(Clock::now() - paste->time, times.patience);
 }
 
 TEST_F(PasteboardOfAFix, waitsForTheEndOfAFetchInPieces) {
