@@ -23,7 +23,9 @@
 #include "platform/linux/session/login_item.h"
 #include "platform/linux/session/session_notice.h"
 #include "platform/linux/tray/symbol_image.h"
+#include "platform/linux/tray/toolkit.h"
 #include "platform/linux/windows/accessible_application.h"
+#include "platform/linux/windows/last_frames.h"
 
 namespace lexwend::platform {
 namespace {
@@ -141,6 +143,7 @@ std::optional<std::string> LinuxApplication::takeSharedApplication() {
   if (sessionBus() == nullptr) busIsHidden_ = std::make_unique<HiddenBus>();
   showOpenMenusInAccessibilityTree();
   application_ = std::make_unique<QApplication>(argumentCount, arguments);
+  if (toolkitIsOfWayland()) hideWindowsAfterTheirLastFrame(*application_);
   QGuiApplication::setLayoutDirection(Qt::RightToLeft);
   QGuiApplication::setWindowIcon(applicationIcon());
   QGuiApplication::setQuitOnLastWindowClosed(false);
