@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <data-control.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -30,8 +32,9 @@ struct DataControlClipboard : testing::Test {
       changes.push_back(change.owner != XCB_WINDOW_NONE && another->isOwnWindow(change.owner));
     });
   }
-  /// What another program finds there, while `owner` serves.
-  std::optional<std::string> read(SelectionOwner& owner) {
+  /// What another program finds there, while `owner` serves, and `meanwhile` is done again and again.
+  std::optional<std::string> read(
+      SelectionOwner& owner, const std::function<void()>& meanwhile = [] {}) {
     std::optional<std::string> found;
     std::atomic<bool> isDone = false;
     std::thread reading([&] {
@@ -41,6 +44,7 @@ struct DataControlClipboard : testing::Test {
     while (!isDone) {
       owner.wait(-1, SelectionOwner::Clock::now() + 5ms);
       owner.handleEvents();
+      meanwhile();
     }
     reading.join();
     return found;
@@ -168,6 +172,55 @@ TEST_F(DataControlClipboard, ofAnOwnerThatDoesNotAnswerIsGivenUpInTime) {
   const auto result = DataControlReader::open("CLIPBOARD")->readAll(kBudget);
   EXPECT_EQ(result.outcome, ClipboardReader::Outcome::overBudget);
   EXPECT_LT(SelectionOwner::Clock::now() - begin, 2s);
+}
+
+/// A program that copies again when it is asked for what it had copied before, and does not give that any
+/// more. An editor that finds two copy shortcuts at once does so.
+struct CopiesAnew {
+  CopiesAnew() {
+    control->watch([](const DataControl::OfferRef&) {});
+    first = copy();
+    control->connection().roundTrip();
+  }
+  ~CopiesAnew() {
+    zwlr_data_control_source_v1_destroy(first);
+    if (second != nullptr) zwlr_data_control_source_v1_destroy(second);
+  }
+  CopiesAnew(const CopiesAnew&) = delete;
+  CopiesAnew& operator=(const CopiesAnew&) = delete;
+
+  zwlr_data_control_source_v1* copy() {
+    auto* source = zwlr_data_control_manager_v1_create_data_source(control->manager());
+    zwlr_data_control_source_v1_add_listener(source, &kListener, this);
+    zwlr_data_control_source_v1_offer(source, "UTF8_STRING");
+    zwlr_data_control_device_v1_set_selection(control->device(), source);
+    return source;
+  }
+  static void isAsked(void* data, zwlr_data_control_source_v1* source, const char* /*type*/, int descriptor) {
+    auto& self = *static_cast<CopiesAnew*>(data);
+    if (source == self.second) {
+      EXPECT_EQ(::write(descriptor, "second", 6), 6);
+    } else if (self.second == nullptr) {
+      self.second = self.copy();
+      self.control->connection().flush();
+    }
+    close(descriptor);
+  }
+  static void isReplaced(void* /*data*/, zwlr_data_control_source_v1* /*source*/) {}
+  static constexpr zwlr_data_control_source_v1_listener kListener = {isAsked, isReplaced};
+
+  std::unique_ptr<DataControl> control = DataControl::open();
+  zwlr_data_control_source_v1* first = nullptr;
+  zwlr_data_control_source_v1* second = nullptr;
+};
+
+TEST_F(DataControlClipboard, ofAProgramThatCopiesAnewWhenItIsAskedIsReadAnew) {
+  // Which of the two comes first, the end of the answer or the word of the new copy, is up to the scheduler.
+  for (int round = 0; round < 40; ++round) {
+    CopiesAnew program;
+    ASSERT_EQ(read(*another, [&] { program.control->connection().handleEvents(); }), "second");
+    ASSERT_NE(program.second, nullptr);
+  }
 }
 
 TEST(WithoutACompositor, thereIsNoDataControl) {
