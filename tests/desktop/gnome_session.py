@@ -89,7 +89,7 @@ class GnomeSession(Session):
 
     def _start(self):
         self._enter_home(XDG_SESSION_TYPE='wayland', XDG_CURRENT_DESKTOP='GNOME', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland',
-                         GSK_RENDERER='cairo', XDG_DATA_DIRS='/usr/local/share:/usr/share', XDG_CONFIG_DIRS='/etc/xdg')
+                         XDG_DATA_DIRS='/usr/local/share:/usr/share', XDG_CONFIG_DIRS='/etc/xdg')
         for name in ('GSETTINGS_BACKEND', 'DISPLAY'):  # the settings are what every program of the session sees
             os.environ.pop(name, None)
         shutil.copytree(EXTENSION, self.home / '.local' / 'share' / 'gnome-shell' / 'extensions' / UUID)

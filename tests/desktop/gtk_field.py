@@ -83,6 +83,8 @@ window = Gtk.Window(title='gtk_field')
 window.set_default_size(400, 60)
 widget = field()
 content = crowd(widget) if kind == 'search' else widget
+# Else the crowd is drawn again and again while the window loses the keyboard to the hot key and gets it back.
+Gtk.Settings.get_default().props.gtk_enable_animations = False
 loop = GLib.MainLoop()
 if version == '3':
     window.add(content)

@@ -88,7 +88,7 @@ class KWinSession(WaylandSession):
         self.granted = granted  # whether KWin lets the agent press keys
 
     def _start(self):
-        runtime = self._enter_home(XDG_SESSION_TYPE='wayland', GDK_BACKEND='wayland', GSK_RENDERER='cairo', XDG_MENU_PREFIX='kf5-',
+        runtime = self._enter_home(XDG_SESSION_TYPE='wayland', GDK_BACKEND='wayland', XDG_MENU_PREFIX='kf5-',
                                    KWIN_COMPOSE='Q', QT_QUICK_BACKEND='software')
         configuration = self.home / '.config'
         configuration.mkdir(exist_ok=True)

@@ -339,14 +339,18 @@ class Session:
         sys.stdin.readline()
 
     def _enter_home(self, **variables):
-        """The environment of a fresh user; gives the folder of what runs."""
+        """The environment of a fresh user; gives the folder of what runs.
+
+        GTK 4 draws without Mesa. Mesa holds a program up while it compiles what is drawn for the first time, and keeps the result
+        in the home of the real user.
+        """
         runtime = self.folder / 'run'
         (self.home / 'Library' / 'Logs').mkdir(parents=True)
         runtime.mkdir(mode=0o700)
         for name in [n for n in os.environ if n.startswith(('XDG_', 'DBUS_', 'WAYLAND_', 'GTK_', 'QT_', 'SWAY'))]:
             del os.environ[name]
         os.environ.update(HOME=str(self.home), XDG_RUNTIME_DIR=str(runtime), GSETTINGS_BACKEND='memory', LANG='C.UTF-8',
-                          LC_ALL='C.UTF-8', NO_AT_BRIDGE='0', LIBGL_ALWAYS_SOFTWARE='1', **variables)
+                          LC_ALL='C.UTF-8', NO_AT_BRIDGE='0', LIBGL_ALWAYS_SOFTWARE='1', GSK_RENDERER='cairo', **variables)
         return runtime
 
     def _start_bus(self):

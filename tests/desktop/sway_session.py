@@ -158,8 +158,7 @@ class SwaySession(WaylandSession):
         self.typist = typist
 
     def _start(self):
-        self._enter_home(XDG_SESSION_TYPE='wayland', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland',
-                         GSK_RENDERER='cairo')
+        self._enter_home(XDG_SESSION_TYPE='wayland', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland')
         for name in ('DISPLAY', 'SWAYSOCK'):
             os.environ.pop(name, None)
         self.folder.chmod(0o711)
