@@ -15,6 +15,10 @@ namespace {
 // Between two requests for a text that was refused.
 constexpr std::chrono::milliseconds kPauseAfterRefusal{10};
 
+// A program that is copying anew gives nothing for what it had copied before. For so long an empty text may
+// be that, and is asked for again.
+constexpr std::chrono::milliseconds kCopiesAnew{50};
+
 // An encoding that took longer was not made for nothing, and the next would cost the same again.
 constexpr std::chrono::milliseconds kQuickEncoding{100};
 
@@ -141,6 +145,7 @@ std::optional<std::string> ClipboardReader::readText(const Budget& budget,
 std::optional<std::string> ClipboardReader::readAcceptedText(
     const Budget& budget, const std::function<bool(xcb_window_t owner)>& accepts) {
   const Clock::time_point deadline = Clock::now() + budget.time;
+  const Clock::time_point emptyUntil = Clock::now() + std::min(kCopiesAnew, budget.time);
   do {
     const xcb_window_t current = owner();
     if (current == XCB_WINDOW_NONE || (accepts && !accepts(current))) return std::nullopt;
@@ -148,7 +153,9 @@ std::optional<std::string> ClipboardReader::readAcceptedText(
     std::optional<std::string> text;
     switch (readTextOnce(limits, text)) {
       case Answer::given:
-        return text;
+        if (!text || !text->empty() || Clock::now() >= emptyUntil) return text;
+        std::this_thread::sleep_for(kPauseAfterRefusal);
+        break;
       case Answer::refused:  // for now
         std::this_thread::sleep_for(kPauseAfterRefusal);
         break;
