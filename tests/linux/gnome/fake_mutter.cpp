@@ -82,8 +82,16 @@ FakeMutter::FakeMutter() : context_(g_main_context_new()), loop_(g_main_loop_new
 }
 
 FakeMutter::~FakeMutter() {
-  g_main_loop_quit(loop_);
+  // From within the loop: before it runs, nothing ends it.
+  GSource* const quitting = g_idle_source_new();
+  const GSourceFunc quit = [](gpointer loop) -> gboolean {
+    g_main_loop_quit(static_cast<GMainLoop*>(loop));
+    return G_SOURCE_REMOVE;
+  };
+  g_source_set_callback(quitting, quit, loop_, nullptr);
+  g_source_attach(quitting, context_);
   thread_.join();
+  g_source_unref(quitting);
   for (const auto& [serial, descriptor] : waiting_) ::close(descriptor);
   g_main_loop_unref(loop_);
   g_main_context_unref(context_);
