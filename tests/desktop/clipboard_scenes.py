@@ -23,9 +23,10 @@ def start_clipboard_manager(stage):
 
 def start_editor(stage, editor):
     stage.start_agent(compatMode=True)
-    stage.open(editor, 'akuo nv akunl')
+    program = stage.open(editor, 'akuo nv akunl')
     stage.put_on_clipboard(HTML, 'text/html')
     stage.select_all()
+    return program
 
 
 def press_again(stage):
@@ -79,6 +80,21 @@ def pastes_the_second_text_though_the_first_fix_gives_back_the_clipboard(stage):
         stage.agent.send_signal(signal.SIGCONT)
     until(lambda: stage.field.text() == 'akuo nv akunl', 'the second fix')
     expect_clipboard_at_the_end(stage)
+
+
+@scene
+def keeps_the_clipboard_where_a_fix_begins_before_the_restore_of_the_one_before(stage):
+    """What was pasted stays until the application, which stops, has had time for it."""
+    editor = start_editor(stage, 'mousepad')
+    targets = stage.clipboard_targets()
+    stage.fix('שלום מה שלומך')
+    editor.send_signal(signal.SIGSTOP)
+    time.sleep(0.75)
+    editor.send_signal(signal.SIGCONT)
+    stage.select_all()
+    stage.fix('akuo nv akunl')
+    until(lambda: stage.clipboard('text/html') == HTML, 'the clipboard to come back')
+    assert stage.clipboard_targets() == targets, stage.clipboard_targets()
 
 
 def is_restored(stage, ending):

@@ -33,6 +33,7 @@ FROM_X11 = (
     'fixes_both_ways_in_kate', 'keeps_the_clipboard_in_kate', 'leaves_kate_alone_without_a_selection',
     'leaves_what_the_user_copies_right_after_a_paste', 'leaves_a_clipboard_alone_that_cannot_be_kept',
     'fixes_a_megabyte_through_the_clipboard',
+    'keeps_the_clipboard_where_a_fix_begins_before_the_restore_of_the_one_before',
 )
 SHARED = {name: SCENES[name] for name in FROM_X11}
 

@@ -87,6 +87,12 @@ void OwnerThread::settle() {
   post({.kind = CommandKind::settle}, true);
 }
 
+std::optional<ClipboardContents> OwnerThread::waiting() {
+  post({.kind = CommandKind::askForWaiting}, true);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return std::exchange(waiting_, std::nullopt);
+}
+
 bool OwnerThread::awaitsFetch(const PlayedShortcut& paste) {
   post({.kind = CommandKind::askForFetch, .paste = paste}, true);
   const std::lock_guard<std::mutex> lock(mutex_);
@@ -174,6 +180,12 @@ void OwnerThread::carryOut(Command& command) {
                           !owner_->firstFetchBy(paste.application, paste.time);
       const std::lock_guard<std::mutex> lock(mutex_);
       awaitsFetch_ = awaits;
+      break;
+    }
+    case CommandKind::askForWaiting: {
+      if (!deferred_ || !owner_->stillOwns()) break;
+      const std::lock_guard<std::mutex> lock(mutex_);
+      waiting_ = deferred_->contents;
       break;
     }
     case CommandKind::stop:

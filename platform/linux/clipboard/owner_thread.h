@@ -97,6 +97,8 @@ class OwnerThread {
   void clear(std::optional<PlayedShortcut> paste);
   /// Carries out what waits, except for a fetch.
   void settle();
+  /// What waits to take the place of the passing contents that are owned; nothing where nothing waits.
+  std::optional<ClipboardContents> waiting();
   /// Whether that program has still to fetch the passing contents that are owned.
   bool awaitsFetch(const PlayedShortcut& paste);
 
@@ -108,7 +110,7 @@ class OwnerThread {
   void replacePassingAtEnd(ClipboardContents contents) { atEnd_ = std::move(contents); }
 
  private:
-  enum class CommandKind { pass, stay, clear, settle, putBackAfter, look, askForFetch, stop };
+  enum class CommandKind { pass, stay, clear, settle, putBackAfter, look, askForFetch, askForWaiting, stop };
   struct Command {
     CommandKind kind = CommandKind::settle;
     ClipboardContents contents{};
@@ -161,6 +163,7 @@ class OwnerThread {
   std::uint64_t finishedCommands_ = 0;
   Change lastChange_;
   bool awaitsFetch_ = false;
+  std::optional<ClipboardContents> waiting_;
 
   // Of the thread.
   bool passing_ = false;

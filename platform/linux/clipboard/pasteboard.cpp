@@ -72,7 +72,12 @@ std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::ite
   stopKeepingEmpty();
   readAt_ = Clock::now();
   stringTimeLeft_ = kStringTime;
-  if (!lastRead_ || !passingTextStands()) {
+  if (auto waiting = owner_->waiting()) {
+    // The restore of the fix before waits for its paste to be fetched, and not every display can give this
+    // program other contents than the one that pastes.
+    lastRead_ = std::move(waiting);
+    forgetSoon();
+  } else if (!lastRead_ || !passingTextStands()) {
     ClipboardReader::Result result =
         reader_->readAll({budget_.time, budget_.silence, budget_.bytes, budget_.picture});
     canBeGivenBack_ = result.outcome != ClipboardReader::Outcome::overBudget;

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include <glib.h>
 #include <gtest/gtest.h>
@@ -38,11 +39,52 @@ class OtherPrograms {
   std::unique_ptr<ClipboardReader> reader_ = selectionsOfWayland().openReader("CLIPBOARD");
 };
 
-TEST(PasteboardOfWayland, takesNothingOfItsOwnForACopy) {
-  const PrivateSway sway;
+class PasteboardOfWayland : public testing::Test {
+ protected:
+  /// Of what was on the clipboard; another program copies meanwhile, as the application in front does.
+  void copyAndPaste(const std::string& copied, const std::string& replacement) {
+    copy = playedNow();
+    others.copy(copied);
+    ASSERT_EQ(pasteboard.string(), copied);
+    pasteboard.clearContents();
+    pasteboard.setString(replacement);
+    paste = playedNow();
+  }
+  void restore(const std::vector<PasteboardItemData>& items) {
+    pasteboard.clearContents();
+    if (!items.empty()) pasteboard.writeItems(items);
+  }
+  static std::vector<PasteboardItemData> text(const std::string& text) {
+    return {{{"UTF8_STRING", bytesOf(text)}}};
+  }
+  /// What a fix that begins now would put back.
+  std::vector<PasteboardItemData> read() {
+    std::vector<PasteboardItemData> found;
+    const auto items = pasteboard.items();
+    for (const auto& item : items.value()) {
+      PasteboardItemData data;
+      for (const std::string& type : item->types()) data.emplace_back(type, item->data(type).value());
+      found.push_back(std::move(data));
+    }
+    return found;
+  }
+  static void turnMainLoop() {
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
+  }
+
+  PrivateSway sway;
+  OtherPrograms others;
   std::optional<PlayedShortcut> copy;
-  LinuxPasteboard pasteboard({}, {.lastCopy = [&] { return copy; }, .lastPaste = [] { return std::nullopt; }},
-                             {}, selectionsOfWayland());
+  std::optional<PlayedShortcut> paste;
+  // This process's own reading counts as no fetch: a restore comes when the patience is over.
+  LinuxPasteboard pasteboard{{},
+                             {.lastCopy = [&] { return copy; }, .lastPaste = [&] { return paste; }},
+                             {.patience = 3s},
+                             selectionsOfWayland()};
+};
+
+TEST_F(PasteboardOfWayland, takesNothingOfItsOwnForACopy) {
   ASSERT_TRUE(pasteboard.items().has_value());
   copy = playedNow();
   pasteboard.setString("given back by the fix before");
@@ -52,31 +94,55 @@ TEST(PasteboardOfWayland, takesNothingOfItsOwnForACopy) {
 }
 
 /// The clipboard was empty before the fix before, so that its restore clears it.
-TEST(PasteboardOfWayland, leavesWhatTheUserCopiesAfterTheFixBeforeHasClearedWhatItHadTo) {
-  const PrivateSway sway;
-  const OtherPrograms others;
-  std::optional<PlayedShortcut> copy;
-  std::optional<PlayedShortcut> paste;
-  LinuxPasteboard pasteboard({}, {.lastCopy = [&] { return copy; }, .lastPaste = [&] { return paste; }}, {},
-                             selectionsOfWayland());
+TEST_F(PasteboardOfWayland, leavesWhatTheUserCopiesAfterTheFixBeforeHasClearedWhatItHadTo) {
   others.copy("kept");
-  const auto kept = pasteboard.items();
-  ASSERT_TRUE(kept.has_value());
-  copy = playedNow();
-  others.copy("garbled");
-  ASSERT_EQ(pasteboard.string(), "garbled");
-  pasteboard.clearContents();
-  pasteboard.setString("replacement");
-  paste = playedNow();
-  pasteboard.clearContents();
-  while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
-  }
+  ASSERT_EQ(read(), text("kept"));
+  copyAndPaste("garbled", "replacement");
+  restore({});
+  turnMainLoop();
   std::this_thread::sleep_for(100ms);  // later than the application answers its copy shortcut
   others.copy("copied since");
-  pasteboard.clearContents();
-  pasteboard.writeItems({{{"UTF8_STRING", bytesOf("kept")}}});
+  restore(text("kept"));
   pasteboard.changeCount();
   EXPECT_EQ(others.clipboard(), "copied since");
+}
+
+TEST_F(PasteboardOfWayland, keepsTheUsersContentsWhereAFixBeginsBeforeThePasteOfTheOneBeforeIsFetched) {
+  others.copy("kept");
+  ASSERT_EQ(read(), text("kept"));
+  copyAndPaste("garbled", "replacement");
+  restore(text("kept"));
+  turnMainLoop();
+  ASSERT_EQ(others.clipboard(), "replacement");
+  const auto found = read();
+  EXPECT_EQ(found, text("kept"));
+  copyAndPaste("replacement", "garbled");
+  EXPECT_EQ(others.clipboard(), "garbled");
+  restore(found);
+  turnMainLoop();
+  const auto deadline = std::chrono::steady_clock::now() + 10s;
+  while (others.clipboard() != "kept" && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(100ms);
+  }
+  EXPECT_EQ(others.clipboard(), "kept");
+}
+
+TEST_F(PasteboardOfWayland, findsAnEmptyClipboardBehindATextThatIsStillToBeFetched) {
+  ASSERT_EQ(read(), std::vector<PasteboardItemData>{});
+  copyAndPaste("garbled", "replacement");
+  restore({});
+  turnMainLoop();
+  EXPECT_EQ(read(), std::vector<PasteboardItemData>{});
+}
+
+TEST_F(PasteboardOfWayland, findsWhatTheUserCopiesWhileATextIsStillToBeFetched) {
+  others.copy("kept");
+  ASSERT_EQ(read(), text("kept"));
+  copyAndPaste("garbled", "replacement");
+  restore(text("kept"));
+  turnMainLoop();
+  others.copy("copied since");
+  EXPECT_EQ(read(), text("copied since"));
 }
 
 }  // namespace
