@@ -37,19 +37,29 @@ FakeInput::~FakeInput() {
 }
 
 bool FakeInput::play(std::uint16_t evdevKey, bool down, std::uint32_t /*modifiersAfter*/) {
-  if (keysDown_ == 0 && down) {
+  if (keysDown_.empty() && down) {
+    // What KWin does not take now it would take late.
+    if (!connection_.roundTrip()) return false;
     for (const std::uint32_t key : kModifierKeys) {
       org_kde_kwin_fake_input_keyboard_key(input_, key, WL_KEYBOARD_KEY_STATE_RELEASED);
     }
   }
-  org_kde_kwin_fake_input_keyboard_key(input_, evdevKey,
-                                       down ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
-  keysDown_ += down ? 1 : -1;
+  tell(evdevKey, down);
   return connection_.isConnected();
 }
 
 bool FakeInput::settle() {
-  return connection_.roundTrip();
+  if (connection_.roundTrip()) return true;
+  while (!keysDown_.empty()) tell(keysDown_.back(), false);
+  connection_.flush();
+  return false;
+}
+
+void FakeInput::tell(std::uint16_t evdevKey, bool down) {
+  org_kde_kwin_fake_input_keyboard_key(input_, evdevKey,
+                                       down ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
+  std::erase(keysDown_, evdevKey);
+  if (down) keysDown_.push_back(evdevKey);
 }
 
 }  // namespace lexwend::platform
