@@ -55,6 +55,7 @@ ClipboardReader::Answer MutterReader::convert(const std::string& target, Limits&
   if (descriptor < 0) return reading_ == remote_->offer() ? Answer::refused : Answer::ownerChanged;
   fcntl(descriptor, F_SETFL, O_NONBLOCK);
   const Answer result = readToEnd(descriptor, limits, answer.bytes, [&](Clock::time_point until) {
+    remote_->noteUse();
     pollfd waited{descriptor, POLLIN, 0};
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
     poll(&waited, 1, static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), kLookAgain).count()));

@@ -25,6 +25,7 @@ class MutterReader : public ClipboardReader {
  private:
   void begin() override;
   xcb_window_t owner() override;
+  bool answers() const override { return remote_->isOpen(); }
   void giveUp() override {}
   Answer readTargetNames(Limits& limits, std::vector<std::string>& names) override;
   Answer convert(const std::string& target, Limits& limits, ClipboardTarget& answer) override;

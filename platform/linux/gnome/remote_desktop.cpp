@@ -93,8 +93,9 @@ bool MutterRemoteDesktop::open() {
   // What stands on the clipboard is told before the answer to the second.
   const bool isOpen =
       ask(session, "EnableClipboard", g_variant_new("(a{sv})", nullptr)) && ask(session, "Start", nullptr);
-  if (!isOpen) forget();
+  if (!isOpen) close();
   const std::lock_guard<std::mutex> lock(mutex_);
+  lastUse_ = Clock::now();
   isOpening_ = false;
   note({.kind = EventKind::opened, .time = Clock::now()});
   return isOpen;
@@ -128,6 +129,11 @@ bool MutterRemoteDesktop::isOpen() const {
   return session().bus != nullptr;
 }
 
+void MutterRemoteDesktop::noteUse() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  lastUse_ = Clock::now();
+}
+
 MutterRemoteDesktop::Clock::time_point MutterRemoteDesktop::lastUse() const {
   const std::lock_guard<std::mutex> lock(mutex_);
   return lastUse_;
@@ -153,10 +159,7 @@ bool MutterRemoteDesktop::ask(const Session& session, const char* method, GVaria
 bool MutterRemoteDesktop::playKey(std::uint16_t evdevKey, bool down) {
   const Session open = session();
   if (!open.bus) return false;
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    lastUse_ = Clock::now();
-  }
+  noteUse();
   const gboolean isDown = down ? TRUE : FALSE;
   return ask(open, "NotifyKeyboardKeycode", g_variant_new("(ub)", guint32{evdevKey}, isDown));
 }
@@ -183,10 +186,7 @@ int MutterRemoteDesktop::askForDescriptor(const char* method, GVariant* argument
 
 int MutterRemoteDesktop::read(const std::string& type, Clock::time_point until) {
   constexpr std::chrono::milliseconds kTryAgain{1};
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    lastUse_ = Clock::now();
-  }
+  noteUse();
   while (true) {
     GError* why = nullptr;
     const int descriptor = askForDescriptor("SelectionRead", g_variant_new("(s)", type.c_str()), &why);

@@ -41,6 +41,8 @@ class MutterRemoteDesktop {
   /// Waits until mutter has told what happened before.
   void settle();
   bool isOpen() const;
+  /// Somebody uses it now.
+  void noteUse();
   /// When a key or the clipboard was last used.
   Clock::time_point lastUse() const;
 

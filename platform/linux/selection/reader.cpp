@@ -37,6 +37,8 @@ std::string printable(std::string_view name) {
 ClipboardReader::Result ClipboardReader::readAll(const Budget& budget) {
   begin();
   Result result = readAllTargets(budget);
+  // Where the display does not answer, an owner that is not known is not one that does not exist.
+  if (result.outcome == Outcome::noOwner && !answers()) result.outcome = Outcome::overBudget;
   end();
   return result;
 }

@@ -76,6 +76,8 @@ class ClipboardReader {
   virtual void end() {}
   /// The owner of the selection that is read; XCB_WINDOW_NONE when there is none.
   virtual xcb_window_t owner() = 0;
+  /// Whether owner() can tell since begin().
+  virtual bool answers() const { return true; }
   /// An answer that may still come must not be taken for that of a later question.
   virtual void giveUp() = 0;
   /// Given with the names of the targets, each once; refused where the owner lists none.

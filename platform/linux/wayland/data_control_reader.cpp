@@ -29,7 +29,7 @@ void DataControlReader::begin() {
   } else {
     control_->watch(note);
   }
-  control_->connection().roundTrip();
+  isTold_ = control_->connection().roundTrip();
 }
 
 void DataControlReader::end() {

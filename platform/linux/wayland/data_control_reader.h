@@ -29,12 +29,14 @@ class DataControlReader : public ClipboardReader {
   void begin() override;
   void end() override;
   xcb_window_t owner() override;
+  bool answers() const override { return isTold_ && control_->connection().isConnected(); }
   void giveUp() override {}
   Answer readTargetNames(Limits& limits, std::vector<std::string>& names) override;
   Answer convert(const std::string& target, Limits& limits, ClipboardTarget& answer) override;
 
   std::unique_ptr<DataControl> control_;
   bool isPrimary_;
+  bool isTold_ = false;            // what is there
   DataControl::OfferRef offer_;    // what is there now
   DataControl::OfferRef reading_;  // what is being read
 };

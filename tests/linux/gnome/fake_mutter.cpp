@@ -93,6 +93,7 @@ FakeMutter::~FakeMutter() {
   thread_.join();
   g_source_unref(quitting);
   for (const auto& [serial, descriptor] : waiting_) ::close(descriptor);
+  endReads();
   g_main_loop_unref(loop_);
   g_main_context_unref(context_);
 }
@@ -105,6 +106,7 @@ void FakeMutter::called(GDBusConnection* /*bus*/, const char* /*sender*/, const 
 
 void FakeMutter::answer(const std::string& method, GVariant* arguments, GDBusMethodInvocation* invocation) {
   const std::lock_guard<std::mutex> lock(mutex_);
+  if (!isOpen_) std::this_thread::sleep_for(opening_);
   if (method == "CreateSession") {
     g_dbus_method_invocation_return_value(invocation, g_variant_new("(o)", kSessionPath));
     return;
@@ -127,7 +129,11 @@ void FakeMutter::answer(const std::string& method, GVariant* arguments, GDBusMet
     if (::pipe(ends.data()) != 0) throw std::runtime_error("no pipe");
     if (::write(ends[1], found->second.data(), found->second.size()) < 0)
       throw std::runtime_error("no write");
-    ::close(ends[1]);
+    if (holdsReads_) {
+      held_.push_back(ends[1]);
+    } else {
+      ::close(ends[1]);
+    }
     replyWithDescriptor(invocation, ends[0]);
     return;
   }
@@ -214,6 +220,23 @@ void FakeMutter::copy(std::map<std::string, std::string> contents) {
 void FakeMutter::beBusyFor(int reads) {
   const std::lock_guard<std::mutex> lock(mutex_);
   refusedReads_ = reads;
+}
+
+void FakeMutter::openSlowly(std::chrono::milliseconds each) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  opening_ = each;
+}
+
+void FakeMutter::holdReads() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  holdsReads_ = true;
+}
+
+void FakeMutter::endReads() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  holdsReads_ = false;
+  for (const int descriptor : held_) ::close(descriptor);
+  held_.clear();
 }
 
 std::string FakeMutter::fetch(const std::string& type) {

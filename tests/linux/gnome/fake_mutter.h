@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <mutex>
 #include <string>
@@ -24,6 +25,11 @@ class FakeMutter {
   void copy(std::map<std::string, std::string> contents);
   /// The next reads are refused, as while another one has not quite ended.
   void beBusyFor(int reads);
+  /// From now on a session takes so long for each answer until it is open.
+  void openSlowly(std::chrono::milliseconds each);
+  /// From now on the next reads get no end of what is copied, until endReads().
+  void holdReads();
+  void endReads();
   /// Another program asks for what the session owns, and gets it; empty when it is refused.
   std::string fetch(const std::string& type);
   /// The types that the session owns.
@@ -52,6 +58,9 @@ class FakeMutter {
   std::vector<std::string> owned_;
   std::map<std::string, std::string> copied_;
   int refusedReads_ = 0;
+  std::chrono::milliseconds opening_{0};
+  bool holdsReads_ = false;
+  std::vector<int> held_;  // write ends
   std::vector<std::string> keys_;
   std::map<unsigned, int> waiting_;  // read ends by serial
   std::map<unsigned, std::string> fetched_;

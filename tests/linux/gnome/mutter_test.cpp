@@ -14,6 +14,7 @@
 #include "platform/linux/gnome/key_player.h"
 #include "platform/linux/gnome/mutter_owner.h"
 #include "platform/linux/gnome/mutter_reader.h"
+#include "platform/linux/session/buses.h"
 #include "tests/linux/gnome/fake_mutter.h"
 #include "tests/linux/gnome/shared_bus.h"
 #include "tests/linux/testing/virtual_display.h"
@@ -106,6 +107,48 @@ TEST_F(Mutter, readsATypeAgainThatIsRefusedBecauseTheReadBeforeHasNotEnded) {
 TEST_F(Mutter, tellsAnEmptyClipboardWithoutWaiting) {
   EXPECT_EQ(reader.readAll(kBudget).outcome, ClipboardReader::Outcome::noOwner);
   EXPECT_EQ(fake.sessions(), 1);
+}
+
+TEST_F(Mutter, isReadAlsoWhereTheSessionTakesLongerToOpenThanItLingers) {
+  const auto owner = makeOwner();
+  fake.copy({{"text/plain", "kept"}});
+  fake.openSlowly(MutterOwner::kLinger * 2 / 5);
+  EXPECT_EQ(reader.readAll(kBudget).contents, text("kept"));
+}
+
+TEST_F(Mutter, isNotClosedWhileAPictureIsRead) {
+  const auto owner = makeOwner();
+  fake.copy({{"image/png", "slow"}});
+  fake.holdReads();
+  std::thread encoder([this] {
+    std::this_thread::sleep_for(MutterOwner::kLinger + milliseconds(500));
+    fake.endReads();
+  });
+  const auto result = reader.readAll({.time = milliseconds(1000),
+                                      .silence = milliseconds(400),
+                                      .bytes = 1 << 20,
+                                      .picture = std::chrono::seconds(10)});
+  encoder.join();
+  EXPECT_EQ(result.outcome, ClipboardReader::Outcome::complete);
+  EXPECT_EQ(result.contents.size(), 1U);
+}
+
+TEST_F(Mutter, isNotEmptyBecauseTheUserEndsTheSessionWhileItIsRead) {
+  fake.copy({{"text/plain", "kept"}});
+  fake.holdReads();
+  std::thread user([this] {
+    std::this_thread::sleep_for(milliseconds(100));
+    fake.end();
+  });
+  EXPECT_EQ(reader.readAll(kBudget).outcome, ClipboardReader::Outcome::overBudget);
+  user.join();
+}
+
+TEST_F(Mutter, isNotEmptyBecauseNoSessionCanBeOpened) {
+  fake.copy({{"text/plain", "kept"}});
+  fake.openSlowly(kBusCallTimeout * milliseconds(1) + milliseconds(200));
+  EXPECT_EQ(reader.readAll(kBudget).outcome, ClipboardReader::Outcome::overBudget);
+  fake.openSlowly(milliseconds(0));
 }
 
 TEST_F(Mutter, readsItsOwnOfferWithoutAskingForIt) {
