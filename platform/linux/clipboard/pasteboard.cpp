@@ -53,8 +53,18 @@ bool isWellFormedUtf8(std::string_view text) {
 
 LinuxPasteboard::LinuxPasteboard(PasteboardBudget budget, Needs needs, const OwnerTimes& times,
                                  const Selections& selections)
-    : budget_(budget), needs_(std::move(needs)), owner_(OwnerThread::open(times, selections)) {
-  if (owner_) reader_ = selections.openReader("CLIPBOARD");
+    : budget_(budget), needs_(std::move(needs)), times_(times), selections_(selections) {
+  connect();
+}
+
+bool LinuxPasteboard::connect() {
+  if (reader_) return true;
+  auto owner = OwnerThread::open(times_, selections_);
+  auto reader = owner ? selections_.openReader("CLIPBOARD") : nullptr;
+  if (!reader) return false;
+  owner_ = std::move(owner);
+  reader_ = std::move(reader);
+  return true;
 }
 
 LinuxPasteboard::~LinuxPasteboard() {
@@ -64,7 +74,8 @@ LinuxPasteboard::~LinuxPasteboard() {
 }
 
 std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::items() {
-  if (!reader_) return std::nullopt;
+  canBeGivenBack_ = connect();
+  if (!canBeGivenBack_) return std::nullopt;
   owner_->settle();
   isPutBack_ = false;
   earlierIsOver_ = isCopiedSinceThePaste();
@@ -76,8 +87,9 @@ std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::ite
     // The restore of the fix before waits for its paste to be fetched, and not every display can give this
     // program other contents than the one that pastes.
     lastRead_ = std::move(waiting);
+    typesLeftOut_.clear();
     forgetSoon();
-  } else if (!lastRead_ || !passingTextStands()) {
+  } else if (!lastRead_ || passingIsOver_ || !holdsPassingText()) {
     ClipboardReader::Result result =
         reader_->readAll({budget_.time, budget_.silence, budget_.bytes, budget_.picture});
     canBeGivenBack_ = result.outcome != ClipboardReader::Outcome::overBudget;
@@ -119,12 +131,14 @@ std::optional<std::string> LinuxPasteboard::copiedText() {
   if (!copy) return reader_->readText({kStringTime, kStringTime, budget_.bytes});
   // What the fix before has given back since is nobody's copy, also where a display tells no owners.
   if (owner_->lastChange().isOwn) return std::nullopt;
+  const std::int64_t change = owner_->changeCount();
   const Clock::time_point start = Clock::now();
   auto text = reader_->readText({stringTimeLeft_, stringTimeLeft_, budget_.bytes},
                                 [&](xcb_window_t owner) { return isFromCopier(owner, copy->application); });
   stringTimeLeft_ -=
       std::min(stringTimeLeft_, std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - start));
   copied_ = text;
+  if (text && owner_->lastChange().number == change) changeOfCopy_ = change;
   return text;
 }
 
@@ -201,7 +215,9 @@ bool LinuxPasteboard::isCopiedSinceThePaste() {
 }
 
 bool LinuxPasteboard::nothingIsToPutBack() {
-  return isPutBack_ || (earlierIsOver_ && !copyOfThisFix()) || somebodyElseHasCopied();
+  if (isPutBack_ || somebodyElseHasCopied()) return true;
+  const bool hasCopied = copyOfThisFix() && owner_->changeCount() != changesAtRead_;
+  return earlierIsOver_ && !hasCopied;
 }
 
 /// A clipboard manager may have taken it over: the text tells, not the owner.
@@ -222,7 +238,7 @@ bool LinuxPasteboard::pasteIsUnderWay() {
 /// Of a fix only: whoever clears or writes at another time wants what is there to go.
 bool LinuxPasteboard::somebodyElseHasCopied() {
   const OwnerThread::Change change = owner_->lastChange();
-  if (change.isOwn || change.owner == XCB_WINDOW_NONE) return false;
+  if (change.isOwn || change.owner == XCB_WINDOW_NONE || change.number == changeOfCopy_) return false;
   const auto copy = copyOfThisFix();
   const bool isAnswer =
       copy && OwnerThread::isAnswerTo(copyShortcuts(*copy), change, reader_->application(change.owner));

@@ -80,7 +80,8 @@ class LinuxPasteboard : public Pasteboard {
   /// the text of a megabyte in many lines.
   static constexpr std::chrono::milliseconds kStringTime{1000};
 
-  /// Connects to the display. Without one the pasteboard is empty, never changes, and writing does nothing.
+  /// Connects to the display. Without one the pasteboard is empty, never changes, and writing does nothing;
+  /// each items() tries again.
   explicit LinuxPasteboard(PasteboardBudget budget = {}, Needs needs = {}, const OwnerTimes& times = {},
                            const Selections& selections = selectionsOfX());
   ~LinuxPasteboard() override;
@@ -111,6 +112,7 @@ class LinuxPasteboard : public Pasteboard {
     Clock::time_point since;
   };
 
+  bool connect();
   std::optional<std::string> copiedText();
   std::optional<PlayedShortcut> copyOfThisFix() const;
   OwnerThread::CopyShortcuts copyShortcuts(const PlayedShortcut& copy) const;
@@ -129,7 +131,9 @@ class LinuxPasteboard : public Pasteboard {
 
   PasteboardBudget budget_;
   Needs needs_;
-  std::unique_ptr<OwnerThread> owner_;
+  OwnerTimes times_;
+  Selections selections_;
+  std::unique_ptr<OwnerThread> owner_;  // both are null without a display
   std::unique_ptr<ClipboardReader> reader_;
   bool canBeGivenBack_ = true;
   std::vector<std::string> typesLeftOut_;
@@ -137,6 +141,8 @@ class LinuxPasteboard : public Pasteboard {
   std::optional<ClipboardContents> lastRead_;
   Clock::time_point readAt_;
   std::int64_t changesAtRead_ = 0;
+  /// The change of the clipboard that the text of a fix was read from; 0 where it may have changed meanwhile.
+  std::int64_t changeOfCopy_ = 0;
   std::chrono::milliseconds stringTimeLeft_ = kStringTime;
   std::optional<PassingText> passing_;
   bool passingIsOver_ = true;

@@ -85,7 +85,7 @@ class OtherCompositor : public Compositor {
 
  private:
   std::optional<FrontWindow> frontWindow() override { return windowOf(activeProcess_()); }
-  std::unique_ptr<KeyPlayer> makeKeyPlayer() override { return VirtualKeyboard::open(); }
+  std::unique_ptr<KeyPlayer> makeKeyPlayer() override { return std::make_unique<VirtualKeyboard>(); }
   bool refusesUnknownWindows() const override { return true; }
 
   std::function<std::optional<std::uint32_t>()> activeProcess_;

@@ -29,7 +29,7 @@ class SwayServer : public Compositor {
 
  private:
   std::optional<FrontWindow> frontWindow() override { return frontWindowOf(*sway_); }
-  std::unique_ptr<KeyPlayer> makeKeyPlayer() override { return VirtualKeyboard::open(); }
+  std::unique_ptr<KeyPlayer> makeKeyPlayer() override { return std::make_unique<VirtualKeyboard>(); }
   std::optional<FocusKey> focusKey(std::int64_t window) override { return focusKeyOf(sway_, window); }
 
   std::shared_ptr<SwayIpc> sway_;

@@ -56,17 +56,28 @@ void DataControlOwner::claim(const ClipboardContents& contents, xcb_timestamp_t 
   // One of the changes that come until the answer is this claim: the last as long as the claim stands.
   emptied_.clear();
   isClaiming_ = true;
-  control_->connection().roundTrip();
+  const bool isHeard = control_->connection().roundTrip();
   isClaiming_ = false;
   const bool stands = contents.empty() ? emptied_.empty() || emptied_.back() : source_ != nullptr;
   if (!stands) noteOwnChange(contents.empty());
-  for (std::size_t i = 0; i + 1 < emptied_.size(); ++i) noteOthersChange(emptied_[stands ? i : i + 1]);
+  for (std::size_t i = 0; i + 1 < emptied_.size(); ++i) noteChangeUnlessUnheard(emptied_[stands ? i : i + 1]);
   if (stands) noteOwnChange(contents.empty());
+  if (isHeard) unheardClaims_ = 0;
+  if (!isHeard && emptied_.empty() && !contents.empty()) ++unheardClaims_;
 }
 
 void DataControlOwner::clipboardChanges(bool isEmpty) {
   if (isClaiming_) {
     emptied_.push_back(isEmpty);
+  } else {
+    noteChangeUnlessUnheard(isEmpty);
+  }
+}
+
+/// A claim of this program that is told of late was noted when it was made.
+void DataControlOwner::noteChangeUnlessUnheard(bool isEmpty) {
+  if (unheardClaims_ > 0 && !isEmpty) {
+    --unheardClaims_;
   } else {
     noteOthersChange(isEmpty);
   }
@@ -121,7 +132,7 @@ bool DataControlOwner::handOver(Clock::time_point /*until*/) {
     dup2(nothing, control_->connection().descriptor());
     control_->connection().abandon();
     transfers_.abandon();
-    source_ = nullptr;
+    letGo();
   }
   if (nothing >= 0) close(nothing);
   return process > 0;

@@ -44,6 +44,7 @@ class DataControlOwner : public AnonymousOwner {
   static void sourceIsReplaced(void* self, zwlr_data_control_source_v1* source);
   void letGo();
   void clipboardChanges(bool isEmpty);
+  void noteChangeUnlessUnheard(bool isEmpty);
   [[noreturn]] void serveForGood();
 
   std::unique_ptr<DataControl> control_;
@@ -52,6 +53,8 @@ class DataControlOwner : public AnonymousOwner {
   /// While a claim is under way: the changes that have come, of which one is this claim.
   std::vector<bool> emptied_;
   bool isClaiming_ = false;
+  /// Claims that the compositor has not told of in time; it will.
+  int unheardClaims_ = 0;
 };
 
 }  // namespace lexwend::platform

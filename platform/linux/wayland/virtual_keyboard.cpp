@@ -45,11 +45,6 @@ bool VirtualKeyboard::isOffered(const WaylandConnection& connection) {
   return connection.versionOf(zwp_virtual_keyboard_manager_v1_interface.name).has_value();
 }
 
-std::unique_ptr<VirtualKeyboard> VirtualKeyboard::open() {
-  std::unique_ptr<VirtualKeyboard> keyboard(new VirtualKeyboard());
-  return keyboard->connect() ? std::move(keyboard) : nullptr;
-}
-
 VirtualKeyboard::~VirtualKeyboard() {
   disconnect();
 }

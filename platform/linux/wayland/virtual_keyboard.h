@@ -22,8 +22,8 @@ class VirtualKeyboard : public KeyPlayer {
   /// The name of its one layout, by which it can be told from the user's keyboards.
   static constexpr const char* kLayoutName = "Lexwend";
 
-  /// Null when there is no compositor or it takes no keys from programs.
-  static std::unique_ptr<VirtualKeyboard> open();
+  /// Connects with the first key.
+  VirtualKeyboard() = default;
   ~VirtualKeyboard() override;
   VirtualKeyboard(const VirtualKeyboard&) = delete;
   VirtualKeyboard& operator=(const VirtualKeyboard&) = delete;
@@ -34,12 +34,11 @@ class VirtualKeyboard : public KeyPlayer {
   bool settle() override;
 
  private:
-  VirtualKeyboard() = default;
   bool connect();
   bool create();
   void disconnect();
 
-  std::unique_ptr<WaylandConnection> connection_;  // null after it was closed
+  std::unique_ptr<WaylandConnection> connection_;  // null before the first key and after it was closed
   zwp_virtual_keyboard_manager_v1* manager_ = nullptr;
   zwp_virtual_keyboard_v1* keyboard_ = nullptr;  // null until the first key
   std::uint32_t modifiers_ = 0;

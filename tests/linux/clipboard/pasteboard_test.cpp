@@ -914,6 +914,20 @@ TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesBeforeALaterFixThatReadsInVain) 
   EXPECT_EQ(read(editor), "copied since");
 }
 
+TEST_F(PasteboardOfAFix, leavesWhatTheUserCopiesBeforeALaterFixWhoseCopyIsNotAnswered) {
+  const CopyingApplication user(plainText("the user's"));
+  pasteTwice();
+  restore();  // of the first
+  turnMainLoop();
+  std::this_thread::sleep_for(kNextKey);
+  const CopyingApplication again(plainText("copied since"));
+  pasteboard->items();  // of a third, whose copy shortcut nobody answers
+  copy = played();
+  restore();  // of the second
+  turnMainLoop();
+  EXPECT_EQ(read(editor), "copied since");
+}
+
 TEST_F(PasteboardOfAFix, tellsWhetherThePasteIsStillToBeFetched) {
   EXPECT_FALSE(pasteboard->pasteIsUnderWay());
   copyAndPaste("replacement");

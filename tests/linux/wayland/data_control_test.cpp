@@ -175,6 +175,32 @@ TEST_F(DataControlClipboard, ofAnOwnerThatDoesNotAnswerIsGivenUpInTime) {
   EXPECT_LT(SelectionOwner::Clock::now() - begin, 2s);
 }
 
+TEST_F(DataControlClipboard, countsNoClaimOfItsOwnAsACopyThatItIsToldOfLate) {
+  std::vector<bool> areOwn;
+  const auto owner = open(areOwn);
+  sway.stop();
+  const xcb_timestamp_t time = owner->serverTime();
+  owner->claim(text("own"), time);
+  EXPECT_EQ(areOwn, std::vector<bool>{true});
+  sway.goOn();
+  EXPECT_EQ(owner->serverTime(), time);
+  EXPECT_TRUE(owner->owns());
+  EXPECT_EQ(fetch(*owner), "own");
+  another->claim(text("copied since"), another->serverTime());
+  EXPECT_NE(owner->serverTime(), time);
+  EXPECT_EQ(areOwn, (std::vector<bool>{true, false}));
+}
+
+TEST_F(DataControlClipboard, isNotEmptyBecauseTheCompositorDoesNotAnswer) {
+  another->claim(text("kept"), another->serverTime());
+  const auto reader = DataControlReader::open("CLIPBOARD");
+  sway.stop();
+  EXPECT_EQ(reader->readAll(kBudget).outcome, ClipboardReader::Outcome::overBudget);
+  sway.goOn();
+  another->claim({}, another->serverTime());
+  EXPECT_EQ(reader->readAll(kBudget).outcome, ClipboardReader::Outcome::noOwner);
+}
+
 /// A program that copies again when it is asked for what it had copied before, and does not give that any
 /// more. An editor that finds two copy shortcuts at once does so.
 struct CopiesAnew {

@@ -78,7 +78,7 @@ class PasteboardOfWayland : public testing::Test {
   std::optional<PlayedShortcut> copy;
   std::optional<PlayedShortcut> paste;
   // This process's own reading counts as no fetch: a restore comes when the patience is over.
-  LinuxPasteboard pasteboard{{},
+  LinuxPasteboard pasteboard{{.takenOver = 0ms},  // as if nobody could ever give a text so quickly
                              {.lastCopy = [&] { return copy; }, .lastPaste = [&] { return paste; }},
                              {.patience = 3s},
                              selectionsOfWayland()};
@@ -125,6 +125,44 @@ TEST_F(PasteboardOfWayland, keepsTheUsersContentsWhereAFixBeginsBeforeThePasteOf
     std::this_thread::sleep_for(100ms);
   }
   EXPECT_EQ(others.clipboard(), "kept");
+}
+
+TEST_F(PasteboardOfWayland, putsBackWhatWasThereThoughTheCopyCannotBeReadAgain) {
+  others.copy("kept");
+  ASSERT_EQ(read(), text("kept"));
+  copy = playedNow();
+  std::this_thread::sleep_for(100ms);  // later than a prompt application copies
+  others.copy("123");
+  ASSERT_EQ(pasteboard.string(), "123");
+  restore(text("kept"));  // at once: there is nothing to change
+  EXPECT_EQ(others.clipboard(), "kept");
+}
+
+TEST_F(PasteboardOfWayland, keepsTheUsersContentsWhereAFixReadsInVainBeforeTheRestoreOfTheOneBefore) {
+  others.copy("kept");
+  ASSERT_EQ(read(), text("kept"));
+  copyAndPaste("garbled", "replacement");
+  sway.stop();
+  read();
+  sway.goOn();
+  restore(text("kept"));
+  const auto deadline = std::chrono::steady_clock::now() + 10s;
+  while (others.clipboard() != "kept" && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(100ms);
+  }
+  EXPECT_EQ(others.clipboard(), "kept");
+}
+
+TEST_F(PasteboardOfWayland, isThereThoughTheCompositorDoesNotAnswerAtFirst) {
+  others.copy("kept");
+  sway.stop();
+  LinuxPasteboard late({}, {}, {}, selectionsOfWayland());
+  EXPECT_EQ(late.items(), std::nullopt);
+  EXPECT_FALSE(late.canBeGivenBack());
+  sway.goOn();
+  ASSERT_TRUE(late.items().has_value());
+  EXPECT_TRUE(late.canBeGivenBack());
+  EXPECT_EQ(late.string(), "kept");
 }
 
 TEST_F(PasteboardOfWayland, findsAnEmptyClipboardBehindATextThatIsStillToBeFetched) {
