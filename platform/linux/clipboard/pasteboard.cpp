@@ -74,8 +74,10 @@ LinuxPasteboard::~LinuxPasteboard() {
 }
 
 std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::items() {
-  canBeGivenBack_ = connect();
-  if (!canBeGivenBack_) return std::nullopt;
+  if (!connect()) {
+    canBeGivenBack_ = false;
+    return std::nullopt;
+  }
   owner_->settle();
   isPutBack_ = false;
   earlierIsOver_ = isCopiedSinceThePaste();
@@ -87,6 +89,7 @@ std::optional<std::vector<std::unique_ptr<PasteboardItem>>> LinuxPasteboard::ite
     // The restore of the fix before waits for its paste to be fetched, and not every display can give this
     // program other contents than the one that pastes.
     lastRead_ = std::move(waiting);
+    canBeGivenBack_ = true;
     typesLeftOut_.clear();
     forgetSoon();
   } else if (!lastRead_ || passingIsOver_ || !holdsPassingText()) {
@@ -138,7 +141,7 @@ std::optional<std::string> LinuxPasteboard::copiedText() {
   stringTimeLeft_ -=
       std::min(stringTimeLeft_, std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - start));
   copied_ = text;
-  if (text && owner_->lastChange().number == change) changeOfCopy_ = change;
+  changeOfCopy_ = text && owner_->lastChange().number == change ? change : 0;
   return text;
 }
 

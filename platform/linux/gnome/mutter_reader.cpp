@@ -62,6 +62,10 @@ ClipboardReader::Answer MutterReader::convert(const std::string& target, Limits&
     return reading_ == remote_->offer();
   });
   close(descriptor);
+  // A program that has copied anew answers nothing for what it had copied before.
+  if (result == Answer::given && answer.bytes.size() == 0 && reading_ != remote_->offer()) {
+    return Answer::ownerChanged;
+  }
   if (result == Answer::given) {
     answer.propertyType = targetOfTypeName(target).propertyType;
     answer.format = 8;

@@ -147,7 +147,7 @@ std::optional<std::string> ClipboardReader::readText(const Budget& budget,
 std::optional<std::string> ClipboardReader::readAcceptedText(
     const Budget& budget, const std::function<bool(xcb_window_t owner)>& accepts) {
   const Clock::time_point deadline = Clock::now() + budget.time;
-  const Clock::time_point emptyUntil = Clock::now() + std::min(kCopiesAnew, budget.time);
+  std::optional<Clock::time_point> emptyUntil;
   do {
     const xcb_window_t current = owner();
     if (current == XCB_WINDOW_NONE || (accepts && !accepts(current))) return std::nullopt;
@@ -155,7 +155,9 @@ std::optional<std::string> ClipboardReader::readAcceptedText(
     std::optional<std::string> text;
     switch (readTextOnce(limits, text)) {
       case Answer::given:
-        if (!text || !text->empty() || Clock::now() >= emptyUntil) return text;
+        if (!text || !text->empty()) return text;
+        if (!emptyUntil) emptyUntil = std::min(Clock::now() + kCopiesAnew, deadline);
+        if (Clock::now() >= *emptyUntil) return text;
         std::this_thread::sleep_for(kPauseAfterRefusal);
         break;
       case Answer::refused:  // for now

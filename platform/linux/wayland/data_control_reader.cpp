@@ -75,11 +75,18 @@ ClipboardReader::Answer DataControlReader::convert(const std::string& target, Li
     return reading_ == offer_;
   });
   close(ends[0]);
+  if (result == Answer::given && answer.bytes.size() == 0 && isReplaced()) return Answer::ownerChanged;
   if (result == Answer::given) {
     answer.propertyType = targetOfTypeName(target).propertyType;
     answer.format = 8;
   }
   return result;
+}
+
+/// A program that has copied anew answers nothing for what it had copied before.
+bool DataControlReader::isReplaced() {
+  control_->connection().roundTrip();
+  return reading_ != offer_;
 }
 
 }  // namespace lexwend::platform
