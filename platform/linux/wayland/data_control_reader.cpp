@@ -22,14 +22,26 @@ std::unique_ptr<ClipboardReader> DataControlReader::open(std::string_view select
   return std::unique_ptr<ClipboardReader>(new DataControlReader(std::move(control), selection == "PRIMARY"));
 }
 
+/// An offer that comes when nobody watches any more is not given an object, and the library then takes the
+/// next object of the compositor for an error that ends the connection.
 void DataControlReader::begin() {
+  isTold_ = beginWatching();
+  if (isTold_ || control_->connection().isConnected()) return;
+  if (auto anew = DataControl::open()) {
+    end();
+    control_ = std::move(anew);
+    isTold_ = beginWatching();
+  }
+}
+
+bool DataControlReader::beginWatching() {
   const auto note = [this](DataControl::OfferRef offer) { offer_ = std::move(offer); };
   if (isPrimary_) {
     control_->watch({}, note);
   } else {
     control_->watch(note);
   }
-  isTold_ = control_->connection().roundTrip();
+  return control_->connection().roundTrip();
 }
 
 void DataControlReader::end() {

@@ -33,6 +33,7 @@ class DataControlReader : public ClipboardReader {
   void giveUp() override {}
   Answer readTargetNames(Limits& limits, std::vector<std::string>& names) override;
   Answer convert(const std::string& target, Limits& limits, ClipboardTarget& answer) override;
+  bool beginWatching();
   bool isReplaced();
 
   std::unique_ptr<DataControl> control_;
